@@ -1,0 +1,11 @@
+#pragma once
+
+#include "Common/CBaseObject.h"
+#include "Common/CNonCopyable.h"
+
+namespace varno_zpk {
+
+/// An object that is never copied.
+class CNonCopyableObject : public CBaseObject, private CNonCopyable {};
+
+}  // namespace varno_zpk

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+/// A bundle folder: a folder that holds `Contents/Info.plist`. A value; may be used from any thread.
+class ZPKBundle {
+public:
+    /// The bundle at `path`, or nothing when the path is no bundle folder.
+    static std::optional<ZPKBundle> bundleWithPath(const std::string& path);
+
+    /// The bundle in which the running program lies (`<bundle>/Contents/Linux/<program>` of
+    /// /proc/self/exe), found once from the program's own path, never from the environment or the
+    /// working folder; a program that lies in no bundle gets the one set with `setMainBundle`, else
+    /// the folder of its executable as a bundle without a description.
+    static const ZPKBundle& mainBundle();
+
+    /// Makes `bundle` the main bundle; for programs that work on a bundle they do not lie in.
+    /// Called on the main thread before any other thread exists.
+    static void setMainBundle(const ZPKBundle& bundle);
+
+    const std::string& bundlePath() const { return m_path; }
+
+    /// `<bundle>/Contents/Resources`.
+    std::string resourcePath() const;
+
+    /// `<bundle>/Contents/Helpers/<name>`; whether it exists is not checked.
+    std::string helperPath(const std::string& name) const;
+
+    /// `<bundle>/Contents/PlugIns/<name>`; whether it exists is not checked.
+    std::string plugInPath(const std::string& name) const;
+
+    /// Full path of the main program, `Contents/Linux/<CFBundleExecutable>`, or nothing when the
+    /// description names none or it is not an executable regular file. A name with a "/" or ".."
+    /// names none.
+    std::optional<std::string> executablePath() const;
+
+    /// `CFBundleIdentifier`, or an empty text.
+    std::string bundleIdentifier() const;
+
+    /// The name that a person sees: `CFBundleName` of the top-level `InfoPlist.strings`, else of
+    /// `Info.plist`, else the folder's name without ".app".
+    std::string localizedName() const;
+
+private:
+    explicit ZPKBundle(std::string path) : m_path(std::move(path)) {}
+    std::string infoString(const std::string& key) const;
+
+    std::string m_path;
+};

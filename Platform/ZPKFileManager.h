@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+/// The host's file operations. All paths are byte strings (UTF-8 by convention, but any bytes are
+/// accepted). No operation says why it failed and none throws anything but `std::bad_alloc`.
+/// May be called from any thread.
+class ZPKFileManager {
+public:
+    ZPKFileManager() = delete;
+
+    /// True when anything, a folder included, exists at `path`; a link is followed, so a dangling
+    /// link does not exist.
+    static bool fileExists(const std::string& path);
+
+    /// True when `path` leads to a folder; a link is followed.
+    static bool isFolder(const std::string& path);
+
+    /// True when the item at `path` is itself a folder; a link to a folder is not one.
+    static bool isFolderNotFollowingLinks(const std::string& path);
+
+    /// True when the current user may execute the item at `path` (for a folder: search it).
+    static bool isExecutableFile(const std::string& path);
+
+    /// True when `path` leads to a regular file that the current user may execute.
+    static bool isExecutableRegularFile(const std::string& path);
+
+    /// Size in bytes of the item at `path`; 0 when it cannot be asked.
+    static std::uint64_t fileSize(const std::string& path);
+
+    /// Creates the folder and its missing parents with `mode`, less the process's umask. True when
+    /// the folder was made or a folder was already there.
+    static bool createFolderWithIntermediateFolders(const std::string& path, unsigned int mode);
+
+    /// Removes the item at `path` and, for a folder, everything in it. Links are removed, never
+    /// followed; folders that their owner may not write are removed too. False when nothing was
+    /// there or something remains.
+    static bool removeItem(const std::string& path);
+
+    /// Copies a file, a link or a whole folder with permissions and times. Never overwrites: false
+    /// when anything exists at `destination`, or when part of the copy failed (what was written
+    /// remains).
+    static bool copyItem(const std::string& source, const std::string& destination);
+
+    /// Names of the entries directly in `folder`, hidden ones included, in the order in which the
+    /// file system gives them. False and an empty list when the folder cannot be read.
+    static bool contentsOfFolder(const std::string& folder, std::vector<std::string>& outNames);
+
+    /// Paths, relative to `folder`, of everything below it at any depth, each folder before what it
+    /// holds. Links are listed and not followed. What cannot be read is left out.
+    static void subpathsOfFolder(const std::string& folder, std::vector<std::string>& outPaths);
+
+    /// `folder` and `component` joined with one "/".
+    static std::string stringByAppendingPathComponent(const std::string& folder, const std::string& component);
+
+    /// The text after the last "." of the last path component; empty when there is none.
+    static std::string pathExtension(const std::string& path);
+
+    /// The last path component, without trailing separators.
+    static std::string lastPathComponent(const std::string& path);
+};

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// A property list whose root is a dictionary, read from a file: the XML form, the binary form, or
+/// the text form (`"key" = "value";`, UTF-8 or UTF-16 with a byte order mark, comments). Immutable;
+/// may be read from any thread.
+class ZPKPropertyList {
+public:
+    /// Nothing when the file cannot be read, is malformed, or its root is no dictionary.
+    static std::optional<ZPKPropertyList> dictionaryWithContentsOfFile(const std::string& path);
+
+    ZPKPropertyList(ZPKPropertyList&&) noexcept;
+    ZPKPropertyList& operator=(ZPKPropertyList&&) noexcept;
+    ~ZPKPropertyList();
+
+    /// The string under `key` of the root, in UTF-8; nothing when there is none or it is no string.
+    std::optional<std::string> stringForKey(const std::string& key) const;
+
+    /// The strings of the array under `key` of the root, other elements left out; nothing when the
+    /// key is absent or holds no array.
+    std::optional<std::vector<std::string>> stringArrayForKey(const std::string& key) const;
+
+private:
+    struct Node;
+    explicit ZPKPropertyList(std::unique_ptr<Node> root);
+    std::unique_ptr<Node> m_root;
+};

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+/// A child process, started directly (no shell). It inherits the environment, the working folder
+/// and the standard streams; every other descriptor of this process is closed in it, and its
+/// signal mask and dispositions are the defaults. One thread uses one task.
+class ZPKTask {
+public:
+    ZPKTask() = default;
+    ~ZPKTask();
+    ZPKTask(const ZPKTask&) = delete;
+    ZPKTask& operator=(const ZPKTask&) = delete;
+
+    void setLaunchPath(const std::string& path) { m_launchPath = path; }
+
+    /// The arguments after the program's own name.
+    void setArguments(const std::vector<std::string>& arguments) { m_arguments = arguments; }
+
+    /// Sends the child's standard error into a pipe that nobody reads. The pipe stays open until
+    /// the task is destroyed, so that a child that writes little is neither blocked nor killed.
+    void setStandardErrorToUnreadPipe() { m_unreadStandardError = true; }
+
+    /// Starts the child. False, with the reason in `lastError()`, when it cannot be started.
+    bool launch();
+
+    /// Blocks until the child has exited; returns at once when none runs.
+    void waitUntilExit();
+
+    /// The errno value of the last failed `launch`.
+    int lastError() const { return m_lastError; }
+
+    /// Exit status of the child, or 128 plus the signal's number. Meaningful after `waitUntilExit`.
+    int terminationStatus() const { return m_terminationStatus; }
+
+private:
+    std::string m_launchPath;
+    std::vector<std::string> m_arguments;
+    bool m_unreadStandardError = false;
+    pid_t m_child = -1;
+    int m_pipeReadEnd = -1;
+    int m_lastError = 0;
+    int m_terminationStatus = 0;
+};

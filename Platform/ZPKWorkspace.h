@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+/// An application that runs now.
+struct ZPKRunningApplication {
+    std::string localizedName;
+    pid_t processIdentifier = 0;
+};
+
+/// What runs and what is mounted on this machine. Main thread, except where said.
+class ZPKWorkspace {
+public:
+    ZPKWorkspace() = delete;
+
+    /// The processes whose executable lies in a bundle folder (`<bundle>/Contents/Linux/`), this
+    /// process included, by ascending process identifier. What may not be inspected is left out.
+    static std::vector<ZPKRunningApplication> runningApplications();
+
+    /// Mount points of removable media, in mount order: the device is removable, or its drive takes
+    /// removable media. May be called from any thread.
+    static std::vector<std::string> mountedRemovableMedia();
+
+    /// The person's preferred languages, most preferred first, from `LANGUAGE` (a colon list), else
+    /// the first set of `LC_ALL`, `LC_MESSAGES`, `LANG`. `LANGUAGE` counts only where the locale is
+    /// not `C` or `POSIX`. Each `ll_CC.codeset@modifier` gives `ll_CC`, then `ll`; `zh_CN`, `zh_SG`
+    /// and a bare `zh` also give `zh-Hans`; `C` and `POSIX` give nothing. Without repetitions.
+    static std::vector<std::string> preferredLanguages();
+};

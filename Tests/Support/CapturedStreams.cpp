@@ -1,0 +1,17 @@
+#include "Tests/Support/CapturedStreams.h"
+
+#include <gtest/gtest.h>
+
+namespace zpk_test {
+
+CapturedStreams CaptureStreams(const std::function<void()>& action) {
+    ::testing::internal::CaptureStdout();
+    ::testing::internal::CaptureStderr();
+    action();
+    CapturedStreams captured;
+    captured.standardOutput = ::testing::internal::GetCapturedStdout();
+    captured.standardError = ::testing::internal::GetCapturedStderr();
+    return captured;
+}
+
+}  // namespace zpk_test

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace zpk_test {
+
+/// What a piece of code wrote on the standard streams, whatever way it wrote.
+struct CapturedStreams {
+    std::string standardOutput;
+    std::string standardError;
+};
+
+/// Runs `action` with standard output and standard error (descriptors 1 and 2) sent into files.
+CapturedStreams CaptureStreams(const std::function<void()>& action);
+
+}  // namespace zpk_test

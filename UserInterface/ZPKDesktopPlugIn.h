@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+
+class ZPKFrontEnd;
+
+/// What the launcher gives the desktop module when it opens it.
+struct ZPKDesktopParameters {
+    int argc = 0;
+    char** argv = nullptr;
+
+    /// The folder of the window forms.
+    std::string resourceFolder;
+
+    /// The name that the windows' application carries.
+    std::string applicationName;
+
+    /// Called, at most once and on the main thread, when the toolkit finds out only while it starts
+    /// that it cannot show anything. The toolkit cannot be left alive then, so the call does the
+    /// whole run another way, and the process ends with the exit status that it gives.
+    int (*runWithoutDesktop)() = nullptr;
+};
+
+/// Name and type of the one function that the module exports. It gives a front end that the caller
+/// owns and destroys with `delete`, or null when there is no display to show it on.
+inline constexpr const char* ZPKDesktopEntryName = "ZPKCreateDesktopFrontEnd";
+using ZPKDesktopEntry = ZPKFrontEnd* (*)(const ZPKDesktopParameters& parameters);

@@ -1,0 +1,92 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "UserInterface/ZPKCDSearchWindow.h"
+#include "UserInterface/ZPKProgressWindow.h"
+#include "UserInterface/ZPKWindow.h"
+
+/// The items of the application menu, in its order.
+enum class ZPKMenuItem { About, Preferences, Services, Hide, HideOthers, ShowAll, Quit };
+
+enum class ZPKAlertStyle { Warning = 0, Informational = 1, Critical = 2 };
+
+/// A message with one button, which is its default and its cancel button.
+struct ZPKAlert {
+    std::string messageText;
+    std::string informativeText;
+    std::string buttonTitle;
+    ZPKAlertStyle style = ZPKAlertStyle::Critical;
+};
+
+/// How a modal loop ended.
+enum ZPKModalResponse : int { ZPKModalResponseStop = -1000, ZPKModalResponseAbort = -1001 };
+
+/// The object that the application sends its life to. Main thread only.
+class ZPKApplicationDelegate {
+public:
+    virtual ~ZPKApplicationDelegate() = default;
+
+    virtual void awakeFromNib() = 0;
+    virtual void applicationWillFinishLaunching() = 0;
+    virtual void applicationDidFinishLaunching() = 0;
+};
+
+/// A modal loop that its owner turns by hand. Ends when destroyed. Main thread only.
+class ZPKModalSession {
+public:
+    virtual ~ZPKModalSession() = default;
+
+    /// Handles the events that are waiting; when there are none, waits a moment for one.
+    virtual void run() = 0;
+};
+
+/// What the launch sequence asks of the windows: the desktop, or the terminal, or a test's script.
+/// All on the main thread, except where said.
+class ZPKFrontEnd {
+public:
+    virtual ~ZPKFrontEnd() = default;
+
+    /// The application's main routine: loads the main menu, sends `delegate` its three messages in
+    /// order, and returns the exit status once `terminate` was called and the message in progress
+    /// has returned; no message is sent after that. A menu or a window form that cannot be loaded is
+    /// a line on standard error and exit status 1.
+    virtual int run(ZPKApplicationDelegate& delegate) = 0;
+
+    /// Asks `run` to return. The caller returns from its message at once.
+    virtual void terminate() = 0;
+
+    virtual void activateIgnoringOtherApps() = 0;
+
+    /// Tells in which language the texts are, for the direction of reading and the font.
+    virtual void setInterfaceLanguage(const std::string& code) = 0;
+    virtual void setMenuItemTitle(ZPKMenuItem item, const std::string& title) = 0;
+
+    /// New windows, not on the screen yet. Null when the form cannot be loaded; then a line on
+    /// standard error has said so, `run` will give 1, and the caller cleans up and terminates.
+    virtual std::unique_ptr<ZPKProgressWindow> createProgressWindow() = 0;
+    virtual std::unique_ptr<ZPKCDSearchWindow> createCDSearchWindow() = 0;
+
+    /// Shows the alert and returns when it was answered.
+    virtual void runAlert(const ZPKAlert& alert) = 0;
+
+    /// Shows the window and handles events until the modal loop is stopped or aborted; gives the
+    /// code it was stopped with. Does not close the window.
+    virtual int runModalForWindow(ZPKWindow& window) = 0;
+
+    /// Ends the innermost modal loop with `code`.
+    virtual void stopModal(int code) = 0;
+
+    /// Ends the modal loop with `ZPKModalResponseAbort`. May be called from any thread; one that
+    /// comes before the loop starts ends the next loop at once.
+    virtual void abortModal() = 0;
+
+    /// Shows the window and begins a modal loop for it.
+    virtual std::unique_ptr<ZPKModalSession> beginModalSessionForWindow(ZPKWindow& window) = 0;
+
+    /// Runs `action` on the main thread and waits until it is done. May be called from any thread;
+    /// from the main thread it simply runs it.
+    virtual void performOnMainThreadAndWait(const std::function<void()>& action) = 0;
+};

@@ -1,0 +1,66 @@
+# Compiler settings and the helpers that every folder's list file uses.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET default)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+if(NOT CMAKE_BUILD_TYPE)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "" FORCE)
+endif()
+
+option(ZPK_BUILD_TESTS "Build the tests" ON)
+option(ZPK_BUILD_BENCHMARKS "Build the benchmarks" ON)
+option(ZPK_BUILD_FUZZERS "Build the fuzz targets (Clang only)" OFF)
+set(ZPK_SANITIZE "" CACHE STRING "Value for -fsanitize=, empty for none")
+option(ZPK_COVERAGE "Record line coverage" OFF)
+
+# Assertions are part of the behaviour, so no configuration defines NDEBUG.
+set(CMAKE_CXX_FLAGS_RELEASE "-O2")
+set(CMAKE_CXX_FLAGS_DEBUG "-O0 -g")
+set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O1 -g -fno-omit-frame-pointer")
+
+if(ZPK_SANITIZE)
+  add_compile_options(-fsanitize=${ZPK_SANITIZE} -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${ZPK_SANITIZE})
+endif()
+if(ZPK_COVERAGE)
+  add_compile_options(--coverage)
+  add_link_options(--coverage)
+endif()
+
+# Assertion reports and diagnostics name sources by their path from the root.
+add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+
+add_library(zpk_warnings INTERFACE)
+target_compile_options(zpk_warnings INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
+  -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast -Wcast-qual
+  -Wformat=2 -Wundef -Werror)
+
+# zpk_library(name SOURCES a.cpp ... [PUBLIC lib ...] [PRIVATE lib ...])
+# One static library a folder; includes are written from the root.
+function(zpk_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR})
+  target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE zpk_warnings ${ARG_PRIVATE})
+endfunction()
+
+# zpk_test(name SOURCES a.cpp ... [LINK lib ...] [LABELS label ...])
+# A GoogleTest program; every test in it becomes a ctest of its own, so that
+# each runs in a fresh process.
+function(zpk_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINK;LABELS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR})
+  target_link_libraries(${name} PRIVATE zpk_warnings zpk_test_support ${ARG_LINK}
+    GTest::gtest GTest::gmock GTest::gtest_main)
+  set(properties TIMEOUT 120 ENVIRONMENT "${ZPK_TEST_ENVIRONMENT}")
+  if(ARG_LABELS)
+    list(APPEND properties LABELS "${ARG_LABELS}")
+  endif()
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120 PROPERTIES ${properties})
+endfunction()
