@@ -1,0 +1,1 @@
+#include "Package/CDirectoryHolder.h"

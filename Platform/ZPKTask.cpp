@@ -1,0 +1,3 @@
+#include "Platform/ZPKTask.h"
+
+ZPKTask::~ZPKTask() = default;

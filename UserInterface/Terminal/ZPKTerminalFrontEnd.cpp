@@ -1,0 +1,1 @@
+#include "UserInterface/Terminal/ZPKTerminalFrontEnd.h"
