@@ -1,0 +1,11 @@
+#include "Common/CLocalizerBase.h"
+
+#include "Common/CResourceBundle.h"
+
+namespace varno_zpk {
+
+const char* CLocalizerBase::GetDefaultLocalizeLanguage() const {
+    return CResourceBundle::GetCurrentLanguage();
+}
+
+}  // namespace varno_zpk

@@ -1,0 +1,13 @@
+#include "Common/CLocalizerUtil.h"
+
+namespace varno_zpk {
+
+std::string& CLocalizerUtil::Localize(const ILocalizer* inLocalizer, std::string& ioText) {
+    const char* text = inLocalizer->Localize(ioText.c_str());
+    if (text != ioText.c_str()) {
+        ioText = text;
+    }
+    return ioText;
+}
+
+}  // namespace varno_zpk

@@ -1,0 +1,124 @@
+#include "Common/CResourceBundlePrivateManager.h"
+
+#include <cassert>
+
+#include "Common/CBaseObjectUtil.h"
+#include "Common/CLocaleDefine.h"
+#include "Common/CPlusUtil.h"
+#include "Common/CResourceBundle.h"
+
+namespace varno_zpk {
+
+namespace {
+
+CResourceBundle* BundleOf(CBaseObject* inObject) {
+    return DOWN_CAST(CResourceBundle*, inObject);
+}
+
+CResourceBundle* FindBundleWithPath(const std::vector<CBaseObject*>& inBundles, const char* inPath) {
+    for (CBaseObject* object : inBundles) {
+        if (BundleOf(object)->GetPath() == inPath) {
+            return BundleOf(object);
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+CResourceBundlePrivateManager* CResourceBundlePrivateManager::s_Manager = nullptr;
+
+// Reports name these two assertions by line and text: 36 and 41, the text without blanks. Neither may
+// move or be reformatted.
+// clang-format off
+CResourceBundlePrivateManager::CResourceBundlePrivateManager()
+    : m_currentLanguage(CLocaleDefine::BASIC_LANGUAGE), m_alternativeLanguage(CLocaleDefine::BASIC_LANGUAGE) {
+    assert(s_Manager==NULL);
+    s_Manager = this;
+}
+
+CResourceBundlePrivateManager::~CResourceBundlePrivateManager() {
+    assert(s_Manager==this);
+    // clang-format on
+    // Each bundle takes itself out of the list as it goes.
+    CBaseObjectUtil::Destroy(m_loadedBundles);
+    s_Manager = nullptr;
+}
+
+CResourceBundlePrivateManager* CResourceBundlePrivateManager::GetManager() {
+    return s_Manager != nullptr ? s_Manager : new CResourceBundlePrivateManager;
+}
+
+CResourceBundle* CResourceBundlePrivateManager::GetResourceBundleWithPath(const char* inPath) {
+    CResourceBundle* bundle = FindLoadedBundleWithPath(inPath);
+    return bundle != nullptr ? bundle : new CResourceBundle(inPath);
+}
+
+CResourceBundle* CResourceBundlePrivateManager::FindLoadedBundleWithPath(const char* inPath) const {
+    return FindBundleWithPath(m_loadedBundles, inPath);
+}
+
+void CResourceBundlePrivateManager::AddDefaultBundlePath(const char* inPath) {
+    if (FindDefaultBundleWithPath(inPath) == nullptr) {
+        m_defaultBundles.push_back(GetResourceBundleWithPath(inPath));
+    }
+}
+
+CResourceBundle* CResourceBundlePrivateManager::FindDefaultBundleWithPath(const char* inPath) const {
+    return FindBundleWithPath(m_defaultBundles, inPath);
+}
+
+void CResourceBundlePrivateManager::ClearAllDefaultBundles() {
+    m_defaultBundles.clear();
+}
+
+std::size_t CResourceBundlePrivateManager::GetDefaultBundleCount() const {
+    return m_defaultBundles.size();
+}
+
+CResourceBundle* CResourceBundlePrivateManager::GetDefaultBundleAt(std::size_t inIndex) const {
+    return BundleOf(m_defaultBundles.at(inIndex));
+}
+
+void CResourceBundlePrivateManager::SetCurrentLanguage(const char* inLanguage) {
+    if (m_currentLanguage == inLanguage) {
+        return;
+    }
+    m_currentLanguage = inLanguage;
+    for (CBaseObject* object : m_loadedBundles) {
+        BundleOf(object)->ResetCurrentLanguage();
+    }
+}
+
+const char* CResourceBundlePrivateManager::GetCurrentLanguage() const {
+    return m_currentLanguage.c_str();
+}
+
+void CResourceBundlePrivateManager::SetAlternativeLanguage(const char* inLanguage) {
+    m_alternativeLanguage = inLanguage;
+}
+
+const char* CResourceBundlePrivateManager::GetAlternativeLanguage() const {
+    return m_alternativeLanguage.c_str();
+}
+
+void CResourceBundlePrivateManager::AddBundle(CResourceBundle* inBundle) {
+    m_loadedBundles.push_back(inBundle);
+}
+
+void CResourceBundlePrivateManager::RemoveBundle(CResourceBundle* inBundle) {
+    CBaseObjectUtil::RemoveObject(m_loadedBundles, inBundle);
+}
+
+const char* CResourceBundlePrivateManager::GetLocalizedStringForKeyFromTable(const char* inKey,
+                                                                             const char* inTable) const {
+    for (std::size_t index = m_defaultBundles.size(); index-- > 0;) {
+        const char* text = GetDefaultBundleAt(index)->GetLocalizedStringForKeyFromTable(inKey, inTable);
+        if (text != inKey) {
+            return text;
+        }
+    }
+    return inKey;
+}
+
+}  // namespace varno_zpk

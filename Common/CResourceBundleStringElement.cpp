@@ -1,0 +1,12 @@
+#include "Common/CResourceBundleStringElement.h"
+
+#include "Common/CStringUtil.h"
+
+namespace varno_zpk {
+
+CResourceBundleStringElement::CResourceBundleStringElement(const char* inKey, const char* inValue) {
+    CStringUtil::SetUTF8StringToUstring(inKey, m_key);
+    CStringUtil::SetUTF8StringToUstring(inValue, m_value);
+}
+
+}  // namespace varno_zpk

@@ -1,0 +1,60 @@
+#include "Common/CResourceBundleStringTable.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "Common/CBaseObjectUtil.h"
+#include "Common/CPlusUtil.h"
+#include "Common/CResourceBundleStringElement.h"
+#include "Common/CResourceBundleStringTableParser.h"
+
+namespace varno_zpk {
+
+namespace {
+
+const CResourceBundleStringElement& ElementOf(const CBaseObject* inObject) {
+    return *DOWN_CAST(const CResourceBundleStringElement*, inObject);
+}
+
+}  // namespace
+
+CResourceBundleStringTable::CResourceBundleStringTable(const std::string& inPath, const char* inName)
+    : m_path(inPath), m_name(inName) {
+    try {
+        CResourceBundleStringTableParser parser;
+        // A table that cannot be read stays empty, or keeps what was read of it.
+        static_cast<void>(parser.Parse(m_path.c_str(), m_elements));
+        if (!m_elements.empty()) {
+            std::sort(m_elements.begin(), m_elements.end(), CCompareElementToKey());
+        }
+    } catch (...) {
+        CBaseObjectUtil::Destroy(m_elements);
+        throw;
+    }
+}
+
+CResourceBundleStringTable::~CResourceBundleStringTable() {
+    CBaseObjectUtil::Destroy(m_elements);
+}
+
+const char* CResourceBundleStringTable::GetStringForKey(const char* inKey) const {
+    const auto found = std::lower_bound(m_elements.begin(), m_elements.end(), inKey, CCompareElementToKey());
+    if (found == m_elements.end() || CompareElementToKey(*found, inKey) != 0) {
+        return nullptr;
+    }
+    const char* value = ElementOf(*found).GetValue().c_str();
+    std::fprintf(stderr, "CResourceBundleStringTable::GetStringForKey: %s: %s: '%s'='%s'\n", m_path.c_str(),
+                 m_name.c_str(), inKey, value);
+    return value;
+}
+
+int CResourceBundleStringTable::CompareElements(const CBaseObject* inElement1,
+                                                const CBaseObject* inElement2) {
+    return ElementOf(inElement1).GetKey().compare(ElementOf(inElement2).GetKey());
+}
+
+int CResourceBundleStringTable::CompareElementToKey(const CBaseObject* inElement, const char* inKey) {
+    return ElementOf(inElement).GetKey().compare(inKey);
+}
+
+}  // namespace varno_zpk
