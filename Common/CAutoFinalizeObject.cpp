@@ -7,7 +7,8 @@
 
 namespace varno_zpk {
 
-std::vector<CBaseObject*> CAutoFinalizeObject::s_AutoFinalizeObjects;
+// Ready before any dynamic initialisation, so that a singleton may also be made from a static.
+constinit std::vector<CBaseObject*> CAutoFinalizeObject::s_AutoFinalizeObjects;
 bool CAutoFinalizeObject::s_AllObjectsFinalized = false;
 
 CAutoFinalizeObject::CAutoFinalizeObject() {

@@ -13,8 +13,9 @@ extern unsigned int g_CPlusUtil_Line;
 /// Takes a pointer back to its real class. A pointer to an object of another class is reported on
 /// standard error and cast all the same: the report is a warning, not a stop. Used through
 /// `DOWN_CAST`, which names the place.
+// The wrong cast is intended, so the undefined behaviour sanitizer must not stop the program at it.
 template <typename Target, typename Source>
-Target CheckedDownCast(Source* source, const char* file, unsigned int line) {
+[[gnu::no_sanitize("vptr")]] Target CheckedDownCast(Source* source, const char* file, unsigned int line) {
     static_assert(std::is_pointer_v<Target>, "a down-cast gives a pointer");
     g_CPlusUtil_File = file;
     g_CPlusUtil_Line = line;

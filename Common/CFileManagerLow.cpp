@@ -1,0 +1,62 @@
+#include "Common/CFileManagerLow.h"
+
+#include <filesystem>
+#include <system_error>
+
+#include "Platform/ZPKFileManager.h"
+#include "Platform/ZPKStandardFolders.h"
+
+namespace varno_zpk {
+
+namespace {
+
+constexpr char kSeparator = '/';
+
+/// The path without the separators at its end; the root keeps its own.
+std::string WithoutTrailingSeparators(std::string path) {
+    while (path.size() > 1 && path.back() == kSeparator) {
+        path.pop_back();
+    }
+    return path;
+}
+
+/// The working folder; empty when it cannot be told.
+std::string WorkingFolder() {
+    std::error_code error;
+    const std::filesystem::path folder = std::filesystem::current_path(error);
+    return error ? std::string() : folder.string();
+}
+
+std::string StandardizedPath(const std::string& path) {
+    return WithoutTrailingSeparators(std::filesystem::path(path).lexically_normal().string());
+}
+
+}  // namespace
+
+bool CFileManagerLow::GetPublicDocumentFolderPath(std::string& outPath) {
+    outPath = ZPKFileManager::stringByAppendingPathComponent(ZPKStandardFolders::usersFolder(), "Shared");
+    return true;
+}
+
+void CFileManagerLow::ConvertRelToAbsPath(const char* path, std::string& outPath) {
+    std::string fullPath(path);
+    if (fullPath.empty() || fullPath.front() != kSeparator) {
+        const std::string folder = WorkingFolder();
+        if (!folder.empty()) {
+            fullPath = ZPKFileManager::stringByAppendingPathComponent(folder, fullPath);
+        }
+    }
+    outPath = StandardizedPath(fullPath);
+}
+
+void CFileManagerLow::GetFolderContents(const char* folder, std::vector<std::string>& outNames) {
+    outNames.clear();
+    ZPKFileManager::contentsOfFolder(folder, outNames);
+}
+
+bool CFileManagerLow::IsFolder(const char* path) {
+    // A separator at the end would make the host follow a link.
+    return ZPKFileManager::isFolderNotFollowingLinks(WithoutTrailingSeparators(path));
+}
+
+}  // namespace varno_zpk
