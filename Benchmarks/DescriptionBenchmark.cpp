@@ -1,0 +1,164 @@
+// Loading a condition description beside the same load by another parser: pugixml reads the file,
+// and the same values are taken from its tree into equal structs.
+
+#include <benchmark/benchmark.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <memory>
+#include <pugixml.hpp>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Description/CZPKXMLLoader.h"
+#include "Description/ZPKXMLDefine.h"
+
+namespace {
+
+using namespace varno_zpk;
+
+constexpr int SMALL = 3;
+constexpr int LARGE = 5000;
+
+void AppendEntries(std::string& xml, int count, std::string_view start, std::string_view end) {
+    for (int index = 0; index < count; ++index) {
+        xml.append("        <").append(start).append(std::to_string(index)).append(end).append("/>\n");
+    }
+}
+
+/// A description with about `count` entries of each kind.
+std::string MakeDescription(int count) {
+    std::string xml =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<UpdateInfo XmlVersion=\"1.0\">\n    <Conditions>\n";
+    AppendEntries(xml, count, "Registry KeyName=\"Software\\Varno\\Suite ", "\"");
+    AppendEntries(xml, count, "UIMLog Signature=\"com.varno.suite.component-", "\"");
+    AppendEntries(xml, count, "UninstallXml AppName=\"VarnoSuite", ".xml\"");
+    AppendEntries(xml, count, "Disc FilePath=\"Setup/Suite", "/*.pkg\"");
+    xml += "    </Conditions>\n    <TargetItems>\n";
+    AppendEntries(xml, count, "ItemInfo DisplayName=\"Varno Suite &amp; Tools ", "\"");
+    xml += "    </TargetItems>\n</UpdateInfo>\n";
+    return xml;
+}
+
+class DescriptionFile {
+public:
+    explicit DescriptionFile(int count) {
+        const int descriptor = mkstemp(m_path.data());
+        close(descriptor);
+        std::ofstream(m_path, std::ios::binary) << MakeDescription(count);
+    }
+    ~DescriptionFile() { unlink(m_path.c_str()); }
+    DescriptionFile(const DescriptionFile&) = delete;
+    DescriptionFile& operator=(const DescriptionFile&) = delete;
+
+    const std::string& path() const { return m_path; }
+
+private:
+    std::string m_path = "/tmp/zpk-benchmark-XXXXXX";
+};
+
+// Equal to the description classes, entry by entry.
+struct Entry {
+    std::string value;
+};
+using Entries = std::vector<std::unique_ptr<Entry>>;
+struct Conditions {
+    Entries registries;
+    Entries uimLogs;
+    Entries uninstallXmls;
+    Entries discs;
+};
+struct UpdateInfo {
+    std::string xmlVersion;
+    std::unique_ptr<Conditions> conditions;
+    std::unique_ptr<Entries> targetItems;
+};
+
+std::unique_ptr<Entry> ReadEntry(const pugi::xml_node& node, std::string_view name) {
+    auto entry = std::make_unique<Entry>();
+    for (const pugi::xml_attribute& attribute : node.attributes()) {
+        if (attribute.name() == name) {
+            entry->value = attribute.value();
+        }
+    }
+    return entry;
+}
+
+std::unique_ptr<Conditions> ReadConditions(const pugi::xml_node& node) {
+    auto conditions = std::make_unique<Conditions>();
+    for (const pugi::xml_node& child : node.children()) {
+        const std::string_view name = child.name();
+        if (name == TAG_REGISTRY) {
+            conditions->registries.push_back(ReadEntry(child, ATTR_KEYNAME));
+        } else if (name == TAG_UIMLOG) {
+            conditions->uimLogs.push_back(ReadEntry(child, ATTR_SIGNATURE));
+        } else if (name == TAG_UNINSTALLXML) {
+            conditions->uninstallXmls.push_back(ReadEntry(child, ATTR_APPNAME));
+        } else if (name == TAG_DISC) {
+            conditions->discs.push_back(ReadEntry(child, ATTR_FILEPATH));
+        }
+    }
+    return conditions;
+}
+
+std::unique_ptr<Entries> ReadItems(const pugi::xml_node& node) {
+    auto items = std::make_unique<Entries>();
+    for (const pugi::xml_node& child : node.children()) {
+        if (child.name() == TAG_ITEMINFO) {
+            items->push_back(ReadEntry(child, ATTR_DISPLAYNAME));
+        }
+    }
+    return items;
+}
+
+std::unique_ptr<UpdateInfo> LoadWithPugixml(const std::string& path) {
+    pugi::xml_document document;
+    if (!document.load_file(path.c_str())) {
+        return nullptr;
+    }
+    const pugi::xml_node root = document.document_element();
+    auto info = std::make_unique<UpdateInfo>();
+    info->xmlVersion = root.attribute("XmlVersion").value();
+    for (const pugi::xml_node& child : root.children()) {
+        if (child.name() == TAG_CONDITIONS) {
+            info->conditions = ReadConditions(child);
+        } else if (child.name() == TAG_TARGETITEMS) {
+            info->targetItems = ReadItems(child);
+        }
+    }
+    return info;
+}
+
+void LoadDescription(benchmark::State& state) {
+    const DescriptionFile file(static_cast<int>(state.range(0)));
+    for (auto _ : state) {
+        const std::unique_ptr<CUpdateInfoType> info(CZPKXMLLoader::LoadConditionXML(file.path()));
+        if (info == nullptr) {
+            state.SkipWithError("the description does not load");
+            break;
+        }
+        // The target items stay allocated by design; the peer frees its own.
+        for (const CItemInfoType* item : info->targetItems->items) {
+            delete item;
+        }
+    }
+}
+BENCHMARK(LoadDescription)->ArgName("entries")->Arg(SMALL)->Arg(LARGE);
+
+void LoadDescriptionPugixml(benchmark::State& state) {
+    const DescriptionFile file(static_cast<int>(state.range(0)));
+    for (auto _ : state) {
+        const std::unique_ptr<UpdateInfo> info = LoadWithPugixml(file.path());
+        if (info == nullptr) {
+            state.SkipWithError("the description does not load");
+            break;
+        }
+    }
+}
+BENCHMARK(LoadDescriptionPugixml)->ArgName("entries")->Arg(SMALL)->Arg(LARGE);
+
+}  // namespace
+
+BENCHMARK_MAIN();
