@@ -1,0 +1,64 @@
+#include "Common/CExpatEncoding.h"
+
+#include <errno.h>
+#include <iconv.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace varno_zpk {
+
+namespace {
+
+constexpr int NO_CHARACTER = -1;
+
+/// Stores the character that `byte` stands for. False when the byte is no whole character.
+bool MapByte(iconv_t converter, char byte, int& outCharacter) {
+    char* input = &byte;
+    std::size_t inputLeft = 1;
+    char buffer[sizeof(std::uint32_t)];
+    char* output = buffer;
+    std::size_t outputLeft = sizeof(buffer);
+    iconv(converter, nullptr, nullptr, nullptr, nullptr);
+    if (iconv(converter, &input, &inputLeft, &output, &outputLeft) == static_cast<std::size_t>(-1)) {
+        outCharacter = NO_CHARACTER;
+        return errno == EILSEQ;
+    }
+    if (outputLeft != 0) {
+        return false;
+    }
+    std::uint32_t character;
+    std::memcpy(&character, buffer, sizeof(character));
+    // What Expat takes from a map.
+    constexpr std::uint32_t LAST_CHARACTER = 0xFFFF;
+    outCharacter = character <= LAST_CHARACTER ? static_cast<int>(character) : NO_CHARACTER;
+    return true;
+}
+
+bool FillMap(iconv_t converter, int (&map)[256]) {
+    for (int byte = 0; byte < 256; ++byte) {
+        if (!MapByte(converter, static_cast<char>(byte), map[byte])) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+int CExpatEncoding::HandleUnknownEncoding(void*, const char* name, XML_Encoding* outEncoding) {
+    const iconv_t converter = iconv_open("WCHAR_T", name);
+    // The host's way to say that it has no such converter.
+    if (converter == reinterpret_cast<iconv_t>(-1)) {
+        return XML_STATUS_ERROR;
+    }
+    const bool isFilled = FillMap(converter, outEncoding->map);
+    iconv_close(converter);
+    outEncoding->data = nullptr;
+    outEncoding->convert = nullptr;
+    outEncoding->release = nullptr;
+    return isFilled ? XML_STATUS_OK : XML_STATUS_ERROR;
+}
+
+}  // namespace varno_zpk

@@ -1,0 +1,185 @@
+#include "Common/CExpatTreeBuilder.h"
+
+#include <cstring>
+#include <new>
+#include <string_view>
+#include <utility>
+
+#include "Common/CExpatEncoding.h"
+#include "Common/CXMLAttribute.h"
+#include "Common/CXMLText.h"
+
+namespace varno_zpk {
+
+namespace {
+
+/// Stops the parser: the input is well-formed so far, but is refused.
+struct InputRefused {};
+
+// Entities and attribute defaults let a small input ask for a tree of any size. A document without
+// them cannot reach this bound: its smallest node, "<a/>", costs 36 bytes per byte of input.
+constexpr std::size_t BUDGET_BASE = std::size_t{64} << 20;
+constexpr std::size_t BUDGET_PER_INPUT_BYTE = 64;
+
+bool IsNamespaceDeclaration(std::string_view attributeName) {
+    constexpr std::string_view XMLNS = "xmlns";
+    return attributeName.starts_with(XMLNS) &&
+           (attributeName.size() == XMLNS.size() || attributeName[XMLNS.size()] == ':');
+}
+
+bool IsBlank(std::string_view text) {
+    return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+}
+
+}  // namespace
+
+CExpatTreeBuilder::CExpatTreeBuilder(const char* encoding, std::size_t inputSize)
+    : m_parser(XML_ParserCreate(encoding), &XML_ParserFree),
+      m_budget(BUDGET_BASE + BUDGET_PER_INPUT_BYTE * inputSize) {
+    if (m_parser == nullptr) {
+        throw std::bad_alloc();
+    }
+    XML_SetUserData(m_parser.get(), this);
+    XML_SetElementHandler(m_parser.get(), HandleStartElement, HandleEndElement);
+    XML_SetCharacterDataHandler(m_parser.get(), HandleCharacterData);
+    XML_SetCommentHandler(m_parser.get(), HandleComment);
+    XML_SetProcessingInstructionHandler(m_parser.get(), HandleProcessingInstruction);
+    XML_SetUnknownEncodingHandler(m_parser.get(), CExpatEncoding::HandleUnknownEncoding, nullptr);
+}
+
+void* CExpatTreeBuilder::GetBuffer(int size) {
+    return XML_GetBuffer(m_parser.get(), size);
+}
+
+bool CExpatTreeBuilder::ParseBuffer(int size, bool isLast) {
+    return Finish(XML_ParseBuffer(m_parser.get(), size, isLast));
+}
+
+bool CExpatTreeBuilder::Parse(const char* input, int size, bool isLast) {
+    return Finish(XML_Parse(m_parser.get(), input, size, isLast));
+}
+
+bool CExpatTreeBuilder::Finish(XML_Status status) {
+    if (m_exception != nullptr) {
+        std::rethrow_exception(m_exception);
+    }
+    return status == XML_STATUS_OK;
+}
+
+std::unique_ptr<CXMLDocument> CExpatTreeBuilder::TakeDocument() {
+    std::unique_ptr<CXMLDocument> document(CXMLNode::CreateDocumentWithRootElement(m_root.get()));
+    static_cast<void>(m_root.release());
+    return document;
+}
+
+void CExpatTreeBuilder::HandleStartElement(void* builder, const char* name, const char** attributes) {
+    auto* self = static_cast<CExpatTreeBuilder*>(builder);
+    self->Guard([&] { self->StartElement(name, attributes); });
+}
+
+void CExpatTreeBuilder::HandleEndElement(void* builder, const char*) {
+    auto* self = static_cast<CExpatTreeBuilder*>(builder);
+    self->Guard([&] { self->EndElement(); });
+}
+
+void CExpatTreeBuilder::HandleCharacterData(void* builder, const char* text, int length) {
+    auto* self = static_cast<CExpatTreeBuilder*>(builder);
+    self->Guard([&] { self->AddCharacterData(text, static_cast<std::size_t>(length)); });
+}
+
+void CExpatTreeBuilder::HandleComment(void* builder, const char*) {
+    static_cast<CExpatTreeBuilder*>(builder)->m_lastTextIsOpen = false;
+}
+
+void CExpatTreeBuilder::HandleProcessingInstruction(void* builder, const char*, const char*) {
+    static_cast<CExpatTreeBuilder*>(builder)->m_lastTextIsOpen = false;
+}
+
+template <typename Action>
+void CExpatTreeBuilder::Guard(Action action) noexcept {
+    // Expat may send the events that it has at hand even after it was told to stop.
+    if (m_isStopped) {
+        return;
+    }
+    try {
+        action();
+        return;
+    } catch (const InputRefused&) {
+    } catch (...) {
+        m_exception = std::current_exception();
+    }
+    m_isStopped = true;
+    XML_StopParser(m_parser.get(), XML_FALSE);
+}
+
+void CExpatTreeBuilder::StartElement(const char* name, const char** attributes) {
+    if (m_openElements.size() == MAXIMUM_DEPTH) {
+        throw InputRefused();
+    }
+    AddTexts(true);
+    std::unique_ptr<CXMLElement> element = CreateElement(name, attributes);
+    m_openElements.push_back({element.get(), false});
+    if (m_openElements.size() == 1) {
+        m_root = std::move(element);
+        return;
+    }
+    OpenElement& parent = m_openElements[m_openElements.size() - 2];
+    parent.hasElementChild = true;
+    parent.element->AddChild(element.get());
+    static_cast<void>(element.release());
+}
+
+void CExpatTreeBuilder::EndElement() {
+    AddTexts(m_openElements.back().hasElementChild);
+    m_openElements.pop_back();
+}
+
+void CExpatTreeBuilder::AddCharacterData(const char* text, std::size_t length) {
+    Charge(length);
+    if (!m_lastTextIsOpen) {
+        m_texts.emplace_back();
+        m_lastTextIsOpen = true;
+    }
+    m_texts.back().append(text, length);
+}
+
+std::unique_ptr<CXMLElement> CExpatTreeBuilder::CreateElement(const char* name, const char** attributes) {
+    Charge(sizeof(CXMLElement) + std::strlen(name));
+    std::unique_ptr<CXMLElement> element(CXMLNode::CreateElementWithName(name));
+    for (; *attributes != nullptr; attributes += 2) {
+        const char* const attributeName = attributes[0];
+        const char* const value = attributes[1];
+        if (IsNamespaceDeclaration(attributeName)) {
+            continue;
+        }
+        Charge(sizeof(CXMLAttribute) + std::strlen(attributeName) + std::strlen(value));
+        std::unique_ptr<CXMLAttribute> attribute(
+            CXMLNode::CreateAttributeWithNameWithStringValue(attributeName, value));
+        // Expat has refused a name that occurs twice.
+        element->AddNewAttribute(std::move(attribute));
+    }
+    return element;
+}
+
+void CExpatTreeBuilder::AddTexts(bool dropBlank) {
+    for (const std::string& text : m_texts) {
+        if (dropBlank && IsBlank(text)) {
+            continue;
+        }
+        Charge(sizeof(CXMLText));
+        std::unique_ptr<CXMLText> node(CXMLNode::CreateTextWithStringValue(text.c_str()));
+        m_openElements.back().element->AddChild(node.get());
+        static_cast<void>(node.release());
+    }
+    m_texts.clear();
+    m_lastTextIsOpen = false;
+}
+
+void CExpatTreeBuilder::Charge(std::size_t bytes) {
+    if (bytes > m_budget) {
+        throw InputRefused();
+    }
+    m_budget -= bytes;
+}
+
+}  // namespace varno_zpk

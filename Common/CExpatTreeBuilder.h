@@ -1,0 +1,80 @@
+#pragma once
+
+#include <expat.h>
+
+#include <cstddef>
+#include <exception>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Common/CXMLDocument.h"
+#include "Common/CXMLElement.h"
+
+namespace varno_zpk {
+
+/// Builds the tree of one document while Expat reads it.
+///
+/// Contiguous character data becomes one text node; a comment or a processing instruction splits it.
+/// Text of nothing but white space is dropped beside child elements and kept where the element holds
+/// no element. Comments, processing instructions, the document type and namespace declarations leave
+/// nothing in the tree; names keep their prefix. External entities are never read.
+class CExpatTreeBuilder {
+public:
+    /// Deeper documents count as malformed: everything that walks a tree, its destruction included,
+    /// does so recursively.
+    static constexpr std::size_t MAXIMUM_DEPTH = 1000;
+
+    /// `encoding` overrides what the input says about itself unless it is null. `inputSize`, in
+    /// bytes, sets how large a tree the input may make.
+    CExpatTreeBuilder(const char* encoding, std::size_t inputSize);
+    CExpatTreeBuilder(const CExpatTreeBuilder&) = delete;
+    CExpatTreeBuilder& operator=(const CExpatTreeBuilder&) = delete;
+
+    /// Room for the next piece of input; null when there is no memory for it.
+    void* GetBuffer(int size);
+    /// Takes in what was put into the buffer. False when the input is malformed. Memory exhaustion
+    /// passes through as an exception.
+    bool ParseBuffer(int size, bool isLast);
+    /// As `ParseBuffer`, for input that lies elsewhere.
+    bool Parse(const char* input, int size, bool isLast);
+
+    /// The finished tree, after the last piece was taken in.
+    std::unique_ptr<CXMLDocument> TakeDocument();
+
+private:
+    struct OpenElement {
+        CXMLElement* element;
+        bool hasElementChild;
+    };
+
+    static void XMLCALL HandleStartElement(void* builder, const char* name, const char** attributes);
+    static void XMLCALL HandleEndElement(void* builder, const char* name);
+    static void XMLCALL HandleCharacterData(void* builder, const char* text, int length);
+    static void XMLCALL HandleComment(void* builder, const char* text);
+    static void XMLCALL HandleProcessingInstruction(void* builder, const char* target, const char* text);
+
+    template <typename Action>
+    void Guard(Action action) noexcept;
+    bool Finish(XML_Status status);
+
+    void StartElement(const char* name, const char** attributes);
+    void EndElement();
+    void AddCharacterData(const char* text, std::size_t length);
+    std::unique_ptr<CXMLElement> CreateElement(const char* name, const char** attributes);
+    void AddTexts(bool dropBlank);
+    void Charge(std::size_t bytes);
+
+    std::unique_ptr<std::remove_pointer_t<XML_Parser>, decltype(&XML_ParserFree)> m_parser;
+    std::size_t m_budget;
+    std::unique_ptr<CXMLElement> m_root;
+    std::vector<OpenElement> m_openElements;
+    /// The text nodes to be since the last tag.
+    std::vector<std::string> m_texts;
+    bool m_lastTextIsOpen = false;
+    bool m_isStopped = false;
+    /// What a handler threw: it must not pass through Expat, which is C.
+    std::exception_ptr m_exception;
+};
+
+}  // namespace varno_zpk

@@ -1,0 +1,60 @@
+#include "Description/CZPKXMLLoader.h"
+
+#include "Common/CXMLDocument.h"
+#include "Common/CXMLParser.h"
+#include "Common/CZPKError.h"
+#include "Common/CZPKStatus.h"
+
+namespace varno_zpk {
+
+namespace {
+
+std::unique_ptr<CLanguagesType> BuildLanguages(const CXMLElement* root) {
+    if (root == nullptr) {
+        throw CZPKError(CZPKStatus::ERROR_FAILED_LOAD_LANGUAGES);
+    }
+    return std::make_unique<CLanguagesType>(*root);
+}
+
+/// The description of the file at `path`, built by `build` from the root element; empty on failure.
+/// The element tree is gone on return.
+template <typename Description>
+std::unique_ptr<Description> Load(const std::string& path,
+                                  std::unique_ptr<Description> (*build)(CXMLElement*)) {
+    try {
+        const std::unique_ptr<CXMLDocument> document(CXMLNode::CreateDocumentWithPath(path.c_str()));
+        return document != nullptr ? build(document->GetRootElement()) : nullptr;
+    } catch (...) {
+        return nullptr;
+    }
+}
+
+/// As `Load`, then gives the parser back, but only after success.
+template <typename Description>
+Description* LoadAndFinalize(const std::string& path) {
+    std::unique_ptr<Description> description =
+        Load<Description>(path, [](CXMLElement* root) { return std::make_unique<Description>(root); });
+    if (description != nullptr) {
+        CXMLParser::Finalize();
+    }
+    return description.release();
+}
+
+}  // namespace
+
+CUpdateInfoType* CZPKXMLLoader::LoadConditionXML(const std::string& path) {
+    return LoadAndFinalize<CUpdateInfoType>(path);
+}
+
+CStartupType* CZPKXMLLoader::LoadStartupXML(const std::string& path) {
+    return LoadAndFinalize<CStartupType>(path);
+}
+
+std::unique_ptr<const CLanguagesType> CZPKXMLLoader::LoadLanguagesXML(const std::string& path) {
+    std::unique_ptr<const CLanguagesType> description =
+        Load<CLanguagesType>(path, [](CXMLElement* root) { return BuildLanguages(root); });
+    CXMLParser::Finalize();
+    return description;
+}
+
+}  // namespace varno_zpk

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "Description/CLanguagesType.h"
+#include "Description/CStartupType.h"
+#include "Description/CUpdateInfoType.h"
+
+namespace varno_zpk {
+
+/// Reads the description files. A file that is missing, malformed or incomplete gives an empty
+/// result, as does memory exhaustion: nothing is thrown and nothing is reported. Main thread only.
+class CZPKXMLLoader {
+public:
+    CZPKXMLLoader() = delete;
+
+    /// Owned by the caller; null on failure.
+    static CUpdateInfoType* LoadConditionXML(const std::string& path);
+    /// Owned by the caller; null on failure.
+    static CStartupType* LoadStartupXML(const std::string& path);
+    static std::unique_ptr<const CLanguagesType> LoadLanguagesXML(const std::string& path);
+};
+
+}  // namespace varno_zpk

@@ -1,1 +1,0 @@
-// The names of the description files.
