@@ -1,1 +1,110 @@
 #include "UserInterface/Terminal/ZPKTerminalFrontEnd.h"
+
+#include <unistd.h>
+
+#include "UserInterface/Terminal/ZPKTerminalCDSearchWindow.h"
+#include "UserInterface/Terminal/ZPKTerminalProgressWindow.h"
+
+namespace {
+
+constexpr int SessionWaitMilliseconds = 20;
+
+/// Every window comes from this front end.
+ZPKTerminalWindow& TerminalWindow(ZPKWindow& window) {
+    return dynamic_cast<ZPKTerminalWindow&>(window);
+}
+
+}  // namespace
+
+class ZPKTerminalModalSession : public ZPKModalSession {
+public:
+    explicit ZPKTerminalModalSession(ZPKTerminalFrontEnd& frontEnd) : m_frontEnd(frontEnd) {}
+
+    void run() override {
+        m_frontEnd.wait(-1, SessionWaitMilliseconds);
+        m_frontEnd.runPendingActions();
+    }
+
+private:
+    ZPKTerminalFrontEnd& m_frontEnd;
+};
+
+ZPKTerminalFrontEnd::ZPKTerminalFrontEnd()
+    : ZPKTerminalFrontEnd(STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO) {}
+
+ZPKTerminalFrontEnd::ZPKTerminalFrontEnd(int input, int output, int error)
+    : ZPKFrontEndBase([this] { wake(); }), m_terminal(input, output, error) {}
+
+std::unique_ptr<ZPKProgressWindow> ZPKTerminalFrontEnd::createProgressWindow() {
+    return std::make_unique<ZPKTerminalProgressWindow>(m_terminal);
+}
+
+std::unique_ptr<ZPKCDSearchWindow> ZPKTerminalFrontEnd::createCDSearchWindow() {
+    return std::make_unique<ZPKTerminalCDSearchWindow>(m_terminal);
+}
+
+void ZPKTerminalFrontEnd::runAlert(const ZPKAlert& alert) {
+    std::string text = ZPKTerminalText(alert.messageText) + "\n";
+    if (!alert.informativeText.empty()) {
+        text += ZPKTerminalText(alert.informativeText) + "\n";
+    }
+    m_terminal.printError(text);
+}
+
+std::unique_ptr<ZPKModalSession> ZPKTerminalFrontEnd::beginModalSessionForWindow(ZPKWindow& window) {
+    TerminalWindow(window).show();
+    return std::make_unique<ZPKTerminalModalSession>(*this);
+}
+
+void ZPKTerminalFrontEnd::runLoopForWindow(ZPKWindow& window, ZPKModalLoop& loop) {
+    ZPKTerminalWindow& shown = TerminalWindow(window);
+    shown.show();
+    if (shown.question().empty()) {
+        runLoop(loop);
+    } else {
+        askUntilStopped(shown, loop);
+    }
+}
+
+void ZPKTerminalFrontEnd::runLoop(ZPKModalLoop& loop) {
+    runPendingActions();
+    while (!loop.isStopped()) {
+        wait(-1, -1);
+        runPendingActions();
+    }
+}
+
+void ZPKTerminalFrontEnd::askUntilStopped(ZPKTerminalWindow& window, ZPKModalLoop& loop) {
+    while (!loop.isStopped()) {
+        if (m_terminal.isInteractive()) {
+            m_terminal.print(window.question());
+        }
+        const std::optional<std::string> line = waitForLine(loop);
+        if (loop.isStopped()) {
+            return;
+        }
+        window.takeAnswer(line);
+        if (!line) {
+            // Nobody will ever answer: an owner that does not take this as Cancel must not wait.
+            stopModal(ZPKModalResponseAbort);
+        }
+    }
+}
+
+std::optional<std::string> ZPKTerminalFrontEnd::waitForLine(const ZPKModalLoop& loop) {
+    if (!m_terminal.isInteractive()) {
+        return std::nullopt;
+    }
+    runPendingActions();
+    while (!loop.isStopped()) {
+        if (std::optional<std::string> line = m_terminal.takeLine()) {
+            return line;
+        }
+        if (wait(m_terminal.input(), -1) && !m_terminal.readInput()) {
+            m_terminal.print("\n");
+            return std::nullopt;
+        }
+        runPendingActions();
+    }
+    return std::nullopt;
+}

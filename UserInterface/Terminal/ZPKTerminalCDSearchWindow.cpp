@@ -1,0 +1,55 @@
+#include "UserInterface/Terminal/ZPKTerminalCDSearchWindow.h"
+
+#include <sstream>
+#include <utility>
+
+namespace {
+
+std::string Trimmed(const std::string& text) {
+    constexpr const char* blanks = " \t\r";
+    const std::size_t first = text.find_first_not_of(blanks);
+    if (first == std::string::npos) {
+        return {};
+    }
+    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+void Perform(const std::function<void()>& action) {
+    if (action) {
+        action();
+    }
+}
+
+}  // namespace
+
+void ZPKTerminalCDSearchWindow::setActions(Actions actions) {
+    m_actions = std::move(actions);
+}
+
+void ZPKTerminalCDSearchWindow::show() {
+    if (m_shown) {
+        return;
+    }
+    m_shown = true;
+    std::string text = ZPKTerminalLine(m_title) + "\n\n" + ZPKTerminalText(m_message) + "\n";
+    std::istringstream products(ZPKTerminalText(m_productList));
+    for (std::string product; std::getline(products, product);) {
+        text += "  " + product + "\n";
+    }
+    m_terminal.print(text);
+}
+
+std::string ZPKTerminalCDSearchWindow::question() const {
+    return "[1] " + ZPKTerminalLine(m_searchTitle) + "  [2] " + ZPKTerminalLine(m_cancelTitle) + ": ";
+}
+
+void ZPKTerminalCDSearchWindow::takeAnswer(const std::optional<std::string>& line) {
+    // The actions may set others, or end this window's life.
+    const Actions actions = m_actions;
+    const std::string answer = line ? Trimmed(*line) : "2";
+    if (answer.empty() || answer == "1") {
+        Perform(actions.pushSearch);
+    } else if (answer == "2") {
+        Perform(actions.pushCancel);
+    }
+}

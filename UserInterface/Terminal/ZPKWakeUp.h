@@ -1,0 +1,21 @@
+#pragma once
+
+/// Lets any thread wake the one that waits.
+class ZPKWakeUp {
+public:
+    /// Throws std::system_error when the host gives no descriptor.
+    ZPKWakeUp();
+    ~ZPKWakeUp();
+    ZPKWakeUp(const ZPKWakeUp&) = delete;
+    ZPKWakeUp& operator=(const ZPKWakeUp&) = delete;
+
+    /// Any thread.
+    void wake() const;
+
+    /// Waits for a wake-up, or for input on `descriptor` unless it is negative, at most
+    /// `milliseconds`, or without limit when that is negative. True when there is input.
+    bool wait(int descriptor, int milliseconds) const;
+
+private:
+    int m_event;
+};

@@ -1,0 +1,81 @@
+#include "UserInterface/ZPKMainThreadQueue.h"
+
+#include <utility>
+
+ZPKMainThreadQueue::ZPKMainThreadQueue(std::function<void()> wake)
+    : m_wake(std::move(wake)), m_mainThread(std::this_thread::get_id()) {}
+
+ZPKMainThreadQueue::~ZPKMainThreadQueue() {
+    close();
+    std::unique_lock lock(m_mutex);
+    m_changed.wait(lock, [this] { return m_waiting == 0; });
+}
+
+void ZPKMainThreadQueue::post(std::function<void()> action) {
+    const std::lock_guard lock(m_mutex);
+    if (m_closed) {
+        return;
+    }
+    m_entries.push_back({std::move(action), nullptr});
+    m_wake();
+}
+
+void ZPKMainThreadQueue::performAndWait(const std::function<void()>& action) {
+    if (std::this_thread::get_id() == m_mainThread) {
+        action();
+        return;
+    }
+    std::unique_lock lock(m_mutex);
+    if (m_closed) {
+        return;
+    }
+    bool done = false;
+    m_entries.push_back({action, &done});
+    ++m_waiting;
+    m_wake();
+    m_changed.wait(lock, [&done] { return done; });
+    --m_waiting;
+    m_changed.notify_all();
+}
+
+void ZPKMainThreadQueue::runPending() {
+    for (;;) {
+        Entry entry;
+        {
+            const std::lock_guard lock(m_mutex);
+            if (m_entries.empty()) {
+                return;
+            }
+            entry = std::move(m_entries.front());
+            m_entries.pop_front();
+        }
+        try {
+            entry.action();
+        } catch (...) {
+            markDone(entry.done);
+            throw;
+        }
+        markDone(entry.done);
+    }
+}
+
+void ZPKMainThreadQueue::close() {
+    const std::lock_guard lock(m_mutex);
+    m_closed = true;
+    for (const Entry& entry : m_entries) {
+        if (entry.done != nullptr) {
+            *entry.done = true;
+        }
+    }
+    m_entries.clear();
+    m_changed.notify_all();
+}
+
+void ZPKMainThreadQueue::markDone(bool* done) {
+    if (done == nullptr) {
+        return;
+    }
+    const std::lock_guard lock(m_mutex);
+    *done = true;
+    m_changed.notify_all();
+}

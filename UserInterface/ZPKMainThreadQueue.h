@@ -1,0 +1,51 @@
+#pragma once
+
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+/// The actions that other threads hand to the main thread, which runs them in their order.
+class ZPKMainThreadQueue {
+public:
+    /// The calling thread is the main thread. `wake` is called, on whichever thread hands an action
+    /// over, to make the main thread call `runPending` soon; it must not call back into the queue.
+    explicit ZPKMainThreadQueue(std::function<void()> wake);
+
+    /// Closes the queue and waits until no thread is inside `performAndWait`.
+    ~ZPKMainThreadQueue();
+    ZPKMainThreadQueue(const ZPKMainThreadQueue&) = delete;
+    ZPKMainThreadQueue& operator=(const ZPKMainThreadQueue&) = delete;
+
+    /// Hands over `action` and returns at once. Any thread.
+    void post(std::function<void()> action);
+
+    /// Runs `action` on the main thread and returns when it has run; on the main thread, runs it
+    /// directly. Once the queue is closed the action is left out. Any thread.
+    void performAndWait(const std::function<void()>& action);
+
+    /// Runs what is waiting. An action may call this again. Main thread only.
+    void runPending();
+
+    /// Leaves out what is waiting and what still comes, and lets the threads that wait go on. Main
+    /// thread only.
+    void close();
+
+private:
+    struct Entry {
+        std::function<void()> action;
+        bool* done = nullptr;
+    };
+
+    void markDone(bool* done);
+
+    const std::function<void()> m_wake;
+    const std::thread::id m_mainThread;
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::deque<Entry> m_entries;
+    std::size_t m_waiting = 0;
+    bool m_closed = false;
+};
