@@ -1,0 +1,49 @@
+#include "UserInterface/Desktop/ZPKDesktopApplication.h"
+
+#include <QLibraryInfo>
+#include <QLocale>
+#include <QTranslator>
+#include <clocale>
+#include <utility>
+
+#include "UserInterface/Desktop/ZPKDesktopText.h"
+#include "UserInterface/Desktop/ZPKToolkitMessages.h"
+
+namespace {
+
+/// The toolkit takes the arguments that it knows out of the list it is given; the launcher's own
+/// list stays whole.
+std::vector<char*> CopyOfArguments(const ZPKDesktopParameters& parameters) {
+    std::vector<char*> arguments(parameters.argv, parameters.argv + parameters.argc);
+    arguments.push_back(nullptr);
+    return arguments;
+}
+
+}  // namespace
+
+ZPKDesktopApplication::ZPKDesktopApplication(const ZPKDesktopParameters& parameters)
+    : m_arguments(CopyOfArguments(parameters)), m_argumentCount(parameters.argc) {
+    const ZPKToolkitMessages::Start start(parameters.runWithoutDesktop);
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    m_application = std::make_unique<QApplication>(m_argumentCount, m_arguments.data());
+    QCoreApplication::setApplicationName(ZPKDesktopText(parameters.applicationName));
+    // The toolkit sets the person's number format for the whole process, where the core reads and
+    // writes numbers of its own.
+    std::setlocale(LC_NUMERIC, "C");
+}
+
+void ZPKDesktopApplication::postToMainThread(std::function<void()> action) {
+    QMetaObject::invokeMethod(&m_receiver, std::move(action), Qt::QueuedConnection);
+}
+
+void ZPKDesktopApplication::setLanguage(const std::string& code) {
+    const QLocale locale(ZPKDesktopText(code));
+    QLocale::setDefault(locale);
+    auto translator = std::make_unique<QTranslator>();
+    if (translator->load(locale, QStringLiteral("qtbase"), QStringLiteral("_"),
+                         QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
+        m_translator = std::move(translator);
+        QCoreApplication::installTranslator(m_translator.get());
+    }
+    QGuiApplication::setLayoutDirection(locale.textDirection());
+}

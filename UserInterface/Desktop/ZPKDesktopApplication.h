@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QApplication>
+#include <QObject>
+#include <QTranslator>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "UserInterface/ZPKDesktopPlugIn.h"
+
+/// The toolkit's application object with what it needs for its whole life. Its thread is the main
+/// thread. Making it may end the process, see `ZPKDesktopParameters::runWithoutDesktop`.
+class ZPKDesktopApplication {
+public:
+    explicit ZPKDesktopApplication(const ZPKDesktopParameters& parameters);
+
+    /// Has `action` run by the main thread's event loop. Any thread.
+    void postToMainThread(std::function<void()> action);
+
+    /// The text direction, the digits and the toolkit's own texts of that language.
+    void setLanguage(const std::string& code);
+
+private:
+    std::vector<char*> m_arguments;
+    int m_argumentCount;
+    std::unique_ptr<QApplication> m_application;
+    std::unique_ptr<QTranslator> m_translator;
+    QObject m_receiver;
+};

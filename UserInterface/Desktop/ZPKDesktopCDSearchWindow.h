@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QDialog>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <memory>
+#include <string>
+
+#include "UserInterface/Desktop/ZPKApplicationMenu.h"
+#include "UserInterface/Desktop/ZPKFormWindow.h"
+#include "UserInterface/ZPKCDSearchWindow.h"
+
+/// The window of the form `CDSearchWindow.ui`, with the application menu. Return presses the search
+/// button, Escape the cancel button; Quit counts as the close box.
+class ZPKDesktopCDSearchWindow : public ZPKDesktopWindow<ZPKCDSearchWindow> {
+public:
+    /// Null, after a line on standard error, when the form cannot be loaded. `menu` outlives the
+    /// window.
+    static std::unique_ptr<ZPKDesktopCDSearchWindow> createFromFolder(const QString& folder,
+                                                                      ZPKApplicationMenu& menu);
+
+    void setActions(Actions actions) override;
+    void setMessage(const std::string& text) override;
+    void setProductList(const std::string& text) override;
+    void setSearchButtonTitle(const std::string& title) override;
+    void setCancelButtonTitle(const std::string& title) override;
+    void setFontName(ZPKCDSearchControl control, const std::string& name) override;
+
+private:
+    struct Controls {
+        QLabel* textField = nullptr;
+        QPlainTextEdit* textView = nullptr;
+        QPushButton* cancelButton = nullptr;
+        QPushButton* searchButton = nullptr;
+    };
+
+    ZPKDesktopCDSearchWindow(std::unique_ptr<QWidget> root, const Controls& controls,
+                             ZPKApplicationMenu& menu);
+
+    void closeBoxUsed() override;
+    void escapePressed() override;
+    void addMenuBar(ZPKApplicationMenu& menu);
+    QWidget& control(ZPKCDSearchControl control) const;
+
+    Controls m_controls;
+    Actions m_actions;
+};

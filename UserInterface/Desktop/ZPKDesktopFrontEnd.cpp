@@ -1,0 +1,107 @@
+#include "UserInterface/Desktop/ZPKDesktopFrontEnd.h"
+
+#include <QApplication>
+#include <QEventLoop>
+#include <QTimer>
+
+#include "UserInterface/Desktop/ZPKDesktopAlert.h"
+#include "UserInterface/Desktop/ZPKDesktopCDSearchWindow.h"
+#include "UserInterface/Desktop/ZPKDesktopProgressWindow.h"
+#include "UserInterface/Desktop/ZPKDesktopText.h"
+
+namespace {
+
+constexpr int SessionWaitMilliseconds = 20;
+
+/// Every window comes from this front end.
+ZPKFormWindow& FormWindow(ZPKWindow& window) {
+    return dynamic_cast<ZPKFormWindow&>(window);
+}
+
+class ModalSession : public ZPKModalSession {
+public:
+    ModalSession() { m_timer.start(SessionWaitMilliseconds); }
+
+    void run() override { QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents); }
+
+private:
+    /// Its ticks bound the wait.
+    QTimer m_timer;
+};
+
+}  // namespace
+
+ZPKDesktopFrontEnd::ZPKDesktopFrontEnd(const ZPKDesktopParameters& parameters)
+    : ZPKDesktopApplication(parameters),
+      ZPKFrontEndBase([this] { postToMainThread([this] { runPendingActions(); }); }),
+      m_resourceFolder(ZPKDesktopText(parameters.resourceFolder)) {}
+
+bool ZPKDesktopFrontEnd::prepare() {
+    m_menu = ZPKApplicationMenu::createFromFolder(m_resourceFolder);
+    return m_menu != nullptr;
+}
+
+void ZPKDesktopFrontEnd::activateIgnoringOtherApps() {
+    if (QWidget* window = QApplication::activeModalWidget()) {
+        window->raise();
+        window->activateWindow();
+    }
+}
+
+void ZPKDesktopFrontEnd::setInterfaceLanguage(const std::string& code) {
+    setLanguage(code);
+}
+
+void ZPKDesktopFrontEnd::setMenuItemTitle(ZPKMenuItem item, const std::string& title) {
+    if (m_menu) {
+        m_menu->setItemTitle(item, title);
+    }
+}
+
+std::unique_ptr<ZPKProgressWindow> ZPKDesktopFrontEnd::createProgressWindow() {
+    std::unique_ptr<ZPKProgressWindow> window = ZPKDesktopProgressWindow::createFromFolder(m_resourceFolder);
+    if (!window) {
+        noteFailure();
+    }
+    return window;
+}
+
+std::unique_ptr<ZPKCDSearchWindow> ZPKDesktopFrontEnd::createCDSearchWindow() {
+    std::unique_ptr<ZPKCDSearchWindow> window;
+    if (m_menu) {
+        window = ZPKDesktopCDSearchWindow::createFromFolder(m_resourceFolder, *m_menu);
+    }
+    if (!window) {
+        noteFailure();
+    }
+    return window;
+}
+
+void ZPKDesktopFrontEnd::runAlert(const ZPKAlert& alert) {
+    ZPKDesktopAlert box(alert, QCoreApplication::applicationName(), QApplication::activeModalWidget());
+    box.exec();
+}
+
+std::unique_ptr<ZPKModalSession> ZPKDesktopFrontEnd::beginModalSessionForWindow(ZPKWindow& window) {
+    FormWindow(window).bringToFront();
+    return std::make_unique<ModalSession>();
+}
+
+void ZPKDesktopFrontEnd::runLoopForWindow(ZPKWindow& window, ZPKModalLoop& loop) {
+    FormWindow(window).bringToFront();
+    runLoop(loop);
+    // The owner may block the main thread after this, and must leave the window's last state seen.
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+}
+
+void ZPKDesktopFrontEnd::runLoop(ZPKModalLoop& loop) {
+    QEventLoop events;
+    loop.setLeave([&events] { events.quit(); });
+    if (!loop.isStopped()) {
+        events.exec();
+    }
+    if (!loop.isStopped()) {
+        // The toolkit itself was told to quit, by the session's end for instance.
+        terminate();
+    }
+}

@@ -1,0 +1,14 @@
+#include "UserInterface/ZPKDesktopPlugIn.h"
+
+#include "UserInterface/Desktop/ZPKDesktopFrontEnd.h"
+#include "UserInterface/Desktop/ZPKDisplayProbe.h"
+
+extern "C" __attribute__((visibility("default"))) ZPKFrontEnd* ZPKCreateDesktopFrontEnd(
+    const ZPKDesktopParameters& parameters);
+
+ZPKFrontEnd* ZPKCreateDesktopFrontEnd(const ZPKDesktopParameters& parameters) {
+    if (!ZPKDisplayAnswers()) {
+        return nullptr;
+    }
+    return new ZPKDesktopFrontEnd(parameters);
+}

@@ -1,0 +1,60 @@
+#include "UserInterface/Desktop/ZPKDisplayProbe.h"
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+#include <xcb/xcb.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+namespace {
+
+std::string Variable(const char* name) {
+    const char* value = std::getenv(name);
+    return value == nullptr ? std::string() : std::string(value);
+}
+
+bool X11Answers() {
+    xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
+    const bool answers = xcb_connection_has_error(connection) == 0;
+    xcb_disconnect(connection);
+    return answers;
+}
+
+bool WaylandAnswers() {
+    const std::string display = Variable("WAYLAND_DISPLAY");
+    const std::string path = display.front() == '/' ? display : Variable("XDG_RUNTIME_DIR") + "/" + display;
+    sockaddr_un address{};
+    if (path.size() >= sizeof(address.sun_path)) {
+        return false;
+    }
+    address.sun_family = AF_UNIX;
+    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+    const int descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (descriptor < 0) {
+        return false;
+    }
+    const auto* generic = static_cast<const sockaddr*>(static_cast<const void*>(&address));
+    const bool answers = connect(descriptor, generic, sizeof(address)) == 0;
+    close(descriptor);
+    return answers;
+}
+
+}  // namespace
+
+bool ZPKDisplayAnswers() {
+    const std::string platform = Variable("QT_QPA_PLATFORM");
+    if (!platform.empty() && platform != "xcb") {
+        return true;
+    }
+    // An inherited connection takes the place of the socket and can be used only once.
+    if (platform.empty() && !Variable("WAYLAND_SOCKET").empty()) {
+        return true;
+    }
+    if (platform.empty() && !Variable("WAYLAND_DISPLAY").empty() && WaylandAnswers()) {
+        return true;
+    }
+    return !Variable("DISPLAY").empty() && X11Answers();
+}
