@@ -1,0 +1,253 @@
+#include "InstallerCore/ZPKCore.h"
+
+#include <chrono>
+#include <cstring>
+#include <iostream>
+#include <memory>
+#include <thread>
+#include <utility>
+
+#include "Common/CLocalizer.h"
+#include "Common/CResourceBundle.h"
+#include "Common/ZPKCoreStringDefine.h"
+#include "Description/CLanguagesType.h"
+#include "Description/CStartupType.h"
+#include "Description/CZPKXMLLoader.h"
+#include "Package/CDirectoryHolder.h"
+#include "Package/CZPKUtil.h"
+#include "Platform/ZPKBundle.h"
+#include "Platform/ZPKFileManager.h"
+#include "Platform/ZPKStandardFolders.h"
+#include "Platform/ZPKTask.h"
+#include "UserInterface/ZPKProgressWindowController.h"
+
+using namespace varno_zpk;
+
+namespace {
+
+constexpr const char* kStagingFolderName = "VarnoZPK_TEMP";
+constexpr const char* kDataFilePathKey = "DataFilePath";
+constexpr const char* kTemporaryFolderPathKey = "TemporaryFolderPath";
+constexpr const char* kProgressControllerKey = "ProgressController";
+
+std::string Join(const std::string& folder, const std::string& component) {
+    return ZPKFileManager::stringByAppendingPathComponent(folder, component);
+}
+
+/// Copied at once: the localizer's text lives only until its next call.
+std::string Localized(const char* key) {
+    return CLocalizer::GetLocalizer()->Localize(key);
+}
+
+std::string ReplaceAll(std::string text, const std::string& token, const std::string& value) {
+    for (std::size_t at = text.find(token); at != std::string::npos;
+         at = text.find(token, at + value.size())) {
+        text.replace(at, token.size(), value);
+    }
+    return text;
+}
+
+std::optional<std::string> MainProgramOfBundle(const std::string& path) {
+    const std::optional<ZPKBundle> bundle = ZPKBundle::bundleWithPath(path);
+    return bundle ? bundle->executablePath() : std::nullopt;
+}
+
+/// The program that the startup description names: `exec` with the payload folder in place of
+/// "$Data$", an application bundle standing for its main program.
+std::optional<std::string> ProgramOfStartup(const CStartupType& startup, const std::string& dataFolder) {
+    if (startup.exec.empty()) {
+        return std::nullopt;
+    }
+    std::string program = ReplaceAll(startup.exec, "$Data$", dataFolder);
+    if (ZPKFileManager::pathExtension(program) == "app") {
+        return MainProgramOfBundle(program);
+    }
+    return program;
+}
+
+/// The first program of the payload, in the file system's own order.
+std::optional<std::string> FirstExecutableInFolder(const std::string& folder) {
+    std::vector<std::string> names;
+    ZPKFileManager::contentsOfFolder(folder, names);
+    for (const std::string& name : names) {
+        if (name.front() == '.') {
+            continue;
+        }
+        const std::string path = Join(folder, name);
+        if (ZPKBundle::bundleWithPath(path)) {
+            if (std::optional<std::string> program = MainProgramOfBundle(path)) {
+                return program;
+            }
+        } else if (ZPKFileManager::isExecutableRegularFile(path)) {
+            return path;
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+ZPKCore::ZPKCore(ZPKFrontEnd& frontEnd) : m_frontEnd(frontEnd) {}
+
+ZPKCore::~ZPKCore() = default;
+
+void ZPKCore::awakeFromNib() {
+    const std::string languageFolder = Join(ZPKBundle::mainBundle().resourcePath(), "UILang");
+    CResourceBundle::AddDefaultBundlePath(languageFolder.c_str());
+    const std::unique_ptr<const CLanguagesType> languages =
+        CZPKXMLLoader::LoadLanguagesXML(Join(languageFolder, "Languages.xml"));
+    if (languages) {
+        CResourceBundle::SetAlternativeLanguage(languages->fallBackCode.c_str());
+    }
+    m_frontEnd.setInterfaceLanguage(CResourceBundle::GetCurrentLanguage());
+    localizeMenu();
+}
+
+void ZPKCore::localizeMenu() {
+    const std::pair<ZPKMenuItem, const char*> titles[] = {
+        {_aboutAppMenuItem, ZPKSTRING_ABOUTZEPHYRKIT}, {_preferencesMenuItem, ZPKSTRING_PREFERENCES},
+        {_servicesMenuItem, ZPKSTRING_SERVICES},       {_hideAppMenuItem, ZPKSTRING_HIDEZEPHYRKIT},
+        {_hideOthersMenuItem, ZPKSTRING_HIDEOTHERS},   {_showAllMenuItem, ZPKSTRING_SHOWALL},
+        {_quitAppMenuItem, ZPKSTRING_QUITZEPHYRKIT},
+    };
+    for (const auto& [item, key] : titles) {
+        m_frontEnd.setMenuItemTitle(item, Localized(key));
+    }
+}
+
+void ZPKCore::applicationWillFinishLaunching() {}
+
+void ZPKCore::applicationDidFinishLaunching() {
+    m_frontEnd.activateIgnoringOtherApps();
+
+    const std::optional<std::string> temporaryFolder = ZPKStandardFolders::temporaryFolder();
+    std::unique_ptr<CDirectoryHolder> stagingHolder;
+    std::string stagingFolder;
+    if (temporaryFolder) {
+        stagingFolder = Join(*temporaryFolder, kStagingFolderName);
+        stagingHolder = std::make_unique<CDirectoryHolder>(stagingFolder, stagingFolder);
+    }
+    if (!temporaryFolder || !CZPKUtil::IsFolderExist(stagingFolder)) {
+        showTemporaryFolderAlert();
+        m_frontEnd.terminate();
+        return;
+    }
+
+    unpackDescription(stagingFolder);
+    install(stagingFolder);
+    stagingHolder.reset();
+    m_frontEnd.terminate();
+}
+
+void ZPKCore::showTemporaryFolderAlert() {
+    m_frontEnd.runAlert(
+        {Localized(ZPKSTRING_TEMPFOLDERCREATEFAILURE), "", Localized(ZPKSTRING_OK), ZPKAlertStyle::Critical});
+}
+
+/// Gives the path at which the condition description lies, if the package has one.
+std::string ZPKCore::unpackDescription(const std::string& stagingFolder) {
+    const std::string plainPath = Join(stagingFolder, "Info.dat");
+    CZPKUtil::Unfake(Join(ZPKBundle::mainBundle().resourcePath(), "Info.datx"), plainPath);
+    CZPKUtil::Extract(plainPath, stagingFolder);
+    CZPKUtil::DeleteFile(plainPath);
+    return Join(stagingFolder, "Info/Condition.xml");
+}
+
+void ZPKCore::install(const std::string& stagingFolder) {
+    extractPayload(stagingFolder);
+    Parameters params;
+    const std::optional<std::string> program = executableFileAtTemporaryFolder(stagingFolder, &params);
+    executeFile(program, params, true);
+}
+
+void ZPKCore::extractPayload(const std::string& stagingFolder) {
+    ZPKProgressWindowController controller(m_frontEnd);
+    if (controller.window() == nullptr) {
+        return;
+    }
+    controller.progressIndicator()->setIndeterminate(false);
+    controller.setTitle(Localized(ZPKSTRING_FILE_EXTRACT));
+
+    const WorkOrder workOrder = {
+        {kDataFilePathKey, Join(ZPKBundle::mainBundle().resourcePath(), "Data.datx")},
+        {kTemporaryFolderPathKey, stagingFolder},
+        {kProgressControllerKey, &controller},
+    };
+    std::thread([this, workOrder] { extractDataTask(workOrder); }).detach();
+    m_frontEnd.runModalForWindow(*controller.window());
+
+    // The full bar stays on the screen for a moment, so that a short installation is seen at all.
+    std::this_thread::sleep_for(std::chrono::seconds(1));
+    controller.close();
+}
+
+void ZPKCore::extractDataTask(const WorkOrder& workOrder) {
+    try {
+        const std::string dataPath = std::get<std::string>(workOrder.at(kDataFilePathKey));
+        const std::string stagingFolder = std::get<std::string>(workOrder.at(kTemporaryFolderPathKey));
+        const auto given = workOrder.find(kProgressControllerKey);
+        ZPKProgressWindowController* controller =
+            given == workOrder.end() ? nullptr : std::get<ZPKProgressWindowController*>(given->second);
+        const std::string plainPath = Join(stagingFolder, "Data.dat");
+
+        showProgress(controller, 10);
+        CZPKUtil::Unfake(dataPath, plainPath);
+        showProgress(controller, 40);
+        CZPKUtil::Extract(plainPath, stagingFolder);
+        showProgress(controller, 100);
+        CZPKUtil::DeleteFile(plainPath);
+    } catch (const std::exception& error) {
+        // The main thread waits in its modal loop: it must be let go whatever happens here.
+        std::cerr << "Zephyrkit: unpacking the payload failed: " << error.what() << "\n";
+    }
+    m_frontEnd.abortModal();
+}
+
+void ZPKCore::showProgress(ZPKProgressWindowController* controller, double percent) {
+    if (controller != nullptr) {
+        m_frontEnd.performOnMainThreadAndWait(
+            [controller, percent] { controller->setProgressValue(percent); });
+    }
+}
+
+std::optional<std::string> ZPKCore::executableFileAtTemporaryFolder(const std::string& folder,
+                                                                    Parameters* params) {
+    if (params != nullptr) {
+        params->reset();
+    }
+    const std::string dataFolder = Join(folder, "Data");
+    const std::string startupPath = Join(folder, "Info/Startup.xml");
+    if (CZPKUtil::IsFileExist(startupPath)) {
+        const std::unique_ptr<const CStartupType> startup(CZPKXMLLoader::LoadStartupXML(startupPath));
+        if (startup) {
+            // The test is on `exec` alone: a program that is named always gets its one argument,
+            // even an empty one, and a parameter without a program counts for nothing.
+            if (params != nullptr && !startup->exec.empty()) {
+                *params = std::vector<std::string>{startup->param};
+            }
+            if (std::optional<std::string> program = ProgramOfStartup(*startup, dataFolder)) {
+                return program;
+            }
+        }
+    }
+    return FirstExecutableInFolder(dataFolder);
+}
+
+void ZPKCore::executeFile(const std::optional<std::string>& path, const Parameters& params,
+                          bool synchronous) {
+    if (!path) {
+        return;
+    }
+    ZPKTask task;
+    task.setLaunchPath(*path);
+    if (params) {
+        task.setArguments(*params);
+    }
+    if (!task.launch()) {
+        std::cerr << "Zephyrkit: cannot start " << *path << ": " << std::strerror(task.lastError()) << "\n";
+        return;
+    }
+    if (synchronous) {
+        task.waitUntilExit();
+    }
+}

@@ -1,0 +1,60 @@
+#include <dlfcn.h>
+
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+#include <memory>
+
+#include "InstallerCore/ZPKCore.h"
+#include "Platform/ZPKBundle.h"
+#include "UserInterface/Terminal/ZPKTerminalFrontEnd.h"
+#include "UserInterface/ZPKDesktopPlugIn.h"
+
+namespace {
+
+int RunApplication(ZPKFrontEnd& frontEnd) {
+    try {
+        ZPKCore core(frontEnd);
+        return frontEnd.run(core);
+    } catch (const std::exception& error) {
+        std::cerr << "Zephyrkit: " << error.what() << "\n";
+        return EXIT_FAILURE;
+    }
+}
+
+int RunOnTerminal() {
+    ZPKTerminalFrontEnd frontEnd;
+    return RunApplication(frontEnd);
+}
+
+bool IsSet(const char* variable) {
+    const char* value = std::getenv(variable);
+    return value != nullptr && *value != '\0';
+}
+
+/// The windows, or null on a machine without a display or without the toolkit.
+std::unique_ptr<ZPKFrontEnd> OpenDesktop(int argc, char** argv) {
+    if (!IsSet("DISPLAY") && !IsSet("WAYLAND_DISPLAY") && !IsSet("QT_QPA_PLATFORM")) {
+        return nullptr;
+    }
+    const ZPKBundle& bundle = ZPKBundle::mainBundle();
+    void* module = dlopen(bundle.plugInPath("ZPKDesktop.so").c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (module == nullptr) {
+        std::cerr << "Zephyrkit: no windows: " << dlerror() << "\n";
+        return nullptr;
+    }
+    const auto create = reinterpret_cast<ZPKDesktopEntry>(dlsym(module, ZPKDesktopEntryName));
+    if (create == nullptr) {
+        std::cerr << "Zephyrkit: no windows: " << dlerror() << "\n";
+        return nullptr;
+    }
+    return std::unique_ptr<ZPKFrontEnd>(
+        create({argc, argv, bundle.resourcePath(), bundle.localizedName(), &RunOnTerminal}));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const std::unique_ptr<ZPKFrontEnd> desktop = OpenDesktop(argc, argv);
+    return desktop ? RunApplication(*desktop) : RunOnTerminal();
+}
