@@ -1,10 +1,25 @@
 #include "UserInterface/Desktop/ZPKForm.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QUiLoader>
 #include <cstdio>
 
 #include "UserInterface/Desktop/ZPKToolkitMessages.h"
+
+namespace {
+
+/// A loader looks for further widget classes in the toolkit's plug-in folders, and loads whatever
+/// lies there. The forms use none, so it is made while there are no such folders.
+std::unique_ptr<QUiLoader> MakeLoader() {
+    const QStringList paths = QCoreApplication::libraryPaths();
+    QCoreApplication::setLibraryPaths({});
+    auto loader = std::make_unique<QUiLoader>();
+    QCoreApplication::setLibraryPaths(paths);
+    return loader;
+}
+
+}  // namespace
 
 ZPKForm::ZPKForm(const QString& folder, const QString& name) : m_path(folder + QLatin1Char('/') + name) {
     QFile file(m_path);
@@ -13,10 +28,10 @@ ZPKForm::ZPKForm(const QString& folder, const QString& name) : m_path(folder + Q
         return;
     }
     const ZPKToolkitMessages::Held held;
-    QUiLoader loader;
-    m_root.reset(loader.load(&file));
+    const std::unique_ptr<QUiLoader> loader = MakeLoader();
+    m_root.reset(loader->load(&file));
     if (!m_root) {
-        fail(held.last().isEmpty() ? loader.errorString() : held.last());
+        fail(held.last().isEmpty() ? loader->errorString() : held.last());
     }
 }
 
