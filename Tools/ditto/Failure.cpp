@@ -1,0 +1,11 @@
+#include "Tools/ditto/Failure.h"
+
+#include <system_error>
+
+namespace zpk_archive {
+
+std::string systemReason(int error) {
+    return std::generic_category().message(error);
+}
+
+}  // namespace zpk_archive

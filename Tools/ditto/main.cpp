@@ -1,0 +1,44 @@
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "Tools/ditto/Archive.h"
+#include "Tools/ditto/BoundedErrorLog.h"
+
+namespace {
+
+constexpr int kUsageStatus = 64;
+constexpr const char* kUsage = "usage: ditto -c -z -rsrc --keepParent SRC DST | ditto -x -z --rsrc SRC DST\n";
+
+bool startsWith(const std::vector<std::string>& arguments, const std::vector<std::string>& options) {
+    return arguments.size() == options.size() + 2 &&
+           std::equal(options.begin(), options.end(), arguments.begin());
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    // Failed writes are to be reported, not to end the process.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    // New folders must be open to their owner, whatever the caller's mask.
+    umask(umask(0) & 077);
+
+    const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
+    bool creating = startsWith(arguments, {"-c", "-z", "-rsrc", "--keepParent"});
+    if (!creating && !startsWith(arguments, {"-x", "-z", "--rsrc"})) {
+        std::fputs(kUsage, stderr);
+        return kUsageStatus;
+    }
+    zpk_archive::BoundedErrorLog log(STDERR_FILENO);
+    const std::string& source = arguments[arguments.size() - 2];
+    const std::string& destination = arguments.back();
+    bool good = creating ? zpk_archive::create(source, destination, log)
+                         : zpk_archive::extract(source, destination, log);
+    return good ? 0 : 1;
+}
