@@ -4,7 +4,8 @@
 
 class ZPKFrontEnd;
 
-/// What the launcher gives the desktop module when it opens it.
+/// What the launcher gives the desktop module when it opens it. The module keeps its own copies, but
+/// for the strings of `argv`.
 struct ZPKDesktopParameters {
     int argc = 0;
     char** argv = nullptr;
@@ -21,6 +22,9 @@ struct ZPKDesktopParameters {
     int (*runWithoutDesktop)() = nullptr;
 };
 
+/// Once it has started, a toolkit that cannot go on, since its display is gone for instance, ends the
+/// process with `exit(1)`, so that functions registered with `atexit` still clean up.
+///
 /// Name and type of the one function that the module exports. It gives a front end that the caller
 /// owns and destroys with `delete`, or null when there is no display to show it on.
 inline constexpr const char* ZPKDesktopEntryName = "ZPKCreateDesktopFrontEnd";

@@ -55,7 +55,8 @@ public:
     /// a line on standard error and exit status 1.
     virtual int run(ZPKApplicationDelegate& delegate) = 0;
 
-    /// Asks `run` to return. The caller returns from its message at once.
+    /// Asks `run` to return. The caller returns from its message at once: modal loops that run, and
+    /// those begun after it, end with `ZPKModalResponseAbort`.
     virtual void terminate() = 0;
 
     virtual void activateIgnoringOtherApps() = 0;
@@ -64,8 +65,8 @@ public:
     virtual void setInterfaceLanguage(const std::string& code) = 0;
     virtual void setMenuItemTitle(ZPKMenuItem item, const std::string& title) = 0;
 
-    /// New windows, not on the screen yet. Null when the form cannot be loaded; then a line on
-    /// standard error has said so, `run` will give 1, and the caller cleans up and terminates.
+    /// New windows, not on the screen yet; the front end outlives them. Null when the form cannot be loaded;
+    /// then a line on standard error has said so, `run` will give 1, and the caller cleans up and terminates.
     virtual std::unique_ptr<ZPKProgressWindow> createProgressWindow() = 0;
     virtual std::unique_ptr<ZPKCDSearchWindow> createCDSearchWindow() = 0;
 
@@ -87,6 +88,7 @@ public:
     virtual std::unique_ptr<ZPKModalSession> beginModalSessionForWindow(ZPKWindow& window) = 0;
 
     /// Runs `action` on the main thread and waits until it is done. May be called from any thread;
-    /// from the main thread it simply runs it.
+    /// from the main thread it simply runs it. The main thread takes it in its loops, so that it waits
+    /// while none runs. What still waits when `run` ends, or comes later, is left out.
     virtual void performOnMainThreadAndWait(const std::function<void()>& action) = 0;
 };

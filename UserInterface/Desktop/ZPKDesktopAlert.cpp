@@ -11,8 +11,9 @@
 
 namespace {
 
-/// The part of the screen that the text may take before it is scrolled.
+/// The parts of the screen that the texts may take before they are scrolled.
 constexpr double TextShareOfHeight = 0.5;
+constexpr double InformativeShareOfHeight = 0.2;
 constexpr double TextShareOfWidth = 0.6;
 
 QMessageBox::Icon IconOfStyle(ZPKAlertStyle style) {
@@ -40,34 +41,37 @@ ZPKDesktopAlert::ZPKDesktopAlert(const ZPKAlert& alert, const QString& windowTit
     setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     for (QLabel* label : findChildren<QLabel*>()) {
         label->setTextFormat(Qt::PlainText);
+        scrollLongText(*label, label->text() == text() ? TextShareOfHeight : InformativeShareOfHeight);
     }
     QPushButton* button = addButton(ZPKDesktopLabel(alert.buttonTitle), QMessageBox::AcceptRole);
     setDefaultButton(button);
     setEscapeButton(button);
-    scrollLongText();
 }
 
-void ZPKDesktopAlert::scrollLongText() {
+void ZPKDesktopAlert::scrollLongText(QLabel& label, double shareOfHeight) {
     auto* grid = qobject_cast<QGridLayout*>(layout());
-    auto* label = findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
+    if (grid == nullptr || grid->indexOf(&label) < 0) {
+        return;
+    }
+    label.setWordWrap(true);
     const QSize available = screen()->availableGeometry().size();
-    const int limit = static_cast<int>(available.height() * TextShareOfHeight);
-    if (grid == nullptr || label == nullptr || label->sizeHint().height() <= limit) {
+    const int widest = static_cast<int>(available.width() * TextShareOfWidth);
+    const int highest = static_cast<int>(available.height() * shareOfHeight);
+    const int width = qMin(label.sizeHint().width(), widest);
+    if (label.minimumSizeHint().width() <= widest && label.heightForWidth(width) <= highest) {
         return;
     }
     int row = 0;
     int column = 0;
     int rows = 0;
     int columns = 0;
-    grid->getItemPosition(grid->indexOf(label), &row, &column, &rows, &columns);
-    grid->removeWidget(label);
-    const int width = qMin(label->sizeHint().width(), static_cast<int>(available.width() * TextShareOfWidth));
-    label->setWordWrap(true);
+    grid->getItemPosition(grid->indexOf(&label), &row, &column, &rows, &columns);
+    grid->removeWidget(&label);
     auto* area = new QScrollArea;
     area->setWidgetResizable(true);
     area->setFrameShape(QFrame::NoFrame);
-    area->setWidget(label);
-    area->setFixedHeight(limit);
-    area->setMinimumWidth(width + area->verticalScrollBar()->sizeHint().width());
+    area->setWidget(&label);
+    const int bar = area->verticalScrollBar()->sizeHint().width();
+    area->setFixedSize(width + bar, qMin(label.heightForWidth(width) + bar, highest));
     grid->addWidget(area, row, column, rows, columns);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QLabel>
 #include <QMessageBox>
 #include <QString>
 
@@ -12,5 +13,5 @@ public:
     ZPKDesktopAlert(const ZPKAlert& alert, const QString& windowTitle, QWidget* parent);
 
 private:
-    void scrollLongText();
+    void scrollLongText(QLabel& label, double shareOfHeight);
 };

@@ -3,6 +3,9 @@
 #include <QFontDatabase>
 #include <QLayout>
 #include <QMenuBar>
+#include <QStyle>
+#include <QTextDocument>
+#include <QTextOption>
 #include <utility>
 
 #include "UserInterface/Desktop/ZPKDesktopText.h"
@@ -56,6 +59,10 @@ void ZPKDesktopCDSearchWindow::setMessage(const std::string& text) {
 }
 
 void ZPKDesktopCDSearchWindow::setProductList(const std::string& text) {
+    QTextDocument& document = *m_controls.textView->document();
+    QTextOption option = document.defaultTextOption();
+    option.setAlignment(QStyle::visualAlignment(widget().layoutDirection(), Qt::AlignLeft));
+    document.setDefaultTextOption(option);
     m_controls.textView->setPlainText(ZPKDesktopText(text));
 }
 

@@ -27,12 +27,13 @@ ZPKFormWindow::ZPKFormWindow(std::unique_ptr<QWidget> root, Size size)
 }
 
 void ZPKFormWindow::bringToFront() {
-    if (!m_root->isVisible()) {
+    if (m_root->isVisible()) {
+        m_root->raise();
+    } else {
         fitContents();
         placeAboveModalWindow();
+        m_root->show();
     }
-    m_root->show();
-    m_root->raise();
     m_root->activateWindow();
 }
 
@@ -56,9 +57,15 @@ void ZPKFormWindow::fitContents() {
     m_root->ensurePolished();
     const QRect screen = m_root->screen()->availableGeometry();
     const QSize largest = screen.size() * LargestShare;
+    QLayout* layout = m_root->layout();
+    if (layout != nullptr) {
+        // While a window is hidden, the layouts inside its layout do not notice new texts.
+        layout->invalidate();
+        layout->activate();
+    }
     QSize size = m_root->sizeHint().expandedTo(m_root->minimumSize()).boundedTo(largest);
-    if (QLayout* layout = m_root->layout(); layout != nullptr && layout->hasHeightForWidth()) {
-        size.setHeight(qMin(layout->totalHeightForWidth(size.width()), largest.height()));
+    if (layout != nullptr && layout->hasHeightForWidth()) {
+        size.setHeight(qBound(size.height(), layout->totalHeightForWidth(size.width()), largest.height()));
     }
     if (m_size == Size::Fixed) {
         m_root->setFixedSize(size);
