@@ -1,0 +1,255 @@
+# What is done with the discs while a person sits at the terminal. Every function named scenario_...
+# is one; it begins with an empty drive, no stick and nothing running, and is over at the first
+# thing that is not as it should be.
+
+facts_of_drive='udevadm info --query=property --name=/dev/sr0'
+
+# --- That the machine shows what the scenarios below rely on
+
+scenario_machine_empty_drive() {
+    guest_shows ID_CDROM=1 "$facts_of_drive"
+    guest_does_not_show ID_CDROM_MEDIA=1 "$facts_of_drive"
+    guest_shows 1 'cat /sys/block/sr0/removable'
+    guest_does_not_show /media/cdrom "$mounted_folders"
+}
+
+scenario_machine_cd() {
+    insert right
+    guest_shows ID_CDROM_MEDIA_CD=1 "$facts_of_drive"
+    guest_does_not_show ID_CDROM_MEDIA_DVD=1 "$facts_of_drive"
+    guest_shows /media/cdrom "$mounted_folders"
+    guest_shows /media/cdrom/Sub/Deep/Deeper/Setup.dat 'find /media/cdrom -type f'
+    press_eject
+    guest_does_not_show ID_CDROM_MEDIA=1 "$facts_of_drive"
+    guest_does_not_show /media/cdrom "$mounted_folders"
+}
+
+scenario_machine_dvd() {
+    insert dvd
+    guest_shows ID_CDROM_MEDIA_DVD=1 "$facts_of_drive"
+    guest_does_not_show ID_CDROM_MEDIA_CD=1 "$facts_of_drive"
+}
+
+scenario_machine_stick() {
+    plug stick.ext4
+    guest_shows 1 'cat /sys/block/sda/removable'
+    guest_shows ID_BUS=usb 'udevadm info --query=property --name=/dev/sda'
+    guest_does_not_show ID_CDROM=1 'udevadm info --query=property --name=/dev/sda'
+    guest_shows /media/usb/Sub/Deep/Deeper/Setup.dat 'find /media/usb -type f'
+    unplug
+    guest_does_not_show /media/usb "$mounted_folders"
+}
+
+scenario_machine_terminal() {
+    start 'tty; echo "What is your name?"; read name; echo "$(id -u) $name"; exit 3'
+    expect /dev/ttyS1
+    expect 'name?'
+    type_line Ada
+    expect '1000 Ada'
+    ends 3
+}
+
+# --- The search
+
+scenario_right_disc() {
+    insert right
+    launch plain
+    asked_and_search
+    installs
+}
+
+scenario_folder_counts_as_file() {
+    insert right
+    launch folder
+    asked_and_search
+    installs
+}
+
+scenario_star_first() {
+    insert right
+    launch star-first
+    asked_and_search
+    installs
+}
+
+scenario_star_in_the_middle() {
+    insert right
+    launch star-inside
+    asked_and_search
+    installs
+}
+
+scenario_question_mark() {
+    insert right
+    launch question-mark
+    asked_and_search
+    installs
+}
+
+scenario_second_path_of_two() {
+    insert right
+    launch two-paths
+    asked_and_search
+    installs
+}
+
+scenario_no_match_on_right_disc() {
+    insert right
+    launch absent
+    asked_and_search
+    refused_then_cancel
+}
+
+scenario_last_of_a_thousand_files() {
+    insert many
+    launch last
+    asked_and_search
+    installs
+}
+
+scenario_wrong_disc_then_cancel() {
+    insert wrong
+    launch plain
+    asked_and_search
+    refused_then_cancel
+}
+
+scenario_cancel_without_search() {
+    insert right
+    launch plain
+    expect "$question"
+    type_line "$cancel_answer"
+    does_not_install
+}
+
+scenario_no_disc() {
+    launch plain
+    asked_and_search
+    refused_then_cancel
+}
+
+scenario_wrong_disc_exchanged_for_right_one() {
+    insert wrong
+    launch star-first
+    asked_and_search
+    expect "$refusal"
+    press_eject
+    insert right
+    answer_refusal
+    asked_and_search
+    installs
+}
+
+scenario_right_disc_put_in_after_a_search_without_any() {
+    launch plain
+    asked_and_search
+    expect "$refusal"
+    answer_refusal
+    insert right
+    asked_and_search
+    installs
+}
+
+scenario_right_disc_exchanged_for_wrong_one_before_the_search() {
+    insert right
+    launch plain
+    expect "$question"
+    press_eject
+    insert wrong
+    type_line "$search_answer"
+    refused_then_cancel
+}
+
+scenario_stick_with_the_right_files_is_no_disc() {
+    plug stick.ext4
+    launch plain
+    asked_and_search
+    refused_then_cancel
+}
+
+scenario_stick_with_the_image_of_the_right_disc_is_no_disc() {
+    plug stick-with-image.iso
+    launch star-first
+    asked_and_search
+    refused_then_cancel
+}
+
+scenario_stick_beside_the_wrong_disc() {
+    insert wrong
+    plug stick.ext4
+    launch plain
+    asked_and_search
+    refused_then_cancel
+}
+
+scenario_stick_beside_the_right_disc() {
+    plug stick.ext4
+    insert right
+    launch plain
+    asked_and_search
+    installs
+}
+
+scenario_dvd_is_no_cd() {
+    insert dvd
+    launch plain
+    asked_and_search
+    refused_then_cancel
+}
+
+# The drive is so slow that the search is certainly among the thousand files when the disc goes.
+scenario_disc_taken_during_the_search() {
+    insert many
+    limit_drive 20
+    launch last
+    asked_and_search
+    sleep 1
+    expect_not_yet "$refusal"
+    pull_disc
+    refused_then_cancel
+}
+
+# --- What the scenarios have in common
+
+mounted_folders="cut -d ' ' -f 2 /proc/mounts"
+
+# launch NAME: starts the launcher of that bundle.
+launch() {
+    guest 'rm -f /tmp/setup-ran' > /dev/null
+    start "$environment exec /payload/$1.app/Contents/Linux/Zephyrkit"
+}
+
+asked_and_search() {
+    expect "$question"
+    type_line "$search_answer"
+}
+
+answer_refusal() {
+    [ -z "$refusal_answer" ] || type_line "$refusal_answer"
+}
+
+refused_then_cancel() {
+    expect "$refusal"
+    answer_refusal
+    expect "$question"
+    type_line "$cancel_answer"
+    does_not_install
+}
+
+installs() {
+    ends 0
+    guest 'test -e /tmp/setup-ran' || fail 'the setup program did not run'
+    nothing_is_left
+}
+
+does_not_install() {
+    ends 0
+    ! guest 'test -e /tmp/setup-ran' || fail 'the setup program ran'
+    nothing_is_left
+}
+
+nothing_is_left() {
+    local left
+    left=$(guest 'find /tmp /home -name VarnoZPK_TEMP')
+    [ -z "$left" ] || fail "the staging folder is left: $left"
+}
