@@ -1,0 +1,163 @@
+#include "Tools/zpkpack/PackageBuilder.h"
+
+#include <stdlib.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+
+#include "Common/CXMLAttribute.h"
+#include "Common/CXMLDocument.h"
+#include "Common/CXMLElement.h"
+#include "Common/CXMLNode.h"
+#include "Description/CStartupType.h"
+#include "Description/CUpdateInfoType.h"
+#include "Description/CZPKXMLLoader.h"
+#include "Package/CDirectoryHolder.h"
+#include "Package/CZPKUtil.h"
+#include "Platform/ZPKBundle.h"
+#include "Platform/ZPKFileManager.h"
+#include "Tools/zpkpack/ArchiveCheck.h"
+#include "Tools/zpkpack/PackageDescription.h"
+
+using namespace varno_zpk;
+
+namespace zpk_packager {
+
+namespace {
+
+std::string Join(const std::string& folder, const std::string& component) {
+    return ZPKFileManager::stringByAppendingPathComponent(folder, component);
+}
+
+void RequireFolder(const std::string& path, const std::string& purpose) {
+    if (!CZPKUtil::IsFolderExist(path)) {
+        throw std::runtime_error("there is no folder " + path + ": " + purpose);
+    }
+}
+
+/// Refuses descriptions that the launcher would pass over in silence on the user's machine.
+void CheckDescriptions(const std::string& sourceFolder) {
+    const std::string startup = Join(sourceFolder, "Info/Startup.xml");
+    if (CZPKUtil::IsFileExist(startup) &&
+        !std::unique_ptr<CStartupType>(CZPKXMLLoader::LoadStartupXML(startup))) {
+        throw std::runtime_error(startup + " cannot be loaded: it is not well-formed XML");
+    }
+    const std::string condition = Join(sourceFolder, "Info/Condition.xml");
+    if (CZPKUtil::IsFileExist(condition) &&
+        !std::unique_ptr<CUpdateInfoType>(CZPKXMLLoader::LoadConditionXML(condition))) {
+        throw std::runtime_error(condition + " cannot be loaded: it is not well-formed XML");
+    }
+    const std::string languages = Join(sourceFolder, "UILang/Languages.xml");
+    if (CZPKUtil::IsFolderExist(Join(sourceFolder, "UILang")) &&
+        !CZPKXMLLoader::LoadLanguagesXML(languages)) {
+        throw std::runtime_error(languages +
+                                 " cannot be loaded: it needs a root with FallBackCode and one "
+                                 "Language element with a Code for each language");
+    }
+}
+
+void AddKeyAndString(CXMLElement& dictionary, const char* key, const std::string& value) {
+    dictionary.AddChild(CXMLNode::CreateElementWithNameWithStringValue("key", key));
+    dictionary.AddChild(CXMLNode::CreateElementWithNameWithStringValue("string", value.c_str()));
+}
+
+void WriteInfoPlist(const PackageDescription& description, const std::string& path) {
+    std::unique_ptr<CXMLElement> dictionary(CXMLNode::CreateElementWithName("dict"));
+    AddKeyAndString(*dictionary, "CFBundleName", description.bundleName);
+    AddKeyAndString(*dictionary, "CFBundleIdentifier", description.bundleIdentifier);
+    AddKeyAndString(*dictionary, "CFBundleExecutable", "Zephyrkit");
+
+    std::unique_ptr<CXMLElement> list(CXMLNode::CreateElementWithName("plist"));
+    list->AddAttribute(CXMLNode::CreateAttributeWithNameWithStringValue("version", "1.0"));
+    list->AddChild(dictionary.release());
+    const std::unique_ptr<CXMLDocument> document(CXMLNode::CreateDocumentWithRootElement(list.release()));
+    document->WriteToFile(path.c_str());
+}
+
+/// Archives and scrambles the folder `name` of the source into the bundle's `name`.datx, and reads
+/// the result back the way a launcher will.
+void PackFolder(const std::string& name, const BuildOptions& options, const std::string& resourceFolder,
+                const std::string& workFolder) {
+    const std::string source = Join(options.sourceFolder, name);
+    const std::string plain = Join(workFolder, name + ".dat");
+    const std::string scrambled = Join(resourceFolder, name + ".datx");
+    const std::string readBack = Join(workFolder, name + ".check");
+    CZPKUtil::Compress(source, plain);
+    if (!CZPKUtil::IsFileExist(plain)) {
+        throw std::runtime_error(source + " could not be archived; see the messages above");
+    }
+    CZPKUtil::Fake(plain, scrambled);
+    CZPKUtil::Unfake(scrambled, readBack);
+    CheckArchive(readBack, source, name);
+}
+
+std::string MakeWorkFolder(const std::string& outputPath) {
+    std::string path = outputPath + ".XXXXXX";
+    if (mkdtemp(path.data()) == nullptr) {
+        throw std::runtime_error("cannot make a folder beside " + outputPath + ": " + std::strerror(errno));
+    }
+    return path;
+}
+
+void MoveIntoPlace(const std::string& made, const BuildOptions& options) {
+    if (options.replace) {
+        CZPKUtil::DeleteFolder(options.outputPath);
+    }
+    if (std::rename(made.c_str(), options.outputPath.c_str()) != 0) {
+        throw std::runtime_error("cannot put the bundle at " + options.outputPath + ": " +
+                                 std::strerror(errno));
+    }
+}
+
+void CheckOptions(const BuildOptions& options) {
+    RequireFolder(options.sourceFolder, "the package source");
+    RequireFolder(Join(options.sourceFolder, "Info"), "it holds Startup.xml");
+    RequireFolder(Join(options.sourceFolder, "Data"), "it holds the setup program and its files");
+    if (ZPKFileManager::pathExtension(options.outputPath) != "app") {
+        throw std::runtime_error(options.outputPath + ": the name of a bundle ends in .app");
+    }
+    if (!options.replace && CZPKUtil::IsFileExist(options.outputPath)) {
+        throw std::runtime_error(options.outputPath + " exists; --force replaces it");
+    }
+}
+
+}  // namespace
+
+void BuildPackage(const BuildOptions& given) {
+    BuildOptions options = given;
+    // A trailing separator would put the work folder inside the output instead of beside it.
+    while (options.outputPath.size() > 1 && options.outputPath.back() == '/') {
+        options.outputPath.pop_back();
+    }
+    CheckOptions(options);
+    const PackageDescription description = PackageDescription::Read(options.sourceFolder);
+    CheckDescriptions(options.sourceFolder);
+
+    const std::optional<ZPKBundle> bundleTemplate = ZPKBundle::bundleWithPath(options.templatePath);
+    if (!bundleTemplate || !bundleTemplate->executablePath()) {
+        throw std::runtime_error(options.templatePath + " is no launcher bundle");
+    }
+    ZPKBundle::setMainBundle(*bundleTemplate);
+
+    const std::string workFolder = MakeWorkFolder(options.outputPath);
+    const CDirectoryHolder workHolder("", workFolder);
+    const std::string bundle = Join(workFolder, "bundle.app");
+    const std::string resourceFolder = Join(bundle, "Contents/Resources");
+    if (!CZPKUtil::Copy(options.templatePath, bundle)) {
+        throw std::runtime_error("cannot copy " + options.templatePath + " to " + bundle);
+    }
+    WriteInfoPlist(description, Join(bundle, "Contents/Info.plist"));
+    const std::string languages = Join(options.sourceFolder, "UILang");
+    if (CZPKUtil::IsFolderExist(languages) && !CZPKUtil::Copy(languages, Join(resourceFolder, "UILang"))) {
+        throw std::runtime_error("cannot copy " + languages);
+    }
+    PackFolder("Info", options, resourceFolder, workFolder);
+    PackFolder("Data", options, resourceFolder, workFolder);
+    MoveIntoPlace(bundle, options);
+}
+
+}  // namespace zpk_packager

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+
+namespace zpk_packager {
+
+/// What `zpkpack build` is told.
+struct BuildOptions {
+    /// The package source: `Package.strings`, `Info/`, `Data/` and, where the package brings its own
+    /// texts, `UILang/`.
+    std::string sourceFolder;
+
+    /// The bundle to make; its name ends in ".app".
+    std::string outputPath;
+
+    /// The bundle with everything but the two archives.
+    std::string templatePath;
+
+    /// Replace a bundle that is already at `outputPath`.
+    bool replace = false;
+};
+
+/// Makes a runnable bundle of a package source. The bundle is made beside its final place, checked,
+/// and only then put there, so that `outputPath` never holds half a package. Throws
+/// `std::runtime_error` with a message for the vendor.
+void BuildPackage(const BuildOptions& options);
+
+}  // namespace zpk_packager

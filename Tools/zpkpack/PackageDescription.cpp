@@ -1,0 +1,48 @@
+#include "Tools/zpkpack/PackageDescription.h"
+
+#include <optional>
+#include <stdexcept>
+
+#include "Platform/ZPKFileManager.h"
+#include "Platform/ZPKPropertyList.h"
+
+namespace zpk_packager {
+
+namespace {
+
+std::string RequiredString(const ZPKPropertyList& list, const std::string& key, const std::string& path) {
+    std::string value = list.stringForKey(key).value_or("");
+    if (value.empty()) {
+        throw std::runtime_error(path + ": \"" + key + "\" is missing");
+    }
+    for (const char character : value) {
+        if (static_cast<unsigned char>(character) < 0x20 || character == '/') {
+            throw std::runtime_error(path + ": \"" + key + "\" holds a character that no name may hold");
+        }
+    }
+    return value;
+}
+
+}  // namespace
+
+PackageDescription PackageDescription::Read(const std::string& folder) {
+    const std::string path = ZPKFileManager::stringByAppendingPathComponent(folder, "Package.strings");
+    if (!ZPKFileManager::fileExists(path)) {
+        throw std::runtime_error(path + " is missing: it names the bundle and its identifier");
+    }
+    const std::optional<ZPKPropertyList> list = ZPKPropertyList::dictionaryWithContentsOfFile(path);
+    if (!list) {
+        throw std::runtime_error(path + " is not a list of \"key\" = \"value\"; entries");
+    }
+    PackageDescription description;
+    description.bundleName = RequiredString(*list, "CFBundleName", path);
+    description.bundleIdentifier = RequiredString(*list, "CFBundleIdentifier", path);
+    if (ZPKFileManager::pathExtension(description.bundleIdentifier) != description.bundleName) {
+        throw std::runtime_error(path + ": the last part of the identifier \"" +
+                                 description.bundleIdentifier + "\" must be the bundle name \"" +
+                                 description.bundleName + "\"");
+    }
+    return description;
+}
+
+}  // namespace zpk_packager

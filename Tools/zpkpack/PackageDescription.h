@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+
+namespace zpk_packager {
+
+/// What a vendor says about a package in `Package.strings`, a text property list at the top of the
+/// package source:
+///
+///     "CFBundleName" = "HelloSetup";
+///     "CFBundleIdentifier" = "com.example.HelloSetup";
+struct PackageDescription {
+    std::string bundleName;
+    std::string bundleIdentifier;
+
+    /// Reads and checks the description of the package source in `folder`. Throws
+    /// `std::runtime_error` with a message for the vendor when it is missing, incomplete, or when
+    /// the identifier's last part is not the name: a launcher finds other runs of itself by either.
+    static PackageDescription Read(const std::string& folder);
+};
+
+}  // namespace zpk_packager

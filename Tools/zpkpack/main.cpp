@@ -1,0 +1,46 @@
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <string>
+
+#include "Tools/zpkpack/PackageBuilder.h"
+
+namespace {
+
+/// The template that lies beside this program.
+std::string DefaultTemplate() {
+    std::error_code ignored;
+    return (std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path() / "Zephyrkit.app")
+        .string();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app("Makes installer packages: one bundle with a launcher and two scrambled archives.",
+                 "zpkpack");
+    app.require_subcommand(1);
+
+    zpk_packager::BuildOptions options;
+    options.templatePath = DefaultTemplate();
+    CLI::App* build = app.add_subcommand("build", "Make a bundle of a package source");
+    build->add_option("SOURCE", options.sourceFolder, "Folder with Package.strings, Info/, Data/, UILang/")
+        ->required();
+    build->add_option("-o,--output", options.outputPath, "The bundle to make, NAME.app")->required();
+    build->add_option("--template", options.templatePath, "Launcher bundle without archives")
+        ->capture_default_str();
+    build->add_flag("-f,--force", options.replace, "Replace a bundle that is there");
+    CLI11_PARSE(app, argc, argv);
+
+    try {
+        zpk_packager::BuildPackage(options);
+    } catch (const std::exception& error) {
+        std::cerr << "zpkpack: " << error.what() << "\n";
+        return EXIT_FAILURE;
+    }
+    std::cout << options.outputPath << "\n";
+    return EXIT_SUCCESS;
+}
