@@ -1,5 +1,8 @@
 #include "InstallerCore/ZPKCore.h"
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <iostream>
@@ -10,15 +13,26 @@
 #include "Common/CLocalizer.h"
 #include "Common/CResourceBundle.h"
 #include "Common/ZPKCoreStringDefine.h"
+#include "Description/CConditionsType.h"
+#include "Description/CDiscType.h"
 #include "Description/CLanguagesType.h"
 #include "Description/CStartupType.h"
+#include "Description/CTargetItemsType.h"
+#include "Description/CUIMLogType.h"
+#include "Description/CUninstallXMLType.h"
+#include "Description/CUpdateInfoType.h"
 #include "Description/CZPKXMLLoader.h"
+#include "InstallerCore/ZPKLanguageInfos.h"
+#include "InstallerCore/ZPKSoftwareListText.h"
 #include "Package/CDirectoryHolder.h"
 #include "Package/CZPKUtil.h"
 #include "Platform/ZPKBundle.h"
 #include "Platform/ZPKFileManager.h"
+#include "Platform/ZPKPropertyList.h"
 #include "Platform/ZPKStandardFolders.h"
 #include "Platform/ZPKTask.h"
+#include "Platform/ZPKWorkspace.h"
+#include "UserInterface/ZPKCDSearchWindowController.h"
 #include "UserInterface/ZPKProgressWindowController.h"
 
 using namespace varno_zpk;
@@ -45,6 +59,26 @@ std::string ReplaceAll(std::string text, const std::string& token, const std::st
         text.replace(at, token.size(), value);
     }
     return text;
+}
+
+/// The name that another run of this application carries.
+std::string OwnName() {
+    const ZPKBundle& bundle = ZPKBundle::mainBundle();
+    if (const auto strings =
+            ZPKPropertyList::dictionaryWithContentsOfFile(Join(bundle.resourcePath(), "InfoPlist.strings"))) {
+        if (const auto name = strings->stringForKey("CFBundleName")) {
+            return *name;
+        }
+    }
+    return ZPKFileManager::pathExtension(bundle.bundleIdentifier());
+}
+
+/// The language that the texts come in: the current one, or the alternative one where the package
+/// has no folder for it.
+std::string LanguageOfTexts() {
+    const std::string folder = Join(ZPKBundle::mainBundle().resourcePath(), "UILang");
+    const bool current = CZPKUtil::IsFolderExist(Join(folder, CResourceBundle::GetCurrentLanguage()));
+    return current ? CResourceBundle::GetCurrentLanguage() : CResourceBundle::GetAlternativeLanguage();
 }
 
 std::optional<std::string> MainProgramOfBundle(const std::string& path) {
@@ -87,20 +121,29 @@ std::optional<std::string> FirstExecutableInFolder(const std::string& folder) {
 
 }  // namespace
 
-ZPKCore::ZPKCore(ZPKFrontEnd& frontEnd) : m_frontEnd(frontEnd) {}
+ZPKCore::ZPKCore(ZPKFrontEnd& frontEnd, const ZPKRemovableVolumes& volumes)
+    : m_frontEnd(frontEnd), m_volumes(volumes) {}
 
 ZPKCore::~ZPKCore() = default;
 
 void ZPKCore::awakeFromNib() {
+    setupLanguages();
+    localizeMenu();
+}
+
+void ZPKCore::setupLanguages() {
     const std::string languageFolder = Join(ZPKBundle::mainBundle().resourcePath(), "UILang");
     CResourceBundle::AddDefaultBundlePath(languageFolder.c_str());
+    const ZPKLanguageInfos& infos = ZPKLanguageInfos::infos();
+    if (infos.languageCount() != 0) {
+        CResourceBundle::SetCurrentLanguage(infos.languageAt(0).c_str());
+    }
     const std::unique_ptr<const CLanguagesType> languages =
         CZPKXMLLoader::LoadLanguagesXML(Join(languageFolder, "Languages.xml"));
     if (languages) {
         CResourceBundle::SetAlternativeLanguage(languages->fallBackCode.c_str());
     }
-    m_frontEnd.setInterfaceLanguage(CResourceBundle::GetCurrentLanguage());
-    localizeMenu();
+    m_frontEnd.setInterfaceLanguage(LanguageOfTexts());
 }
 
 void ZPKCore::localizeMenu() {
@@ -115,7 +158,21 @@ void ZPKCore::localizeMenu() {
     }
 }
 
-void ZPKCore::applicationWillFinishLaunching() {}
+void ZPKCore::applicationWillFinishLaunching() {
+    if (isAlreadyExecuting()) {
+        m_frontEnd.terminate();
+    }
+}
+
+bool ZPKCore::isAlreadyExecuting() {
+    const std::string name = OwnName();
+    const pid_t self = getpid();
+    const std::vector<ZPKRunningApplication> applications = ZPKWorkspace::runningApplications();
+    return std::any_of(applications.begin(), applications.end(),
+                       [&](const ZPKRunningApplication& application) {
+                           return application.localizedName == name && application.processIdentifier != self;
+                       });
+}
 
 void ZPKCore::applicationDidFinishLaunching() {
     m_frontEnd.activateIgnoringOtherApps();
@@ -133,10 +190,28 @@ void ZPKCore::applicationDidFinishLaunching() {
         return;
     }
 
-    unpackDescription(stagingFolder);
-    install(stagingFolder);
-    stagingHolder.reset();
+    if (mayInstall(unpackDescription(stagingFolder))) {
+        install(stagingFolder);
+        stagingHolder.reset();
+    } else {
+        stagingHolder.reset();
+        // Where a disc was asked for, its window has already told the person.
+        if (_filePaths.empty()) {
+            showSoftwareListDialog();
+        }
+    }
     m_frontEnd.terminate();
+}
+
+bool ZPKCore::mayInstall(const std::string& conditionPath) {
+    if (checkConditionXML(conditionPath)) {
+        return true;
+    }
+    if (_filePaths.empty()) {
+        return false;
+    }
+    CZPKUtil::DeleteFile(conditionPath);
+    return searchSoftwareOnCDVolumes();
 }
 
 void ZPKCore::showTemporaryFolderAlert() {
@@ -250,4 +325,69 @@ void ZPKCore::executeFile(const std::optional<std::string>& path, const Paramete
     if (synchronous) {
         task.waitUntilExit();
     }
+}
+
+bool ZPKCore::checkConditionXML(const std::string& path) {
+    _softwares.clear();
+    _filePaths.clear();
+    if (!CZPKUtil::IsFileExist(path)) {
+        return true;
+    }
+    // Kept until the process ends.
+    const CUpdateInfoType* const info = CZPKXMLLoader::LoadConditionXML(path);
+    if (info == nullptr) {
+        return false;
+    }
+    if (info->conditions != nullptr) {
+        for (const auto& log : info->conditions->uimLogs) {
+            if (UIMLogExistAtSignature(log->signature)) {
+                return true;
+            }
+        }
+        for (const auto& uninstall : info->conditions->uninstallXmls) {
+            if (uninstallXMLExistAtName(uninstall->appName)) {
+                return true;
+            }
+        }
+        for (const auto& disc : info->conditions->discs) {
+            _filePaths.push_back(disc->filePath);
+        }
+    }
+    if (info->targetItems != nullptr) {
+        _softwares = info->targetItems->GetDisplayNameList();
+    }
+    return false;
+}
+
+bool ZPKCore::UIMLogExistAtSignature(const std::string& signature) {
+    const std::optional<std::string> library = ZPKStandardFolders::localLibraryFolder();
+    if (!library) {
+        return false;
+    }
+    const auto list = ZPKPropertyList::dictionaryWithContentsOfFile(
+        Join(*library, "Preferences/com.varno.ic_installer.plist"));
+    if (!list) {
+        return false;
+    }
+    const auto signatures = list->stringArrayForKey("Varno Utilities");
+    return signatures && std::find(signatures->begin(), signatures->end(), signature) != signatures->end();
+}
+
+bool ZPKCore::uninstallXMLExistAtName(const std::string& name) {
+    const std::optional<std::string> support = ZPKStandardFolders::localApplicationSupportFolder();
+    return support && CZPKUtil::IsFileExist(Join(Join(*support, "Varno_Inc_IC/Tandemset/Uninstall"), name));
+}
+
+bool ZPKCore::searchSoftwareOnCDVolumes() {
+    ZPKCDSearchWindowController controller(m_frontEnd, m_volumes, _filePaths, _softwares);
+    if (controller.window() == nullptr) {
+        return false;
+    }
+    m_frontEnd.runModalForWindow(*controller.window());
+    return controller.isFind();
+}
+
+void ZPKCore::showSoftwareListDialog() {
+    m_frontEnd.runAlert({ZPKSoftwareListText(Localized(ZPKSTRING_UPDATE_FAILURE), _softwares), "",
+                         Localized(ZPKSTRING_OK), ZPKAlertStyle::Critical});
 }

@@ -9,13 +9,14 @@
 #include "UserInterface/ZPKFrontEnd.h"
 
 class ZPKProgressWindowController;
+class ZPKRemovableVolumes;
 
 /// The application delegate: carries out the one run from the language set-up to the removal of
 /// everything that was unpacked. All on the main thread, except `extractDataTask`.
 class ZPKCore : public ZPKApplicationDelegate {
 public:
-    /// `frontEnd` outlives the delegate.
-    explicit ZPKCore(ZPKFrontEnd& frontEnd);
+    /// `frontEnd` and `volumes` outlive the delegate.
+    ZPKCore(ZPKFrontEnd& frontEnd, const ZPKRemovableVolumes& volumes);
     ~ZPKCore() override;
     ZPKCore(const ZPKCore&) = delete;
     ZPKCore& operator=(const ZPKCore&) = delete;
@@ -51,7 +52,28 @@ private:
     /// thread of its own; everything it is given outlives it until the loop has ended.
     void extractDataTask(const WorkOrder& workOrder);
 
+    /// True when another running application carries this one's name.
+    bool isAlreadyExecuting();
+
+    /// Whether the package may be installed on this machine: a product that it updates is installed,
+    /// or it has no conditions at all. When not, `_softwares` and `_filePaths` say why.
+    bool checkConditionXML(const std::string& path);
+
+    /// Whether the signature stands in the list of installed software.
+    bool UIMLogExistAtSignature(const std::string& signature);
+
+    /// Whether an uninstall description of that name exists; an empty name asks for their folder.
+    bool uninstallXMLExistAtName(const std::string& name);
+
+    /// Runs the disc search window; true when the disc was found.
+    bool searchSoftwareOnCDVolumes();
+
+    /// Tells which products the package applies to.
+    void showSoftwareListDialog();
+
+    void setupLanguages();
     void localizeMenu();
+    bool mayInstall(const std::string& conditionPath);
     std::string unpackDescription(const std::string& stagingFolder);
     void install(const std::string& stagingFolder);
     void extractPayload(const std::string& stagingFolder);
@@ -59,6 +81,7 @@ private:
     void showTemporaryFolderAlert();
 
     ZPKFrontEnd& m_frontEnd;
+    const ZPKRemovableVolumes& m_volumes;
 
     /// Display names of the products that the package applies to.
     std::vector<std::string> _softwares;

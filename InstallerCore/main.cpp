@@ -9,12 +9,14 @@
 #include "Platform/ZPKBundle.h"
 #include "UserInterface/Terminal/ZPKTerminalFrontEnd.h"
 #include "UserInterface/ZPKDesktopPlugIn.h"
+#include "UserInterface/ZPKRemovableVolumes.h"
 
 namespace {
 
 int RunApplication(ZPKFrontEnd& frontEnd) {
     try {
-        ZPKCore core(frontEnd);
+        const ZPKRemovableVolumes volumes;
+        ZPKCore core(frontEnd, volumes);
         return frontEnd.run(core);
     } catch (const std::exception& error) {
         std::cerr << "Zephyrkit: " << error.what() << "\n";

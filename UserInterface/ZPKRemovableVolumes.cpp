@@ -1,0 +1,12 @@
+#include "UserInterface/ZPKRemovableVolumes.h"
+
+#include "Platform/ZPKWorkspace.h"
+#include "UserInterface/ZPKMediaUtils.h"
+
+std::vector<std::string> ZPKRemovableVolumes::mountedRemovableMedia() const {
+    return ZPKWorkspace::mountedRemovableMedia();
+}
+
+bool ZPKRemovableVolumes::isCDMediaAtPath(const std::string& path) const {
+    return ZPKMediaUtils::isCDMediaAtPath(path);
+}
