@@ -1,0 +1,139 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "InstallerCore/ZPKCore.h"
+#include "Tests/Support/ScriptedFrontEnd.h"
+#include "Tests/Support/TemporaryFolder.h"
+#include "Tests/Support/TestBundle.h"
+#include "UserInterface/ZPKProgressWindowController.h"
+#include "UserInterface/ZPKRemovableVolumes.h"
+
+using Parameters = std::optional<std::vector<std::string>>;
+using Lines = std::vector<std::string>;
+
+/// Opens the private operations to the tests.
+struct ZPKCoreTestDoor {
+    ZPKCore& core;
+
+    std::optional<std::string> find(const std::string& folder, Parameters* params) {
+        return core.executableFileAtTemporaryFolder(folder, params);
+    }
+    void execute(const std::optional<std::string>& path, const Parameters& params) {
+        core.executeFile(path, params, true);
+    }
+    void extract(const std::string& data, const std::string& staging,
+                 ZPKProgressWindowController* controller) {
+        ZPKCore::WorkOrder order = {{"DataFilePath", data}, {"TemporaryFolderPath", staging}};
+        if (controller != nullptr) {
+            order["ProgressController"] = controller;
+        }
+        core.extractDataTask(order);
+    }
+    bool check(const std::string& path) { return core.checkConditionXML(path); }
+    bool isAlreadyExecuting() { return core.isAlreadyExecuting(); }
+    const Lines& softwares() const { return core._softwares; }
+    const Lines& filePaths() const { return core._filePaths; }
+};
+
+namespace zpk_test {
+
+/// Folders that stand for mounted volumes; true marks an optical disc.
+class TestVolumes : public ZPKRemovableVolumes {
+public:
+    std::map<std::string, bool> volumes;
+
+    Lines mountedRemovableMedia() const override {
+        Lines paths;
+        for (const auto& [path, isDisc] : volumes) {
+            paths.push_back(path);
+        }
+        return paths;
+    }
+    bool isCDMediaAtPath(const std::string& path) const override { return volumes.at(path); }
+};
+
+/// A bundle, a package source and a launch sequence with a scripted person.
+class ZPKCoreFixture : public ::testing::Test {
+protected:
+    ZPKCoreFixture() {
+        namespace fs = std::filesystem;
+        setenv("TMPDIR", m_temporary.c_str(), 1);
+        setenv("XDG_DATA_DIRS", m_library.c_str(), 1);
+        setenv("ZPK_TEST_RECORD", (m_folder / "record").c_str(), 1);
+        unsetenv("LANGUAGE");
+        fs::create_directory(m_temporary);
+        fs::permissions(m_temporary, fs::perms::owner_all);
+    }
+
+    /// A payload program at `relative` in the package's Data folder.
+    void addSetup(const std::string& relative) {
+        const std::string path = m_folder / ("source/Data/" + relative);
+        std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+        std::filesystem::copy_file(ZPK_TEST_SETUP, path);
+    }
+
+    void addStartup(const std::string& attributes) {
+        WriteFile(m_folder / "source/Info/Startup.xml", "<Startup " + attributes + "/>");
+    }
+
+    void addConditions(const std::string& contents) {
+        WriteFile(m_folder / "source/Info/Condition.xml", "<UpdateInfo>" + contents + "</UpdateInfo>");
+    }
+
+    void pack() {
+        std::filesystem::create_directories(m_folder / "source/Info");
+        std::filesystem::create_directories(m_folder / "source/Data");
+        m_bundle.pack(m_folder / "source/Info", "Info.datx");
+        m_bundle.pack(m_folder / "source/Data", "Data.datx");
+    }
+
+    /// Writes a condition description and checks it.
+    bool check(const std::string& contents) {
+        const std::string path = m_folder / "Condition.xml";
+        WriteFile(path, contents);
+        return m_door.check(path);
+    }
+
+    void installSoftwareList(const std::string& contents) {
+        WriteFile(m_library + "/Preferences/com.varno.ic_installer.plist", contents);
+    }
+
+    void installUninstallDescription(const std::string& name) {
+        WriteFile(m_library + "/Application Support/Varno_Inc_IC/Tandemset/Uninstall/" + name, "");
+    }
+
+    bool setupHasRun() const { return std::filesystem::exists(m_folder / "record"); }
+
+    /// The lines of the log that begin with one of the words.
+    Lines logged(const Lines& words) const {
+        Lines lines;
+        for (const std::string& line : m_frontEnd.log()) {
+            if (std::any_of(words.begin(), words.end(),
+                            [&line](const auto& word) { return line.starts_with(word); })) {
+                lines.push_back(line);
+            }
+        }
+        return lines;
+    }
+
+    TemporaryFolder m_folder;
+    std::string m_temporary = m_folder / "tmp";
+    std::string m_staging = m_temporary + "/VarnoZPK_TEMP";
+    std::string m_library = m_folder / "library";
+    TestBundle m_bundle{m_folder / "TestSetup.app"};
+    ScriptedFrontEnd m_frontEnd;
+    TestVolumes m_volumes;
+    ZPKCore m_core{m_frontEnd, m_volumes};
+    ZPKCoreTestDoor m_door{m_core};
+};
+
+}  // namespace zpk_test

@@ -1,0 +1,101 @@
+#include "InstallerCore/ZPKLanguageInfos.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <stdexcept>
+
+#include "Common/CResourceBundle.h"
+#include "Tests/InstallerCore/ZPKCoreFixture.h"
+
+using zpk_test::WriteFile;
+
+namespace {
+
+struct ChoiceRow {
+    const char* name;
+    Lines offered;
+    Lines preferred;
+    Lines expected;
+};
+
+class PreferredLocalizationsTest : public ::testing::TestWithParam<ChoiceRow> {};
+
+TEST_P(PreferredLocalizationsTest, FollowsThePersonsOrder) {
+    EXPECT_EQ(ZPKLanguageInfos::preferredLocalizations(GetParam().offered, GetParam().preferred),
+              GetParam().expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, PreferredLocalizationsTest,
+    ::testing::Values(
+        ChoiceRow{"SimplifiedChinese", {"en", "ja", "zh_CN"}, {"zh-Hans", "en"}, {"zh_CN", "en"}},
+        ChoiceRow{"PersonsOrder", {"en", "fr"}, {"ja", "fr", "de", "en"}, {"fr", "en"}},
+        ChoiceRow{"RegionIsNotFolded", {"en"}, {"en-US"}, {}},
+        ChoiceRow{"OfferedTwice", {"en", "fr", "en"}, {"en"}, {"en", "en"}},
+        ChoiceRow{"OtherChineseNamesStay", {"zh_CN"}, {"zh-Hant", "zh-Hans-CN"}, {}},
+        ChoiceRow{"CaseCounts", {"EN"}, {"en"}, {}}, ChoiceRow{"NothingOffered", {}, {"en"}, {}},
+        ChoiceRow{"NothingPreferred", {"en"}, {}, {}}),
+    [](const auto& info) { return info.param.name; });
+
+class ZPKLanguageInfosTest : public zpk_test::ZPKCoreFixture {
+protected:
+    ZPKLanguageInfosTest() {
+        WriteFile(m_bundle.resource("UILang/Languages.xml"),
+                  "<L FallBackCode='de'><Language Code='en'/><Language Code='ja'/><Language Code='zh_CN'/>"
+                  "<Language Code='nl'/></L>");
+        for (const char* code : {"en", "ja", "zh_CN", "de"}) {
+            WriteFile(m_bundle.resource(std::string("UILang/") + code + "/ZPKStringTable.def"),
+                      std::string("ZPKString_ShowAll = ") + code + ";");
+        }
+    }
+
+    /// The language of the texts after the set-up of an application in that environment.
+    std::string languageFor(const char* language, const char* locale) {
+        setenv("LANGUAGE", language, 1);
+        setenv("LC_ALL", locale, 1);
+        m_core.awakeFromNib();
+        const Lines titles = logged({"menu 5="});
+        const Lines direction = logged({"language="});
+        EXPECT_EQ("language=" + titles.back().substr(7), direction.back());
+        return titles.back().substr(7);
+    }
+};
+
+TEST_F(ZPKLanguageInfosTest, ListIsComputedOnceAndKept) {
+    setenv("LC_ALL", "ja_JP.UTF-8", 1);
+    const ZPKLanguageInfos& infos = ZPKLanguageInfos::infos();
+    ASSERT_EQ(infos.languageCount(), 1u);
+    setenv("LC_ALL", "en_US.UTF-8", 1);
+    EXPECT_EQ(&ZPKLanguageInfos::infos(), &infos);
+    EXPECT_EQ(infos.languageAt(0), "ja");
+    EXPECT_THROW(infos.languageAt(1), std::out_of_range);
+    ASSERT_NE(infos.propertyListWithLanguage("ja"), nullptr);
+    EXPECT_EQ(*infos.propertyListWithLanguage("ja"), (ZPKLanguageInfos::PropertyList{{"Code", "ja"}}));
+    EXPECT_EQ(infos.propertyListWithLanguage("en"), nullptr);
+}
+
+TEST_F(ZPKLanguageInfosTest, UnloadableListGivesNone) {
+    WriteFile(m_bundle.resource("UILang/Languages.xml"), "<L/>");
+    setenv("LC_ALL", "ja_JP.UTF-8", 1);
+    EXPECT_EQ(ZPKLanguageInfos().languageCount(), 0u);
+}
+
+TEST_F(ZPKLanguageInfosTest, MostPreferredLanguageIsUsed) {
+    EXPECT_EQ(languageFor("", "ja_JP.UTF-8"), "ja");
+}
+
+TEST_F(ZPKLanguageInfosTest, LanguageListGoesBeforeTheLocale) {
+    EXPECT_EQ(languageFor("zh_SG:en", "ja_JP.UTF-8"), "zh_CN");
+}
+
+TEST_F(ZPKLanguageInfosTest, NothingPreferredGivesEnglish) {
+    EXPECT_EQ(languageFor("", "C"), "en");
+    EXPECT_STREQ(varno_zpk::CResourceBundle::GetAlternativeLanguage(), "de");
+}
+
+TEST_F(ZPKLanguageInfosTest, OfferedLanguageWithoutFolderFallsBack) {
+    EXPECT_EQ(languageFor("", "nl_NL.UTF-8"), "de");
+}
+
+}  // namespace

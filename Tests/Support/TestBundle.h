@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+
+namespace zpk_test {
+
+/// A launcher's bundle at `path` with a resource folder, the built archive tool and no archives,
+/// made the main bundle of this process.
+class TestBundle {
+public:
+    explicit TestBundle(const std::string& path);
+
+    const std::string& path() const { return m_path; }
+    std::string resource(const std::string& relative) const {
+        return m_path + "/Contents/Resources/" + relative;
+    }
+
+    /// Packs `folder` (named `Info` or `Data`) into the scrambled archive `name`.
+    void pack(const std::string& folder, const std::string& name) const;
+
+private:
+    std::string m_path;
+};
+
+}  // namespace zpk_test
