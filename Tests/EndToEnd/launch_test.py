@@ -1,0 +1,399 @@
+"""The launcher from its start to its end, on real bundles."""
+
+import gzip
+import os
+import shutil
+import subprocess
+import unittest
+
+from support import BUILD, RECORDER, TEMPLATE, PackageTestCase, odc_archive, wait_until, write, x_server
+
+
+class SetupProgramTest(PackageTestCase):
+    def test_runs_from_the_staging_folder_with_its_one_argument(self):
+        self.recorder()
+        self.startup(param="-a -b  &quot;c&quot;")
+        done = self.launch(self.pack())
+        record = self.record()
+        staging = str(self.temporary / "VarnoZPK_TEMP")
+        self.assertEqual(record["program"], staging + "/Data/setup")
+        self.assertEqual(record["arguments"], ['-a -b  "c"'])
+        self.assertEqual(record["contents"], ["Data", "Data/setup", "Info", "Info/Startup.xml"])
+        self.assertIn("recorder: ran", done.stdout)
+
+    def test_inherits_environment_and_folder_and_nothing_else(self):
+        bundle = self.simple_package()
+        expected = self.environment(MARK="a b")
+        self.launch(bundle, MARK="a b")
+        record = self.record()
+        self.assertEqual(record["folder"], str(self.folder))
+        environment = record["environment"]
+        environment.pop("LC_CTYPE", None)  # the interpreter of the recorder sets it
+        environment.pop("_", None)
+        expected.pop("_", None)
+        self.assertEqual(environment, expected)
+        # The fourth is the folder listing's own.
+        self.assertEqual(record["descriptors"][:3], ["0", "1", "2"])
+        self.assertLessEqual(len(record["descriptors"]), 4)
+
+    def test_desktop_adds_nothing_to_the_environment(self):
+        bundle = self.simple_package()
+        with x_server() as display:
+            expected = self.environment(DISPLAY=display)
+            self.launch(bundle, DISPLAY=display)
+        environment = self.record()["environment"]
+        for own in ("LC_CTYPE", "_"):
+            environment.pop(own, None)
+            expected.pop(own, None)
+        self.assertEqual(environment, expected)
+
+    def test_application_bundle_stands_for_its_main_program(self):
+        self.recorder("Setup.app/Contents/Linux/Main")
+        write(
+            self.source / "Data/Setup.app/Contents/Info.plist",
+            "<plist><dict><key>CFBundleExecutable</key><string>Main</string></dict></plist>",
+        )
+        self.startup("$Data$/Setup.app", "")
+        self.launch(self.pack())
+        self.assertTrue(self.record()["program"].endswith("/Data/Setup.app/Contents/Linux/Main"))
+        self.assertEqual(self.record()["arguments"], [""])
+
+    def test_without_description_first_executable_runs_without_arguments(self):
+        self.recorder("anything")
+        write(self.source / "Data/readme", "not executable")
+        write(self.source / "Data/.hidden", RECORDER, 0o755)
+        self.launch(self.pack())
+        self.assertEqual(self.record()["arguments"], [])
+        self.assertTrue(self.record()["program"].endswith("/Data/anything"))
+
+    def test_payload_without_program_ends_in_silence(self):
+        write(self.source / "Data/.hidden", RECORDER, 0o755)
+        write(self.source / "Data/readme", "not executable")
+        self.launch(self.pack())
+        self.assertEqual(self.records(), [])
+
+    def test_its_exit_status_is_not_the_launchers(self):
+        self.launch(self.simple_package(), expect=0, ZPK_TEST_STATUS="7")
+
+    def test_killed_setup_program_ends_like_any_other(self):
+        write(self.source / "Data/setup", "#!/bin/sh\nkill -9 $$\n", 0o755)
+        self.startup()
+        self.launch(self.pack())
+
+    def test_program_that_cannot_be_started_is_named(self):
+        write(self.source / "Data/setup", "#!/no/such/interpreter\n", 0o755)
+        self.startup()
+        done = self.launch(self.pack())
+        self.assertIn("cannot start", done.stderr)
+        self.assertIn("VarnoZPK_TEMP/Data/setup", done.stderr)
+
+
+class BundleTest(PackageTestCase):
+    def test_started_through_a_link_finds_its_bundle(self):
+        bundle = self.simple_package()
+        link = self.folder / "link"
+        link.symlink_to(bundle / "Contents/Linux/Zephyrkit")
+        self.launch(bundle, program=link)
+        self.assertEqual(self.record()["arguments"], ["--test"])
+
+    def test_linked_bundle_folder(self):
+        bundle = self.simple_package()
+        link = self.folder / "Other.app"
+        link.symlink_to(bundle)
+        self.launch(link)
+        self.record()
+
+    def test_name_with_blanks_quotes_and_other_letters(self):
+        self.recorder()
+        self.startup()
+        bundle = self.pack()
+        odd = self.folder / "Ünï 'q\" $x;\n.app"
+        bundle.rename(odd)
+        self.launch(odd)
+        self.record()
+
+    def test_read_only_bundle(self):
+        bundle = self.simple_package()
+        subprocess.run(["chmod", "-R", "a-w", bundle], check=True)
+        self.addCleanup(subprocess.run, ["chmod", "-R", "u+w", bundle])
+        self.launch(bundle)
+        self.record()
+
+    def test_template_without_archives_ends_in_silence(self):
+        done = self.launch(TEMPLATE)
+        self.assertEqual(self.records(), [])
+        self.assertEqual([l for l in done.stderr.splitlines() if l.startswith("Zephyrkit")], [])
+
+    def test_without_payload_archive(self):
+        bundle = self.simple_package()
+        (bundle / "Contents/Resources/Data.datx").unlink()
+        self.launch(bundle)
+        self.assertEqual(self.records(), [])
+
+    def test_without_description_archive_the_payload_still_installs(self):
+        bundle = self.simple_package()
+        (bundle / "Contents/Resources/Info.datx").unlink()
+        self.launch(bundle)
+        self.assertEqual(self.record()["arguments"], [])
+
+    def test_archive_that_is_a_folder_or_a_fifo(self):
+        for make in (os.mkdir, os.mkfifo):
+            bundle = self.simple_package() if make is os.mkdir else self.pack("TestSetup2.app")
+            archive = bundle / "Contents/Resources/Data.datx"
+            archive.unlink()
+            make(archive)
+            self.launch(bundle)
+        self.assertEqual(self.records(), [])
+
+    def test_without_archive_tool(self):
+        bundle = self.simple_package()
+        (bundle / "Contents/Helpers/ditto").unlink()
+        self.launch(bundle)
+        self.assertEqual(self.records(), [])
+
+
+class DamagedArchiveTest(PackageTestCase):
+    """A payload of a few hundred kilobytes, damaged in many places: the launcher always ends."""
+
+    def setUp(self):
+        super().setUp()
+        self.recorder()
+        self.startup()
+        write(self.source / "Data/noise", os.urandom(300_000))
+        self.bundle = self.pack()
+        self.archive = self.bundle / "Contents/Resources/Data.datx"
+        self.intact = self.archive.read_bytes()
+
+    def test_truncated(self):
+        for size in (0, 1, 10, 102399, 102400, 102401, len(self.intact) // 2, len(self.intact) - 1):
+            with self.subTest(size=size):
+                self.archive.write_bytes(self.intact[:size])
+                self.launch(self.bundle)
+
+    def test_flipped_bits(self):
+        for place in (0, 3, 10, 5000, len(self.intact) - 102400, len(self.intact) - 102390, len(self.intact) - 1):
+            with self.subTest(place=place):
+                damaged = bytearray(self.intact)
+                damaged[place] ^= 0x10
+                self.archive.write_bytes(damaged)
+                self.launch(self.bundle)
+
+    def test_description_archive_of_noise(self):
+        (self.bundle / "Contents/Resources/Info.datx").write_bytes(os.urandom(5000))
+        self.launch(self.bundle)
+
+
+class HostileArchiveTest(PackageTestCase):
+    def launch_with_payload(self, members):
+        bundle = self.simple_package()
+        (bundle / "Contents/Resources/Data.datx").write_bytes(gzip.compress(odc_archive(members)))
+        before = sorted(os.listdir(self.folder))
+        self.launch(bundle)
+        self.assertEqual(sorted(os.listdir(self.folder)), before)
+
+    def test_members_that_climb_stay_inside(self):
+        self.launch_with_payload(
+            [
+                ("Data", 0o40755, b""),
+                ("Data/../../../escaped", 0o100644, b"x"),
+                ("../../escaped", 0o100644, b"x"),
+                (str(self.folder / "escaped"), 0o100644, b"x"),
+            ]
+        )
+        self.assertEqual(self.records(), [])
+
+    def test_member_behind_a_link_stays_inside(self):
+        self.launch_with_payload(
+            [
+                ("Data", 0o40755, b""),
+                ("Data/out", 0o120777, os.fsencode(self.folder)),
+                ("Data/out/escaped", 0o100644, b"x"),
+            ]
+        )
+
+    def test_payload_that_is_a_link_runs_nothing_outside(self):
+        outside = self.folder / "outside"
+        self.launch_with_payload([("Data", 0o120777, os.fsencode(outside)), ("Data/setup", 0o100755, RECORDER.encode())])
+        self.assertEqual(self.records(), [])
+
+    def test_fifo_in_the_place_of_the_startup_description(self):
+        bundle = self.simple_package()
+        members = [("Info", 0o40755, b""), ("Info/Startup.xml", 0o10644, b"")]
+        (bundle / "Contents/Resources/Info.datx").write_bytes(gzip.compress(odc_archive(members)))
+        self.launch(bundle)
+        self.assertEqual(self.record()["arguments"], [])
+
+
+class StagingFolderTest(PackageTestCase):
+    def test_old_staging_folder_is_replaced(self):
+        write(self.temporary / "VarnoZPK_TEMP/Data/old", "left by an interrupted run")
+        self.launch(self.simple_package())
+        self.assertNotIn("Data/old", self.record()["contents"])
+
+    def test_staging_folder_that_cannot_be_made_is_told(self):
+        bundle = self.simple_package()
+        shared = self.folder / "shared"
+        shared.mkdir()
+        shared.chmod(0o1777)
+        elsewhere = self.folder / "elsewhere"
+        elsewhere.mkdir(mode=0o700)
+        # Somebody put a link where the person's private folder belongs.
+        (shared / f"com.varno.zephyrkit-{os.geteuid()}").symlink_to(elsewhere)
+        done = self.launch(bundle, TMPDIR=str(shared))
+        self.assertEqual(self.records(), [])
+        self.assertIn("temporary folder", done.stderr)
+        self.assertEqual(os.listdir(elsewhere), [])
+
+    def test_shared_temporary_folder_gets_a_private_one(self):
+        bundle = self.simple_package()
+        shared = self.folder / "shared"
+        shared.mkdir()
+        shared.chmod(0o1777)
+        self.launch(bundle, TMPDIR=str(shared))
+        private = shared / f"com.varno.zephyrkit-{os.geteuid()}"
+        self.assertEqual(self.record()["staging"], str(private / "VarnoZPK_TEMP"))
+        self.assertEqual(private.stat().st_mode & 0o7777, 0o700)
+        self.assertEqual(os.listdir(private), [])
+
+    @unittest.skipUnless(os.geteuid() == 0, "mounting a small file system takes root")
+    def test_full_disk_leaves_nothing(self):
+        write(self.source / "Data/large", os.urandom(3_000_000))
+        bundle = self.simple_package()
+        small = self.folder / "small"
+        small.mkdir(mode=0o700)
+        subprocess.run(["mount", "-t", "tmpfs", "-o", "size=1m,mode=700", "none", small], check=True)
+        self.addCleanup(subprocess.run, ["umount", small])
+        self.launch(bundle, TMPDIR=str(small))
+        self.assertEqual(os.listdir(small), [])
+        self.assertEqual(self.records(), [])
+
+
+class DesktopTest(PackageTestCase):
+    def test_runs_to_the_end_on_a_real_display(self):
+        bundle = self.simple_package()
+        with x_server() as display:
+            self.launch(bundle, DISPLAY=display)
+        self.assertEqual(self.record()["arguments"], ["--test"])
+
+    def test_display_that_refuses_falls_back_to_the_terminal(self):
+        done = self.launch(self.simple_package(), DISPLAY=":4711")
+        self.assertEqual(self.record()["arguments"], ["--test"])
+        self.assertIn("100", done.stdout)
+
+    def test_unknown_platform_falls_back_to_the_terminal(self):
+        self.launch(self.simple_package(), QT_QPA_PLATFORM="nosuchplatform")
+        self.record()
+
+    def test_without_desktop_module_runs_on_the_terminal(self):
+        bundle = self.simple_package()
+        (bundle / "Contents/PlugIns/ZPKDesktop.so").unlink()
+        with x_server() as display:
+            self.launch(bundle, DISPLAY=display)
+        self.record()
+
+    def test_missing_or_broken_form_is_told_and_nothing_runs(self):
+        bundle = self.simple_package()
+        for form in ("MainMenu.ui", "ProgressWindow.ui"):
+            path = bundle / "Contents/Resources" / form
+            intact = path.read_bytes()
+            for contents in (None, b"", b"<ui", intact[: len(intact) // 2]):
+                with self.subTest(form=form, contents=contents):
+                    path.unlink(missing_ok=True)
+                    if contents is not None:
+                        path.write_bytes(contents)
+                    done = self.launch(bundle, expect=1, QT_QPA_PLATFORM="offscreen")
+                    self.assertIn(form, done.stderr)
+            path.write_bytes(intact)
+        self.assertEqual(self.records(), [])
+
+    def test_progress_window_is_seen_before_the_setup_program(self):
+        bundle = self.simple_package()
+        with x_server() as display:
+            env = self.environment(DISPLAY=display)
+            run = subprocess.Popen([bundle / "Contents/Linux/Zephyrkit"], env=env, stderr=subprocess.DEVNULL)
+            title = wait_until(lambda: self.window_title(display), 20)
+            self.assertFalse(self.record_path.exists())
+            self.assertEqual(run.wait(timeout=30), 0)
+        self.assertIn("xtract", title)
+        self.record()
+        self.assert_nothing_left()
+
+    @staticmethod
+    def window_title(display):
+        found = subprocess.run(
+            ["xdotool", "search", "--onlyvisible", "--name", "xtract", "getwindowname"],
+            env=dict(os.environ, DISPLAY=display),
+            capture_output=True,
+            text=True,
+        )
+        return found.stdout.strip()
+
+
+class ToolTest(PackageTestCase):
+    """The packager's own words to a vendor."""
+
+    def build(self, *arguments):
+        return subprocess.run(
+            [BUILD / "zpkpack", "build", *map(str, arguments)], capture_output=True, text=True, cwd=self.folder
+        )
+
+    def test_same_source_gives_the_same_bytes(self):
+        self.recorder()
+        self.startup()
+        first, second = self.pack("A.app"), self.pack("B.app")
+        for name in ("Info.datx", "Data.datx"):
+            self.assertEqual(
+                (first / "Contents/Resources" / name).read_bytes(),
+                (second / "Contents/Resources" / name).read_bytes(),
+            )
+
+    def test_refusals_name_the_cause_and_leave_nothing(self):
+        self.recorder()
+        self.startup()
+        rows = [
+            ("no source", lambda: shutil.rmtree(self.source), "source"),
+            ("no payload", lambda: shutil.rmtree(self.source / "Data"), "Data"),
+            ("no description", lambda: (self.source / "Package.strings").unlink(), "Package.strings"),
+            (
+                "identifier without the name",
+                lambda: write(
+                    self.source / "Package.strings",
+                    '"CFBundleName" = "A"; "CFBundleIdentifier" = "com.example.B";',
+                ),
+                "last part",
+            ),
+            ("broken startup", lambda: write(self.source / "Info/Startup.xml", "<Startup"), "Startup.xml"),
+            ("broken conditions", lambda: write(self.source / "Info/Condition.xml", "<a>"), "Condition.xml"),
+            ("broken languages", lambda: write(self.source / "UILang/Languages.xml", "<a/>"), "Languages.xml"),
+        ]
+        copy = self.folder / "copy"
+        shutil.copytree(self.source, copy)
+        for name, spoil, expected in rows:
+            with self.subTest(name):
+                shutil.rmtree(self.source, ignore_errors=True)
+                shutil.copytree(copy, self.source)
+                spoil()
+                before = sorted(os.listdir(self.folder))
+                done = self.build(self.source, "-o", "Out.app")
+                self.assertEqual(done.returncode, 1)
+                self.assertIn(expected, done.stderr)
+                self.assertEqual(sorted(os.listdir(self.folder)), before)
+
+    def test_existing_output_is_kept_unless_forced(self):
+        self.recorder()
+        self.startup()
+        bundle = self.pack()
+        done = self.build(self.source, "-o", bundle)
+        self.assertEqual(done.returncode, 1)
+        self.assertIn("--force", done.stderr)
+        self.assertEqual(self.build(self.source, "-o", bundle, "--force").returncode, 0)
+        self.launch(bundle)
+
+    def test_output_name_must_be_a_bundle(self):
+        done = self.build(self.source, "-o", "Out")
+        self.assertEqual(done.returncode, 1)
+        self.assertIn(".app", done.stderr)
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)

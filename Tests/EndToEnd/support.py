@@ -1,0 +1,207 @@
+"""What the tests of whole programs share: packages, launches, X servers."""
+
+import contextlib
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+import textwrap
+import time
+import unittest
+
+BUILD = pathlib.Path(os.environ["ZPK_BUILD_DIR"]).resolve()
+TEMPLATE = BUILD / "Zephyrkit.app"
+STAGING_NAME = "VarnoZPK_TEMP"
+
+# Writes what it finds at its start to the file that ZPK_TEST_RECORD names, so that a test sees what
+# a setup program sees.
+RECORDER = textwrap.dedent(
+    """\
+    #!/usr/bin/env python3
+    import json, os, signal, sys
+    here = os.path.dirname(os.path.abspath(__file__))
+    staging = os.path.dirname(here)
+    while os.path.basename(staging) not in ("VarnoZPK_TEMP", ""):
+        staging = os.path.dirname(staging)
+    record = {
+        "program": os.path.abspath(__file__),
+        "arguments": sys.argv[1:],
+        "folder": os.getcwd(),
+        "environment": dict(os.environ),
+        "staging": staging,
+        "contents": sorted(os.path.relpath(os.path.join(where, name), staging)
+                           for where, folders, files in os.walk(staging) for name in folders + files),
+        "descriptors": sorted(os.listdir("/proc/self/fd")),
+        "blocked": [line for line in open("/proc/self/status") if line.startswith(("SigBlk", "SigIgn"))],
+    }
+    with open(os.environ["ZPK_TEST_RECORD"], "a") as file:
+        file.write(json.dumps(record) + "\\n")
+    print("recorder: ran", flush=True)
+    sys.exit(int(os.environ.get("ZPK_TEST_STATUS", "0")))
+    """
+)
+
+
+def write(path, text, mode=None):
+    path = pathlib.Path(path)
+    path.parent.mkdir(parents=True, exist_ok=True)
+    if isinstance(text, bytes):
+        path.write_bytes(text)
+    else:
+        path.write_text(text, encoding="utf-8")
+    if mode is not None:
+        path.chmod(mode)
+    return path
+
+
+def odc_archive(members):
+    """A portable ASCII CPIO archive of (name, mode, contents) rows, names taken as they stand."""
+    archive = b""
+    for number, (name, mode, contents) in enumerate([*members, ("TRAILER!!!", 0, b"")], start=1):
+        encoded = os.fsencode(name) + b"\0"
+        fields = (0, number, mode, 0, 0, 1, 0)
+        archive += b"070707" + b"".join(b"%06o" % field for field in fields)
+        archive += b"%011o%06o%011o" % (1_600_000_000, len(encoded), len(contents)) + encoded + contents
+    return archive
+
+
+class PackageTestCase(unittest.TestCase):
+    """A test with a folder of its own, a private temporary folder for the launcher, and a record."""
+
+    maxDiff = None
+
+    def setUp(self):
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="zpk-e2e-"))
+        self.temporary = self.folder / "tmp"
+        self.temporary.mkdir(mode=0o700)
+        self.record_path = self.folder / "record"
+        self.source = self.folder / "source"
+        (self.source / "Info").mkdir(parents=True)
+        (self.source / "Data").mkdir()
+        write(
+            self.source / "Package.strings",
+            '"CFBundleName" = "TestSetup";\n"CFBundleIdentifier" = "com.example.TestSetup";\n',
+        )
+        self.addCleanup(self._remove_folder)
+
+    def _remove_folder(self):
+        outcome = getattr(self, "_outcome", None)
+        result = getattr(outcome, "result", None)
+        failed = result is not None and any(test is self for test, _ in result.failures + result.errors)
+        if failed:
+            print("kept:", self.folder, file=sys.stderr)
+        else:
+            shutil.rmtree(self.folder, ignore_errors=True)
+
+    # Packages
+
+    def startup(self, exec_="$Data$/setup", param="--test"):
+        write(self.source / "Info/Startup.xml", f'<Startup Exec="{exec_}" Param="{param}"/>\n')
+
+    def recorder(self, relative="setup"):
+        return write(self.source / "Data" / relative, RECORDER, 0o755)
+
+    def pack(self, name="TestSetup.app", *arguments):
+        bundle = self.folder / name
+        done = subprocess.run(
+            [BUILD / "zpkpack", "build", self.source, "-o", bundle, *arguments], capture_output=True, text=True
+        )
+        self.assertEqual(done.returncode, 0, done.stderr)
+        return bundle
+
+    def simple_package(self):
+        self.recorder()
+        self.startup()
+        return self.pack()
+
+    # Launches
+
+    def environment(self, **more):
+        env = {
+            key: value
+            for key, value in os.environ.items()
+            if key not in ("DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "LANGUAGE")
+        }
+        env.update(TMPDIR=str(self.temporary), ZPK_TEST_RECORD=str(self.record_path), LC_ALL="C.UTF-8")
+        env.update(more)
+        return env
+
+    def launch(self, bundle, expect=0, program=None, timeout=60, **env):
+        done = subprocess.run(
+            [program or bundle / "Contents/Linux/Zephyrkit"],
+            env=self.environment(**env),
+            stdin=subprocess.DEVNULL,
+            capture_output=True,
+            text=True,
+            errors="surrogateescape",
+            timeout=timeout,
+            cwd=self.folder,
+        )
+        self.assertEqual(done.returncode, expect, done.stdout + done.stderr)
+        self.assert_nothing_left()
+        return done
+
+    def records(self):
+        if not self.record_path.exists():
+            return []
+        return [json.loads(line) for line in self.record_path.read_text().splitlines()]
+
+    def record(self):
+        records = self.records()
+        self.assertEqual(len(records), 1, "the setup program was to run once")
+        return records[0]
+
+    def assert_nothing_left(self):
+        self.assertEqual(sorted(os.listdir(self.temporary)), [], "something stays in the temporary folder")
+
+
+@contextlib.contextmanager
+def x_server(*, window_manager=False, screen="1280x800x24"):
+    """A private X server; gives the value for DISPLAY."""
+    reader, writer = os.pipe()
+    server = subprocess.Popen(
+        ["Xvfb", "-displayfd", str(writer), "-screen", "0", screen, "-nolisten", "tcp"],
+        pass_fds=[writer],
+        stderr=subprocess.DEVNULL,
+    )
+    os.close(writer)
+    manager = None
+    try:
+        with os.fdopen(reader) as pipe:
+            display = ":" + pipe.readline().strip()
+        if window_manager:
+            manager = subprocess.Popen(
+                ["openbox"], env=dict(os.environ, DISPLAY=display), stderr=subprocess.DEVNULL
+            )
+            wait_until(lambda: manager_runs(display), 20)
+        yield display
+    finally:
+        for process in (manager, server):
+            if process is not None:
+                process.terminate()
+                process.wait()
+
+
+def manager_runs(display):
+    found = subprocess.run(
+        ["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"],
+        env=dict(os.environ, DISPLAY=display),
+        capture_output=True,
+        text=True,
+    )
+    return "window id" in found.stdout
+
+
+def wait_until(condition, seconds):
+    """Polls until `condition()` gives something true, and gives that; fails after `seconds`."""
+    end = time.monotonic() + seconds
+    while True:
+        value = condition()
+        if value:
+            return value
+        if time.monotonic() > end:
+            raise AssertionError("waited %s s in vain" % seconds)
+        time.sleep(0.02)
