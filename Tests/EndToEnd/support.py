@@ -77,14 +77,14 @@ class PackageTestCase(unittest.TestCase):
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="zpk-e2e-"))
         self.temporary = self.folder / "tmp"
         self.temporary.mkdir(mode=0o700)
+        (self.folder / "runtime").mkdir(mode=0o700)
         self.record_path = self.folder / "record"
         self.source = self.folder / "source"
         (self.source / "Info").mkdir(parents=True)
         (self.source / "Data").mkdir()
-        write(
-            self.source / "Package.strings",
-            '"CFBundleName" = "TestSetup";\n"CFBundleIdentifier" = "com.example.TestSetup";\n',
-        )
+        # A name of its own: tests that run side by side must not take each other for a second run.
+        self.name = "TestSetup-%d" % os.getpid()
+        self.describe_package(self.name)
         self.addCleanup(self._remove_folder)
 
     def _remove_folder(self):
@@ -97,6 +97,12 @@ class PackageTestCase(unittest.TestCase):
             shutil.rmtree(self.folder, ignore_errors=True)
 
     # Packages
+
+    def describe_package(self, name):
+        write(
+            self.source / "Package.strings",
+            f'"CFBundleName" = "{name}";\n"CFBundleIdentifier" = "com.example.{name}";\n',
+        )
 
     def startup(self, exec_="$Data$/setup", param="--test"):
         write(self.source / "Info/Startup.xml", f'<Startup Exec="{exec_}" Param="{param}"/>\n')
@@ -125,7 +131,13 @@ class PackageTestCase(unittest.TestCase):
             for key, value in os.environ.items()
             if key not in ("DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "LANGUAGE")
         }
-        env.update(TMPDIR=str(self.temporary), ZPK_TEST_RECORD=str(self.record_path), LC_ALL="C.UTF-8")
+        # Sessions have a runtime folder; without one the toolkit makes its own in the temporary folder.
+        env.update(
+            TMPDIR=str(self.temporary),
+            XDG_RUNTIME_DIR=str(self.folder / "runtime"),
+            ZPK_TEST_RECORD=str(self.record_path),
+            LC_ALL="C.UTF-8",
+        )
         env.update(more)
         return env
 

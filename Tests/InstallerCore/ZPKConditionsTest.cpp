@@ -8,6 +8,7 @@
 
 namespace fs = std::filesystem;
 using zpk_test::ReadFile;
+using zpk_test::TestBundle;
 using zpk_test::WriteFile;
 
 namespace {
@@ -159,8 +160,8 @@ TEST_F(ZPKConditionsTest, UnmetConditionsListTheProductsAfterCleaningUp) {
     pack();
     WriteFile(m_bundle.resource("UILang/Languages.xml"), "<L FallBackCode='en'><Language Code='en'/></L>");
     WriteFile(m_bundle.resource("UILang/en/ZPKStringTable.def"),
-              R"("ZPKString_UPDATE_FAILURE" = "Only:\n%s\n(100 %)";) ");
-        bool staged = true;
+              "\"ZPKString_UPDATE_FAILURE\" = \"Only:\\n%s\\n(100 %)\";");
+    bool staged = true;
     m_frontEnd.onLog = [&](const std::string& line) {
         if (line.starts_with("alert")) {
             staged = fs::exists(m_staging);
@@ -287,7 +288,7 @@ TEST_F(ZPKConditionsTest, AloneRuns) {
 }
 
 TEST_F(ZPKConditionsTest, SecondCopyEndsInSilenceBeforeStaging) {
-    const RunningCopy other(m_folder / "Other.app", "TestSetup");
+    const RunningCopy other(m_folder / "Other.app", TestBundle::name());
     WriteFile(m_staging + "/of the other", "");
     pack();
     m_frontEnd.run(m_core);
@@ -297,34 +298,35 @@ TEST_F(ZPKConditionsTest, SecondCopyEndsInSilenceBeforeStaging) {
 }
 
 TEST_F(ZPKConditionsTest, OtherNamesMayRun) {
-    const RunningCopy longer(m_folder / "A.app", "TestSetup2");
-    const RunningCopy capitals(m_folder / "B.app", "testsetup");
+    const RunningCopy longer(m_folder / "A.app", TestBundle::name() + "2");
+    const RunningCopy capitals(m_folder / "B.app", "t" + TestBundle::name().substr(1));
     EXPECT_FALSE(m_door.isAlreadyExecuting());
 }
 
 TEST_F(ZPKConditionsTest, LocalizedNameOfTheOtherCounts) {
-    const RunningCopy other(m_folder / "Other.app", "Whatever", "TestSetup");
+    const RunningCopy other(m_folder / "Other.app", "Whatever", TestBundle::name());
     EXPECT_TRUE(m_door.isAlreadyExecuting());
 }
 
 TEST_F(ZPKConditionsTest, TopLevelStringsFileNamesThisOne) {
-    WriteFile(m_bundle.resource("InfoPlist.strings"), "CFBundleName = \"Einrichtung für Grün\";");
-    const RunningCopy identifier(m_folder / "A.app", "TestSetup");
+    WriteFile(m_bundle.resource("InfoPlist.strings"),
+              "CFBundleName = \"Einrichtung für Grün" + std::to_string(getpid()) + "\";");
+    const RunningCopy identifier(m_folder / "A.app", TestBundle::name());
     EXPECT_FALSE(m_door.isAlreadyExecuting());
-    const RunningCopy same(m_folder / "B.app", "Einrichtung für Grün");
+    const RunningCopy same(m_folder / "B.app", "Einrichtung für Grün" + std::to_string(getpid()));
     EXPECT_TRUE(m_door.isAlreadyExecuting());
 }
 
 TEST_F(ZPKConditionsTest, StringsFileWithoutNameFallsBackToTheIdentifier) {
     WriteFile(m_bundle.resource("InfoPlist.strings"), "Other = \"x\";");
-    const RunningCopy other(m_folder / "A.app", "TestSetup");
+    const RunningCopy other(m_folder / "A.app", TestBundle::name());
     EXPECT_TRUE(m_door.isAlreadyExecuting());
 }
 
 TEST_F(ZPKConditionsTest, IdentifierWithoutADotNamesNothing) {
-    WriteFile(m_bundle.path() + "/Contents/Info.plist",
-              "<plist><dict><key>CFBundleIdentifier</key><string>TestSetup</string></dict></plist>");
-    const RunningCopy other(m_folder / "A.app", "TestSetup");
+    WriteFile(m_bundle.path() + "/Contents/Info.plist", "<plist><dict><key>CFBundleIdentifier</key><string>" +
+                                                            TestBundle::name() + "</string></dict></plist>");
+    const RunningCopy other(m_folder / "A.app", TestBundle::name());
     EXPECT_FALSE(m_door.isAlreadyExecuting());
 }
 

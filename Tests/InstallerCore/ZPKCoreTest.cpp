@@ -80,7 +80,7 @@ INSTANTIATE_TEST_SUITE_P(
                 "Data/setup", Lines{"p"}},
         FindRow{"MalformedDescriptionFallsBack", "<S Exec=", "Data/setup", std::nullopt},
         FindRow{"NoDescriptionFallsBack", nullptr, "Data/setup", std::nullopt}),
-    [](const auto& info) { return info.param.name; });
+    [](const auto& row) { return row.param.name; });
 
 TEST_F(ZPKCoreTest, EveryDataTokenIsReplaced) {
     WriteFile(m_folder / "s/Info/Startup.xml", R"(<S Exec="$Data$/a/$Data$/b$Data"/>)");

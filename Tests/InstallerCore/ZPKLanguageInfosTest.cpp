@@ -36,7 +36,7 @@ INSTANTIATE_TEST_SUITE_P(
         ChoiceRow{"OtherChineseNamesStay", {"zh_CN"}, {"zh-Hant", "zh-Hans-CN"}, {}},
         ChoiceRow{"CaseCounts", {"EN"}, {"en"}, {}}, ChoiceRow{"NothingOffered", {}, {"en"}, {}},
         ChoiceRow{"NothingPreferred", {"en"}, {}, {}}),
-    [](const auto& info) { return info.param.name; });
+    [](const auto& row) { return row.param.name; });
 
 class ZPKLanguageInfosTest : public zpk_test::ZPKCoreFixture {
 protected:

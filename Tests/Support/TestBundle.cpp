@@ -1,6 +1,7 @@
 #include "Tests/Support/TestBundle.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <filesystem>
 
@@ -12,11 +13,15 @@ namespace fs = std::filesystem;
 
 namespace zpk_test {
 
+std::string TestBundle::name() {
+    return "TestSetup-" + std::to_string(getpid());
+}
+
 TestBundle::TestBundle(const std::string& path) : m_path(path) {
     WriteFile(path + "/Contents/Info.plist",
-              "<plist><dict><key>CFBundleName</key><string>TestSetup</string>"
-              "<key>CFBundleIdentifier</key><string>com.example.TestSetup</string>"
-              "<key>CFBundleExecutable</key><string>Zephyrkit</string></dict></plist>");
+              "<plist><dict><key>CFBundleName</key><string>" + name() +
+                  "</string><key>CFBundleIdentifier</key><string>com.example." + name() +
+                  "</string></dict></plist>");
     fs::create_directories(path + "/Contents/Resources");
     fs::create_directories(path + "/Contents/Helpers");
     fs::create_symlink(ZPK_TEMPLATE_BUNDLE "/Contents/Helpers/ditto", path + "/Contents/Helpers/ditto");

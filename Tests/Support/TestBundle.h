@@ -11,6 +11,10 @@ public:
     explicit TestBundle(const std::string& path);
 
     const std::string& path() const { return m_path; }
+
+    /// Its name, which no other process's bundle carries: tests that run side by side must not take
+    /// each other for a second run.
+    static std::string name();
     std::string resource(const std::string& relative) const {
         return m_path + "/Contents/Resources/" + relative;
     }
