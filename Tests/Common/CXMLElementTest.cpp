@@ -134,6 +134,8 @@ TEST_F(CXMLElementTest, RemovingAnAttributeKeepsTheOrderOfTheRest) {
     EXPECT_EQ(TreeText(element), "e(a='' c='')[]");
     element.RemoveAttributeForName("b");
     EXPECT_EQ(element.GetAttributes().size(), 2u);
+    // They must not outlive their list of deaths.
+    element.RemoveAllAttributes();
 }
 
 TEST_F(CXMLElementTest, AttributesAreNoChildren) {
