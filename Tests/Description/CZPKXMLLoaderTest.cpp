@@ -20,12 +20,14 @@ using namespace varno_zpk;
 /// Stands in for the default parser and tells when it is given back.
 class WatchedParser : public CExpatXMLParser {
 public:
-    explicit WatchedParser(bool& isFinalized) : m_isFinalized(isFinalized) { m_isFinalized = false; }
+    explicit WatchedParser(bool& isFinalized) : m_isFinalized(isFinalized) {}
     ~WatchedParser() override { m_isFinalized = true; }
 
-    static void Install(CXMLParser* parser) {
+    /// Takes the parser over, in the place of the one before.
+    static void Install(WatchedParser* parser) {
         Finalize();
         s_DefaultParser = parser;
+        parser->m_isFinalized = false;
     }
 
 private:
