@@ -1,0 +1,345 @@
+#include "Common/CXMLElement.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Common/CXMLAttribute.h"
+#include "Common/CXMLDocument.h"
+#include "Common/CXMLText.h"
+#include "Tests/Common/XMLTreeText.h"
+
+namespace {
+
+using namespace varno_zpk;
+using zpk_test::TreeText;
+
+/// Counts the living and notes the order of their ends.
+class WatchedNode : public CXMLNode {
+public:
+    WatchedNode(std::string label, std::vector<std::string>& deaths)
+        : m_label(std::move(label)), m_deaths(deaths) {}
+    ~WatchedNode() override { m_deaths.push_back(m_label); }
+    CXMLNode* Clone() const override { return new WatchedNode(m_label, m_deaths); }
+
+private:
+    std::string m_label;
+    std::vector<std::string>& m_deaths;
+};
+
+class WatchedAttribute : public CXMLAttribute {
+public:
+    WatchedAttribute(const char* name, std::string label, std::vector<std::string>& deaths)
+        : m_label(std::move(label)), m_deaths(deaths) {
+        InitWithKind(XMLKIND_ATTRIBUTE);
+        SetName(name);
+    }
+    ~WatchedAttribute() override { m_deaths.push_back(m_label); }
+
+private:
+    std::string m_label;
+    std::vector<std::string>& m_deaths;
+};
+
+using Labels = std::vector<std::string>;
+
+CXMLText* Text(const char* value) {
+    return CXMLNode::CreateTextWithStringValue(value);
+}
+
+CXMLAttribute* Attribute(const char* name, const char* value) {
+    return CXMLNode::CreateAttributeWithNameWithStringValue(name, value);
+}
+
+class CXMLElementTest : public ::testing::Test {
+protected:
+    CXMLElementTest() { element.InitWithName("e"); }
+    CXMLElement element;
+};
+
+TEST_F(CXMLElementTest, TextOfAnElementWithoutTextIsEmptyAndNeverNull) {
+    element.AddChild(CXMLNode::CreateElementWithNameWithStringValue("child", "inner"));
+    ASSERT_NE(element.GetText(), nullptr);
+    EXPECT_STREQ(element.GetText(), "");
+    EXPECT_EQ(&element.GetTextString(), &CXMLText().GetNameString());
+    EXPECT_STREQ(element.GetStringValue(), "");
+    EXPECT_EQ(element.GetFirstChildText(), nullptr);
+}
+
+TEST_F(CXMLElementTest, SetTextChangesOnlyTheFirstTextChild) {
+    element.AddChild(Text("x"));
+    element.AddChild(CXMLNode::CreateElementWithName("child"));
+    element.AddChild(Text("y"));
+    element.SetText("a");
+    EXPECT_EQ(TreeText(element), "e['a' child[] 'y']");
+}
+
+TEST_F(CXMLElementTest, SetTextAppendsATextWhenThereIsNone) {
+    element.AddChild(CXMLNode::CreateElementWithName("child"));
+    element.SetText("a");
+    EXPECT_EQ(TreeText(element), "e[child[] 'a']");
+    EXPECT_EQ(element.GetFirstChildText(), element.GetChildAtIndex(1));
+}
+
+TEST_F(CXMLElementTest, StringValueIsTheText) {
+    element.SetStringValue("first");
+    element.AddChild(Text("second"));
+    EXPECT_STREQ(element.GetText(), "first");
+    EXPECT_STREQ(element.GetStringValue(), "first");
+    EXPECT_EQ(element.GetStringValueString(), "first");
+    EXPECT_EQ(&element.GetStringValueString(), &element.GetFirstChildText()->GetStringValueString());
+}
+
+TEST_F(CXMLElementTest, SecondAttributeOfANameReplacesTheFirstAndComesLast) {
+    Labels deaths;
+    element.AddAttribute(new WatchedAttribute("id", "first", deaths));
+    element.AddAttribute(Attribute("x", "1"));
+    element.AddAttribute(Attribute("id", "2"));
+    EXPECT_EQ(deaths, Labels{"first"});
+    EXPECT_EQ(TreeText(element), "e(x='1' id='2')[]");
+}
+
+TEST_F(CXMLElementTest, AttributeNamesAreComparedByteByByte) {
+    element.AddAttribute(Attribute("id", "1"));
+    element.AddAttribute(Attribute("ID", "2"));
+    element.AddAttribute(Attribute("id ", "3"));
+    EXPECT_EQ(element.GetAttributes().size(), 3u);
+    EXPECT_STREQ(element.GetAttributeForName("ID")->GetStringValue(), "2");
+    EXPECT_EQ(element.GetAttributeForName("Id"), nullptr);
+    EXPECT_EQ(element.GetAttributeForName(""), nullptr);
+}
+
+TEST_F(CXMLElementTest, LookUpAndRemovalTakeTheFirstOfEqualNames) {
+    element.AddAttribute(Attribute("a", "1"));
+    element.AddAttribute(Attribute("b", "2"));
+    element.AddAttribute(Attribute("c", "3"));
+    element.GetAttributes()[2]->SetName("a");
+    EXPECT_STREQ(element.GetAttributeForName("a")->GetStringValue(), "1");
+    element.RemoveAttributeForName("a");
+    EXPECT_EQ(TreeText(element), "e(b='2' a='3')[]");
+}
+
+TEST_F(CXMLElementTest, RemovingAnAttributeKeepsTheOrderOfTheRest) {
+    Labels deaths;
+    for (const char* name : {"a", "b", "c"}) {
+        element.AddAttribute(new WatchedAttribute(name, name, deaths));
+    }
+    element.RemoveAttributeForName("b");
+    EXPECT_EQ(deaths, Labels{"b"});
+    EXPECT_EQ(TreeText(element), "e(a='' c='')[]");
+    element.RemoveAttributeForName("b");
+    EXPECT_EQ(element.GetAttributes().size(), 2u);
+    // They must not outlive their list of deaths.
+    element.RemoveAllAttributes();
+}
+
+TEST_F(CXMLElementTest, AttributesAreNoChildren) {
+    element.AddAttribute(Attribute("a", "1"));
+    EXPECT_EQ(element.GetChildCount(), 0u);
+    EXPECT_EQ(element.GetChildAtIndex(0), nullptr);
+}
+
+TEST_F(CXMLElementTest, NewAttributeIsAppended) {
+    element.AddAttribute(Attribute("a", "1"));
+    element.AddNewAttribute(std::unique_ptr<CXMLAttribute>(Attribute("b", "2")));
+    EXPECT_EQ(TreeText(element), "e(a='1' b='2')[]");
+}
+
+TEST_F(CXMLElementTest, AddedNodesKnowTheirElement) {
+    CXMLDocument document;
+    document.InitWithRootElement(nullptr);
+    CXMLElement* child = CXMLNode::CreateElementWithName("child");
+    CXMLAttribute* attribute = Attribute("a", "1");
+    element.AddChild(child);
+    element.AddAttribute(attribute);
+    EXPECT_EQ(child->GetRootDocument(), nullptr);
+    element.SetParent(&document);
+    EXPECT_EQ(child->GetRootDocument(), &document);
+    EXPECT_EQ(attribute->GetRootDocument(), &document);
+}
+
+TEST_F(CXMLElementTest, ChildIndexAtTheCountIsNull) {
+    element.AddChild(Text("a"));
+    element.AddChild(Text("b"));
+    EXPECT_STREQ(element.GetChildAtIndex(1)->GetStringValue(), "b");
+    EXPECT_EQ(element.GetChildAtIndex(element.GetChildCount()), nullptr);
+    EXPECT_EQ(element.GetChildAtIndex(0xFFFFFFFFu), nullptr);
+}
+
+TEST_F(CXMLElementTest, AnyKindIsAcceptedAsAChild) {
+    element.AddChild(Attribute("a", "1"));
+    EXPECT_EQ(element.GetChildCount(), 1u);
+    std::string text;
+    element.GetInnerText(text);
+    EXPECT_EQ(text, "");
+}
+
+TEST_F(CXMLElementTest, ElementsForNameAreTheDirectOnesInOrder) {
+    element.AddChild(CXMLNode::CreateElementWithNameWithStringValue("item", "1"));
+    element.AddChild(Text("item"));
+    CXMLElement* other = CXMLNode::CreateElementWithName("other");
+    other->AddChild(CXMLNode::CreateElementWithName("item"));
+    element.AddChild(other);
+    element.AddChild(CXMLNode::CreateElementWithName("Item"));
+    element.AddChild(CXMLNode::CreateElementWithNameWithStringValue("item", "2"));
+    std::vector<CXMLNode*> found;
+    element.GetElementsForName("item", found);
+    ASSERT_EQ(found.size(), 2u);
+    EXPECT_STREQ(found[0]->GetStringValue(), "1");
+    EXPECT_STREQ(found[1]->GetStringValue(), "2");
+    EXPECT_EQ(element.GetFirstElementForName("item"), found[0]);
+    EXPECT_EQ(element.GetFirstElementForName("nothing"), nullptr);
+}
+
+TEST_F(CXMLElementTest, ElementsForNameClearsTheOutputEvenWithoutAMatch) {
+    std::vector<CXMLNode*> found{&element};
+    element.GetElementsForName("nothing", found);
+    EXPECT_TRUE(found.empty());
+}
+
+TEST_F(CXMLElementTest, ChildAttributeOfTheNameIsNoElement) {
+    element.AddChild(Attribute("item", "1"));
+    std::vector<CXMLNode*> found;
+    element.GetElementsForName("item", found);
+    EXPECT_TRUE(found.empty());
+    EXPECT_EQ(element.GetFirstElementForName("item"), nullptr);
+}
+
+TEST_F(CXMLElementTest, InnerTextIsCollectedDepthFirst) {
+    element.AddChild(Text("a"));
+    element.AddChild(CXMLNode::CreateElementWithNameWithStringValue("child", "b"));
+    element.AddChild(Text("c"));
+    element.AddAttribute(Attribute("x", "attribute"));
+    std::string text = "old";
+    element.GetInnerText(text);
+    EXPECT_EQ(text, "abc");
+    element.AppendInnerText(text);
+    EXPECT_EQ(text, "abcabc");
+}
+
+TEST_F(CXMLElementTest, SetInnerTextReplacesChildrenAndKeepsAttributes) {
+    element.AddChild(Text("a"));
+    element.AddChild(CXMLNode::CreateElementWithNameWithStringValue("child", "b"));
+    element.AddAttribute(Attribute("x", "1"));
+    element.SetInnerText("new");
+    EXPECT_EQ(TreeText(element), "e(x='1')['new']");
+    element.SetInnerText(element.GetText());
+    EXPECT_EQ(TreeText(element), "e(x='1')['new']");
+}
+
+TEST(CXMLElementLifeTest, DestructionTakesChildrenThenAttributesFrontToBack) {
+    Labels deaths;
+    {
+        CXMLElement element;
+        element.AddAttribute(new WatchedAttribute("a", "attribute 1", deaths));
+        element.AddChild(new WatchedNode("child 1", deaths));
+        element.AddAttribute(new WatchedAttribute("b", "attribute 2", deaths));
+        element.AddChild(new WatchedNode("child 2", deaths));
+    }
+    EXPECT_EQ(deaths, (Labels{"child 1", "child 2", "attribute 1", "attribute 2"}));
+}
+
+TEST(CXMLElementLifeTest, RemoveAllDeletesAndEmpties) {
+    Labels deaths;
+    CXMLElement element;
+    element.AddAttribute(new WatchedAttribute("a", "attribute", deaths));
+    element.AddChild(new WatchedNode("child", deaths));
+    element.RemoveAllChildren();
+    EXPECT_EQ(deaths, Labels{"child"});
+    EXPECT_EQ(element.GetChildCount(), 0u);
+    element.RemoveAllAttributes();
+    EXPECT_EQ(deaths, (Labels{"child", "attribute"}));
+    EXPECT_TRUE(element.GetAttributes().empty());
+    element.RemoveAllChildren();
+    element.RemoveAllAttributes();
+    EXPECT_EQ(deaths.size(), 2u);
+}
+
+TEST_F(CXMLElementTest, CloneIsDeepAndApart) {
+    CXMLElement* child = CXMLNode::CreateElementWithNameWithStringValue("child", "t");
+    child->AddAttribute(Attribute("x", "1"));
+    element.AddChild(child);
+    element.AddChild(Text("u"));
+    element.AddAttribute(Attribute("a", "2"));
+    element.AddAttribute(Attribute("b", "3"));
+    const std::unique_ptr<CXMLNode> copy(element.Clone());
+    const auto& copiedElement = static_cast<const CXMLElement&>(*copy);
+    element.RemoveAllChildren();
+    EXPECT_EQ(copy->GetKind(), XMLKIND_ELEMENT);
+    EXPECT_EQ(TreeText(copiedElement), "e(a='2' b='3')[child(x='1')['t'] 'u']");
+    EXPECT_EQ(copy->GetRootDocument(), nullptr);
+}
+
+struct Misuse {
+    const char* name;
+    const char* function;
+    const char* expression;
+    std::function<void(CXMLElement&)> action;
+};
+
+void PrintTo(const Misuse& misuse, std::ostream* out) {
+    *out << misuse.name;
+}
+
+std::vector<Misuse> Misuses() {
+    static std::vector<CXMLNode*> found;
+    return {
+        {"SetText", "void varno_zpk::CXMLElement::SetText(const char*)", "text",
+         [](CXMLElement& e) { e.SetText(nullptr); }},
+        {"SetStringValue", "void varno_zpk::CXMLElement::SetText(const char*)", "text",
+         [](CXMLElement& e) { e.SetStringValue(nullptr); }},
+        {"SetInnerText", "void varno_zpk::CXMLElement::SetInnerText(const char*)", "text",
+         [](CXMLElement& e) { e.SetInnerText(nullptr); }},
+        {"AddChild", "void varno_zpk::CXMLElement::AddChild(varno_zpk::CXMLNode*)", "inChild",
+         [](CXMLElement& e) { e.AddChild(nullptr); }},
+        {"AddAttributeNull", "void varno_zpk::CXMLElement::AddAttribute(varno_zpk::CXMLNode*)",
+         "dynamic_cast<CXMLAttribute*>(inAtt)", [](CXMLElement& e) { e.AddAttribute(nullptr); }},
+        {"AddAttributeOfAnotherClass", "void varno_zpk::CXMLElement::AddAttribute(varno_zpk::CXMLNode*)",
+         "dynamic_cast<CXMLAttribute*>(inAtt)", [](CXMLElement& e) { e.AddAttribute(Text("t")); }},
+        {"AddAttributeWithoutKind", "void varno_zpk::CXMLElement::AddAttribute(varno_zpk::CXMLNode*)",
+         "inAtt->GetKind()==XMLKIND_ATTRIBUTE", [](CXMLElement& e) { e.AddAttribute(new CXMLAttribute); }},
+        {"RemoveAttributeForName", "void varno_zpk::CXMLElement::RemoveAttributeForName(const char*)", "name",
+         [](CXMLElement& e) { e.RemoveAttributeForName(nullptr); }},
+        {"GetAttributeForName",
+         "varno_zpk::CXMLNode* varno_zpk::CXMLElement::GetAttributeForName(const char*)", "inName",
+         [](CXMLElement& e) { e.GetAttributeForName(nullptr); }},
+        {"GetElementsForName",
+         "void varno_zpk::CXMLElement::GetElementsForName(const char*, "
+         "std::vector<varno_zpk::CXMLNode*>&)",
+         "inName", [](CXMLElement& e) { e.GetElementsForName(nullptr, found); }},
+        {"GetFirstElementForName",
+         "varno_zpk::CXMLElement* varno_zpk::CXMLElement::GetFirstElementForName(const char*)", "inName",
+         [](CXMLElement& e) { e.GetFirstElementForName(nullptr); }},
+    };
+}
+
+std::string Quoted(std::string_view text) {
+    std::string pattern;
+    for (const char character : text) {
+        if (std::string_view("*()[]+?.\\^$|{}").find(character) != std::string_view::npos) {
+            pattern += '\\';
+        }
+        pattern += character;
+    }
+    return pattern;
+}
+
+class CXMLElementDeathTest : public ::testing::TestWithParam<Misuse> {};
+
+TEST_P(CXMLElementDeathTest, MisuseStopsTheProgramWithTheReport) {
+    const Misuse& misuse = GetParam();
+    const std::string report = ": Common/CXMLElement\\.cpp:[0-9]+: " + Quoted(misuse.function) +
+                               ": Assertion `" + Quoted(misuse.expression) + "' failed\\.\n";
+    CXMLElement element;
+    EXPECT_EXIT(misuse.action(element), ::testing::KilledBySignal(SIGABRT), report);
+}
+
+INSTANTIATE_TEST_SUITE_P(Misuse, CXMLElementDeathTest, ::testing::ValuesIn(Misuses()),
+                         [](const auto& row) { return row.param.name; });
+
+}  // namespace

@@ -1,0 +1,195 @@
+// The description classes by themselves: null elements, attributes in odd orders, ownership.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Common/CExpatXMLParser.h"
+#include "Common/CXMLAttribute.h"
+#include "Common/CXMLText.h"
+#include "Common/CZPKError.h"
+#include "Description/CZPKXMLLoader.h"
+#include "Tests/Common/FailingAllocation.h"
+#include "Tests/Support/TemporaryFolder.h"
+
+namespace {
+
+using namespace varno_zpk;
+
+const char* const LONG_TEXT = "a text that is too long to be kept inside the string object";
+
+std::string StatusOf(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const CZPKError& error) {
+        return error.GetStatus();
+    }
+    return "nothing raised";
+}
+
+TEST(DescriptionTypesTest, NullElementRaisesTheUndefinedStatus) {
+    const std::string undefined = "Undefined Error occurs.";
+    EXPECT_EQ(StatusOf([] { CUpdateInfoType description(nullptr); }), undefined);
+    EXPECT_EQ(StatusOf([] { CConditionsType description(nullptr); }), undefined);
+    EXPECT_EQ(StatusOf([] { CTargetItemsType description(nullptr); }), undefined);
+    EXPECT_EQ(StatusOf([] { CRegistryType description(nullptr); }), undefined);
+    EXPECT_EQ(StatusOf([] { CUIMLogType description(nullptr); }), undefined);
+    EXPECT_EQ(StatusOf([] { CUninstallXMLType description(nullptr); }), undefined);
+    EXPECT_EQ(StatusOf([] { CDiscType description(nullptr); }), undefined);
+    EXPECT_EQ(StatusOf([] { CItemInfoType description(nullptr); }), undefined);
+    EXPECT_EQ(StatusOf([] { CStartupType description(nullptr); }), undefined);
+}
+
+TEST(DescriptionTypesTest, IncompleteLanguagesRaiseTheirStatus) {
+    const std::string failed = "Failed load Languages.xml";
+    CXMLElement root;
+    root.InitWithName("Languages");
+    EXPECT_EQ(StatusOf([&] { CLanguageType description(root); }), failed);
+    EXPECT_EQ(StatusOf([&] { CLanguagesType description(root); }), failed);
+    root.AddAttribute(CXMLNode::CreateAttributeWithNameWithStringValue("FallBackCode", "en"));
+    EXPECT_EQ(StatusOf([&] { CLanguagesType description(root); }), failed);
+    root.AddChild(CXMLNode::CreateElementWithName("Language"));
+    EXPECT_EQ(StatusOf([&] { CLanguagesType description(root); }), failed);
+    root.RemoveAllChildren();
+    root.AddChild(CXMLNode::CreateTextWithStringValue(""));
+    EXPECT_EQ(StatusOf([&] { CLanguagesType description(root); }), "nothing raised");
+}
+
+/// An element with two attributes of one name, as the tree itself never makes one.
+std::unique_ptr<CXMLElement> ElementWithAttributeTwice(const char* name) {
+    std::unique_ptr<CXMLElement> element(CXMLNode::CreateElementWithName("e"));
+    for (const char* value : {"first", "last"}) {
+        element->AddNewAttribute(
+            std::unique_ptr<CXMLAttribute>(CXMLNode::CreateAttributeWithNameWithStringValue(name, value)));
+    }
+    return element;
+}
+
+TEST(DescriptionTypesTest, LastOfEqualAttributesWins) {
+    EXPECT_EQ(CStartupType(ElementWithAttributeTwice("Exec").get()).exec, "last");
+    EXPECT_EQ(CStartupType(ElementWithAttributeTwice("Param").get()).param, "last");
+    EXPECT_EQ(CRegistryType(ElementWithAttributeTwice("KeyName").get()).keyName, "last");
+    EXPECT_EQ(CUIMLogType(ElementWithAttributeTwice("Signature").get()).signature, "last");
+    EXPECT_EQ(CUninstallXMLType(ElementWithAttributeTwice("AppName").get()).appName, "last");
+    EXPECT_EQ(CDiscType(ElementWithAttributeTwice("FilePath").get()).filePath, "last");
+    EXPECT_EQ(CItemInfoType(ElementWithAttributeTwice("DisplayName").get()).displayName, "last");
+    EXPECT_EQ(CUpdateInfoType(ElementWithAttributeTwice("XmlVersion").get()).xmlVersion, "last");
+    EXPECT_EQ(CLanguageType(*ElementWithAttributeTwice("Code")).code, "last");
+}
+
+const std::string CONDITION_XML =
+    "<u XmlVersion='" + std::string(LONG_TEXT) +
+    "'><TargetItems><ItemInfo DisplayName='i'/></TargetItems><Conditions><Disc FilePath='d1'/>"
+    "<UninstallXml AppName='x1'/><UIMLog Signature='u1'/><Registry KeyName='r1'/><Registry KeyName='r2'/>"
+    "<UIMLog Signature='u2'/><UninstallXml AppName='x2'/><Disc FilePath='d2'/></Conditions></u>";
+
+/// Those of `deletions` that are among `objects`, in order.
+std::vector<const void*> Among(const std::vector<const void*>& deletions,
+                               const std::vector<const void*>& objects) {
+    std::vector<const void*> found;
+    std::copy_if(deletions.begin(), deletions.end(), std::back_inserter(found), [&](const void* deleted) {
+        return std::find(objects.begin(), objects.end(), deleted) != objects.end();
+    });
+    return found;
+}
+
+TEST(DescriptionOwnershipTest, UpdateInfoDeletesTargetItemsThenConditionsListByList) {
+    const auto document = CExpatXMLParser::CreateCXMLNodeWithText(CONDITION_XML);
+    auto info = std::make_unique<CUpdateInfoType>(document->GetRootElement());
+    const CConditionsType& conditions = *info->conditions;
+    const std::vector<const void*> expected = {
+        info->targetItems.get(),           conditions.registries[0].get(),
+        conditions.registries[1].get(),    conditions.uimLogs[0].get(),
+        conditions.uimLogs[1].get(),       conditions.uninstallXmls[0].get(),
+        conditions.uninstallXmls[1].get(), conditions.discs[0].get(),
+        conditions.discs[1].get(),         info->conditions.get()};
+    const std::unique_ptr<CItemInfoType> item(info->targetItems->items[0]);
+    const auto deletions = zpk_test::RecordDeletions([&] { info.reset(); });
+    EXPECT_EQ(Among(deletions, expected), expected);
+}
+
+TEST(DescriptionOwnershipTest, TargetItemsDoNotDeleteTheirItems) {
+    const auto document = CExpatXMLParser::CreateCXMLNodeWithText("<t><ItemInfo DisplayName='a'/></t>");
+    auto targetItems = std::make_unique<CTargetItemsType>(document->GetRootElement());
+    const std::unique_ptr<CItemInfoType> item(targetItems->items[0]);
+    const auto deletions = zpk_test::RecordDeletions([&] { targetItems.reset(); });
+    EXPECT_TRUE(Among(deletions, {item.get()}).empty());
+    EXPECT_EQ(item->displayName, "a");
+}
+
+TEST(DescriptionOwnershipTest, EarlierConditionsAreDeleted) {
+    const auto document = CExpatXMLParser::CreateCXMLNodeWithText(
+        "<u><Conditions><Disc/></Conditions><Conditions><Disc/></Conditions><TargetItems/><TargetItems/></"
+        "u>");
+    const CUpdateInfoType info(document->GetRootElement());
+    EXPECT_EQ(info.conditions->discs.size(), 1u);
+}
+
+TEST(DescriptionOwnershipTest, LanguagesAreDeletedInOrder) {
+    const auto document = CExpatXMLParser::CreateCXMLNodeWithText(
+        "<l FallBackCode='en'><Language Code='a'/><Language Code='b'/><Language Code='c'/></l>");
+    auto languages = std::make_unique<CLanguagesType>(*document->GetRootElement());
+    std::vector<const void*> expected;
+    for (const auto& language : languages->languages) {
+        expected.push_back(language.get());
+    }
+    const auto deletions = zpk_test::RecordDeletions([&] { languages.reset(); });
+    EXPECT_EQ(Among(deletions, expected), expected);
+}
+
+TEST(DescriptionAllocationTest, HalfBuiltDescriptionsLeakNothing) {
+    const std::string text(LONG_TEXT);
+    const auto condition = CExpatXMLParser::CreateCXMLNodeWithText(
+        "<u XmlVersion='" + text + "'><Conditions><Disc FilePath='" + text + "'/><UIMLog Signature='" + text +
+        "'/><UIMLog Signature='" + text + "'/></Conditions><Conditions><Registry KeyName='" + text +
+        "'/></Conditions><TargetItems/></u>");
+    const std::size_t conditionFailures = zpk_test::RunWithEachAllocationFailing(
+        [&] { CUpdateInfoType description(condition->GetRootElement()); });
+    EXPECT_GE(conditionFailures, 13u);
+    const auto languages = CExpatXMLParser::CreateCXMLNodeWithText(
+        "<l FallBackCode='" + text + "'><Language Code='" + text + "'/><Language Code='" + text + "'/></l>");
+    const std::size_t languagesFailures = zpk_test::RunWithEachAllocationFailing(
+        [&] { CLanguagesType description(*languages->GetRootElement()); });
+    EXPECT_GE(languagesFailures, 7u);
+}
+
+TEST(DescriptionAllocationTest, ItemThatCannotBeAppendedIsDeleted) {
+    const auto document = CExpatXMLParser::CreateCXMLNodeWithText("<t><ItemInfo DisplayName='" +
+                                                                  std::string(LONG_TEXT) + "'/></t>");
+    const std::size_t failures = zpk_test::RunWithEachAllocationFailing([&] {
+        const CTargetItemsType targetItems(document->GetRootElement());
+        const std::unique_ptr<CItemInfoType> item(targetItems.items[0]);
+    });
+    // The item, its text, the list.
+    EXPECT_EQ(failures, 3u);
+}
+
+TEST(DescriptionAllocationTest, LoaderGivesNothingWhenMemoryIsExhausted) {
+    const zpk_test::TemporaryFolder folder;
+    const std::string condition = folder / "condition.xml";
+    const std::string languages = folder / "languages.xml";
+    zpk_test::WriteFile(condition, CONDITION_XML);
+    zpk_test::WriteFile(languages, "<l FallBackCode='en'><Language Code='a'/></l>");
+    bool isLoaded = false;
+    const std::size_t conditionFailures = zpk_test::RunWithEachAllocationFailing([&] {
+        ASSERT_FALSE(isLoaded);
+        const std::unique_ptr<CUpdateInfoType> info(CZPKXMLLoader::LoadConditionXML(condition));
+        isLoaded = info != nullptr;
+    });
+    EXPECT_TRUE(isLoaded);
+    EXPECT_GE(conditionFailures, 40u);
+    isLoaded = false;
+    const std::size_t languagesFailures = zpk_test::RunWithEachAllocationFailing([&] {
+        ASSERT_FALSE(isLoaded);
+        isLoaded = CZPKXMLLoader::LoadLanguagesXML(languages) != nullptr;
+    });
+    EXPECT_TRUE(isLoaded);
+    EXPECT_GE(languagesFailures, 12u);
+    CXMLParser::Finalize();
+}
+
+}  // namespace
