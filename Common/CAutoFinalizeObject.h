@@ -23,6 +23,8 @@ public:
     static void FinalizeAllObjects();
 
 private:
+    friend class AutoFinalizeObjectTest;  // looks at the list
+
     static std::vector<CBaseObject*> s_AutoFinalizeObjects;
     static bool s_AllObjectsFinalized;
 };

@@ -6,7 +6,8 @@ namespace varno_zpk {
 class CBaseObject {
 public:
     CBaseObject() = default;
-    /// May throw, so that an owner can tell a failed destruction from a finished one.
+    /// May throw, so that an owner can tell a failed destruction from a finished one. A class with
+    /// another base whose destructor may not throw declares its own `noexcept`.
     virtual ~CBaseObject() noexcept(false) {}
 };
 

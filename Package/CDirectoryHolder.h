@@ -16,7 +16,8 @@ public:
 
     /// The same for lists, in order. When making a folder throws, those made before it are deleted
     /// and the exception passes on.
-    CDirectoryHolder(const std::vector<std::string>& createPaths, const std::vector<std::string>& removePaths);
+    CDirectoryHolder(const std::vector<std::string>& createPaths,
+                     const std::vector<std::string>& removePaths);
 
     /// Deletes the recorded folders in list order; an exception is swallowed and ends the deleting.
     ~CDirectoryHolder();

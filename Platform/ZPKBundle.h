@@ -9,10 +9,14 @@ public:
     /// The bundle at `path`, or nothing when the path is no bundle folder.
     static std::optional<ZPKBundle> bundleWithPath(const std::string& path);
 
+    /// The innermost bundle in whose `Contents` the program file `path` lies, or nothing. Helper tools
+    /// (`Contents/Helpers`) are no programs of their bundle.
+    static std::optional<ZPKBundle> bundleOfProgram(const std::string& path);
+
     /// The bundle in which the running program lies (`<bundle>/Contents/Linux/<program>` of
     /// /proc/self/exe), found once from the program's own path, never from the environment or the
-    /// working folder; a program that lies in no bundle gets the one set with `setMainBundle`, else
-    /// the folder of its executable as a bundle without a description.
+    /// working folder; the executable's own folder, as a bundle without a description, for a program
+    /// that lies in no bundle. A bundle set with `setMainBundle` goes before both.
     static const ZPKBundle& mainBundle();
 
     /// Makes `bundle` the main bundle; for programs that work on a bundle they do not lie in.

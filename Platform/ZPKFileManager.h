@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -35,13 +36,15 @@ public:
     static bool createFolderWithIntermediateFolders(const std::string& path, unsigned int mode);
 
     /// Removes the item at `path` and, for a folder, everything in it. Links are removed, never
-    /// followed; folders that their owner may not write are removed too. False when nothing was
-    /// there or something remains.
+    /// followed; folders that their owner may not read or write are removed too; what is mounted in
+    /// a folder stays. A path that ends in "." or ".." names nothing to remove. False when nothing
+    /// was there or something remains.
     static bool removeItem(const std::string& path);
 
-    /// Copies a file, a link or a whole folder with permissions and times. Never overwrites: false
-    /// when anything exists at `destination`, or when part of the copy failed (what was written
-    /// remains).
+    /// Copies a file, a link or a whole folder with permissions (less set-ID bits) and times. Never
+    /// overwrites: false when anything exists at `destination`, when a folder would be copied into
+    /// itself, or when part of the copy failed (what was written remains). FIFOs, sockets and
+    /// devices are not copied.
     static bool copyItem(const std::string& source, const std::string& destination);
 
     /// Names of the entries directly in `folder`, hidden ones included, in the order in which the
@@ -49,11 +52,20 @@ public:
     static bool contentsOfFolder(const std::string& folder, std::vector<std::string>& outNames);
 
     /// Paths, relative to `folder`, of everything below it at any depth, each folder before what it
-    /// holds. Links are listed and not followed. What cannot be read is left out.
+    /// holds, otherwise in the order in which the file system gives them. `folder` itself may be a
+    /// link; links below it are listed and not followed. What cannot be read, or has a path that is
+    /// too long to be used, is left out.
     static void subpathsOfFolder(const std::string& folder, std::vector<std::string>& outPaths);
 
-    /// `folder` and `component` joined with one "/".
-    static std::string stringByAppendingPathComponent(const std::string& folder, const std::string& component);
+    enum class ItemKind { Folder, Link, Other };
+    using ItemVisitor = std::function<void(const std::string& path, ItemKind kind)>;
+
+    /// Gives the visitor each item of `subpathsOfFolder` in turn, with what the item itself is.
+    static void enumerateFolder(const std::string& folder, const ItemVisitor& visitor);
+
+    /// `folder` and `component` joined with one "/"; the other one alone when one is empty.
+    static std::string stringByAppendingPathComponent(const std::string& folder,
+                                                      const std::string& component);
 
     /// The text after the last "." of the last path component; empty when there is none.
     static std::string pathExtension(const std::string& path);

@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// A property list whose root is a dictionary, read from a file: the XML form, the binary form, or
@@ -10,8 +11,12 @@
 /// may be read from any thread.
 class ZPKPropertyList {
 public:
-    /// Nothing when the file cannot be read, is malformed, or its root is no dictionary.
+    /// Nothing when the file cannot be read, is larger than 64 MiB, is malformed or nested more than
+    /// 128 deep, or its root is no dictionary. Never waits on a FIFO or a device.
     static std::optional<ZPKPropertyList> dictionaryWithContentsOfFile(const std::string& path);
+
+    /// The same for the bytes of such a file.
+    static std::optional<ZPKPropertyList> dictionaryWithBytes(std::string_view bytes);
 
     ZPKPropertyList(ZPKPropertyList&&) noexcept;
     ZPKPropertyList& operator=(ZPKPropertyList&&) noexcept;
@@ -24,8 +29,10 @@ public:
     /// key is absent or holds no array.
     std::optional<std::vector<std::string>> stringArrayForKey(const std::string& key) const;
 
-private:
+    /// The representation.
     struct Node;
+
+private:
     explicit ZPKPropertyList(std::unique_ptr<Node> root);
     std::unique_ptr<Node> m_root;
 };

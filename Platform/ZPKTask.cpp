@@ -1,3 +1,117 @@
 #include "Platform/ZPKTask.h"
 
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cassert>
+#include <cerrno>
+#include <csignal>
+
+namespace {
+
+constexpr int firstDescriptorAfterStandardStreams = 3;
+
+/// What `posix_spawn` is told, released at the end of the scope.
+class SpawnPlan {
+public:
+    SpawnPlan() {
+        posix_spawn_file_actions_init(&m_actions);
+        posix_spawnattr_init(&m_attributes);
+    }
+    ~SpawnPlan() {
+        posix_spawnattr_destroy(&m_attributes);
+        posix_spawn_file_actions_destroy(&m_actions);
+    }
+    SpawnPlan(const SpawnPlan&) = delete;
+    SpawnPlan& operator=(const SpawnPlan&) = delete;
+
+    /// 0 or an errno value. `standardError` is -1 for the inherited stream.
+    int prepare(int standardError);
+
+    int spawn(pid_t& outChild, const std::string& path, const std::vector<std::string>& arguments) const;
+
+private:
+    posix_spawn_file_actions_t m_actions;
+    posix_spawnattr_t m_attributes;
+};
+
+int SpawnPlan::prepare(int standardError) {
+    if (standardError >= 0) {
+        if (const int error = posix_spawn_file_actions_adddup2(&m_actions, standardError, STDERR_FILENO)) {
+            return error;
+        }
+    }
+    if (const int error =
+            posix_spawn_file_actions_addclosefrom_np(&m_actions, firstDescriptorAfterStandardStreams)) {
+        return error;
+    }
+    sigset_t none;
+    sigset_t all;
+    sigemptyset(&none);
+    sigfillset(&all);
+    posix_spawnattr_setsigmask(&m_attributes, &none);
+    posix_spawnattr_setsigdefault(&m_attributes, &all);
+    return posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+}
+
+int SpawnPlan::spawn(pid_t& outChild, const std::string& path,
+                     const std::vector<std::string>& arguments) const {
+    // The interface wants writable texts; the copies live until the child has its own.
+    std::vector<std::string> texts;
+    texts.reserve(arguments.size() + 1);
+    texts.push_back(path);
+    texts.insert(texts.end(), arguments.begin(), arguments.end());
+    std::vector<char*> vector;
+    vector.reserve(texts.size() + 1);
+    for (std::string& text : texts) {
+        vector.push_back(text.data());
+    }
+    vector.push_back(nullptr);
+    return posix_spawn(&outChild, path.c_str(), &m_actions, &m_attributes, vector.data(), environ);
+}
+
+}  // namespace
+
 ZPKTask::~ZPKTask() = default;
+
+bool ZPKTask::launch() {
+    assert(m_child == -1);
+    ZPKFileDescriptor writeEnd;
+    if (m_unreadStandardError) {
+        int ends[2];
+        if (::pipe2(ends, O_CLOEXEC) != 0) {
+            m_lastError = errno;
+            return false;
+        }
+        m_pipeReadEnd = ZPKFileDescriptor(ends[0]);
+        writeEnd = ZPKFileDescriptor(ends[1]);
+    }
+    SpawnPlan plan;
+    m_lastError = plan.prepare(writeEnd.get());
+    pid_t child = -1;
+    if (m_lastError == 0) {
+        m_lastError = plan.spawn(child, m_launchPath, m_arguments);
+    }
+    if (m_lastError == 0) {
+        m_child = child;
+    }
+    return m_lastError == 0;
+}
+
+void ZPKTask::waitUntilExit() {
+    if (m_child < 0) {
+        return;
+    }
+    int status = 0;
+    pid_t waited;
+    do {
+        waited = ::waitpid(m_child, &status, 0);
+    } while (waited < 0 && errno == EINTR);
+    m_child = -1;
+    if (waited < 0) {
+        return;
+    }
+    m_terminationStatus = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+}

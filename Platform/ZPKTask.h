@@ -1,12 +1,16 @@
 #pragma once
 
-#include <string>
 #include <sys/types.h>
+
+#include <string>
 #include <vector>
+
+#include "Platform/ZPKFileDescriptor.h"
 
 /// A child process, started directly (no shell). It inherits the environment, the working folder
 /// and the standard streams; every other descriptor of this process is closed in it, and its
-/// signal mask and dispositions are the defaults. One thread uses one task.
+/// signal mask and dispositions are the defaults. A child that nobody waited for outlives the task.
+/// One thread uses one task.
 class ZPKTask {
 public:
     ZPKTask() = default;
@@ -23,7 +27,8 @@ public:
     /// the task is destroyed, so that a child that writes little is neither blocked nor killed.
     void setStandardErrorToUnreadPipe() { m_unreadStandardError = true; }
 
-    /// Starts the child. False, with the reason in `lastError()`, when it cannot be started.
+    /// Starts the child; the one before must have been waited for. False, with the reason in `lastError()`,
+    /// when it cannot be started.
     bool launch();
 
     /// Blocks until the child has exited; returns at once when none runs.
@@ -40,7 +45,7 @@ private:
     std::vector<std::string> m_arguments;
     bool m_unreadStandardError = false;
     pid_t m_child = -1;
-    int m_pipeReadEnd = -1;
+    ZPKFileDescriptor m_pipeReadEnd;
     int m_lastError = 0;
     int m_terminationStatus = 0;
 };

@@ -1,0 +1,171 @@
+#include "Package/CZPKUtil.h"
+
+#include <limits.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+
+#include "Platform/ZPKBundle.h"
+#include "Platform/ZPKFileHandle.h"
+#include "Platform/ZPKFileManager.h"
+#include "Platform/ZPKTask.h"
+
+namespace varno_zpk {
+
+namespace {
+
+/// How far the bytes of a package archive are rotated.
+constexpr std::uint64_t rotation = 102400;
+
+constexpr unsigned int folderPermissions = 0777;
+
+void RunArchiveTool(ZPKTask& task, const std::vector<std::string>& arguments) {
+    task.setLaunchPath(ZPKBundle::mainBundle().helperPath("ditto"));
+    task.setArguments(arguments);
+    if (task.launch()) {
+        task.waitUntilExit();
+    }
+}
+
+bool IsSameFile(const ZPKFileHandle& file, const std::string& path) {
+    struct stat attributes;
+    return ::lstat(path.c_str(), &attributes) == 0 && attributes.st_dev == file.attributes().st_dev &&
+           attributes.st_ino == file.attributes().st_ino;
+}
+
+/// Writes the two parts of `source` on both sides of `middle` to `dst` in exchanged order.
+bool WriteExchanged(const ZPKFileHandle& source, std::uint64_t middle, const std::string& dst) {
+    std::optional<ZPKFileHandle> destination = ZPKFileHandle::replacingFileAtPath(dst);
+    return destination && destination->append(source, middle, source.size() - middle) &&
+           destination->append(source, 0, middle);
+}
+
+/// The same, with care for a file that is to be exchanged in its own place: it stays as it is until
+/// its replacement is complete.
+void ReplaceExchanged(const ZPKFileHandle& source, std::uint64_t middle, const std::string& dst) {
+    if (!IsSameFile(source, dst)) {
+        WriteExchanged(source, middle, dst);
+        return;
+    }
+    const std::string replacement = dst + ".replacement";
+    if (!WriteExchanged(source, middle, replacement) || ::rename(replacement.c_str(), dst.c_str()) != 0) {
+        ZPKFileManager::removeItem(replacement);
+    }
+}
+
+struct MemoryFree {
+    void operator()(char* memory) const { std::free(memory); }
+};
+
+/// The path without links; empty when nothing is there.
+std::string ResolvedPath(const std::string& path) {
+    const std::unique_ptr<char, MemoryFree> resolved(::realpath(path.c_str(), nullptr));
+    return resolved ? resolved.get() : "";
+}
+
+/// The path of an item without links on the way to it; the item itself may be a link.
+std::string ResolvedItemPath(const std::string& path) {
+    const std::string name = ZPKFileManager::lastPathComponent(path);
+    const std::size_t nameStart = path.rfind(name);
+    const std::string parent =
+        nameStart == 0 || nameStart == std::string::npos ? "." : path.substr(0, nameStart);
+    return ResolvedPath(parent) + "/" + name;
+}
+
+/// True when removing the item at `outer` would take `inner` with it.
+bool IsItemOrInside(const std::string& inner, const std::string& outer) {
+    const std::string innerItem = ResolvedItemPath(inner);
+    const std::string outerItem = ResolvedItemPath(outer);
+    return innerItem == outerItem || innerItem.starts_with(outerItem + "/");
+}
+
+std::string ParentFolder(const std::string& path) {
+    const std::size_t last = path.find_last_not_of('/');
+    const std::size_t separator = last == std::string::npos ? last : path.find_last_of('/', last);
+    if (separator == std::string::npos) {
+        return ".";
+    }
+    return separator == 0 ? "/" : path.substr(0, separator);
+}
+
+}  // namespace
+
+void CZPKUtil::Compress(const std::string& src, const std::string& dst) {
+    ZPKTask task;
+    RunArchiveTool(task, {"-c", "-z", "-rsrc", "--keepParent", src, dst});
+}
+
+void CZPKUtil::Extract(const std::string& src, const std::string& dst) {
+    ZPKTask task;
+    task.setStandardErrorToUnreadPipe();
+    RunArchiveTool(task, {"-x", "-z", "--rsrc", src, dst});
+}
+
+void CZPKUtil::Fake(const std::string& src, const std::string& dst) {
+    const std::optional<ZPKFileHandle> source = ZPKFileHandle::forReadingAtPath(src);
+    if (!source) {
+        ZPKFileHandle::replacingFileAtPath(dst);
+        return;
+    }
+    ReplaceExchanged(*source, std::min(rotation, source->size()), dst);
+}
+
+void CZPKUtil::Unfake(const std::string& src, const std::string& dst) {
+    const std::optional<ZPKFileHandle> source = ZPKFileHandle::forReadingAtPath(src);
+    if (source && source->size() > rotation) {
+        ReplaceExchanged(*source, source->size() - rotation, dst);
+        return;
+    }
+    ZPKFileManager::copyItem(ResolvedPath(src), dst);
+}
+
+bool CZPKUtil::MakeDirectoryWithIntermediateDirectories(const std::string& path) {
+    return ZPKFileManager::createFolderWithIntermediateFolders(path, folderPermissions);
+}
+
+bool CZPKUtil::Copy(const std::string& src, const std::string& dst) {
+    // Making room at the destination must not delete what is to be copied.
+    if (IsItemOrInside(src, dst)) {
+        return false;
+    }
+    ZPKFileManager::removeItem(dst);
+    MakeDirectoryWithIntermediateDirectories(ParentFolder(dst));
+    return ZPKFileManager::copyItem(src, dst);
+}
+
+bool CZPKUtil::DeleteFolder(const std::string& path) {
+    return ZPKFileManager::removeItem(path);
+}
+
+bool CZPKUtil::DeleteFile(const std::string& path) {
+    return ZPKFileManager::removeItem(path);
+}
+
+void CZPKUtil::GetFilePathList(const std::string& folder, std::vector<std::string>* list) {
+    const std::string base = ZPKFileManager::stringByAppendingPathComponent(folder, "");
+    const std::string prefix = base == "/" ? base : base + "/";
+    ZPKFileManager::enumerateFolder(folder, [&](const std::string& path, ZPKFileManager::ItemKind kind) {
+        if (kind == ZPKFileManager::ItemKind::Folder) {
+            return;
+        }
+        std::string full = prefix + path;
+        // A link counts as what it leads to.
+        if (kind == ZPKFileManager::ItemKind::Link && (!IsFileExist(full) || IsFolderExist(full))) {
+            return;
+        }
+        list->push_back(std::move(full));
+    });
+}
+
+bool CZPKUtil::IsFileExist(const std::string& path) {
+    return ZPKFileManager::fileExists(path);
+}
+
+bool CZPKUtil::IsFolderExist(const std::string& path) {
+    return ZPKFileManager::isFolder(path);
+}
+
+}  // namespace varno_zpk

@@ -1,0 +1,126 @@
+#include "Platform/ZPKBundle.h"
+
+#include <limits.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <memory>
+
+#include "Platform/ZPKFileManager.h"
+#include "Platform/ZPKProcess.h"
+#include "Platform/ZPKPropertyList.h"
+
+namespace {
+
+const std::string contentsFolder = "/Contents/";
+const std::string informationFile = "/Contents/Info.plist";
+const std::string bundleExtension = ".app";
+
+std::string withoutTrailingSeparators(const std::string& path) {
+    const std::size_t last = path.find_last_not_of('/');
+    return last == std::string::npos ? path.substr(0, 1) : path.substr(0, last + 1);
+}
+
+std::string parentFolder(const std::string& path) {
+    const std::size_t separator = path.find_last_of('/');
+    return separator == std::string::npos ? std::string() : path.substr(0, separator);
+}
+
+bool isPlainFileName(const std::string& name) {
+    return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos &&
+           name.find('\0') == std::string::npos;
+}
+
+std::optional<ZPKBundle>& bundleSetByProgram() {
+    static std::optional<ZPKBundle> bundle;
+    return bundle;
+}
+
+}  // namespace
+
+std::optional<ZPKBundle> ZPKBundle::bundleWithPath(const std::string& path) {
+    const std::string folder = withoutTrailingSeparators(path);
+    const std::string information = folder + informationFile;
+    if (folder.empty() || !ZPKFileManager::fileExists(information) || ZPKFileManager::isFolder(information)) {
+        return std::nullopt;
+    }
+    return ZPKBundle(folder);
+}
+
+std::optional<ZPKBundle> ZPKBundle::bundleOfProgram(const std::string& path) {
+    std::size_t at = path.rfind(contentsFolder);
+    while (at != std::string::npos && at != 0) {
+        const bool isHelper = path.compare(at + contentsFolder.size(), 8, "Helpers/") == 0;
+        if (std::optional<ZPKBundle> bundle = bundleWithPath(path.substr(0, at))) {
+            return isHelper ? std::nullopt : bundle;
+        }
+        at = path.rfind(contentsFolder, at - 1);
+    }
+    return std::nullopt;
+}
+
+const ZPKBundle& ZPKBundle::mainBundle() {
+    if (bundleSetByProgram()) {
+        return *bundleSetByProgram();
+    }
+    static const ZPKBundle bundle = [] {
+        const std::string program = ZPKProcess::executablePath("self").value_or("/");
+        const std::optional<ZPKBundle> found = bundleOfProgram(program);
+        return found ? *found : ZPKBundle(parentFolder(program));
+    }();
+    return bundle;
+}
+
+void ZPKBundle::setMainBundle(const ZPKBundle& bundle) {
+    bundleSetByProgram() = bundle;
+}
+
+std::string ZPKBundle::resourcePath() const {
+    return m_path + "/Contents/Resources";
+}
+
+std::string ZPKBundle::helperPath(const std::string& name) const {
+    return m_path + "/Contents/Helpers/" + name;
+}
+
+std::string ZPKBundle::plugInPath(const std::string& name) const {
+    return m_path + "/Contents/PlugIns/" + name;
+}
+
+std::optional<std::string> ZPKBundle::executablePath() const {
+    const std::string name = infoString("CFBundleExecutable");
+    if (!isPlainFileName(name)) {
+        return std::nullopt;
+    }
+    const std::string path = m_path + "/Contents/Linux/" + name;
+    return ZPKFileManager::isExecutableRegularFile(path) ? std::optional(path) : std::nullopt;
+}
+
+std::string ZPKBundle::bundleIdentifier() const {
+    return infoString("CFBundleIdentifier");
+}
+
+std::string ZPKBundle::localizedName() const {
+    const std::string key = "CFBundleName";
+    const auto localized =
+        ZPKPropertyList::dictionaryWithContentsOfFile(resourcePath() + "/InfoPlist.strings");
+    if (localized) {
+        if (std::optional<std::string> name = localized->stringForKey(key)) {
+            return *name;
+        }
+    }
+    const auto information = ZPKPropertyList::dictionaryWithContentsOfFile(m_path + informationFile);
+    if (information) {
+        if (std::optional<std::string> name = information->stringForKey(key)) {
+            return *name;
+        }
+    }
+    const std::string folder = ZPKFileManager::lastPathComponent(m_path);
+    return folder.ends_with(bundleExtension) ? folder.substr(0, folder.size() - bundleExtension.size())
+                                             : folder;
+}
+
+std::string ZPKBundle::infoString(const std::string& key) const {
+    const auto information = ZPKPropertyList::dictionaryWithContentsOfFile(m_path + informationFile);
+    return information ? information->stringForKey(key).value_or("") : "";
+}

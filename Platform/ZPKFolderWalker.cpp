@@ -1,0 +1,147 @@
+#include "Platform/ZPKFolderWalker.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <memory>
+
+namespace {
+
+// Deeper levels give up their descriptor on the way down and are regained through "..".
+constexpr std::size_t levelsKeptOpen = 32;
+
+constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+
+struct FolderCloser {
+    void operator()(DIR* folder) const { ::closedir(folder); }
+};
+
+bool readAttributes(int descriptor, struct statx& outAttributes) {
+    return ::statx(descriptor, "", AT_EMPTY_PATH, STATX_BASIC_STATS, &outAttributes) == 0;
+}
+
+bool isSameFolder(const struct statx& one, const struct statx& other) {
+    return one.stx_ino == other.stx_ino && one.stx_dev_major == other.stx_dev_major &&
+           one.stx_dev_minor == other.stx_dev_minor;
+}
+
+bool isMounted(const struct statx& attributes) {
+    return (attributes.stx_attributes & attributes.stx_attributes_mask & STATX_ATTR_MOUNT_ROOT) != 0;
+}
+
+/// Opens a folder of this user's that its mode closes to everybody. The mode is changed through a
+/// descriptor of the folder itself, so that a link put in its place meanwhile leads nowhere.
+ZPKFileDescriptor openClosedFolder(int parent, const std::string& name) {
+    const ZPKFileDescriptor place(
+        ::openat(parent, name.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    struct statx attributes;
+    if (!place.isOpen() || !readAttributes(place.get(), attributes) || isMounted(attributes)) {
+        return {};
+    }
+    const std::string handle = "/proc/self/fd/" + std::to_string(place.get());
+    if (::chmod(handle.c_str(), S_IRWXU) != 0) {
+        return {};
+    }
+    return ZPKFileDescriptor(::openat(place.get(), ".", folderFlags));
+}
+
+unsigned char typeOf(int folder, const struct dirent& entry) {
+    if (entry.d_type != DT_UNKNOWN) {
+        return entry.d_type;
+    }
+    struct stat attributes;
+    if (::fstatat(folder, entry.d_name, &attributes, AT_SYMLINK_NOFOLLOW) != 0) {
+        return DT_UNKNOWN;
+    }
+    return static_cast<unsigned char>(IFTODT(attributes.st_mode));
+}
+
+}  // namespace
+
+ZPKFileDescriptor ZPKFolderWalker::openFolder(int parent, const std::string& name) const {
+    ZPKFileDescriptor folder(::openat(parent, name.c_str(), folderFlags));
+    if (!folder.isOpen() && errno == EACCES && m_access == Access::ForRemoval) {
+        return openClosedFolder(parent, name);
+    }
+    return folder;
+}
+
+bool ZPKFolderWalker::isInsideFolder(const struct statx& attributes) const {
+    return std::any_of(m_levels.begin(), m_levels.end(),
+                       [&](const Level& level) { return isSameFolder(level.attributes, attributes); });
+}
+
+bool ZPKFolderWalker::enterAt(int parent, const std::string& name) {
+    Level level;
+    level.descriptor = openFolder(parent, name);
+    if (!level.descriptor.isOpen() || !readAttributes(level.descriptor.get(), level.attributes)) {
+        return false;
+    }
+    // A damaged file system can hold itself.
+    if (isInsideFolder(level.attributes)) {
+        return false;
+    }
+    if (m_access == Access::ForRemoval) {
+        if (isMounted(level.attributes)) {
+            return false;
+        }
+        if ((level.attributes.stx_mode & S_IRWXU) != S_IRWXU) {
+            // Without success the removal of what the folder holds fails, and says so.
+            static_cast<void>(::fchmod(level.descriptor.get(), S_IRWXU));
+        }
+    }
+    level.name = name;
+    if (m_levels.size() > levelsKeptOpen) {
+        m_levels.back().descriptor.reset();
+    }
+    m_levels.push_back(std::move(level));
+    return true;
+}
+
+bool ZPKFolderWalker::enter(const std::string& name) {
+    return enterAt(descriptor(), name);
+}
+
+bool ZPKFolderWalker::leave() {
+    const Level left = std::move(m_levels.back());
+    m_levels.pop_back();
+    if (m_levels.empty() || m_levels.back().descriptor.isOpen()) {
+        return true;
+    }
+    ZPKFileDescriptor parent(::openat(left.descriptor.get(), "..", folderFlags));
+    struct statx attributes;
+    if (!parent.isOpen() || !readAttributes(parent.get(), attributes) ||
+        !isSameFolder(attributes, m_levels.back().attributes)) {
+        m_levels.clear();
+        return false;
+    }
+    m_levels.back().descriptor = std::move(parent);
+    return true;
+}
+
+bool ZPKFolderWalker::readEntries() {
+    Level& level = m_levels.back();
+    ZPKFileDescriptor duplicate(::fcntl(level.descriptor.get(), F_DUPFD_CLOEXEC, 0));
+    const std::unique_ptr<DIR, FolderCloser> stream(::fdopendir(duplicate.get()));
+    if (stream == nullptr) {
+        return false;
+    }
+    duplicate.release();
+    errno = 0;
+    while (const struct dirent* entry = ::readdir(stream.get())) {
+        if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0) {
+            level.entries.push_back({entry->d_name, typeOf(level.descriptor.get(), *entry)});
+        }
+        errno = 0;
+    }
+    return errno == 0;
+}
+
+const ZPKFolderWalker::Entry* ZPKFolderWalker::nextEntry() {
+    Level& level = m_levels.back();
+    return level.given < level.entries.size() ? &level.entries[level.given++] : nullptr;
+}

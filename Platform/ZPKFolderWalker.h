@@ -1,0 +1,71 @@
+#pragma once
+
+#include <sys/stat.h>
+
+#include <string>
+#include <vector>
+
+#include "Platform/ZPKFileDescriptor.h"
+
+/// One place in a folder tree, moved down and up by names and open folders alone: no link is ever
+/// followed, nothing depends on the length of a path, and the number of open descriptors is bounded
+/// whatever the depth. Used by the file operations on whole trees. One thread uses one walker.
+class ZPKFolderWalker {
+public:
+    struct Entry {
+        std::string name;
+        /// A `DT_` value of <dirent.h>; `DT_UNKNOWN` is already resolved where it could be.
+        unsigned char type;
+    };
+
+    enum class Access {
+        /// Takes folders as they are.
+        Plain,
+        /// Gives the owner of a folder all permissions to it, and refuses to enter a mounted one.
+        ForRemoval,
+    };
+
+    explicit ZPKFolderWalker(Access access) : m_access(access) {}
+
+    /// Goes into the folder `name` of the open folder `parent`; the start of a walk. False when it
+    /// is no folder that may be entered.
+    bool enterAt(int parent, const std::string& name);
+
+    /// Goes into the folder `name` of the current one. False when it is no folder that may be
+    /// entered, or one that the walk is already in.
+    bool enter(const std::string& name);
+
+    /// Goes back up. False, and the walk is at its end, when the way back is no longer there
+    /// because somebody has moved the folder meanwhile.
+    bool leave();
+
+    bool isInside() const { return !m_levels.empty(); }
+    std::size_t depth() const { return m_levels.size(); }
+
+    /// The current folder.
+    int descriptor() const { return m_levels.back().descriptor.get(); }
+    const std::string& name() const { return m_levels.back().name; }
+    const struct statx& attributes() const { return m_levels.back().attributes; }
+
+    /// The entries of the current folder in the order in which the file system gives them, read at
+    /// the first call; false when reading failed half-way.
+    bool readEntries();
+
+    /// The next entry read but not yet given, or null at the end. Valid until the next call here.
+    const Entry* nextEntry();
+
+private:
+    struct Level {
+        ZPKFileDescriptor descriptor;
+        struct statx attributes;
+        std::string name;
+        std::vector<Entry> entries;
+        std::size_t given = 0;
+    };
+
+    ZPKFileDescriptor openFolder(int parent, const std::string& name) const;
+    bool isInsideFolder(const struct statx& attributes) const;
+
+    Access m_access;
+    std::vector<Level> m_levels;
+};

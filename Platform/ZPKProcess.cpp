@@ -1,0 +1,41 @@
+#include "Platform/ZPKProcess.h"
+
+#include <limits.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <charconv>
+
+#include "Platform/ZPKFileManager.h"
+
+std::vector<pid_t> ZPKProcess::identifiers() {
+    std::vector<std::string> names;
+    ZPKFileManager::contentsOfFolder("/proc", names);
+    std::vector<pid_t> identifiers;
+    for (const std::string& name : names) {
+        pid_t identifier = 0;
+        const char* const end = name.data() + name.size();
+        const auto [stop, error] = std::from_chars(name.data(), end, identifier);
+        if (error == std::errc() && stop == end) {
+            identifiers.push_back(identifier);
+        }
+    }
+    std::sort(identifiers.begin(), identifiers.end());
+    return identifiers;
+}
+
+std::optional<std::string> ZPKProcess::executablePath(const std::string& process) {
+    const std::string link = "/proc/" + process + "/exe";
+    std::string path(PATH_MAX, '\0');
+    const ssize_t length = ::readlink(link.c_str(), path.data(), path.size());
+    if (length <= 0 || path[0] != '/') {
+        return std::nullopt;
+    }
+    path.resize(static_cast<std::size_t>(length));
+    // The kernel's mark for a file that is no longer at this path; it may also be part of a name.
+    const std::string mark = " (deleted)";
+    if (path.ends_with(mark) && !ZPKFileManager::fileExists(path)) {
+        path.resize(path.size() - mark.size());
+    }
+    return path;
+}

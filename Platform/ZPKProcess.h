@@ -1,0 +1,20 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+/// What the kernel tells about processes. May be called from any thread.
+class ZPKProcess {
+public:
+    ZPKProcess() = delete;
+
+    /// The processes that there are, by ascending identifier.
+    static std::vector<pid_t> identifiers();
+
+    /// Full path of the program file of a process, `process` being its identifier or "self"; also when
+    /// the file has been removed or replaced since. Nothing when it may not be asked.
+    static std::optional<std::string> executablePath(const std::string& process);
+};

@@ -1,0 +1,81 @@
+#include "Platform/ZPKPropertyList.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "Platform/ZPKFileHandle.h"
+#include "Platform/ZPKPropertyListNode.h"
+#include "Platform/ZPKUnicode.h"
+
+namespace {
+
+// Lists of installed software are thousands of times smaller.
+constexpr std::uint64_t largestFile = std::uint64_t{64} * 1024 * 1024;
+
+std::optional<std::string> contentsOf(const std::string& path) {
+    const std::optional<ZPKFileHandle> file = ZPKFileHandle::forReadingAtPath(path);
+    if (!file || file->size() > largestFile) {
+        return std::nullopt;
+    }
+    std::string bytes(static_cast<std::size_t>(file->size()), '\0');
+    std::size_t length = 0;
+    while (length < bytes.size()) {
+        const ssize_t count = ::read(file->descriptor(), bytes.data() + length, bytes.size() - length);
+        if (count == 0) {
+            break;
+        }
+        if (count > 0) {
+            length += static_cast<std::size_t>(count);
+        } else if (errno != EINTR) {
+            return std::nullopt;
+        }
+    }
+    bytes.resize(length);
+    return bytes;
+}
+
+}  // namespace
+
+ZPKPropertyList::ZPKPropertyList(std::unique_ptr<Node> root) : m_root(std::move(root)) {}
+ZPKPropertyList::ZPKPropertyList(ZPKPropertyList&&) noexcept = default;
+ZPKPropertyList& ZPKPropertyList::operator=(ZPKPropertyList&&) noexcept = default;
+ZPKPropertyList::~ZPKPropertyList() = default;
+
+std::optional<ZPKPropertyList> ZPKPropertyList::dictionaryWithContentsOfFile(const std::string& path) {
+    const std::optional<std::string> bytes = contentsOf(path);
+    return bytes ? dictionaryWithBytes(*bytes) : std::nullopt;
+}
+
+std::optional<ZPKPropertyList> ZPKPropertyList::dictionaryWithBytes(std::string_view bytes) {
+    std::optional<Node> root;
+    if (bytes.starts_with("bplist")) {
+        root = Node::fromBinary(bytes);
+    } else if (const std::optional<std::string> text = ZPKUnicode::utf8FromMarkedText(bytes)) {
+        const std::size_t first = text->find_first_not_of(" \t\r\n");
+        const bool isXML = first != std::string::npos && (*text)[first] == '<';
+        root = isXML ? Node::fromXML(*text) : Node::fromText(*text);
+    }
+    if (!root) {
+        return std::nullopt;
+    }
+    return ZPKPropertyList(std::make_unique<Node>(std::move(*root)));
+}
+
+std::optional<std::string> ZPKPropertyList::stringForKey(const std::string& key) const {
+    const auto found = m_root->values.find(key);
+    if (found == m_root->values.end()) {
+        return std::nullopt;
+    }
+    const std::string* const value = std::get_if<std::string>(&found->second);
+    return value != nullptr ? std::optional(*value) : std::nullopt;
+}
+
+std::optional<std::vector<std::string>> ZPKPropertyList::stringArrayForKey(const std::string& key) const {
+    const auto found = m_root->values.find(key);
+    if (found == m_root->values.end()) {
+        return std::nullopt;
+    }
+    const Node::Strings* const value = std::get_if<Node::Strings>(&found->second);
+    return value != nullptr ? std::optional(*value) : std::nullopt;
+}

@@ -1,0 +1,289 @@
+#include "Platform/ZPKPropertyListGuard.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
+namespace {
+
+/// Copies an XML text without what only a full parser would have to understand.
+class XMLSimplifier {
+public:
+    XMLSimplifier(std::string_view text, std::size_t deepest) : m_text(text), m_deepest(deepest) {}
+
+    std::optional<std::string> run() {
+        while (m_at < m_text.size()) {
+            if (!step()) {
+                return std::nullopt;
+            }
+        }
+        return std::move(m_plain);
+    }
+
+private:
+    bool startsWith(std::string_view text) const { return m_text.substr(m_at).starts_with(text); }
+
+    bool step() {
+        if (m_text[m_at] != '<') {
+            return copyText();
+        }
+        if (startsWith("<!--")) {
+            return skipThrough("-->", 4);
+        }
+        if (startsWith("<?")) {
+            return skipThrough("?>", 2);
+        }
+        if (startsWith("<![CDATA[")) {
+            return copyCharacterData();
+        }
+        if (startsWith("<!")) {
+            return skipDocumentType();
+        }
+        return copyTag();
+    }
+
+    bool copyText() {
+        const std::size_t end = std::min(m_text.find('<', m_at), m_text.size());
+        m_plain.append(m_text.substr(m_at, end - m_at));
+        m_at = end;
+        return true;
+    }
+
+    bool skipThrough(std::string_view closer, std::size_t openerLength) {
+        const std::size_t end = m_text.find(closer, m_at + openerLength);
+        m_at = end == std::string_view::npos ? m_text.size() : end + closer.size();
+        return end != std::string_view::npos;
+    }
+
+    bool copyCharacterData() {
+        constexpr std::size_t openerLength = 9;
+        const std::size_t start = m_at + openerLength;
+        if (!skipThrough("]]>", openerLength)) {
+            return false;
+        }
+        for (const char character : m_text.substr(start, m_at - 3 - start)) {
+            appendEscaped(character);
+        }
+        return true;
+    }
+
+    void appendEscaped(char character) {
+        switch (character) {
+            case '<':
+                m_plain += "&lt;";
+                break;
+            case '>':
+                m_plain += "&gt;";
+                break;
+            case '&':
+                m_plain += "&amp;";
+                break;
+            default:
+                m_plain += character;
+        }
+    }
+
+    /// A document type ends at its ">"; one with declarations of its own has no place in a property list.
+    bool skipDocumentType() {
+        const std::size_t end = m_text.find_first_of("[>", m_at);
+        return end != std::string_view::npos && m_text[end] == '>' && skipThrough(">", 2);
+    }
+
+    bool copyTag() {
+        const std::size_t end = m_text.find_first_of("<>", m_at + 1);
+        if (end == std::string_view::npos || m_text[end] == '<') {
+            return false;
+        }
+        const std::string_view tag = m_text.substr(m_at, end + 1 - m_at);
+        m_plain.append(tag);
+        m_at = end + 1;
+        if (tag.starts_with("</")) {
+            return m_depth-- > 0;
+        }
+        // One level more than the nesting of values: the list's own element.
+        return tag.ends_with("/>") || m_depth++ <= m_deepest;
+    }
+
+    std::string_view m_text;
+    std::size_t m_deepest;
+    std::size_t m_at = 0;
+    std::size_t m_depth = 0;
+    std::string m_plain;
+};
+
+/// The objects of a binary list and what they refer to.
+class BinaryObjects {
+public:
+    explicit BinaryObjects(std::string_view bytes) : m_bytes(bytes) {}
+
+    /// Reads the trailer; false when it does not fit the file.
+    bool open();
+
+    std::uint64_t count() const { return m_count; }
+    std::uint64_t top() const { return m_top; }
+
+    /// Appends the objects that an object holds; false when its data do not fit the file.
+    bool appendReferences(std::uint64_t object, std::vector<std::uint64_t>& outReferences) const;
+
+private:
+    static constexpr std::size_t trailerLength = 32;
+    static constexpr std::size_t headerLength = 8;
+
+    std::uint64_t number(std::uint64_t at, std::size_t width) const {
+        std::uint64_t value = 0;
+        for (std::size_t byte = 0; byte < width; ++byte) {
+            value = value << 8 | static_cast<unsigned char>(m_bytes[static_cast<std::size_t>(at) + byte]);
+        }
+        return value;
+    }
+
+    bool fits(std::uint64_t at, std::uint64_t length) const { return at <= m_end && length <= m_end - at; }
+    bool readLength(std::uint64_t& at, std::uint64_t& outLength) const;
+
+    std::string_view m_bytes;
+    std::uint64_t m_end = 0;
+    std::size_t m_offsetWidth = 0;
+    std::size_t m_referenceWidth = 0;
+    std::uint64_t m_count = 0;
+    std::uint64_t m_top = 0;
+    std::uint64_t m_table = 0;
+};
+
+bool BinaryObjects::open() {
+    if (m_bytes.size() < headerLength + trailerLength) {
+        return false;
+    }
+    m_end = m_bytes.size() - trailerLength;
+    m_offsetWidth = static_cast<unsigned char>(m_bytes[static_cast<std::size_t>(m_end) + 6]);
+    m_referenceWidth = static_cast<unsigned char>(m_bytes[static_cast<std::size_t>(m_end) + 7]);
+    m_count = number(m_end + 8, 8);
+    m_top = number(m_end + 16, 8);
+    m_table = number(m_end + 24, 8);
+    const auto isWidth = [](std::size_t width) { return width >= 1 && width <= 8; };
+    return isWidth(m_offsetWidth) && isWidth(m_referenceWidth) && m_table <= m_end &&
+           m_count <= (m_end - m_table) / m_offsetWidth && m_top < m_count;
+}
+
+/// A length of 15 in the marker stands for a number object that follows.
+bool BinaryObjects::readLength(std::uint64_t& at, std::uint64_t& outLength) const {
+    outLength = number(at, 1) & 0x0F;
+    ++at;
+    if (outLength != 0x0F) {
+        return true;
+    }
+    if (!fits(at, 1)) {
+        return false;
+    }
+    const std::size_t width = std::size_t{1} << (number(at, 1) & 0x0F);
+    if (width > 8 || !fits(at + 1, width)) {
+        return false;
+    }
+    outLength = number(at + 1, width);
+    at += 1 + width;
+    return true;
+}
+
+bool BinaryObjects::appendReferences(std::uint64_t object, std::vector<std::uint64_t>& outReferences) const {
+    std::uint64_t at = number(m_table + object * m_offsetWidth, m_offsetWidth);
+    if (!fits(at, 1)) {
+        return false;
+    }
+    const std::uint64_t kind = number(at, 1) >> 4;
+    const bool isDictionary = kind == 0xD;
+    if (kind < 0xA || (kind > 0xA && kind != 0xC && !isDictionary)) {
+        return true;
+    }
+    std::uint64_t length = 0;
+    if (!readLength(at, length) || length > m_end) {
+        return false;
+    }
+    const std::uint64_t references = isDictionary ? 2 * length : length;
+    if (!fits(at, references * m_referenceWidth)) {
+        return false;
+    }
+    for (std::uint64_t index = 0; index < references; ++index) {
+        outReferences.push_back(number(at + index * m_referenceWidth, m_referenceWidth));
+    }
+    return true;
+}
+
+/// Goes through all that the top object holds, each object once.
+class BinaryVisit {
+public:
+    BinaryVisit(const BinaryObjects& objects, std::size_t deepest)
+        : m_objects(objects), m_deepest(deepest), m_sizes(static_cast<std::size_t>(objects.count())) {}
+
+    bool isReasonable() {
+        if (!enter(m_objects.top())) {
+            return false;
+        }
+        while (!m_open.empty()) {
+            if (!step()) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+private:
+    // An honest list repeats at most its texts.
+    static constexpr std::uint64_t mostObjectsReadOut = 4'000'000;
+    static constexpr std::uint64_t unknownSize = 0;
+    static constexpr std::uint64_t sizeBeingCounted = UINT64_MAX;
+
+    struct OpenObject {
+        std::uint64_t object;
+        std::vector<std::uint64_t> references;
+        std::size_t next = 0;
+        std::uint64_t size = 1;
+    };
+
+    bool enter(std::uint64_t object) {
+        OpenObject opened{object, {}};
+        if (m_open.size() > m_deepest || !m_objects.appendReferences(object, opened.references)) {
+            return false;
+        }
+        m_sizes[static_cast<std::size_t>(object)] = sizeBeingCounted;
+        m_open.push_back(std::move(opened));
+        return true;
+    }
+
+    bool step() {
+        OpenObject& current = m_open.back();
+        if (current.next == current.references.size()) {
+            m_sizes[static_cast<std::size_t>(current.object)] = current.size;
+            m_open.pop_back();
+            return true;
+        }
+        const std::uint64_t reference = current.references[current.next];
+        if (reference >= m_objects.count()) {
+            return false;
+        }
+        const std::uint64_t size = m_sizes[static_cast<std::size_t>(reference)];
+        if (size == sizeBeingCounted) {
+            return false;
+        }
+        if (size == unknownSize) {
+            return enter(reference);
+        }
+        current.size += size;
+        ++current.next;
+        return current.size <= mostObjectsReadOut;
+    }
+
+    const BinaryObjects& m_objects;
+    std::size_t m_deepest;
+    std::vector<std::uint64_t> m_sizes;
+    std::vector<OpenObject> m_open;
+};
+
+}  // namespace
+
+std::optional<std::string> ZPKPropertyListGuard::plainXML(std::string_view text, std::size_t deepest) {
+    return XMLSimplifier(text, deepest).run();
+}
+
+bool ZPKPropertyListGuard::isReasonableBinary(std::string_view bytes, std::size_t deepest) {
+    BinaryObjects objects(bytes);
+    return objects.open() && BinaryVisit(objects, deepest).isReasonable();
+}

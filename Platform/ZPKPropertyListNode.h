@@ -1,0 +1,33 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <variant>
+#include <vector>
+
+#include "Platform/ZPKPropertyList.h"
+
+/// What is kept of a property list's root: values of other kinds than strings and arrays are known
+/// to be there, and nothing more.
+struct ZPKPropertyList::Node {
+    struct Other {};
+    /// The strings of an array, other elements left out.
+    using Strings = std::vector<std::string>;
+    using Value = std::variant<Other, std::string, Strings>;
+
+    std::unordered_map<std::string, Value> values;
+
+    /// The text form in UTF-8 without a byte order mark; nothing when its syntax is wrong.
+    static std::optional<Node> fromText(std::string_view text);
+
+    /// The XML form in UTF-8; nothing when it is malformed or its root is no dictionary.
+    static std::optional<Node> fromXML(std::string_view text);
+
+    /// The binary form; nothing when it is malformed or its root is no dictionary.
+    static std::optional<Node> fromBinary(std::string_view bytes);
+
+    /// Deeper lists are taken for malformed, so that no reader runs out of stack.
+    static constexpr std::size_t deepestNesting = 128;
+};

@@ -1,0 +1,290 @@
+#include "Platform/ZPKPropertyListNode.h"
+#include "Platform/ZPKUnicode.h"
+
+namespace {
+
+using Node = ZPKPropertyList::Node;
+
+bool isSpace(char character) {
+    return character == ' ' || (character >= '\t' && character <= '\r');
+}
+
+bool isHexadecimalDigit(char character) {
+    return (character >= '0' && character <= '9') || (character >= 'a' && character <= 'f') ||
+           (character >= 'A' && character <= 'F');
+}
+
+bool isOctalDigit(char character) {
+    return character >= '0' && character <= '7';
+}
+
+char32_t digitValue(char character) {
+    if (character <= '9') {
+        return static_cast<char32_t>(character - '0');
+    }
+    return static_cast<char32_t>((character | 0x20) - 'a' + 10);
+}
+
+bool isUnquotedCharacter(char character) {
+    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
+           (character >= '0' && character <= '9') || character == '_' || character == '$' ||
+           character == '/' || character == ':' || character == '.' || character == '-';
+}
+
+/// Reads the text form. Each operation leaves the reader behind what it read, and answers false or
+/// nothing at the first error, after which nothing more is read.
+class TextReader {
+public:
+    explicit TextReader(std::string_view text) : m_text(text) {}
+
+    std::optional<Node> readRoot();
+
+private:
+    bool atEnd() const { return m_at == m_text.size(); }
+    char current() const { return m_text[m_at]; }
+    bool startsWith(std::string_view text) const { return m_text.substr(m_at).starts_with(text); }
+
+    bool skipSpaceAndComments();
+    bool accept(char character);
+    bool readPairs(Node& dictionary);
+    bool readPair(Node& dictionary);
+    std::optional<Node::Value> readValue();
+    std::optional<Node::Value> readArray();
+    std::optional<Node::Value> readDictionary();
+    std::optional<Node::Value> readData();
+    std::optional<std::string> readString();
+    std::optional<std::string> readQuoted(char quote);
+    bool readEscape(std::string& outText);
+    bool readUnicodeEscape(std::string& outText);
+    std::optional<char32_t> readCodeUnit();
+    void readOctalEscape(std::string& outText);
+
+    std::string_view m_text;
+    std::size_t m_at = 0;
+    std::size_t m_depth = 0;
+};
+
+std::optional<Node> TextReader::readRoot() {
+    Node root;
+    if (!skipSpaceAndComments()) {
+        return std::nullopt;
+    }
+    const bool inBraces = accept('{');
+    if (!readPairs(root) || (inBraces && (!accept('}') || !skipSpaceAndComments())) || !atEnd()) {
+        return std::nullopt;
+    }
+    return root;
+}
+
+bool TextReader::skipSpaceAndComments() {
+    while (!atEnd()) {
+        if (isSpace(current())) {
+            ++m_at;
+        } else if (startsWith("//")) {
+            const std::size_t end = m_text.find_first_of("\r\n", m_at);
+            m_at = end == std::string_view::npos ? m_text.size() : end;
+        } else if (startsWith("/*")) {
+            const std::size_t end = m_text.find("*/", m_at + 2);
+            if (end == std::string_view::npos) {
+                return false;
+            }
+            m_at = end + 2;
+        } else {
+            break;
+        }
+    }
+    return true;
+}
+
+bool TextReader::accept(char character) {
+    if (atEnd() || current() != character) {
+        return false;
+    }
+    ++m_at;
+    return true;
+}
+
+/// Pairs up to the end of the text or a "}", which is left to be read.
+bool TextReader::readPairs(Node& dictionary) {
+    while (skipSpaceAndComments()) {
+        if (atEnd() || current() == '}') {
+            return true;
+        }
+        if (!readPair(dictionary)) {
+            return false;
+        }
+    }
+    return false;
+}
+
+bool TextReader::readPair(Node& dictionary) {
+    std::optional<std::string> key = readString();
+    if (!key || !skipSpaceAndComments() || !accept('=') || !skipSpaceAndComments()) {
+        return false;
+    }
+    std::optional<Node::Value> value = readValue();
+    if (!value || !skipSpaceAndComments() || !accept(';')) {
+        return false;
+    }
+    dictionary.values.insert_or_assign(std::move(*key), std::move(*value));
+    return true;
+}
+
+std::optional<Node::Value> TextReader::readValue() {
+    if (atEnd() || m_depth == Node::deepestNesting) {
+        return std::nullopt;
+    }
+    ++m_depth;
+    std::optional<Node::Value> value;
+    if (accept('(')) {
+        value = readArray();
+    } else if (accept('{')) {
+        value = readDictionary();
+    } else if (accept('<')) {
+        value = readData();
+    } else {
+        value = readString();
+    }
+    --m_depth;
+    return value;
+}
+
+std::optional<Node::Value> TextReader::readArray() {
+    Node::Strings strings;
+    while (skipSpaceAndComments()) {
+        if (accept(')')) {
+            return strings;
+        }
+        std::optional<Node::Value> element = readValue();
+        if (!element || !skipSpaceAndComments()) {
+            return std::nullopt;
+        }
+        if (std::string* const string = std::get_if<std::string>(&*element)) {
+            strings.push_back(std::move(*string));
+        }
+        if (!accept(',') && (atEnd() || current() != ')')) {
+            return std::nullopt;
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<Node::Value> TextReader::readDictionary() {
+    Node dictionary;
+    if (!readPairs(dictionary) || !accept('}')) {
+        return std::nullopt;
+    }
+    return Node::Other{};
+}
+
+std::optional<Node::Value> TextReader::readData() {
+    std::size_t digits = 0;
+    while (!atEnd() && (isHexadecimalDigit(current()) || isSpace(current()))) {
+        digits += isHexadecimalDigit(current()) ? 1U : 0U;
+        ++m_at;
+    }
+    if (digits % 2 != 0 || !accept('>')) {
+        return std::nullopt;
+    }
+    return Node::Other{};
+}
+
+std::optional<std::string> TextReader::readString() {
+    for (const char quote : {'"', '\''}) {
+        if (accept(quote)) {
+            return readQuoted(quote);
+        }
+    }
+    const std::size_t start = m_at;
+    while (!atEnd() && isUnquotedCharacter(current()) && !startsWith("//") && !startsWith("/*")) {
+        ++m_at;
+    }
+    if (m_at == start) {
+        return std::nullopt;
+    }
+    return std::string(m_text.substr(start, m_at - start));
+}
+
+std::optional<std::string> TextReader::readQuoted(char quote) {
+    std::string text;
+    while (!atEnd()) {
+        const char character = current();
+        ++m_at;
+        if (character == quote) {
+            return text;
+        }
+        if (character == '\0' || (character == '\\' && !readEscape(text))) {
+            return std::nullopt;
+        }
+        if (character != '\\') {
+            text += character;
+        }
+    }
+    return std::nullopt;
+}
+
+bool TextReader::readEscape(std::string& outText) {
+    if (atEnd()) {
+        return false;
+    }
+    if (isOctalDigit(current())) {
+        readOctalEscape(outText);
+        return true;
+    }
+    const char character = current();
+    ++m_at;
+    if (character == 'U' || character == 'u') {
+        return readUnicodeEscape(outText);
+    }
+    constexpr std::string_view letters = "abfnrtv";
+    constexpr std::string_view meanings = "\a\b\f\n\r\t\v";
+    const std::size_t letter = letters.find(character);
+    outText += letter == std::string_view::npos ? character : meanings[letter];
+    return true;
+}
+
+bool TextReader::readUnicodeEscape(std::string& outText) {
+    const std::optional<char32_t> unit = readCodeUnit();
+    if (!unit) {
+        return false;
+    }
+    char32_t codePoint = *unit;
+    if (ZPKUnicode::isHighSurrogate(codePoint) && (startsWith("\\U") || startsWith("\\u"))) {
+        const std::size_t start = m_at;
+        m_at += 2;
+        const std::optional<char32_t> low = readCodeUnit();
+        if (low && ZPKUnicode::isLowSurrogate(*low)) {
+            codePoint = ZPKUnicode::joinSurrogates(codePoint, *low);
+        } else {
+            m_at = start;
+        }
+    }
+    ZPKUnicode::append(outText, codePoint);
+    return true;
+}
+
+std::optional<char32_t> TextReader::readCodeUnit() {
+    constexpr std::size_t mostDigits = 4;
+    char32_t unit = 0;
+    std::size_t digits = 0;
+    for (; digits < mostDigits && !atEnd() && isHexadecimalDigit(current()); ++digits, ++m_at) {
+        unit = unit * 16 + digitValue(current());
+    }
+    return digits > 0 ? std::optional(unit) : std::nullopt;
+}
+
+void TextReader::readOctalEscape(std::string& outText) {
+    constexpr std::size_t mostDigits = 3;
+    char32_t codePoint = 0;
+    for (std::size_t digits = 0; digits < mostDigits && !atEnd() && isOctalDigit(current());
+         ++digits, ++m_at) {
+        codePoint = codePoint * 8 + digitValue(current());
+    }
+    ZPKUnicode::append(outText, codePoint);
+}
+
+}  // namespace
+
+std::optional<ZPKPropertyList::Node> ZPKPropertyList::Node::fromText(std::string_view text) {
+    return TextReader(text).readRoot();
+}

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <errno.h>
+
+#include <string>
+
+namespace zpk_test {
+
+/// `text` with everything that a regular expression would take for more than itself escaped.
+inline std::string RegexFor(const std::string& text) {
+    std::string regex;
+    for (const char character : text) {
+        if (std::string("\\^$.|?*+()[]{}").find(character) != std::string::npos) {
+            regex += '\\';
+        }
+        regex += character;
+    }
+    return regex;
+}
+
+/// The whole report of a failed assertion, for `testing::MatchesRegex`. `line` is a regular
+/// expression too: a number where the line is fixed, any number by default.
+inline std::string AssertionReport(const std::string& file, const std::string& function,
+                                   const std::string& expression, const std::string& line = "[0-9]+") {
+    return RegexFor(std::string(program_invocation_short_name) + ": " + file + ":") + line +
+           RegexFor(": " + function + ": Assertion `" + expression + "' failed.\n");
+}
+
+}  // namespace zpk_test
