@@ -41,10 +41,7 @@ bool CFileManagerLow::GetPublicDocumentFolderPath(std::string& outPath) {
 void CFileManagerLow::ConvertRelToAbsPath(const char* path, std::string& outPath) {
     std::string fullPath(path);
     if (fullPath.empty() || fullPath.front() != kSeparator) {
-        const std::string folder = WorkingFolder();
-        if (!folder.empty()) {
-            fullPath = ZPKFileManager::stringByAppendingPathComponent(folder, fullPath);
-        }
+        fullPath = ZPKFileManager::stringByAppendingPathComponent(WorkingFolder(), fullPath);
     }
     outPath = StandardizedPath(fullPath);
 }
