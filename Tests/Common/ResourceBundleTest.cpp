@@ -259,6 +259,16 @@ TEST_F(ResourceBundleTest, BundleAddedLastWins) {
     EXPECT_EQ(Text("b"), "one");
 }
 
+TEST_F(ResourceBundleTest, TextThatReadsLikeItsKeyIsAHit) {
+    WriteFile(m_folder / "one/en/ZPKStringTable.def", "a=one;");
+    WriteFile(m_folder / "two/en/ZPKStringTable.def", "a=a;");
+    CResourceBundle::AddDefaultBundlePath((m_folder / "one").c_str());
+    CResourceBundle::AddDefaultBundlePath((m_folder / "two").c_str());
+    const char* key = "a";
+    EXPECT_STREQ(CResourceBundle::GetLocalizedString(key), "a");
+    EXPECT_NE(CResourceBundle::GetLocalizedString(key), key);
+}
+
 TEST_F(ResourceBundleTest, OneBundleCanBeAsked) {
     WriteFile(m_folder / "one/en/ZPKStringTable.def", "a=one;");
     WriteFile(m_folder / "two/en/ZPKStringTable.def", "a=two;");
