@@ -1,7 +1,9 @@
 #include "Common/CResourceBundleStringTable.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
+#include <string_view>
 
 #include "Common/CBaseObjectUtil.h"
 #include "Common/CPlusUtil.h"
@@ -42,10 +44,32 @@ const char* CResourceBundleStringTable::GetStringForKey(const char* inKey) const
     if (found == m_elements.end() || CompareElementToKey(*found, inKey) != 0) {
         return nullptr;
     }
-    const char* value = ElementOf(*found).GetValue().c_str();
-    std::fprintf(stderr, "CResourceBundleStringTable::GetStringForKey: %s: %s: '%s'='%s'\n", m_path.c_str(),
-                 m_name.c_str(), inKey, value);
-    return value;
+    const CResourceBundleStringElement& element = ElementOf(*found);
+    TraceHit(element);
+    return element.GetValue().c_str();
+}
+
+void CResourceBundleStringTable::TraceHit(const CResourceBundleStringElement& inElement) const {
+    // Put together here and written at once: formatting would take longer than the whole search.
+    const std::string_view parts[] = {"CResourceBundleStringTable::GetStringForKey: ",
+                                      m_path,
+                                      ": ",
+                                      m_name,
+                                      ": '",
+                                      inElement.GetKey(),
+                                      "'='",
+                                      inElement.GetValue(),
+                                      "'\n"};
+    std::size_t size = 0;
+    for (const std::string_view part : parts) {
+        size += part.size();
+    }
+    std::string line;
+    line.reserve(size);
+    for (const std::string_view part : parts) {
+        line.append(part);
+    }
+    std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
 int CResourceBundleStringTable::CompareElements(const CBaseObject* inElement1,

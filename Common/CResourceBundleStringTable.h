@@ -7,6 +7,8 @@
 
 namespace varno_zpk {
 
+class CResourceBundleStringElement;
+
 /// The entries of one string table file, sorted by key. Read once, when it is made; a file that
 /// cannot be read gives an empty table.
 class CResourceBundleStringTable : public CNonCopyableObject {
@@ -27,6 +29,8 @@ public:
     static int CompareElementToKey(const CBaseObject* inElement, const char* inKey);
 
 private:
+    void TraceHit(const CResourceBundleStringElement& inElement) const;
+
     std::string m_path;
     std::string m_name;
     /// Owned `CResourceBundleStringElement`s.

@@ -33,6 +33,9 @@ void Free(void* memory) {
     }
     std::free(memory);
 }
+// 0 while no allocation is to fail. The programs under test have one thread.
+std::size_t allocationsUntilFailure = 0;
+std::size_t liveAllocations = 0;
 
 }  // namespace
 
@@ -53,6 +56,26 @@ void operator delete(void* memory, std::size_t) noexcept {
 }
 void operator delete[](void* memory, std::size_t) noexcept {
     Free(memory);
+    if (allocationsUntilFailure > 0 && --allocationsUntilFailure == 0) {
+        throw std::bad_alloc();
+    }
+    void* block = std::malloc(size > 0 ? size : 1);
+    if (block == nullptr) {
+        throw std::bad_alloc();
+    }
+    ++liveAllocations;
+    return block;
+}
+
+void operator delete(void* block) noexcept {
+    if (block != nullptr) {
+        --liveAllocations;
+        std::free(block);
+    }
+}
+
+void operator delete(void* block, std::size_t) noexcept {
+    operator delete(block);
 }
 
 namespace zpk_test {
@@ -79,6 +102,16 @@ std::vector<const void*> RecordDeletions(const std::function<void()>& action) {
     g_isRecording = false;
     return std::vector<const void*>(g_deletions.begin(),
                                     g_deletions.begin() + static_cast<std::ptrdiff_t>(g_deletionCount));
+FailingAllocation::FailingAllocation(std::size_t number) {
+    allocationsUntilFailure = number;
+}
+
+FailingAllocation::~FailingAllocation() {
+    allocationsUntilFailure = 0;
+}
+
+std::size_t LiveAllocations() {
+    return liveAllocations;
 }
 
 }  // namespace zpk_test

@@ -1,0 +1,70 @@
+// Any bytes make a string table: the parse neither fails nor crashes, and where a block of the file
+// ends does not change what is read.
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Common/CBaseObjectUtil.h"
+#include "Common/CPlusUtil.h"
+#include "Common/CResourceBundleStringElement.h"
+#include "Common/CResourceBundleStringTableParser.h"
+
+namespace {
+
+using varno_zpk::CBaseObject;
+using varno_zpk::CBaseObjectUtil;
+using varno_zpk::CResourceBundleStringElement;
+using varno_zpk::CResourceBundleStringTableParser;
+
+using Entries = std::vector<std::pair<std::string, std::string>>;
+
+constexpr std::size_t BLOCK_SIZE = 10240;
+
+Entries Parse(std::string contents) {
+    std::FILE* file = fmemopen(contents.data(), contents.size(), "r");
+    if (file == nullptr) {
+        std::abort();
+    }
+    std::vector<CBaseObject*> elements;
+    CResourceBundleStringTableParser().ParseInternal(file, "table", elements);
+    std::fclose(file);
+
+    Entries entries;
+    for (CBaseObject* object : elements) {
+        const auto* element = DOWN_CAST(CResourceBundleStringElement*, object);
+        entries.emplace_back(element->GetKey(), element->GetValue());
+    }
+    CBaseObjectUtil::Destroy(elements);
+    return entries;
+}
+
+/// A comment line of `size` bytes, 3 or more.
+std::string Padding(std::size_t size) {
+    return "//" + std::string(size - 3, '.') + "\n";
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    // Faults are reported on standard output, by the million.
+    return std::freopen("/dev/null", "w", stdout) != nullptr ? 0 : 1;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string table(reinterpret_cast<const char*>(data), size);
+    if (size > 0) {
+        Parse(table);
+    }
+    const Entries expected = Parse(Padding(3) + table);
+    // The byte behind the end of the block is chosen by the input, as deep into the table as it is long.
+    const std::size_t opening = size > 0 ? data[0] * size / 256 % BLOCK_SIZE : 0;
+    if (opening <= BLOCK_SIZE - 3 && Parse(Padding(BLOCK_SIZE - opening) + table) != expected) {
+        std::abort();
+    }
+    return 0;
+}
