@@ -17,7 +17,7 @@ public:
                 return std::nullopt;
             }
         }
-        return std::move(m_plain);
+        return m_depth == 0 ? std::optional(std::move(m_plain)) : std::nullopt;
     }
 
 private:
@@ -111,6 +111,28 @@ private:
     std::string m_plain;
 };
 
+/// The upper half of an object's marker.
+struct BinaryKind {
+    std::uint64_t value;
+
+    bool isArray() const { return value == 0xA || value == 0xC; }
+    bool isDictionary() const { return value == 0xD; }
+    bool isCollection() const { return isArray() || isDictionary(); }
+    bool isWideText() const { return value == 0x6; }
+    bool hasLength() const { return isCollection() || (value >= 0x4 && value <= 0x7); }
+
+    /// Bytes of data for each unit of the marker's length.
+    std::uint64_t unitLength(std::size_t referenceWidth) const {
+        if (isDictionary()) {
+            return 2 * referenceWidth;
+        }
+        if (isArray()) {
+            return referenceWidth;
+        }
+        return isWideText() ? 2 : 1;
+    }
+};
+
 /// The objects of a binary list and what they refer to.
 class BinaryObjects {
 public:
@@ -122,8 +144,10 @@ public:
     std::uint64_t count() const { return m_count; }
     std::uint64_t top() const { return m_top; }
 
-    /// Appends the objects that an object holds; false when its data do not fit the file.
-    bool appendReferences(std::uint64_t object, std::vector<std::uint64_t>& outReferences) const;
+    /// Gives the length in bytes of an object's own data and appends the objects that it holds; false
+    /// when they do not fit the file.
+    bool read(std::uint64_t object, std::uint64_t& outLength,
+              std::vector<std::uint64_t>& outReferences) const;
 
 private:
     static constexpr std::size_t trailerLength = 32;
@@ -183,24 +207,26 @@ bool BinaryObjects::readLength(std::uint64_t& at, std::uint64_t& outLength) cons
     return true;
 }
 
-bool BinaryObjects::appendReferences(std::uint64_t object, std::vector<std::uint64_t>& outReferences) const {
+bool BinaryObjects::read(std::uint64_t object, std::uint64_t& outLength,
+                         std::vector<std::uint64_t>& outReferences) const {
     std::uint64_t at = number(m_table + object * m_offsetWidth, m_offsetWidth);
     if (!fits(at, 1)) {
         return false;
     }
-    const std::uint64_t kind = number(at, 1) >> 4;
-    const bool isDictionary = kind == 0xD;
-    if (kind < 0xA || (kind > 0xA && kind != 0xC && !isDictionary)) {
+    outLength = 0;
+    const BinaryKind kind{number(at, 1) >> 4};
+    if (!kind.hasLength()) {
         return true;
     }
-    std::uint64_t length = 0;
-    if (!readLength(at, length) || length > m_end) {
+    std::uint64_t count = 0;
+    if (!readLength(at, count) || count > m_end) {
         return false;
     }
-    const std::uint64_t references = isDictionary ? 2 * length : length;
-    if (!fits(at, references * m_referenceWidth)) {
+    outLength = count * kind.unitLength(m_referenceWidth);
+    if (!fits(at, outLength)) {
         return false;
     }
+    const std::uint64_t references = kind.isCollection() ? outLength / m_referenceWidth : 0;
     for (std::uint64_t index = 0; index < references; ++index) {
         outReferences.push_back(number(at + index * m_referenceWidth, m_referenceWidth));
     }
@@ -226,8 +252,9 @@ public:
     }
 
 private:
-    // An honest list repeats at most its texts.
-    static constexpr std::uint64_t mostObjectsReadOut = 4'000'000;
+    // Room for lists thousands of times larger than any in use; what a list says twice counts twice.
+    static constexpr std::uint64_t mostBytesReadOut = std::uint64_t{256} * 1024 * 1024;
+    static constexpr std::uint64_t bytesOfAnyObject = 64;
     static constexpr std::uint64_t unknownSize = 0;
     static constexpr std::uint64_t sizeBeingCounted = UINT64_MAX;
 
@@ -235,14 +262,16 @@ private:
         std::uint64_t object;
         std::vector<std::uint64_t> references;
         std::size_t next = 0;
-        std::uint64_t size = 1;
+        std::uint64_t size = bytesOfAnyObject;
     };
 
     bool enter(std::uint64_t object) {
         OpenObject opened{object, {}};
-        if (m_open.size() > m_deepest || !m_objects.appendReferences(object, opened.references)) {
+        std::uint64_t length = 0;
+        if (m_open.size() > m_deepest || !m_objects.read(object, length, opened.references)) {
             return false;
         }
+        opened.size += length;
         m_sizes[static_cast<std::size_t>(object)] = sizeBeingCounted;
         m_open.push_back(std::move(opened));
         return true;
@@ -268,7 +297,7 @@ private:
         }
         current.size += size;
         ++current.next;
-        return current.size <= mostObjectsReadOut;
+        return current.size <= mostBytesReadOut;
     }
 
     const BinaryObjects& m_objects;

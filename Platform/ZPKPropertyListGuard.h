@@ -12,7 +12,8 @@ public:
     ZPKPropertyListGuard() = delete;
 
     /// The elements and the text of an XML list, without comments, processing instructions, document
-    /// type and CDATA marks; nothing when it is nested deeper than `deepest` or no XML.
+    /// type and CDATA marks; nothing when it is nested deeper than `deepest`, or
+    /// its elements do not close.
     static std::optional<std::string> plainXML(std::string_view text, std::size_t deepest);
 
     /// True when the objects of a binary list refer to each other without a circle, nested no deeper

@@ -1,0 +1,161 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "Package/CZPKUtil.h"
+#include "Tests/Support/TemporaryFolder.h"
+
+namespace {
+
+using varno_zpk::CZPKUtil;
+using zpk_test::ReadFile;
+using zpk_test::TemporaryFolder;
+using zpk_test::WriteFile;
+
+mode_t ModeOf(const std::string& path) {
+    struct stat attributes;
+    EXPECT_EQ(::lstat(path.c_str(), &attributes), 0) << path;
+    return attributes.st_mode & 07777;
+}
+
+TEST(CZPKUtilFileTest, MakeDirectoryMakesMissingParentsWithAllPermissions) {
+    const TemporaryFolder folder;
+    const mode_t before = ::umask(0);
+    EXPECT_TRUE(CZPKUtil::MakeDirectoryWithIntermediateDirectories(folder / "a/b/c"));
+    ::umask(before);
+    for (const char* const path : {"a", "a/b", "a/b/c"}) {
+        EXPECT_EQ(ModeOf(folder / path), 0777u) << path;
+    }
+    EXPECT_TRUE(CZPKUtil::MakeDirectoryWithIntermediateDirectories(folder / "a/b/c")) << "already there";
+}
+
+TEST(CZPKUtilFileTest, MakeDirectoryFailsOnAFile) {
+    const TemporaryFolder folder;
+    WriteFile(folder / "file", "kept");
+    EXPECT_FALSE(CZPKUtil::MakeDirectoryWithIntermediateDirectories(folder / "file"));
+    EXPECT_FALSE(CZPKUtil::MakeDirectoryWithIntermediateDirectories(folder / "file/below"));
+    EXPECT_FALSE(CZPKUtil::MakeDirectoryWithIntermediateDirectories(""));
+    EXPECT_EQ(ReadFile(folder / "file"), "kept");
+}
+
+TEST(CZPKUtilFileTest, CopyOntoAnExistingFolderReplacesItEntirely) {
+    const TemporaryFolder folder;
+    WriteFile(folder / "source/new", "new");
+    WriteFile(folder / "target/old", "old");
+    WriteFile(folder / "target/new/below", "old");
+    EXPECT_TRUE(CZPKUtil::Copy(folder / "source", folder / "target"));
+    EXPECT_EQ(ReadFile(folder / "target/new"), "new");
+    EXPECT_FALSE(std::filesystem::exists(folder / "target/old"));
+    EXPECT_EQ(ReadFile(folder / "source/new"), "new");
+}
+
+TEST(CZPKUtilFileTest, CopyMakesTheParentFolderAndReplacesAnything) {
+    const TemporaryFolder folder;
+    WriteFile(folder / "source", "new");
+    WriteFile(folder / "outside", "kept");
+    EXPECT_TRUE(CZPKUtil::Copy(folder / "source", folder / "a/b/copy"));
+    EXPECT_EQ(ReadFile(folder / "a/b/copy"), "new");
+    std::filesystem::create_symlink(folder / "outside", folder / "link");
+    std::filesystem::create_symlink("nowhere", folder / "dangling");
+    for (const char* const destination : {"link", "dangling", "a"}) {
+        EXPECT_TRUE(CZPKUtil::Copy(folder / "source", folder / destination)) << destination;
+        EXPECT_TRUE(std::filesystem::is_regular_file(std::filesystem::symlink_status(folder / destination)));
+        EXPECT_EQ(ReadFile(folder / destination), "new") << destination;
+    }
+    EXPECT_EQ(ReadFile(folder / "outside"), "kept");
+    ASSERT_EQ(::chdir(folder.path().c_str()), 0);
+    EXPECT_TRUE(CZPKUtil::Copy("source", "relative"));
+    EXPECT_TRUE(CZPKUtil::Copy("source", "x/y/relative"));
+    EXPECT_EQ(ReadFile(folder / "x/y/relative"), "new");
+}
+
+TEST(CZPKUtilFileTest, CopyOfAMissingItemRemovesTheTargetAllTheSame) {
+    const TemporaryFolder folder;
+    WriteFile(folder / "target", "old");
+    EXPECT_FALSE(CZPKUtil::Copy(folder / "missing", folder / "target"));
+    EXPECT_FALSE(std::filesystem::exists(folder / "target"));
+}
+
+TEST(CZPKUtilFileTest, CopyNeverDeletesItsOwnSource) {
+    const TemporaryFolder folder;
+    WriteFile(folder / "tree/sub/file", "kept");
+    std::filesystem::create_directory_symlink("tree", folder / "link");
+    ASSERT_EQ(::chdir((folder / "tree").c_str()), 0);
+    EXPECT_FALSE(CZPKUtil::Copy(folder / "tree", folder / "tree"));
+    EXPECT_FALSE(CZPKUtil::Copy(folder / "tree/sub", folder / "tree"));
+    EXPECT_FALSE(CZPKUtil::Copy(folder / "link/sub", folder / "tree/"));
+    EXPECT_FALSE(CZPKUtil::Copy("sub/file", folder / "link/sub"));
+    EXPECT_FALSE(CZPKUtil::Copy("sub", "./sub"));
+    EXPECT_FALSE(CZPKUtil::Copy(folder / "tree", folder / "tree/sub/inside"));
+    EXPECT_EQ(ReadFile(folder / "tree/sub/file"), "kept");
+    EXPECT_TRUE(CZPKUtil::Copy(folder / "tree", folder / "tree2")) << "a name that only begins alike";
+}
+
+TEST(CZPKUtilFileTest, DeleteFileAndDeleteFolderRemoveWhateverIsThere) {
+    const TemporaryFolder folder;
+    for (const auto remove : {&CZPKUtil::DeleteFile, &CZPKUtil::DeleteFolder}) {
+        WriteFile(folder / "tree/sub/file", "x");
+        WriteFile(folder / "file", "x");
+        EXPECT_TRUE(remove(folder / "tree"));
+        EXPECT_TRUE(remove(folder / "file"));
+        EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+        EXPECT_FALSE(remove(folder / "file"));
+        EXPECT_FALSE(remove(""));
+    }
+}
+
+TEST(CZPKUtilFileTest, FilePathListHoldsWhatIsNoFolder) {
+    const TemporaryFolder folder;
+    for (const char* const name : {"a/1", "a/b/2", "a/b/.hidden", "top", "with blank", "\xFF\n"}) {
+        WriteFile(folder / ("volume/" + std::string(name)), "x");
+    }
+    std::filesystem::create_directories(folder / "volume/empty/empty");
+    std::filesystem::create_symlink("../top", folder / "volume/a/link");
+    std::filesystem::create_symlink("nowhere", folder / "volume/a/dangling");
+    std::filesystem::create_directory_symlink("b", folder / "volume/a/folderLink");
+    ASSERT_EQ(::mkfifo((folder / "volume/fifo").c_str(), 0666), 0);
+    std::vector<std::string> expected{"old"};
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder / "volume")) {
+        if (entry.exists() && !entry.is_directory()) {
+            expected.push_back(entry.path());
+        }
+    }
+    ASSERT_EQ(expected.size(), 9u);
+    for (const char* const ending : {"", "/"}) {
+        std::vector<std::string> list{"old"};
+        CZPKUtil::GetFilePathList(folder / "volume" + ending, &list);
+        EXPECT_EQ(list, expected) << "appended, in the file system's order";
+    }
+}
+
+TEST(CZPKUtilFileTest, FilePathListOfEmptySubfoldersIsEmpty) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directories(folder / "a/b/c");
+    std::vector<std::string> list;
+    CZPKUtil::GetFilePathList(folder.path(), &list);
+    CZPKUtil::GetFilePathList(folder / "missing", &list);
+    CZPKUtil::GetFilePathList("", &list);
+    EXPECT_TRUE(list.empty());
+}
+
+TEST(CZPKUtilFileTest, ExistenceOfFilesAndFolders) {
+    const TemporaryFolder folder;
+    WriteFile(folder / "file", "x");
+    std::filesystem::create_directory_symlink(".", folder / "link");
+    std::filesystem::create_symlink("nowhere", folder / "dangling");
+    struct Row {
+        std::string path;
+        bool exists, isFolder;
+    };
+    for (const Row& row : {Row{folder.path(), true, true}, Row{folder / "file", true, false},
+                           Row{folder / "link", true, true}, Row{folder / "dangling", false, false},
+                           Row{folder / "missing", false, false}, Row{"", false, false}}) {
+        EXPECT_EQ(CZPKUtil::IsFileExist(row.path), row.exists) << row.path;
+        EXPECT_EQ(CZPKUtil::IsFolderExist(row.path), row.isFolder) << row.path;
+    }
+}
+
+}  // namespace

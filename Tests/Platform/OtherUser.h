@@ -1,0 +1,15 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace zpk_test {
+
+/// Runs `action` in a child process as the user "nobody" and gives what it answered; as the current
+/// user where that one is not root. For checks that root's rights would make meaningless.
+bool AnswerWithoutPrivileges(const std::function<bool()>& action);
+
+/// Gives `path` to the user that `AnswerWithoutPrivileges` runs as.
+void GiveToUserWithoutPrivileges(const std::string& path);
+
+}  // namespace zpk_test

@@ -1,0 +1,115 @@
+#include "Platform/ZPKFileHandle.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "Tests/Support/TemporaryFolder.h"
+
+namespace {
+
+using zpk_test::ReadFile;
+using zpk_test::TemporaryFolder;
+using zpk_test::WriteFile;
+
+std::string Pattern(std::size_t length) {
+    std::string bytes(length, '\0');
+    unsigned int state = 12345;
+    for (char& byte : bytes) {
+        state = state * 1103515245 + 12345;
+        byte = static_cast<char>(state >> 16);
+    }
+    return bytes;
+}
+
+TEST(ZPKFileHandleTest, ReadsOnlyRegularFilesAndNeverWaits) {
+    const TemporaryFolder folder;
+    WriteFile(folder / "file", "12345");
+    ASSERT_EQ(::mkfifo((folder / "fifo").c_str(), 0666), 0);
+    std::filesystem::create_symlink("file", folder / "link");
+    const auto file = ZPKFileHandle::forReadingAtPath(folder / "file");
+    ASSERT_TRUE(file);
+    EXPECT_EQ(file->size(), 5u);
+    EXPECT_TRUE(ZPKFileHandle::forReadingAtPath(folder / "link"));
+    EXPECT_FALSE(ZPKFileHandle::forReadingAt(AT_FDCWD, folder / "link"));
+    EXPECT_TRUE(ZPKFileHandle::forReadingAt(AT_FDCWD, folder / "file"));
+    EXPECT_FALSE(ZPKFileHandle::forReadingAtPath(folder / "fifo"));
+    EXPECT_FALSE(ZPKFileHandle::forReadingAtPath(folder.path()));
+    EXPECT_FALSE(ZPKFileHandle::forReadingAtPath("/dev/zero"));
+    EXPECT_FALSE(ZPKFileHandle::forReadingAtPath(folder / "missing"));
+}
+
+TEST(ZPKFileHandleTest, ReplacingKeepsOtherNamesAndLinkTargets) {
+    const TemporaryFolder folder;
+    WriteFile(folder / "file", "old");
+    WriteFile(folder / "target", "kept");
+    std::filesystem::create_hard_link(folder / "file", folder / "other");
+    std::filesystem::create_symlink("target", folder / "link");
+    ASSERT_EQ(::mkfifo((folder / "fifo").c_str(), 0666), 0);
+    std::filesystem::create_directory(folder / "folder");
+    for (const char* const name : {"file", "link", "fifo", "missing"}) {
+        EXPECT_TRUE(ZPKFileHandle::replacingFileAtPath(folder / name)) << name;
+        EXPECT_EQ(ReadFile(folder / name), "") << name;
+    }
+    EXPECT_FALSE(ZPKFileHandle::replacingFileAtPath(folder / "folder"));
+    EXPECT_TRUE(std::filesystem::is_directory(folder / "folder"));
+    EXPECT_EQ(ReadFile(folder / "other"), "old");
+    EXPECT_EQ(ReadFile(folder / "target"), "kept");
+    EXPECT_FALSE(ZPKFileHandle::newFileAt(AT_FDCWD, folder / "file", 0666));
+}
+
+class ZPKFileHandleAppendTest : public ::testing::TestWithParam<const char*> {};
+
+TEST_P(ZPKFileHandleAppendTest, CopiesRangesWhateverTheFileSystems) {
+    const TemporaryFolder folder;
+    // Another file system than the test's folder, so that in-kernel copying has to fall back.
+    const std::string otherPlace = std::string(GetParam()) == "same"
+                                       ? folder / "source"
+                                       : "/dev/shm/zpk-append-" + std::to_string(::getpid());
+    const std::string bytes = Pattern(1'000'003);
+    WriteFile(otherPlace, bytes);
+    {
+        const auto source = ZPKFileHandle::forReadingAtPath(otherPlace);
+        auto destination = ZPKFileHandle::replacingFileAtPath(folder / "destination");
+        ASSERT_TRUE(source && destination);
+        EXPECT_TRUE(destination->append(*source, 700'001, 300'002));
+        EXPECT_TRUE(destination->append(*source, 0, 700'001));
+        EXPECT_TRUE(destination->append(*source, 5, 0));
+        EXPECT_FALSE(destination->append(*source, 1'000'000, 4)) << "the source ends before";
+    }
+    EXPECT_EQ(ReadFile(folder / "destination"),
+              bytes.substr(700'001) + bytes.substr(0, 700'001) + bytes.substr(1'000'000));
+    ::unlink(otherPlace.c_str());
+}
+
+INSTANTIATE_TEST_SUITE_P(FileSystems, ZPKFileHandleAppendTest, ::testing::Values("same", "other"));
+
+TEST(ZPKFileHandleTest, AppendCopiesByHandWhereTheKernelWillNot) {
+    const TemporaryFolder folder;
+    WriteFile(folder / "source", Pattern(600'000));
+    const auto source = ZPKFileHandle::forReadingAtPath(folder / "source");
+    auto destination = ZPKFileHandle::replacingFileAtPath(folder / "destination");
+    ASSERT_TRUE(source && destination);
+    // Neither of the kernel's copies writes to a descriptor that appends.
+    ASSERT_EQ(::fcntl(destination->descriptor(), F_SETFL, O_APPEND), 0);
+    EXPECT_TRUE(destination->append(*source, 1, 599'999));
+    EXPECT_EQ(ReadFile(folder / "destination"), ReadFile(folder / "source").substr(1));
+}
+
+TEST(ZPKFileHandleTest, AppendReportsAFullDisk) {
+    const TemporaryFolder folder;
+    WriteFile(folder / "source", Pattern(100'000));
+    const auto source = ZPKFileHandle::forReadingAtPath(folder / "source");
+    auto destination = ZPKFileHandle::replacingFileAtPath(folder / "destination");
+    ASSERT_TRUE(source && destination);
+    const int full = ::open("/dev/full", O_WRONLY);
+    ASSERT_GE(full, 0);
+    ::dup2(full, destination->descriptor());
+    ::close(full);
+    EXPECT_FALSE(destination->append(*source, 0, 100'000));
+}
+
+}  // namespace

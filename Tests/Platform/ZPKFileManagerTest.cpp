@@ -1,0 +1,488 @@
+#include "Platform/ZPKFileManager.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <filesystem>
+#include <thread>
+
+#include "Tests/Platform/OtherUser.h"
+#include "Tests/Support/TemporaryFolder.h"
+
+namespace {
+
+using zpk_test::AnswerWithoutPrivileges;
+using zpk_test::GiveToUserWithoutPrivileges;
+using zpk_test::ReadFile;
+using zpk_test::TemporaryFolder;
+using zpk_test::WriteFile;
+
+bool IsThere(const std::string& path) {
+    struct stat attributes;
+    return ::lstat(path.c_str(), &attributes) == 0;
+}
+
+mode_t ModeOf(const std::string& path) {
+    struct stat attributes;
+    EXPECT_EQ(::lstat(path.c_str(), &attributes), 0) << path;
+    return attributes.st_mode & 07777;
+}
+
+/// A chain of folders far longer than any path may be.
+void MakeDeepTree(const std::string& root, int levels) {
+    ASSERT_EQ(::mkdir(root.c_str(), 0777), 0);
+    int folder = ::open(root.c_str(), O_RDONLY | O_DIRECTORY);
+    for (int level = 0; level < levels; ++level) {
+        ASSERT_EQ(::mkdirat(folder, "d", 0777), 0);
+        const int below = ::openat(folder, "d", O_RDONLY | O_DIRECTORY);
+        ASSERT_GE(below, 0);
+        ::close(folder);
+        folder = below;
+    }
+    const int file = ::openat(folder, "bottom", O_WRONLY | O_CREAT, 0666);
+    ASSERT_GE(file, 0);
+    ::close(file);
+    ::close(folder);
+}
+
+int DepthOf(const std::string& root) {
+    int folder = ::open(root.c_str(), O_RDONLY | O_DIRECTORY);
+    int depth = 0;
+    for (int below; (below = ::openat(folder, "d", O_RDONLY | O_DIRECTORY)) >= 0; ++depth) {
+        ::close(folder);
+        folder = below;
+    }
+    ::close(folder);
+    return depth;
+}
+
+std::size_t OpenDescriptorCount() {
+    std::vector<std::string> names;
+    ZPKFileManager::contentsOfFolder("/proc/self/fd", names);
+    return names.size();
+}
+
+TEST(ZPKFileManagerTest, QueriesTellItemsApart) {
+    const TemporaryFolder folder;
+    WriteFile(folder / "file", "12345");
+    WriteFile(folder / "program", "#!/bin/sh\n");
+    ::chmod((folder / "program").c_str(), 0755);
+    ::chmod((folder / "file").c_str(), 0644);
+    std::filesystem::create_symlink("nowhere", folder / "dangling");
+    std::filesystem::create_symlink("file", folder / "fileLink");
+    std::filesystem::create_symlink(folder.path(), folder / "folderLink");
+    struct Row {
+        std::string path;
+        bool exists, isFolder, isFolderItself, isExecutable, isProgram;
+        std::uint64_t size;
+    };
+    const std::vector<Row> rows = {
+        {folder / "file", true, false, false, false, false, 5},
+        {folder / "fileLink", true, false, false, false, false, 5},
+        {folder / "program", true, false, false, true, true, 10},
+        {folder / "dangling", false, false, false, false, false, 0},
+        {folder / "missing", false, false, false, false, false, 0},
+        {"", false, false, false, false, false, 0},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.path);
+        EXPECT_EQ(ZPKFileManager::fileExists(row.path), row.exists);
+        EXPECT_EQ(ZPKFileManager::isFolder(row.path), row.isFolder);
+        EXPECT_EQ(ZPKFileManager::isFolderNotFollowingLinks(row.path), row.isFolderItself);
+        EXPECT_EQ(ZPKFileManager::isExecutableFile(row.path), row.isExecutable);
+        EXPECT_EQ(ZPKFileManager::isExecutableRegularFile(row.path), row.isProgram);
+        EXPECT_EQ(ZPKFileManager::fileSize(row.path), row.size);
+    }
+    EXPECT_TRUE(ZPKFileManager::isFolder(folder / "folderLink"));
+    EXPECT_FALSE(ZPKFileManager::isFolderNotFollowingLinks(folder / "folderLink"));
+    EXPECT_TRUE(ZPKFileManager::isFolderNotFollowingLinks(folder.path()));
+    EXPECT_TRUE(ZPKFileManager::isExecutableFile(folder.path()));
+    EXPECT_FALSE(ZPKFileManager::isExecutableRegularFile(folder.path()));
+}
+
+TEST(ZPKFileManagerTest, CreatesIntermediateFoldersUnderTheUmask) {
+    const TemporaryFolder folder;
+    const mode_t before = ::umask(027);
+    EXPECT_TRUE(ZPKFileManager::createFolderWithIntermediateFolders(folder / "a//b/c/", 0777));
+    ::umask(before);
+    EXPECT_EQ(ModeOf(folder / "a"), 0750u);
+    EXPECT_EQ(ModeOf(folder / "a/b"), 0750u);
+    EXPECT_EQ(ModeOf(folder / "a/b/c"), 0750u);
+}
+
+TEST(ZPKFileManagerTest, CreateFolderAcceptsAnExistingFolderAndRefusesAFile) {
+    const TemporaryFolder folder;
+    WriteFile(folder / "file", "kept");
+    std::filesystem::create_symlink("nowhere", folder / "dangling");
+    EXPECT_TRUE(ZPKFileManager::createFolderWithIntermediateFolders(folder.path(), 0777));
+    EXPECT_TRUE(ZPKFileManager::createFolderWithIntermediateFolders("/", 0777));
+    EXPECT_FALSE(ZPKFileManager::createFolderWithIntermediateFolders(folder / "file", 0777));
+    EXPECT_FALSE(ZPKFileManager::createFolderWithIntermediateFolders(folder / "file/below", 0777));
+    EXPECT_FALSE(ZPKFileManager::createFolderWithIntermediateFolders(folder / "dangling", 0777));
+    EXPECT_FALSE(ZPKFileManager::createFolderWithIntermediateFolders("", 0777));
+    EXPECT_EQ(ReadFile(folder / "file"), "kept");
+}
+
+TEST(ZPKFileManagerTest, CreateFolderFailsWhereTheUserMayNotWrite) {
+    const TemporaryFolder folder;
+    ::chmod(folder.path().c_str(), 0755);
+    EXPECT_EQ(::geteuid() != 0, AnswerWithoutPrivileges([&] {
+                  return ZPKFileManager::createFolderWithIntermediateFolders(folder / "a/b", 0777);
+              }));
+}
+
+TEST(ZPKFileManagerTest, RemoveItemTakesFoldersWithEverythingInThem) {
+    const TemporaryFolder folder;
+    for (int index = 0; index < 300; ++index) {
+        WriteFile(folder / ("tree/sub" + std::to_string(index % 7) + "/file" + std::to_string(index)), "x");
+    }
+    ASSERT_EQ(::mkfifo((folder / "tree/fifo").c_str(), 0666), 0);
+    EXPECT_TRUE(ZPKFileManager::removeItem(folder / "tree/"));
+    EXPECT_FALSE(IsThere(folder / "tree"));
+    EXPECT_FALSE(ZPKFileManager::removeItem(folder / "tree"));
+}
+
+TEST(ZPKFileManagerTest, RemoveItemNeverFollowsLinks) {
+    const TemporaryFolder folder;
+    WriteFile(folder / "outside/kept", "kept");
+    WriteFile(folder / "tree/file", "x");
+    std::filesystem::create_directory_symlink(folder / "outside", folder / "tree/link");
+    std::filesystem::create_directory_symlink(folder / "outside", folder / "top");
+    EXPECT_TRUE(ZPKFileManager::removeItem(folder / "tree"));
+    EXPECT_TRUE(ZPKFileManager::removeItem(folder / "top/"));
+    EXPECT_FALSE(IsThere(folder / "top"));
+    EXPECT_EQ(ReadFile(folder / "outside/kept"), "kept");
+}
+
+TEST(ZPKFileManagerTest, RemoveItemRefusesPathsThatNameNoItem) {
+    const TemporaryFolder folder;
+    WriteFile(folder / "tree/sub/file", "x");
+    for (const std::string& path :
+         {std::string(), std::string("/"), folder / "tree/.", folder / "tree/sub/..", folder / "tree/./",
+          folder / "missing/file", folder / "tree/sub/file/x", folder / std::string(5000, 'n')}) {
+        EXPECT_FALSE(ZPKFileManager::removeItem(path)) << path;
+    }
+    EXPECT_EQ(ReadFile(folder / "tree/sub/file"), "x");
+}
+
+TEST(ZPKFileManagerTest, RemoveItemOpensTheUsersOwnClosedFolders) {
+    const TemporaryFolder folder;
+    ::chmod(folder.path().c_str(), 0755);
+    for (const mode_t mode : {0000u, 0100u, 0300u, 0400u, 0500u, 0600u}) {
+        const std::string tree = folder / ("space" + std::to_string(mode));
+        WriteFile(tree + "/tree/sub/file", "x");
+        for (const std::string& path : {tree, tree + "/tree", tree + "/tree/sub", tree + "/tree/sub/file"}) {
+            GiveToUserWithoutPrivileges(path);
+        }
+        ::chmod((tree + "/tree/sub").c_str(), mode);
+        ::chmod((tree + "/tree").c_str(), mode);
+        EXPECT_TRUE(AnswerWithoutPrivileges([&] { return ZPKFileManager::removeItem(tree + "/tree"); }))
+            << mode;
+        EXPECT_FALSE(IsThere(tree + "/tree")) << mode;
+    }
+}
+
+TEST(ZPKFileManagerTest, RemoveItemSaysWhenSomethingRemains) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "needs another user's folder";
+    }
+    const TemporaryFolder folder;
+    ::chmod(folder.path().c_str(), 0755);
+    WriteFile(folder / "space/tree/foreign/file", "kept");
+    WriteFile(folder / "space/tree/own/file", "x");
+    for (const char* const path : {"space", "space/tree", "space/tree/own", "space/tree/own/file"}) {
+        GiveToUserWithoutPrivileges(folder / path);
+    }
+    EXPECT_FALSE(AnswerWithoutPrivileges([&] { return ZPKFileManager::removeItem(folder / "space/tree"); }));
+    EXPECT_EQ(ReadFile(folder / "space/tree/foreign/file"), "kept");
+    EXPECT_FALSE(IsThere(folder / "space/tree/own"));
+}
+
+TEST(ZPKFileManagerTest, RemoveItemTakesTreesDeeperThanAnyPath) {
+    const TemporaryFolder folder;
+    const rlimit fewDescriptors{128, 128};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &fewDescriptors), 0);
+    const rlimit smallStack{256 * 1024, 256 * 1024};
+    MakeDeepTree(folder / "deep", 10'000);
+    ASSERT_EQ(::setrlimit(RLIMIT_STACK, &smallStack), 0);
+    bool removed = false;
+    std::thread([&] { removed = ZPKFileManager::removeItem(folder / "deep"); }).join();
+    EXPECT_TRUE(removed);
+    EXPECT_FALSE(IsThere(folder / "deep"));
+}
+
+TEST(ZPKFileManagerTest, RemoveItemLeavesWhatIsMounted) {
+    const TemporaryFolder folder;
+    WriteFile(folder / "tree/file", "x");
+    std::filesystem::create_directories(folder / "tree/mounted");
+    std::filesystem::create_directories(folder / "tree/bound");
+    WriteFile(folder / "original/kept", "kept");
+    if (::mount("none", (folder / "tree/mounted").c_str(), "tmpfs", 0, nullptr) != 0) {
+        GTEST_SKIP() << "may not mount";
+    }
+    ASSERT_EQ(
+        ::mount((folder / "original").c_str(), (folder / "tree/bound").c_str(), nullptr, MS_BIND, nullptr),
+        0);
+    WriteFile(folder / "tree/mounted/kept", "kept");
+    EXPECT_FALSE(ZPKFileManager::removeItem(folder / "tree"));
+    EXPECT_EQ(ReadFile(folder / "tree/mounted/kept"), "kept");
+    EXPECT_EQ(ReadFile(folder / "original/kept"), "kept");
+    EXPECT_FALSE(IsThere(folder / "tree/file"));
+    ::umount((folder / "tree/mounted").c_str());
+    ::umount((folder / "tree/bound").c_str());
+}
+
+TEST(ZPKFileManagerTest, RemoveItemIsNotLedAwayByASwappedLink) {
+    const TemporaryFolder folder;
+    for (int index = 0; index < 50; ++index) {
+        WriteFile(folder / ("outside/kept" + std::to_string(index)), "kept");
+    }
+    std::filesystem::create_directory_symlink(folder / "outside", folder / "link");
+    std::atomic<bool> done = false;
+    std::thread swapper([&] {
+        while (!done) {
+            ::renameat2(AT_FDCWD, (folder / "link").c_str(), AT_FDCWD, (folder / "tree/sub").c_str(),
+                        RENAME_EXCHANGE);
+        }
+    });
+    for (int round = 0; round < 300; ++round) {
+        std::filesystem::create_directories(folder / "tree/sub");
+        WriteFile(folder / "tree/sub/file", "x");
+        ZPKFileManager::removeItem(folder / "tree");
+    }
+    done = true;
+    swapper.join();
+    for (int index = 0; index < 50; ++index) {
+        EXPECT_TRUE(IsThere(folder / ("outside/kept" + std::to_string(index)))) << index;
+    }
+}
+
+TEST(ZPKFileManagerTest, CopyItemKeepsContentsModesTimesAndLinks) {
+    const TemporaryFolder folder;
+    const std::string large(3'000'000, 'L');
+    WriteFile(folder / "tree/sub/large", large);
+    WriteFile(folder / "tree/empty", "");
+    WriteFile(folder / "tree/readonly/file", "r");
+    std::filesystem::create_symlink("sub/large", folder / "tree/link");
+    std::filesystem::create_symlink("/nowhere/at all", folder / "tree/dangling");
+    ::chmod((folder / "tree/sub/large").c_str(), 0640);
+    ::chmod((folder / "tree/empty").c_str(), 06755);
+    ::chmod((folder / "tree/readonly").c_str(), 0555);
+    const timespec times[2] = {{1'000'000'000, 123}, {1'100'000'000, 456'789}};
+    for (const char* const path : {"tree/sub/large", "tree/link", "tree/sub", "tree"}) {
+        ASSERT_EQ(::utimensat(AT_FDCWD, (folder / path).c_str(), times, AT_SYMLINK_NOFOLLOW), 0);
+    }
+    EXPECT_TRUE(ZPKFileManager::copyItem(folder / "tree", folder / "copy"));
+    EXPECT_EQ(ReadFile(folder / "copy/sub/large"), large);
+    EXPECT_EQ(ReadFile(folder / "copy/readonly/file"), "r");
+    EXPECT_EQ(std::filesystem::read_symlink(folder / "copy/link"), "sub/large");
+    EXPECT_EQ(std::filesystem::read_symlink(folder / "copy/dangling"), "/nowhere/at all");
+    EXPECT_EQ(ModeOf(folder / "copy/sub/large"), 0640u);
+    EXPECT_EQ(ModeOf(folder / "copy/empty"), 0755u) << "set-ID bits do not travel";
+    EXPECT_EQ(ModeOf(folder / "copy/readonly"), 0555u);
+    for (const char* const path : {"copy/sub/large", "copy/link", "copy/sub", "copy"}) {
+        struct stat attributes;
+        ASSERT_EQ(::lstat((folder / path).c_str(), &attributes), 0);
+        EXPECT_EQ(attributes.st_mtim.tv_sec, 1'100'000'000) << path;
+        EXPECT_EQ(attributes.st_mtim.tv_nsec, 456'789) << path;
+    }
+}
+
+TEST(ZPKFileManagerTest, CopyItemNeverOverwrites) {
+    const TemporaryFolder folder;
+    WriteFile(folder / "source", "new");
+    WriteFile(folder / "file", "old");
+    WriteFile(folder / "tree/x", "new");
+    std::filesystem::create_directory(folder / "folder");
+    std::filesystem::create_symlink("elsewhere", folder / "dangling");
+    for (const char* const source : {"source", "tree"}) {
+        for (const char* const destination : {"file", "folder", "dangling"}) {
+            EXPECT_FALSE(ZPKFileManager::copyItem(folder / source, folder / destination))
+                << source << " to " << destination;
+        }
+    }
+    EXPECT_EQ(ReadFile(folder / "file"), "old");
+    EXPECT_TRUE(std::filesystem::is_empty(folder / "folder"));
+    EXPECT_FALSE(IsThere(folder / "elsewhere"));
+}
+
+TEST(ZPKFileManagerTest, CopyItemRefusesWhatWouldHangOrNeverEnd) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(::mkfifo((folder / "fifo").c_str(), 0666), 0);
+    WriteFile(folder / "tree/file", "x");
+    WriteFile(folder / "tree/a/b/file", "x");
+    ASSERT_EQ(::mkfifo((folder / "tree/fifo").c_str(), 0666), 0);
+    const int listener = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    (folder / "socket").copy(address.sun_path, sizeof(address.sun_path) - 1);
+    ASSERT_EQ(::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
+    ::close(listener);
+    EXPECT_FALSE(ZPKFileManager::copyItem(folder / "fifo", folder / "copy1"));
+    EXPECT_FALSE(ZPKFileManager::copyItem(folder / "socket", folder / "copy2"));
+    EXPECT_FALSE(ZPKFileManager::copyItem("/dev/zero", folder / "copy3"));
+    EXPECT_FALSE(ZPKFileManager::copyItem(folder / "tree", folder / "tree/a/b/inside"));
+    EXPECT_FALSE(ZPKFileManager::copyItem(folder / "tree", folder / "tree/inside"));
+    EXPECT_FALSE(ZPKFileManager::copyItem(folder / "missing", folder / "copy4"));
+    EXPECT_FALSE(ZPKFileManager::copyItem(folder / "tree/file", folder / "missing/copy"));
+    EXPECT_FALSE(IsThere(folder / "copy1") || IsThere(folder / "copy2") || IsThere(folder / "copy3") ||
+                 IsThere(folder / "copy4") || IsThere(folder / "tree/inside"));
+    EXPECT_FALSE(ZPKFileManager::copyItem(folder / "tree", folder / "copy5"));
+    EXPECT_EQ(ReadFile(folder / "copy5/a/b/file"), "x") << "what can be copied is";
+}
+
+TEST(ZPKFileManagerTest, CopyItemSaysWhenAFileCannotBeRead) {
+    const TemporaryFolder folder;
+    ::chmod(folder.path().c_str(), 0777);
+    WriteFile(folder / "tree/closed", "x");
+    WriteFile(folder / "tree/open", "x");
+    ::chmod((folder / "tree").c_str(), 0755);
+    ::chmod((folder / "tree/open").c_str(), 0644);
+    ::chmod((folder / "tree/closed").c_str(), 0000);
+    EXPECT_FALSE(
+        AnswerWithoutPrivileges([&] { return ZPKFileManager::copyItem(folder / "tree", folder / "copy"); }));
+    EXPECT_EQ(ReadFile(folder / "copy/open"), "x");
+}
+
+TEST(ZPKFileManagerTest, CopyItemTakesTreesDeeperThanAnyPath) {
+    const TemporaryFolder folder;
+    MakeDeepTree(folder / "deep", 3'000);
+    const std::size_t before = OpenDescriptorCount();
+    const rlimit fewDescriptors{128, 128};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &fewDescriptors), 0);
+    EXPECT_TRUE(ZPKFileManager::copyItem(folder / "deep", folder / "copy"));
+    EXPECT_EQ(DepthOf(folder / "copy"), 3'000);
+    EXPECT_EQ(OpenDescriptorCount(), before);
+    ZPKFileManager::removeItem(folder / "copy");
+    ZPKFileManager::removeItem(folder / "deep");
+}
+
+TEST(ZPKFileManagerTest, ContentsOfFolderGivesDirectEntriesInTheirOrder) {
+    const TemporaryFolder folder;
+    for (const char* const name : {"b", "a", ".hidden", "c/below"}) {
+        WriteFile(folder / name, "x");
+    }
+    std::filesystem::create_directory_symlink(folder.path(), folder / "link");
+    std::vector<std::string> expected;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.path())) {
+        expected.push_back(entry.path().filename());
+    }
+    std::vector<std::string> names{"old"};
+    EXPECT_TRUE(ZPKFileManager::contentsOfFolder(folder.path(), names));
+    EXPECT_EQ(names, expected);
+    EXPECT_TRUE(ZPKFileManager::contentsOfFolder(folder / "link", names));
+    EXPECT_EQ(names, expected);
+}
+
+TEST(ZPKFileManagerTest, ContentsOfFolderIsEmptyWhenItCannotBeRead) {
+    const TemporaryFolder folder;
+    WriteFile(folder / "file", "x");
+    for (const std::string& path : {folder / "file", folder / "missing", std::string()}) {
+        std::vector<std::string> names{"old"};
+        EXPECT_FALSE(ZPKFileManager::contentsOfFolder(path, names)) << path;
+        EXPECT_TRUE(names.empty());
+    }
+}
+
+TEST(ZPKFileManagerTest, SubpathsGiveEachFolderBeforeWhatItHolds) {
+    const TemporaryFolder folder;
+    for (const char* const name : {"a/1", "a/b/2", "a/b/c/3", "z/4", "top", "\xFF\n name"}) {
+        WriteFile(folder / name, "x");
+    }
+    std::filesystem::create_directory_symlink(folder / "a", folder / "z/link");
+    std::vector<std::string> expected;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.path())) {
+        expected.push_back(entry.path().lexically_relative(folder.path()));
+    }
+    std::vector<std::string> paths{"old"};
+    ZPKFileManager::subpathsOfFolder(folder.path() + "/", paths);
+    EXPECT_EQ(paths, expected);
+    EXPECT_EQ(std::count(paths.begin(), paths.end(), "z/link/1"), 0);
+}
+
+TEST(ZPKFileManagerTest, SubpathsLeaveOutWhatIsTooLongOrUnreadable) {
+    const TemporaryFolder folder;
+    MakeDeepTree(folder / "deep", 6'000);
+    std::vector<std::string> paths;
+    ZPKFileManager::subpathsOfFolder(folder.path(), paths);
+    ASSERT_FALSE(paths.empty());
+    EXPECT_LT(paths.back().size(), 4096u);
+    EXPECT_GT(paths.back().size(), 4090u);
+    ZPKFileManager::removeItem(folder / "deep");
+    ZPKFileManager::subpathsOfFolder(folder / "missing", paths);
+    EXPECT_TRUE(paths.empty());
+}
+
+TEST(ZPKFileManagerTest, SubpathsEndWhereAFolderHoldsItself) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directories(folder / "a/loop");
+    if (::mount(folder.path().c_str(), (folder / "a/loop").c_str(), nullptr, MS_BIND, nullptr) != 0) {
+        GTEST_SKIP() << "may not mount";
+    }
+    std::vector<std::string> paths;
+    ZPKFileManager::subpathsOfFolder(folder.path(), paths);
+    EXPECT_EQ(paths, (std::vector<std::string>{"a", "a/loop"}));
+    ::umount((folder / "a/loop").c_str());
+}
+
+TEST(ZPKFileManagerTest, PathComponentsAreJoinedWithOneSeparator) {
+    struct Row {
+        const char* folder;
+        const char* component;
+        const char* joined;
+    };
+    const Row rows[] = {
+        {"/a", "b", "/a/b"},
+        {"/a/", "b", "/a/b"},
+        {"/a//", "//b", "/a/b"},
+        {"/a", "/b/c", "/a/b/c"},
+        {"/", "b", "/b"},
+        {"", "b", "b"},
+        {"", "/b", "/b"},
+        {"/a", "", "/a"},
+        {"/a/", "", "/a"},
+        {"/", "", "/"},
+        {"", "", ""},
+        {"a", "../b", "a/../b"},
+        {"a b", " c ", "a b/ c "},
+        {"/", "/", "/"},
+        {"/a", "b/", "/a/b/"},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(ZPKFileManager::stringByAppendingPathComponent(row.folder, row.component), row.joined)
+            << "'" << row.folder << "' and '" << row.component << "'";
+    }
+}
+
+TEST(ZPKFileManagerTest, PathsAreTakenApart) {
+    struct Row {
+        const char* path;
+        const char* last;
+        const char* extension;
+    };
+    const Row rows[] = {
+        {"/x/Setup.app", "Setup.app", "app"},
+        {"/x/Setup.app/", "Setup.app", "app"},
+        {"Setup.APP", "Setup.APP", "APP"},
+        {"a.b/c", "c", ""},
+        {"a.tar.gz", "a.tar.gz", "gz"},
+        {"a.", "a.", ""},
+        {"/", "/", ""},
+        {"", "", ""},
+        {"com.varno.Zephyrkit", "com.varno.Zephyrkit", "Zephyrkit"},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(ZPKFileManager::lastPathComponent(row.path), row.last) << row.path;
+        EXPECT_EQ(ZPKFileManager::pathExtension(row.path), row.extension) << row.path;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,164 @@
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <thread>
+
+#include "Platform/ZPKPropertyList.h"
+
+namespace {
+
+std::string Repeated(const std::string& text, std::size_t count) {
+    std::string result;
+    result.reserve(text.size() * count);
+    for (std::size_t index = 0; index < count; ++index) {
+        result += text;
+    }
+    return result;
+}
+
+std::string NestedXML(std::size_t levels) {
+    return "<plist><dict><key>k</key>" + Repeated("<array>", levels) + Repeated("</array>", levels) +
+           "</dict></plist>";
+}
+
+void AppendNumber(std::string& bytes, std::uint64_t number, int width) {
+    for (int shift = (width - 1) * 8; shift >= 0; shift -= 8) {
+        bytes += static_cast<char>(number >> shift & 0xFF);
+    }
+}
+
+/// A binary list of the given objects, four bytes an offset and two a reference.
+std::string Binary(const std::vector<std::string>& objects) {
+    std::string bytes = "bplist00";
+    std::string offsets;
+    for (const std::string& object : objects) {
+        AppendNumber(offsets, bytes.size(), 4);
+        bytes += object;
+    }
+    const std::size_t table = bytes.size();
+    bytes += offsets + std::string(6, '\0') + '\x04' + '\x02';
+    AppendNumber(bytes, objects.size(), 8);
+    AppendNumber(bytes, 0, 8);
+    AppendNumber(bytes, table, 8);
+    return bytes;
+}
+
+std::string ArrayOf(const std::vector<unsigned int>& references) {
+    std::string object(1, static_cast<char>(0xA0 + references.size()));
+    for (const unsigned int reference : references) {
+        AppendNumber(object, reference, 2);
+    }
+    return object;
+}
+
+/// `{ "k": object 2 }` with the objects from 2 on.
+std::string BinaryDictionaryOf(std::vector<std::string> objects) {
+    std::string root = "\xD1";
+    AppendNumber(root, 1, 2);
+    AppendNumber(root, 2, 2);
+    objects.insert(objects.begin(), {root, "\x51k"});
+    return Binary(objects);
+}
+
+TEST(ZPKPropertyListHostileTest, DeepXMLIsMalformed) {
+    EXPECT_TRUE(ZPKPropertyList::dictionaryWithBytes(NestedXML(100)));
+    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(NestedXML(200)));
+    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(NestedXML(1'000'000)));
+    EXPECT_FALSE(
+        ZPKPropertyList::dictionaryWithBytes("<plist><dict><key>k</key>" + Repeated("<array>", 1'000'000)));
+}
+
+TEST(ZPKPropertyListHostileTest, DepthCannotBeHidden) {
+    const std::string hidden[] = {
+        Repeated("<array><!-- </array> -->", 100'000),
+        Repeated("<array><?x </array>?>", 100'000),
+        Repeated("<array><![CDATA[</array>]]>", 100'000),
+        Repeated("<array a=\"</array>\">", 100'000),
+        Repeated("<array a='/>'>", 100'000),
+        Repeated("<array ><dict\n><key>k</key>", 100'000),
+    };
+    for (const std::string& nested : hidden) {
+        EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes("<plist><dict><key>k</key>" + nested))
+            << nested.substr(0, 40);
+    }
+}
+
+TEST(ZPKPropertyListHostileTest, DeepTextIsMalformed) {
+    EXPECT_TRUE(ZPKPropertyList::dictionaryWithBytes("k = " + Repeated("(", 100) + Repeated(")", 100) + ";"));
+    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes("k = " + Repeated("(", 1'000'000)));
+    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes("k = " + Repeated("{k=", 1'000'000)));
+}
+
+TEST(ZPKPropertyListHostileTest, DeepBinaryIsMalformed) {
+    for (const unsigned int levels : {100u, 60'000u}) {
+        std::vector<std::string> objects;
+        for (unsigned int level = 0; level < levels; ++level) {
+            objects.push_back(ArrayOf({level + 3}));
+        }
+        objects.push_back("\x51x");
+        EXPECT_EQ(ZPKPropertyList::dictionaryWithBytes(BinaryDictionaryOf(objects)).has_value(),
+                  levels == 100u);
+    }
+}
+
+TEST(ZPKPropertyListHostileTest, RepeatedReferencesDoNotMultiply) {
+    std::vector<std::string> objects;
+    for (unsigned int level = 0; level < 60; ++level) {
+        objects.push_back(ArrayOf({level + 3, level + 3, level + 3}));
+    }
+    objects.push_back("\x51x");
+    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(BinaryDictionaryOf(objects)));
+}
+
+TEST(ZPKPropertyListHostileTest, LongTextsDoNotMultiplyEither) {
+    // Twelve megabytes of text, referred to three million times.
+    std::vector<std::string> objects;
+    for (unsigned int level = 0; level < 13; ++level) {
+        objects.push_back(ArrayOf({level + 3, level + 3, level + 3}));
+    }
+    std::string text = "\x5F\x12";
+    AppendNumber(text, 12'000'000, 4);
+    objects.push_back(text + std::string(12'000'000, 'x'));
+    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(BinaryDictionaryOf(objects)));
+}
+
+TEST(ZPKPropertyListHostileTest, CirclesAreMalformed) {
+    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(BinaryDictionaryOf({ArrayOf({2})})));
+    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(BinaryDictionaryOf({ArrayOf({3}), ArrayOf({0})})));
+}
+
+TEST(ZPKPropertyListHostileTest, BinaryNumbersThatDoNotFitTheFileAreMalformed) {
+    const std::string good = BinaryDictionaryOf({"\x51x"});
+    ASSERT_TRUE(ZPKPropertyList::dictionaryWithBytes(good));
+    for (std::size_t byte = good.size() - 32; byte < good.size(); ++byte) {
+        for (const char value : {'\x00', '\x01', '\x7F', '\xFF'}) {
+            std::string damaged = good;
+            damaged[byte] = value;
+            ZPKPropertyList::dictionaryWithBytes(damaged);
+        }
+    }
+    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(
+        BinaryDictionaryOf({"\xAF\x13\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"})));
+    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(
+        BinaryDictionaryOf({"\x5F\x13\x7F\xFF\xFF\xFF\xFF\xFF\xFF\xFF"})));
+    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(BinaryDictionaryOf({"\xDF"})));
+    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(BinaryDictionaryOf({ArrayOf({60'000})})));
+}
+
+TEST(ZPKPropertyListHostileTest, ManyEntriesAreReadInTime) {
+    std::string xml =
+        "<plist><dict><key>k</key><array>" + Repeated("<string>signature</string>", 100'000) + "</array>";
+    std::string text = "k = (";
+    for (int index = 0; index < 20'000; ++index) {
+        xml += "<key>key" + std::to_string(index) + "</key><string>v</string>";
+    }
+    text += Repeated("signature, ", 100'000) + ");";
+    const auto fromXML = ZPKPropertyList::dictionaryWithBytes(xml + "</dict></plist>");
+    const auto fromText = ZPKPropertyList::dictionaryWithBytes(text);
+    ASSERT_TRUE(fromXML && fromText);
+    EXPECT_EQ(fromXML->stringArrayForKey("k")->size(), 100'000u);
+    EXPECT_EQ(fromText->stringArrayForKey("k")->size(), 100'000u);
+    EXPECT_EQ(fromXML->stringForKey("key19999"), "v");
+}
+
+}  // namespace

@@ -1,0 +1,240 @@
+#include "Platform/ZPKStandardFolders.h"
+
+#include <gtest/gtest.h>
+#include <pwd.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "Tests/Platform/OtherUser.h"
+#include "Tests/Platform/ScopedEnvironment.h"
+#include "Tests/Support/TemporaryFolder.h"
+
+namespace {
+
+using zpk_test::AnswerWithoutPrivileges;
+using zpk_test::GiveToUserWithoutPrivileges;
+using zpk_test::ScopedEnvironment;
+using zpk_test::TemporaryFolder;
+using zpk_test::WriteFile;
+
+using Folder = std::optional<std::string>;
+
+std::string PrivateName() {
+    return "com.varno.zephyrkit-" + std::to_string(::geteuid());
+}
+
+mode_t ModeOf(const std::string& path) {
+    struct stat attributes;
+    return ::lstat(path.c_str(), &attributes) == 0 ? attributes.st_mode & 07777 : 0;
+}
+
+TEST(ZPKStandardFoldersTest, LocalLibraryIsTheFirstAbsoluteDataFolder) {
+    struct Row {
+        std::optional<std::string> value;
+        Folder folder;
+    };
+    const Row rows[] = {{std::nullopt, "/usr/local/share"},
+                        {"", "/usr/local/share"},
+                        {"/opt/share", "/opt/share"},
+                        {"/opt/share/:/usr/share", "/opt/share"},
+                        {":relative:/x", "/x"},
+                        {"relative", std::nullopt},
+                        {":::", std::nullopt},
+                        {"/", "/"},
+                        {"/a b/\xC3\xA9", "/a b/\xC3\xA9"}};
+    for (const Row& row : rows) {
+        const ScopedEnvironment environment("XDG_DATA_DIRS", row.value);
+        SCOPED_TRACE(row.value.value_or("(unset)"));
+        EXPECT_EQ(ZPKStandardFolders::localLibraryFolder(), row.folder);
+        EXPECT_EQ(
+            ZPKStandardFolders::localApplicationSupportFolder(),
+            row.folder ? Folder((*row.folder == "/" ? "" : *row.folder) + "/Application Support") : Folder());
+    }
+}
+
+TEST(ZPKStandardFoldersTest, UsersFolderIsHome) {
+    EXPECT_EQ(ZPKStandardFolders::usersFolder(), "/home");
+}
+
+TEST(ZPKStandardFoldersTest, HomeFolderComesFromTheEnvironmentThenTheUserDatabase) {
+    const std::string known = ::getpwuid(::geteuid())->pw_dir;
+    struct Row {
+        std::optional<std::string> value;
+        std::string folder;
+    };
+    for (const Row& row : {Row{"/home/someone/", "/home/someone"}, Row{std::nullopt, known}, Row{"", known},
+                           Row{"relative", known}}) {
+        const ScopedEnvironment environment("HOME", row.value);
+        EXPECT_EQ(ZPKStandardFolders::homeFolder(), row.folder) << row.value.value_or("(unset)");
+    }
+}
+
+TEST(ZPKStandardFoldersTest, TemporaryFolderOfTheUsersOwnIsUsedAsItIs) {
+    const TemporaryFolder folder;
+    for (const mode_t mode : {0700u, 0755u, 0711u}) {
+        ::chmod(folder.path().c_str(), mode);
+        for (const char* const ending : {"", "/", "///"}) {
+            const ScopedEnvironment environment("TMPDIR", folder.path() + ending);
+            EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), folder.path()) << mode << ending;
+        }
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+}
+
+TEST(ZPKStandardFoldersTest, TemporaryFolderThatOthersMayWriteToGetsAPrivateOne) {
+    for (const mode_t mode : {01777u, 0777u, 0770u, 0720u, 0702u}) {
+        const TemporaryFolder folder;
+        const ScopedEnvironment environment("TMPDIR", folder.path());
+        ::chmod(folder.path().c_str(), mode);
+        const std::string expected = folder / PrivateName();
+        EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), expected) << mode;
+        EXPECT_EQ(ModeOf(expected), 0700u) << mode;
+        EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), expected) << "found again";
+    }
+}
+
+TEST(ZPKStandardFoldersTest, TemporaryFolderOfAnotherUserGetsAPrivateOne) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "needs another user's folder";
+    }
+    const TemporaryFolder folder;
+    GiveToUserWithoutPrivileges(folder.path());
+    ::chmod(folder.path().c_str(), 0755);
+    const ScopedEnvironment environment("TMPDIR", folder.path());
+    EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), folder / PrivateName());
+}
+
+TEST(ZPKStandardFoldersTest, TemporaryFolderFallsBackToTmp) {
+    const TemporaryFolder folder;
+    WriteFile(folder / "file", "x");
+    std::filesystem::create_symlink("nowhere", folder / "dangling");
+    const std::optional<std::string> values[] = {
+        std::nullopt, "", "relative", ".", folder / "file", folder / "missing", folder / "dangling"};
+    struct stat attributes;
+    const bool wasThere = ::lstat(("/tmp/" + PrivateName()).c_str(), &attributes) == 0;
+    ASSERT_EQ(::chdir(folder.path().c_str()), 0);
+    for (const std::optional<std::string>& value : values) {
+        const ScopedEnvironment environment("TMPDIR", value);
+        EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), "/tmp/" + PrivateName())
+            << value.value_or("(unset)");
+    }
+    if (!wasThere) {
+        ::rmdir(("/tmp/" + PrivateName()).c_str());
+    }
+}
+
+TEST(ZPKStandardFoldersTest, TemporaryFolderBehindALinkIsUsed) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder / "real");
+    ::chmod((folder / "real").c_str(), 0700);
+    std::filesystem::create_directory_symlink("real", folder / "link");
+    const ScopedEnvironment environment("TMPDIR", folder / "link");
+    EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), folder / "link");
+}
+
+class ZPKStandardFoldersRefusalTest : public ::testing::Test {
+protected:
+    void SetUp() override { ::chmod(m_folder.path().c_str(), 01777); }
+
+    TemporaryFolder m_folder;
+    ScopedEnvironment m_environment{"TMPDIR", m_folder.path()};
+    std::string m_private = m_folder / PrivateName();
+};
+
+TEST_F(ZPKStandardFoldersRefusalTest, PreparedLinkIsRefused) {
+    std::filesystem::create_directory(m_folder / "trap");
+    ::chmod((m_folder / "trap").c_str(), 0700);
+    std::filesystem::create_directory_symlink("trap", m_private);
+    EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), std::nullopt);
+}
+
+TEST_F(ZPKStandardFoldersRefusalTest, PreparedFileIsRefused) {
+    WriteFile(m_private, "x");
+    ::chmod(m_private.c_str(), 0700);
+    EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), std::nullopt);
+}
+
+TEST_F(ZPKStandardFoldersRefusalTest, WrongModeIsRefused) {
+    std::filesystem::create_directory(m_private);
+    for (const mode_t mode : {0755u, 0777u, 0710u, 0701u, 0500u, 0000u}) {
+        ::chmod(m_private.c_str(), mode);
+        EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), std::nullopt) << mode;
+        EXPECT_EQ(ModeOf(m_private), mode) << "is not repaired";
+    }
+}
+
+TEST_F(ZPKStandardFoldersRefusalTest, AnotherOwnersFolderIsRefused) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "needs another user's folder";
+    }
+    std::filesystem::create_directory(m_private);
+    ::chmod(m_private.c_str(), 0700);
+    GiveToUserWithoutPrivileges(m_private);
+    EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), std::nullopt);
+}
+
+TEST_F(ZPKStandardFoldersRefusalTest, FolderThatCannotBeMadeIsNone) {
+    ::chmod(m_folder.path().c_str(), 0555);
+    EXPECT_TRUE(::geteuid() != 0 || AnswerWithoutPrivileges([] {
+                    return ZPKStandardFolders::temporaryFolder() == std::nullopt;
+                }));
+}
+
+/// A folder on a file system from which programs may not run.
+class ZPKStandardFoldersNoExecutionTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        std::filesystem::create_directory(m_mounted);
+        m_isMounted = ::mount("none", m_mounted.c_str(), "tmpfs", MS_NOEXEC, "mode=0700") == 0;
+        if (!m_isMounted) {
+            GTEST_SKIP() << "may not mount";
+        }
+        ::chmod(m_mounted.c_str(), 0700);
+    }
+    void TearDown() override {
+        if (m_isMounted) {
+            ::umount(m_mounted.c_str());
+        }
+    }
+
+    TemporaryFolder m_folder;
+    std::string m_mounted = m_folder / "mounted";
+    ScopedEnvironment m_temporary{"TMPDIR", m_mounted};
+    bool m_isMounted = false;
+};
+
+TEST_F(ZPKStandardFoldersNoExecutionTest, CacheFolderIsUsedInstead) {
+    const ScopedEnvironment cache("XDG_CACHE_HOME", m_folder / "new/cache/");
+    EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), m_folder / "new/cache");
+    EXPECT_EQ(ModeOf(m_folder / "new/cache"), 0700u) << "made when missing";
+}
+
+TEST_F(ZPKStandardFoldersNoExecutionTest, CacheFolderInTheHomeFolderIsUsedInstead) {
+    const ScopedEnvironment home("HOME", m_folder.path());
+    for (const std::optional<std::string>& value :
+         {std::optional<std::string>(), std::optional<std::string>(""),
+          std::optional<std::string>("relative")}) {
+        const ScopedEnvironment cache("XDG_CACHE_HOME", value);
+        EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), m_folder / ".cache") << value.value_or("(unset)");
+    }
+}
+
+TEST_F(ZPKStandardFoldersNoExecutionTest, CacheFolderThatOthersMayWriteToGetsAPrivateOne) {
+    const ScopedEnvironment cache("XDG_CACHE_HOME", m_folder / "cache");
+    std::filesystem::create_directory(m_folder / "cache");
+    ::chmod((m_folder / "cache").c_str(), 0777);
+    EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), m_folder / ("cache/" + PrivateName()));
+}
+
+TEST_F(ZPKStandardFoldersNoExecutionTest, CacheFolderThatIsUnusableMeansNone) {
+    WriteFile(m_folder / "file", "x");
+    for (const std::string& value : {m_folder / "file", m_folder / "file/below", m_mounted + "/cache"}) {
+        const ScopedEnvironment cache("XDG_CACHE_HOME", value);
+        EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), std::nullopt) << value;
+    }
+}
+
+}  // namespace
