@@ -174,7 +174,7 @@ TEST_F(DesktopProgressWindow, IsModalAndCentredAndOfFixedSize) {
         EXPECT_EQ(window->windowModality(), Qt::ApplicationModal);
         EXPECT_EQ(window->minimumSize(), window->maximumSize());
         const QPoint off = window->geometry().center() - window->screen()->availableGeometry().center();
-        EXPECT_LE(off.manhattanLength(), 2);
+        EXPECT_LE(off.manhattanLength(), 10) << "more than a frame's width off";
     });
 }
 
@@ -237,6 +237,7 @@ TEST_F(DesktopAlert, ShowsItsTextsAsTheyStand) {
         EXPECT_EQ(box->buttons().front()->text(), "OK && go");
         EXPECT_EQ(box->defaultButton(), box->buttons().front());
         EXPECT_EQ(box->escapeButton(), box->buttons().front());
+        EXPECT_TRUE(QTest::qWaitForWindowActive(box));
         EXPECT_TRUE(box->buttons().front()->hasFocus());
         EXPECT_EQ(AccessibleName(box->buttons().front()), "OK & go");
         box->buttons().front()->click();
@@ -448,6 +449,7 @@ TEST_F(DesktopDiscWindow, CloseBoxLeavesTheWindowThatMayNotClose) {
 
 TEST_F(DesktopDiscWindow, TabGoesFromSearchToCancelToTheList) {
     run([&] {
+        EXPECT_TRUE(QTest::qWaitForWindowActive(dialog));
         EXPECT_EQ(QApplication::focusWidget(), search);
         QTest::keyClick(search, Qt::Key_Tab);
         EXPECT_EQ(QApplication::focusWidget(), cancel);
@@ -539,7 +541,7 @@ TEST_F(DesktopDiscWindow, RightToLeftLanguageMirrorsIt) {
     frontEnd->setInterfaceLanguage("he");
     run([&] {
         EXPECT_GT(search->x(), cancel->x());
-        EXPECT_EQ(list->document()->defaultTextOption().alignment(), Qt::AlignRight);
+        EXPECT_EQ(list->document()->defaultTextOption().alignment(), Qt::AlignRight | Qt::AlignAbsolute);
     });
 }
 

@@ -45,11 +45,11 @@ ZPKDesktopParameters ParametersWithTerminal() {
 
 class DesktopStart : public ::testing::Test {
 protected:
-    void SetUp() override {
-        ::testing::FLAGS_gtest_death_test_style = "threadsafe";
-        ClearDisplays();
-    }
+    void SetUp() override { ClearDisplays(); }
 };
+
+/// By their name these run first, while the process has no thread but its main thread.
+using DesktopStartDeathTest = DesktopStart;
 
 TEST_F(DesktopStart, WithoutADisplayThereIsNoFrontEnd) {
     EXPECT_EQ(OpenDesktop(DesktopParameters()), nullptr);
@@ -75,7 +75,7 @@ TEST_F(DesktopStart, WaylandThatIsNotThereGivesNoFrontEnd) {
     }
 }
 
-TEST_F(DesktopStart, DisplayThatOnlyListensEndsInTheRunWithoutDesktop) {
+TEST_F(DesktopStartDeathTest, DisplayThatOnlyListensEndsInTheRunWithoutDesktop) {
     const TemporaryFolder folder;
     const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_un address{};
@@ -85,8 +85,7 @@ TEST_F(DesktopStart, DisplayThatOnlyListensEndsInTheRunWithoutDesktop) {
     ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
     ASSERT_EQ(listen(listener, 1), 0);
     setenv("XDG_RUNTIME_DIR", folder.path().c_str(), 1);
-    // By its whole path, since the child of the test makes a folder of its own.
-    setenv("WAYLAND_DISPLAY", path.c_str(), 1);
+    setenv("WAYLAND_DISPLAY", "wayland-0", 1);
     // A compositor that takes the connection and goes away.
     const pid_t compositor = fork();
     if (compositor == 0) {
@@ -102,26 +101,26 @@ TEST_F(DesktopStart, DisplayThatOnlyListensEndsInTheRunWithoutDesktop) {
     close(listener);
 }
 
-TEST_F(DesktopStart, PlatformThatDoesNotExistEndsInTheRunWithoutDesktop) {
+TEST_F(DesktopStartDeathTest, PlatformThatDoesNotExistEndsInTheRunWithoutDesktop) {
     setenv("QT_QPA_PLATFORM", "nonsense", 1);
     EXPECT_EXIT(OpenAndExit(ParametersWithTerminal()), ::testing::ExitedWithCode(42),
                 "^Cannot use the desktop: [^\n]*nonsense[^\n]*\non the terminal\n$");
 }
 
-TEST_F(DesktopStart, PlatformThatCannotConnectEndsInTheRunWithoutDesktop) {
+TEST_F(DesktopStartDeathTest, PlatformThatCannotConnectEndsInTheRunWithoutDesktop) {
     // The probe leaves alone what it does not know, here a list of platforms.
     setenv("QT_QPA_PLATFORM", "xcb;xcb", 1);
     setenv("DISPLAY", ":12345", 1);
     EXPECT_EXIT(OpenAndExit(ParametersWithTerminal()), ::testing::ExitedWithCode(42), "on the terminal\n$");
 }
 
-TEST_F(DesktopStart, PlugInFolderThatIsNotThereIsNoHindrance) {
+TEST_F(DesktopStartDeathTest, PlugInFolderThatIsNotThereIsNoHindrance) {
     setenv("QT_QPA_PLATFORM", "offscreen", 1);
     setenv("QT_QPA_PLATFORM_PLUGIN_PATH", "/nonexistent", 1);
     EXPECT_EXIT(OpenAndExit(ParametersWithTerminal()), ::testing::ExitedWithCode(0), "^$");
 }
 
-TEST_F(DesktopStart, WithoutAnotherWayTheProcessEndsWithOne) {
+TEST_F(DesktopStartDeathTest, WithoutAnotherWayTheProcessEndsWithOne) {
     setenv("QT_QPA_PLATFORM", "nonsense", 1);
     EXPECT_EXIT(OpenAndExit(DesktopParameters()), ::testing::ExitedWithCode(1),
                 "^Cannot use the desktop: [^\n]+\n$");

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <pty.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -80,11 +81,17 @@ public:
         m_person = -1;
     }
 
-    /// What was printed, the echo of what was typed with it.
+    /// What was printed, the echo of what was typed with it. The host passes it on a little later, so
+    /// it has come to its end when there was silence for a while.
     std::string screen() {
         std::string text;
         char block[4096];
-        for (ssize_t count; (count = read(m_person, block, sizeof(block))) > 0;) {
+        pollfd waited{m_person, POLLIN, 0};
+        while (poll(&waited, 1, 200) == 1) {
+            const ssize_t count = read(m_person, block, sizeof(block));
+            if (count <= 0) {
+                break;
+            }
             text.append(block, static_cast<std::size_t>(count));
         }
         return text;
