@@ -8,6 +8,7 @@
 #include <QPushButton>
 #include <QTest>
 #include <array>
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -36,11 +37,28 @@ std::string OutputOf(const std::string& command) {
     return output;
 }
 
-/// Presses a key at the server while the main thread handles events.
+/// The same, while the main thread goes on to handle events.
+std::string OutputMeanwhile(const std::string& command) {
+    std::string output;
+    std::atomic<bool> isDone = false;
+    std::thread runner([&] {
+        output = OutputOf(command);
+        isDone = true;
+    });
+    EXPECT_TRUE(QTest::qWaitFor([&] { return isDone.load(); }, 30000));
+    runner.join();
+    return output;
+}
+
+/// Presses a key at the server, and lets it arrive.
 void PressKey(const std::string& key) {
-    std::thread presser([&key] { OutputOf("xdotool key " + key); });
-    QTest::qWait(250);
-    presser.join();
+    OutputMeanwhile("xdotool key " + key);
+    QTest::qWait(100);
+}
+
+/// What a screen reader finds of the launcher.
+std::string Accessibles() {
+    return OutputMeanwhile(ZPK_TEST_LIST_ACCESSIBLES " Zephyrkit");
 }
 
 bool IsVisibleAtTheServer(const std::string& title) {
@@ -185,6 +203,69 @@ TEST_F(DesktopOnDisplay, WindowIsInTheMiddleOfTheScreen) {
             const QPoint off = shown->geometry().center() - shown->screen()->geometry().center();
             EXPECT_LE(std::abs(off.x()), 10);
             EXPECT_LE(std::abs(off.y()), 30) << "more than a title bar off";
+            frontEnd->abortModal();
+        });
+        frontEnd->runModalForWindow(*window);
+    });
+}
+
+class DesktopForScreenReader : public DesktopOnDisplay {
+protected:
+    void SetUp() override {
+        // No screen reader runs that would ask for it.
+        setenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1", 1);
+        frontEnd.reset();
+        frontEnd = OpenDesktop();
+    }
+};
+
+TEST_F(DesktopForScreenReader, ProgressWindowTellsItsTitleAndValue) {
+    RunWith(*frontEnd, [&] {
+        auto window = frontEnd->createProgressWindow();
+        window->setTitle("Unpacking");
+        window->progressIndicator().setDoubleValue(40);
+        InNextLoop([&] {
+            waitForActive<QProgressBar>("progressIndicator");
+            const std::string found = Accessibles();
+            EXPECT_NE(found.find("progress bar / Unpacking / value=40"), std::string::npos) << found;
+            EXPECT_NE(found.find("label / Unpacking"), std::string::npos) << found;
+            EXPECT_EQ(found.find("menu"), std::string::npos) << found;
+            frontEnd->abortModal();
+        });
+        frontEnd->runModalForWindow(*window);
+    });
+}
+
+TEST_F(DesktopForScreenReader, AlertTellsItsTextAndButton) {
+    RunWith(*frontEnd, [&] {
+        InNextLoop([&] {
+            auto* box = waitForActive<QMessageBox>("");
+            const std::string found = Accessibles();
+            EXPECT_NE(found.find("alert / "), std::string::npos) << found;
+            EXPECT_NE(found.find("label / No <b>room</b>"), std::string::npos) << found;
+            EXPECT_NE(found.find("push button / OK / "), std::string::npos) << found;
+            box->close();
+        });
+        frontEnd->runAlert({"No <b>room</b>", "", "OK"});
+    });
+}
+
+TEST_F(DesktopForScreenReader, DiscWindowTellsItsTextsAndButtons) {
+    RunWith(*frontEnd, [&] {
+        auto window = frontEnd->createCDSearchWindow();
+        window->setTitle("Disc");
+        window->setMessage("Insert the disc.");
+        window->setProductList("Suite\nTools");
+        window->setSearchButtonTitle("Search");
+        window->setCancelButtonTitle("Cancel");
+        InNextLoop([&] {
+            waitForActive<QPushButton>("searchButton");
+            const std::string found = Accessibles();
+            for (const char* line :
+                 {"dialog / Disc", "label / Insert the disc.", "text / Insert the disc. / text=Suite|Tools",
+                  "push button / Search / ", "push button / Cancel"}) {
+                EXPECT_NE(found.find(line), std::string::npos) << line << "\n" << found;
+            }
             frontEnd->abortModal();
         });
         frontEnd->runModalForWindow(*window);
