@@ -22,10 +22,9 @@ struct ZPKDesktopParameters {
     int (*runWithoutDesktop)() = nullptr;
 };
 
-/// Once it has started, a toolkit that cannot go on, since its display is gone for instance, ends the
-/// process with `exit(1)`, so that functions registered with `atexit` still clean up.
-///
 /// Name and type of the one function that the module exports. It gives a front end that the caller
-/// owns and destroys with `delete`, or null when there is no display to show it on.
+/// owns and destroys with `delete`, or null when there is no display to show it on. A toolkit that
+/// cannot go on later, when its display goes away for instance, ends the process with `exit(1)`, so
+/// that functions registered with `atexit` still clean up.
 inline constexpr const char* ZPKDesktopEntryName = "ZPKCreateDesktopFrontEnd";
 using ZPKDesktopEntry = ZPKFrontEnd* (*)(const ZPKDesktopParameters& parameters);

@@ -11,6 +11,9 @@
 
 namespace {
 
+/// What the toolkit calls the label of the text; that of the informative text has another name.
+constexpr const char* TextLabel = "qt_msgbox_label";
+
 /// The parts of the screen that the texts may take before they are scrolled.
 constexpr double TextShareOfHeight = 0.5;
 constexpr double InformativeShareOfHeight = 0.2;
@@ -41,7 +44,8 @@ ZPKDesktopAlert::ZPKDesktopAlert(const ZPKAlert& alert, const QString& windowTit
     setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     for (QLabel* label : findChildren<QLabel*>()) {
         label->setTextFormat(Qt::PlainText);
-        scrollLongText(*label, label->text() == text() ? TextShareOfHeight : InformativeShareOfHeight);
+        scrollLongText(*label, label->objectName() == QLatin1String(TextLabel) ? TextShareOfHeight
+                                                                               : InformativeShareOfHeight);
     }
     QPushButton* button = addButton(ZPKDesktopLabel(alert.buttonTitle), QMessageBox::AcceptRole);
     setDefaultButton(button);

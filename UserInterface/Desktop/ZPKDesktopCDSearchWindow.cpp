@@ -43,6 +43,7 @@ ZPKDesktopCDSearchWindow::ZPKDesktopCDSearchWindow(std::unique_ptr<QWidget> root
     : ZPKDesktopWindow(std::move(root), Size::Adjustable), m_controls(controls) {
     m_controls.textField->setTextFormat(Qt::PlainText);
     m_controls.textView->setReadOnly(true);
+    m_controls.searchButton->setFocus();
     connect(m_controls.searchButton, &QPushButton::clicked, this, [this] { Perform(m_actions.pushSearch); });
     connect(m_controls.cancelButton, &QPushButton::clicked, this, [this] { Perform(m_actions.pushCancel); });
     addMenuBar(menu);

@@ -67,12 +67,13 @@ void ZPKFormWindow::fitContents() {
     if (layout != nullptr && layout->hasHeightForWidth()) {
         size.setHeight(qBound(size.height(), layout->totalHeightForWidth(size.width()), largest.height()));
     }
+    const bool changes = size != m_root->size();
     if (m_size == Size::Fixed) {
         m_root->setFixedSize(size);
     } else {
         m_root->resize(size);
     }
-    if (m_centered && !m_root->isVisible()) {
+    if (m_centered && (changes || !m_root->isVisible())) {
         m_root->move(screen.center() - QRect(QPoint(), size).center());
     }
 }

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "UserInterface/ZPKDesktopPlugIn.h"
+#include "UserInterface/ZPKFrontEnd.h"
+
+namespace zpk_test {
+
+/// The folder with the window forms as they are delivered.
+std::string DeliveredForms();
+
+/// What the launcher would hand over, with the delivered forms.
+ZPKDesktopParameters DesktopParameters();
+
+/// Opens the module as the launcher does. Null when it says that there is no display; fails the test
+/// when the module itself cannot be opened.
+std::unique_ptr<ZPKFrontEnd> OpenDesktop(const ZPKDesktopParameters& parameters);
+
+/// The same with the usual parameters; fails the test when there is no display.
+std::unique_ptr<ZPKFrontEnd> OpenDesktop();
+
+}  // namespace zpk_test

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QTimer>
+#include <QWidget>
+#include <functional>
+
+namespace zpk_test {
+
+/// The visible window that holds (or is) a widget of that class and name; null without one.
+template <class Widget>
+Widget* FindVisible(const char* name) {
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        if (!window->isVisible()) {
+            continue;
+        }
+        auto* itself = qobject_cast<Widget*>(window);
+        if (itself != nullptr && (*name == '\0' || window->objectName() == QLatin1String(name))) {
+            return itself;
+        }
+        if (auto* widget = window->findChild<Widget*>(QLatin1String(name))) {
+            return widget;
+        }
+    }
+    return nullptr;
+}
+
+/// Has `action` run inside the next loop.
+inline void InNextLoop(const std::function<void()>& action) {
+    QTimer::singleShot(0, qApp, action);
+}
+
+}  // namespace zpk_test

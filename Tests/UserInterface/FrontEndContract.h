@@ -1,0 +1,268 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <stdexcept>
+#include <thread>
+
+#include "Tests/UserInterface/ScriptedDelegate.h"
+#include "UserInterface/ZPKFrontEnd.h"
+
+// What the launch sequence relies on with any front end. The program that includes this instantiates
+// the suite with what makes its front end.
+
+namespace zpk_test {
+
+using FrontEndMaker = std::unique_ptr<ZPKFrontEnd> (*)();
+using Messages = std::vector<std::string>;
+
+class FrontEndContract : public ::testing::TestWithParam<FrontEndMaker> {
+protected:
+    std::unique_ptr<ZPKFrontEnd> frontEnd = GetParam()();
+    ScriptedDelegate delegate;
+};
+
+TEST_P(FrontEndContract, SendsTheThreeMessagesInOrder) {
+    delegate.onDidFinish = [&] { frontEnd->terminate(); };
+    EXPECT_EQ(frontEnd->run(delegate), 0);
+    EXPECT_EQ(delegate.messages, (Messages{"awakeFromNib", "willFinishLaunching", "didFinishLaunching"}));
+}
+
+TEST_P(FrontEndContract, SendsNothingAfterTerminateInAwakeFromNib) {
+    delegate.onAwake = [&] { frontEnd->terminate(); };
+    EXPECT_EQ(frontEnd->run(delegate), 0);
+    EXPECT_EQ(delegate.messages, Messages{"awakeFromNib"});
+}
+
+TEST_P(FrontEndContract, SendsNothingAfterTerminateInWillFinishLaunching) {
+    delegate.onWillFinish = [&] { frontEnd->terminate(); };
+    EXPECT_EQ(frontEnd->run(delegate), 0);
+    EXPECT_EQ(delegate.messages, (Messages{"awakeFromNib", "willFinishLaunching"}));
+}
+
+TEST_P(FrontEndContract, RunsOnUntilTerminateComesFromLater) {
+    std::thread worker;
+    delegate.onDidFinish = [&] {
+        worker = std::thread([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(30));
+            frontEnd->performOnMainThreadAndWait([&] { frontEnd->terminate(); });
+        });
+    };
+    EXPECT_EQ(frontEnd->run(delegate), 0);
+    worker.join();
+}
+
+TEST_P(FrontEndContract, LetsAnExceptionOfAMessageThrough) {
+    delegate.onDidFinish = [] { throw std::runtime_error("no folder"); };
+    EXPECT_THROW(frontEnd->run(delegate), std::runtime_error);
+}
+
+TEST_P(FrontEndContract, AbortBeforeTheLoopEndsTheNextLoopOnly) {
+    std::thread worker;
+    RunWith(*frontEnd, [&] {
+        auto window = frontEnd->createProgressWindow();
+        frontEnd->abortModal();
+        EXPECT_EQ(frontEnd->runModalForWindow(*window), ZPKModalResponseAbort);
+        std::atomic<bool> hasRun = false;
+        worker = std::thread([&] {
+            frontEnd->performOnMainThreadAndWait([&] { hasRun = true; });
+            frontEnd->performOnMainThreadAndWait([&] { frontEnd->stopModal(7); });
+        });
+        EXPECT_EQ(frontEnd->runModalForWindow(*window), 7);
+        EXPECT_TRUE(hasRun);
+    });
+    worker.join();
+}
+
+TEST_P(FrontEndContract, AbortFromAWorkerBeforeTheLoopIsNotLost) {
+    RunWith(*frontEnd, [&] {
+        auto window = frontEnd->createProgressWindow();
+        std::thread([&] { frontEnd->abortModal(); }).join();
+        EXPECT_EQ(frontEnd->runModalForWindow(*window), ZPKModalResponseAbort);
+    });
+}
+
+TEST_P(FrontEndContract, AbortThatASessionReceivesEndsTheNextLoop) {
+    RunWith(*frontEnd, [&] {
+        auto window = frontEnd->createProgressWindow();
+        frontEnd->abortModal();
+        {
+            auto session = frontEnd->beginModalSessionForWindow(*window);
+            session->run();
+        }
+        EXPECT_EQ(frontEnd->runModalForWindow(*window), ZPKModalResponseAbort);
+    });
+}
+
+TEST_P(FrontEndContract, StopWithoutALoopIsForgotten) {
+    RunWith(*frontEnd, [&] {
+        auto window = frontEnd->createProgressWindow();
+        frontEnd->stopModal(5);
+        frontEnd->abortModal();
+        EXPECT_EQ(frontEnd->runModalForWindow(*window), ZPKModalResponseAbort);
+    });
+}
+
+TEST_P(FrontEndContract, StopEndsTheInnermostLoop) {
+    std::thread worker;
+    RunWith(*frontEnd, [&] {
+        auto outer = frontEnd->createProgressWindow();
+        auto inner = frontEnd->createProgressWindow();
+        worker = std::thread([&] {
+            frontEnd->performOnMainThreadAndWait([&] {
+                std::thread([&] {
+                    frontEnd->performOnMainThreadAndWait([&] { frontEnd->stopModal(1); });
+                }).detach();
+                EXPECT_EQ(frontEnd->runModalForWindow(*inner), 1);
+                frontEnd->stopModal(2);
+                frontEnd->stopModal(3);
+            });
+        });
+        EXPECT_EQ(frontEnd->runModalForWindow(*outer), 2);
+    });
+    worker.join();
+}
+
+TEST_P(FrontEndContract, TerminateEndsTheLoopsAndThoseThatCome) {
+    std::thread worker;
+    RunWith(*frontEnd, [&] {
+        auto window = frontEnd->createProgressWindow();
+        worker = std::thread([&] { frontEnd->performOnMainThreadAndWait([&] { frontEnd->terminate(); }); });
+        EXPECT_EQ(frontEnd->runModalForWindow(*window), ZPKModalResponseAbort);
+        EXPECT_EQ(frontEnd->runModalForWindow(*window), ZPKModalResponseAbort);
+    });
+    worker.join();
+}
+
+TEST_P(FrontEndContract, PerformFromTheMainThreadRunsDirectly) {
+    bool hasRun = false;
+    frontEnd->performOnMainThreadAndWait([&] { hasRun = true; });
+    EXPECT_TRUE(hasRun);
+}
+
+TEST_P(FrontEndContract, PerformRunsOnTheMainThreadAndWaits) {
+    const std::thread::id mainThread = std::this_thread::get_id();
+    std::thread worker;
+    RunWith(*frontEnd, [&] {
+        auto window = frontEnd->createProgressWindow();
+        worker = std::thread([&] {
+            std::thread::id seen;
+            frontEnd->performOnMainThreadAndWait([&] { seen = std::this_thread::get_id(); });
+            EXPECT_EQ(seen, mainThread);
+            frontEnd->abortModal();
+        });
+        frontEnd->runModalForWindow(*window);
+    });
+    worker.join();
+}
+
+TEST_P(FrontEndContract, AThousandPerformsAllRunInOrder) {
+    std::vector<int> seen;
+    std::thread worker;
+    RunWith(*frontEnd, [&] {
+        auto window = frontEnd->createProgressWindow();
+        worker = std::thread([&] {
+            for (int at = 0; at < 1000; ++at) {
+                frontEnd->performOnMainThreadAndWait([&seen, at] { seen.push_back(at); });
+            }
+            frontEnd->abortModal();
+        });
+        frontEnd->runModalForWindow(*window);
+    });
+    worker.join();
+    ASSERT_EQ(seen.size(), 1000U);
+    for (int at = 0; at < 1000; ++at) {
+        EXPECT_EQ(seen[static_cast<std::size_t>(at)], at);
+    }
+}
+
+TEST_P(FrontEndContract, AbortWhileAPerformWaitsEndsTheLoopAndStrandsNobody) {
+    std::thread performer;
+    std::thread aborter;
+    RunWith(*frontEnd, [&] {
+        auto window = frontEnd->createProgressWindow();
+        std::atomic<bool> hasStarted = false;
+        performer = std::thread([&] {
+            frontEnd->performOnMainThreadAndWait([&] {
+                hasStarted = true;
+                std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            });
+            frontEnd->performOnMainThreadAndWait([] {});
+        });
+        aborter = std::thread([&] {
+            while (!hasStarted) {
+                std::this_thread::yield();
+            }
+            frontEnd->abortModal();
+        });
+        EXPECT_EQ(frontEnd->runModalForWindow(*window), ZPKModalResponseAbort);
+    });
+    performer.join();
+    aborter.join();
+}
+
+TEST_P(FrontEndContract, PerformThatWaitsWhenTheRunEndsIsLeftOut) {
+    std::atomic<bool> hasRun = false;
+    std::atomic<bool> hasAsked = false;
+    std::thread worker;
+    RunWith(*frontEnd, [&] {
+        worker = std::thread([&] {
+            hasAsked = true;
+            frontEnd->performOnMainThreadAndWait([&] { hasRun = true; });
+        });
+        while (!hasAsked) {
+            std::this_thread::yield();
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    });
+    worker.join();
+    EXPECT_FALSE(hasRun);
+    frontEnd->abortModal();
+}
+
+TEST_P(FrontEndContract, SessionHandlesPerformsAndNeverWaitsLong) {
+    std::thread worker;
+    RunWith(*frontEnd, [&] {
+        auto window = frontEnd->createProgressWindow();
+        window->progressIndicator().setIndeterminate(true);
+        window->progressIndicator().startAnimation();
+        window->makeKeyAndOrderFront();
+        std::atomic<bool> isSearching = true;
+        int performed = 0;
+        worker = std::thread([&] {
+            frontEnd->performOnMainThreadAndWait([&] { ++performed; });
+            std::this_thread::sleep_for(std::chrono::milliseconds(60));
+            isSearching = false;
+        });
+        const auto start = std::chrono::steady_clock::now();
+        auto session = frontEnd->beginModalSessionForWindow(*window);
+        while (isSearching) {
+            session->run();
+        }
+        session.reset();
+        window->close();
+        EXPECT_EQ(performed, 1);
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+    });
+    worker.join();
+}
+
+TEST_P(FrontEndContract, SessionWaitsALittleWhenNothingHappens) {
+    RunWith(*frontEnd, [&] {
+        auto window = frontEnd->createProgressWindow();
+        auto session = frontEnd->beginModalSessionForWindow(*window);
+        int turns = 0;
+        const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(300);
+        while (std::chrono::steady_clock::now() < end) {
+            session->run();
+            ++turns;
+        }
+        EXPECT_GE(turns, 2);
+        EXPECT_LE(turns, 100) << "the session must not spin";
+    });
+}
+
+}  // namespace zpk_test

@@ -1,0 +1,321 @@
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <QDialog>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTest>
+#include <array>
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <thread>
+
+#include "Tests/UserInterface/DesktopModule.h"
+#include "Tests/UserInterface/DesktopWidgets.h"
+#include "Tests/UserInterface/ScriptedDelegate.h"
+
+// On a real X server with a window manager, where keys come from the server. The program starts both
+// for itself.
+
+namespace zpk_test {
+
+/// What a command prints. The main thread stands still meanwhile, as it does in the launcher's pause
+/// and while the setup program runs.
+std::string OutputOf(const std::string& command) {
+    std::string output;
+    FILE* pipe = popen(command.c_str(), "r");
+    EXPECT_NE(pipe, nullptr);
+    std::array<char, 4096> block{};
+    while (fgets(block.data(), static_cast<int>(block.size()), pipe) != nullptr) {
+        output += block.data();
+    }
+    EXPECT_NE(pclose(pipe), -1);
+    return output;
+}
+
+/// The same, while the main thread goes on to handle events.
+std::string OutputMeanwhile(const std::string& command) {
+    std::string output;
+    std::atomic<bool> isDone = false;
+    std::thread runner([&] {
+        output = OutputOf(command);
+        isDone = true;
+    });
+    EXPECT_TRUE(QTest::qWaitFor([&] { return isDone.load(); }, 30000));
+    runner.join();
+    return output;
+}
+
+/// Presses a key at the server, and lets it arrive.
+void PressKey(const std::string& key) {
+    OutputMeanwhile("xdotool key " + key);
+    QTest::qWait(100);
+}
+
+/// What a screen reader finds of the launcher.
+std::string Accessibles() {
+    return OutputMeanwhile(ZPK_TEST_LIST_ACCESSIBLES " Zephyrkit");
+}
+
+bool IsVisibleAtTheServer(const std::string& title) {
+    return !OutputOf("xdotool search --onlyvisible --name '^" + title + "$' 2>/dev/null").empty();
+}
+
+class DesktopOnDisplay : public ::testing::Test {
+protected:
+    std::unique_ptr<ZPKFrontEnd> frontEnd = OpenDesktop();
+
+    template <class Widget>
+    Widget* waitForActive(const char* name) {
+        Widget* widget = FindVisible<Widget>(name);
+        EXPECT_NE(widget, nullptr);
+        EXPECT_TRUE(QTest::qWaitForWindowActive(widget->window()));
+        return widget;
+    }
+};
+
+TEST_F(DesktopOnDisplay, KeysDriveTheDiscWindow) {
+    std::vector<std::string> events;
+    RunWith(*frontEnd, [&] {
+        auto window = frontEnd->createCDSearchWindow();
+        window->center();
+        window->setTitle("Disc");
+        window->setProductList("Suite");
+        window->setSearchButtonTitle("Search");
+        window->setCancelButtonTitle("Cancel");
+        window->setActions({[&] { events.emplace_back("search"); }, [&] { events.emplace_back("cancel"); },
+                            [&] {
+                                events.emplace_back("close");
+                                frontEnd->stopModal(ZPKModalResponseAbort);
+                                return true;
+                            }});
+        InNextLoop([&] {
+            waitForActive<QPushButton>("searchButton");
+            for (const char* key : {"Return", "Escape", "Tab", "space", "Tab", "Return", "Tab", "alt+F4"}) {
+                PressKey(key);
+            }
+            frontEnd->abortModal();
+        });
+        frontEnd->runModalForWindow(*window);
+        EXPECT_FALSE(IsVisibleAtTheServer("Disc"));
+    });
+    EXPECT_EQ(events, (std::vector<std::string>{"search", "cancel", "cancel", "search", "close"}));
+}
+
+TEST_F(DesktopOnDisplay, KeysDoNotCloseTheProgressWindow) {
+    RunWith(*frontEnd, [&] {
+        auto window = frontEnd->createProgressWindow();
+        window->setTitle("Unpacking");
+        InNextLoop([&] {
+            auto* bar = waitForActive<QProgressBar>("progressIndicator");
+            for (const char* key : {"Escape", "Return", "alt+F4"}) {
+                PressKey(key);
+                EXPECT_TRUE(bar->isVisible()) << key;
+            }
+            frontEnd->abortModal();
+        });
+        frontEnd->runModalForWindow(*window);
+        EXPECT_TRUE(IsVisibleAtTheServer("Unpacking"));
+    });
+}
+
+TEST_F(DesktopOnDisplay, ReturnAndEscapeAnswerTheAlert) {
+    RunWith(*frontEnd, [&] {
+        for (const char* key : {"Return", "Escape", "space", "alt+F4"}) {
+            bool answered = false;
+            QTimer::singleShot(0, qApp, [&] {
+                QTimer::singleShot(5000, qApp, [&] {
+                    if (!answered) {
+                        ADD_FAILURE() << key;
+                        std::exit(1);
+                    }
+                });
+                waitForActive<QMessageBox>("");
+                PressKey(key);
+            });
+            frontEnd->runAlert({"Text", "", "OK"});
+            answered = true;
+        }
+    });
+}
+
+TEST_F(DesktopOnDisplay, ClosedWindowIsGoneWhileTheMainThreadStandsStill) {
+    RunWith(*frontEnd, [&] {
+        auto window = frontEnd->createProgressWindow();
+        window->setTitle("Unpacking");
+        InNextLoop([&] {
+            waitForActive<QProgressBar>("progressIndicator");
+            frontEnd->abortModal();
+        });
+        frontEnd->runModalForWindow(*window);
+        EXPECT_TRUE(IsVisibleAtTheServer("Unpacking"));
+        window->close();
+        EXPECT_FALSE(IsVisibleAtTheServer("Unpacking"));
+    });
+}
+
+TEST_F(DesktopOnDisplay, LastValueIsSeenAfterTheLoop) {
+    std::thread worker;
+    RunWith(*frontEnd, [&] {
+        auto window = frontEnd->createProgressWindow();
+        window->center();
+        window->setTitle("Unpacking");
+        QRect bar;
+        const auto pixel = [&bar](double share) {
+            const int x = bar.left() + static_cast<int>(bar.width() * share);
+            const std::string place = std::to_string(x) + "+" + std::to_string(bar.center().y());
+            return OutputOf("import -silent -window root -crop 1x1+" + place +
+                            " -format '%[pixel:p{0,0}]' info:-");
+        };
+        InNextLoop([&] {
+            auto* widget = waitForActive<QProgressBar>("progressIndicator");
+            bar = QRect(widget->mapToGlobal(QPoint()), widget->size());
+            worker = std::thread([&] {
+                for (const double value : {10.0, 100.0}) {
+                    frontEnd->performOnMainThreadAndWait([&] {
+                        window->progressIndicator().setDoubleValue(value);
+                        window->progressIndicator().setNeedsDisplay();
+                    });
+                }
+                frontEnd->abortModal();
+            });
+        });
+        frontEnd->runModalForWindow(*window);
+        EXPECT_EQ(pixel(0.95), pixel(0.05));
+        window->progressIndicator().setDoubleValue(50);
+        QTest::qWait(50);
+        EXPECT_NE(pixel(0.95), pixel(0.05));
+    });
+    worker.join();
+}
+
+TEST_F(DesktopOnDisplay, WindowIsInTheMiddleOfTheScreen) {
+    RunWith(*frontEnd, [&] {
+        auto window = frontEnd->createProgressWindow();
+        window->center();
+        window->setTitle("Unpacking the files of the package");
+        InNextLoop([&] {
+            const QWidget* shown = waitForActive<QProgressBar>("progressIndicator")->window();
+            const QPoint off = shown->geometry().center() - shown->screen()->geometry().center();
+            EXPECT_LE(std::abs(off.x()), 10);
+            EXPECT_LE(std::abs(off.y()), 30) << "more than a title bar off";
+            frontEnd->abortModal();
+        });
+        frontEnd->runModalForWindow(*window);
+    });
+}
+
+class DesktopForScreenReader : public DesktopOnDisplay {
+protected:
+    void SetUp() override {
+        // No screen reader runs that would ask for it.
+        setenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1", 1);
+        frontEnd.reset();
+        frontEnd = OpenDesktop();
+    }
+};
+
+TEST_F(DesktopForScreenReader, ProgressWindowTellsItsTitleAndValue) {
+    RunWith(*frontEnd, [&] {
+        auto window = frontEnd->createProgressWindow();
+        window->setTitle("Unpacking");
+        window->progressIndicator().setDoubleValue(40);
+        InNextLoop([&] {
+            waitForActive<QProgressBar>("progressIndicator");
+            const std::string found = Accessibles();
+            EXPECT_NE(found.find("progress bar / Unpacking / value=40"), std::string::npos) << found;
+            EXPECT_NE(found.find("label / Unpacking"), std::string::npos) << found;
+            EXPECT_EQ(found.find("menu"), std::string::npos) << found;
+            frontEnd->abortModal();
+        });
+        frontEnd->runModalForWindow(*window);
+    });
+}
+
+TEST_F(DesktopForScreenReader, AlertTellsItsTextAndButton) {
+    RunWith(*frontEnd, [&] {
+        InNextLoop([&] {
+            auto* box = waitForActive<QMessageBox>("");
+            const std::string found = Accessibles();
+            EXPECT_NE(found.find("alert / "), std::string::npos) << found;
+            EXPECT_NE(found.find("label / No <b>room</b>"), std::string::npos) << found;
+            EXPECT_NE(found.find("push button / OK / "), std::string::npos) << found;
+            box->close();
+        });
+        frontEnd->runAlert({"No <b>room</b>", "", "OK"});
+    });
+}
+
+TEST_F(DesktopForScreenReader, DiscWindowTellsItsTextsAndButtons) {
+    RunWith(*frontEnd, [&] {
+        auto window = frontEnd->createCDSearchWindow();
+        window->setTitle("Disc");
+        window->setMessage("Insert the disc.");
+        window->setProductList("Suite\nTools");
+        window->setSearchButtonTitle("Search");
+        window->setCancelButtonTitle("Cancel");
+        InNextLoop([&] {
+            waitForActive<QPushButton>("searchButton");
+            const std::string found = Accessibles();
+            for (const char* line :
+                 {"dialog / Disc", "label / Insert the disc.", "text / Insert the disc. / text=Suite|Tools",
+                  "push button / Search / ", "push button / Cancel"}) {
+                EXPECT_NE(found.find(line), std::string::npos) << line << "\n" << found;
+            }
+            frontEnd->abortModal();
+        });
+        frontEnd->runModalForWindow(*window);
+    });
+}
+
+TEST(DesktopOnDisplayDeathTest, ServerThatGoesAwayEndsTheProcessInOrder) {
+    EXPECT_EXIT(
+        {
+            int display[2];
+            if (pipe(display) != 0) {
+                exit(2);
+            }
+            const pid_t server = fork();
+            if (server == 0) {
+                const std::string descriptor = std::to_string(display[1]);
+                execlp("Xvfb", "Xvfb", "-displayfd", descriptor.c_str(), "-nolisten", "tcp", nullptr);
+                _exit(127);
+            }
+            char number[16] = {':'};
+            for (std::size_t at = 1; read(display[0], number + at, 1) == 1 && number[at] != '\n'; ++at) {
+            }
+            *strchr(number, '\n') = '\0';
+            setenv("DISPLAY", number, 1);
+            atexit([] { fputs("cleaned up\n", stderr); });
+            const std::unique_ptr<ZPKFrontEnd> frontEnd = OpenDesktop();
+            RunWith(*frontEnd, [&] {
+                auto window = frontEnd->createProgressWindow();
+                QTimer::singleShot(100, qApp, [&] {
+                    kill(server, SIGKILL);
+                    waitpid(server, nullptr, 0);
+                });
+                frontEnd->runModalForWindow(*window);
+            });
+        },
+        ::testing::ExitedWithCode(1), "cleaned up\n");
+}
+
+}  // namespace zpk_test
+
+int main(int argc, char** argv) {
+    ::testing::InitGoogleTest(&argc, argv);
+    const char* started = std::getenv("ZPK_TEST_DISPLAY_STARTED");
+    if (started == nullptr && !::testing::GTEST_FLAG(list_tests)) {
+        setenv("ZPK_TEST_DISPLAY_STARTED", "1", 1);
+        unsetenv("QT_QPA_PLATFORM");
+        const std::string filter = "--gtest_filter=" + ::testing::GTEST_FLAG(filter);
+        execl(ZPK_TEST_RUN_UNDER_XVFB, ZPK_TEST_RUN_UNDER_XVFB, "-w", argv[0], filter.c_str(), nullptr);
+        std::perror(ZPK_TEST_RUN_UNDER_XVFB);
+        return 2;
+    }
+    return RUN_ALL_TESTS();
+}

@@ -1,0 +1,370 @@
+#include "UserInterface/Terminal/ZPKTerminalFrontEnd.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <pty.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <limits>
+#include <string>
+
+#include "Tests/UserInterface/FrontEndContract.h"
+
+namespace zpk_test {
+
+/// A pipe whose writing end stands for an output that is no terminal.
+class Pipe {
+public:
+    Pipe() {
+        EXPECT_EQ(pipe(m_ends), 0);
+        fcntl(m_ends[1], F_SETPIPE_SZ, 1 << 20);
+    }
+    ~Pipe() {
+        closeWriter();
+        close(m_ends[0]);
+    }
+    Pipe(const Pipe&) = delete;
+    Pipe& operator=(const Pipe&) = delete;
+
+    int reader() const { return m_ends[0]; }
+    int writer() const { return m_ends[1]; }
+
+    void closeWriter() {
+        if (m_ends[1] >= 0) {
+            close(m_ends[1]);
+        }
+        m_ends[1] = -1;
+    }
+
+    std::string drained() {
+        closeWriter();
+        std::string text;
+        char block[4096];
+        for (ssize_t count; (count = read(m_ends[0], block, sizeof(block))) > 0;) {
+            text.append(block, static_cast<std::size_t>(count));
+        }
+        return text;
+    }
+
+private:
+    int m_ends[2] = {-1, -1};
+};
+
+/// A terminal of our own: what is typed goes in at one end, what is printed comes out there.
+class PseudoTerminal {
+public:
+    explicit PseudoTerminal(unsigned short columns = 80) {
+        const winsize size{24, columns, 0, 0};
+        EXPECT_EQ(openpty(&m_person, &m_program, nullptr, nullptr, &size), 0);
+        fcntl(m_person, F_SETFL, O_NONBLOCK);
+    }
+    ~PseudoTerminal() {
+        hangUp();
+        close(m_program);
+    }
+    PseudoTerminal(const PseudoTerminal&) = delete;
+    PseudoTerminal& operator=(const PseudoTerminal&) = delete;
+
+    int program() const { return m_program; }
+
+    void type(const std::string& text) {
+        EXPECT_EQ(write(m_person, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    }
+
+    void hangUp() {
+        if (m_person >= 0) {
+            close(m_person);
+        }
+        m_person = -1;
+    }
+
+    /// What was printed, the echo of what was typed with it. The host passes it on a little later, so
+    /// it has come to its end when there was silence for a while.
+    std::string screen() {
+        std::string text;
+        char block[4096];
+        pollfd waited{m_person, POLLIN, 0};
+        while (poll(&waited, 1, 200) == 1) {
+            const ssize_t count = read(m_person, block, sizeof(block));
+            if (count <= 0) {
+                break;
+            }
+            text.append(block, static_cast<std::size_t>(count));
+        }
+        return text;
+    }
+
+private:
+    int m_person = -1;
+    int m_program = -1;
+};
+
+std::unique_ptr<ZPKFrontEnd> MakeTerminalFrontEnd() {
+    return std::make_unique<ZPKTerminalFrontEnd>();
+}
+
+INSTANTIATE_TEST_SUITE_P(Terminal, FrontEndContract, ::testing::Values(&MakeTerminalFrontEnd));
+
+/// What the disc search window's owner would do.
+struct Asked {
+    int searches = 0;
+    int cancels = 0;
+    int code = 0;
+};
+
+Asked Ask(ZPKTerminalFrontEnd& frontEnd, bool cancelStops = true) {
+    Asked asked;
+    RunWith(frontEnd, [&] {
+        auto window = frontEnd.createCDSearchWindow();
+        window->center();
+        window->setFontName(ZPKCDSearchControl::TextField, "DejaVu Sans");
+        window->setTitle("Disc");
+        window->setMessage("Insert the disc.");
+        window->setProductList("Suite\nTools");
+        window->setSearchButtonTitle("Look");
+        window->setCancelButtonTitle("Leave");
+        window->setActions({[&] {
+                                if (++asked.searches == 3) {
+                                    frontEnd.stopModal(ZPKModalResponseStop);
+                                }
+                            },
+                            [&] {
+                                ++asked.cancels;
+                                if (cancelStops) {
+                                    frontEnd.stopModal(ZPKModalResponseAbort);
+                                    window->close();
+                                }
+                            },
+                            [] { return true; }});
+        asked.code = frontEnd.runModalForWindow(*window);
+    });
+    return asked;
+}
+
+class TerminalOnPipes : public ::testing::Test {
+protected:
+    Pipe in;
+    Pipe out;
+    Pipe error;
+    ZPKTerminalFrontEnd frontEnd{in.reader(), out.writer(), error.writer()};
+
+    std::unique_ptr<ZPKProgressWindow> shownProgress(const std::string& title) {
+        auto window = frontEnd.createProgressWindow();
+        window->setTitle(title);
+        window->makeKeyAndOrderFront();
+        return window;
+    }
+};
+
+TEST_F(TerminalOnPipes, ProgressIsALineAValue) {
+    auto window = shownProgress("Unpacking");
+    for (const double value : {10.0, 40.0, 40.0, 100.0}) {
+        window->progressIndicator().setDoubleValue(value);
+        window->progressIndicator().setNeedsDisplay();
+    }
+    window->close();
+    EXPECT_EQ(out.drained(), "Unpacking: 10 %\nUnpacking: 40 %\nUnpacking: 100 %\n");
+}
+
+TEST_F(TerminalOnPipes, ProgressThatIsNotShownPrintsNothing) {
+    auto window = frontEnd.createProgressWindow();
+    window->setTitle("Unpacking");
+    window->progressIndicator().setDoubleValue(10);
+    EXPECT_EQ(out.drained(), "");
+}
+
+TEST_F(TerminalOnPipes, ProgressCountsFromMinimumToMaximum) {
+    auto window = shownProgress("T");
+    ZPKProgressIndicator& bar = window->progressIndicator();
+    bar.setMinValue(50);
+    bar.setMaxValue(150);
+    bar.setDoubleValue(75);
+    bar.setDoubleValue(1000);
+    bar.setDoubleValue(-1000);
+    EXPECT_EQ(out.drained(), "T: 25 %\nT: 100 %\nT: 0 %\n");
+}
+
+TEST_F(TerminalOnPipes, ProgressWithoutARangeOrANumberPrintsNothing) {
+    auto window = shownProgress("T");
+    ZPKProgressIndicator& bar = window->progressIndicator();
+    bar.setMaxValue(0);
+    bar.setDoubleValue(0);
+    bar.setMaxValue(100);
+    bar.setDoubleValue(std::numeric_limits<double>::quiet_NaN());
+    EXPECT_EQ(out.drained(), "");
+}
+
+TEST_F(TerminalOnPipes, IndeterminateProgressPrintsItsTitleOnce) {
+    auto window = frontEnd.createProgressWindow();
+    window->progressIndicator().setIndeterminate(true);
+    window->progressIndicator().startAnimation();
+    window->makeKeyAndOrderFront();
+    window->setTitle("Searching");
+    window->progressIndicator().setNeedsDisplay();
+    auto session = frontEnd.beginModalSessionForWindow(*window);
+    session->run();
+    session.reset();
+    window->progressIndicator().stopAnimation();
+    window->close();
+    EXPECT_EQ(out.drained(), "Searching\n");
+}
+
+TEST_F(TerminalOnPipes, AlertIsTextOnStandardError) {
+    frontEnd.runAlert({"Applies to:\nSuite", "", "OK"});
+    frontEnd.runAlert({"Message", "More", "OK"});
+    EXPECT_EQ(error.drained(), "Applies to:\nSuite\nMessage\nMore\n");
+    EXPECT_EQ(out.drained(), "");
+}
+
+TEST_F(TerminalOnPipes, TextCannotCommandTheTerminal) {
+    frontEnd.runAlert(
+        {"a\x1b[2J\rb\x07\xc2\x9b"
+         "31mc\x7f\xff\xe3\x81",
+         "", ""});
+    EXPECT_EQ(error.drained(), "a?[2J?b??31mc????\n");
+    shownProgress("one\ntwo\x1b")->progressIndicator().setDoubleValue(1);
+    EXPECT_EQ(out.drained(), "one two?: 1 %\n");
+}
+
+TEST_F(TerminalOnPipes, QuestionWithoutATerminalCountsAsCancel) {
+    ASSERT_EQ(write(in.writer(), "1\n", 2), 2);
+    const Asked asked = Ask(frontEnd);
+    EXPECT_EQ(asked.searches, 0);
+    EXPECT_EQ(asked.cancels, 1);
+    EXPECT_EQ(asked.code, ZPKModalResponseAbort);
+    EXPECT_EQ(out.drained(), "Disc\n\nInsert the disc.\n  Suite\n  Tools\n");
+}
+
+TEST_F(TerminalOnPipes, CancelThatStopsNothingStillEndsTheLoop) {
+    EXPECT_EQ(Ask(frontEnd, false).code, ZPKModalResponseAbort);
+}
+
+TEST_F(TerminalOnPipes, OutputThatIsClosedIsIgnored) {
+    signal(SIGPIPE, SIG_IGN);
+    close(out.reader());
+    shownProgress("T")->progressIndicator().setDoubleValue(1);
+}
+
+TEST(TerminalText, KeepsUtf8AndReplacesWhatIsNone) {
+    const std::string fine = "z\xc3\xa9 \xe6\x97\xa5 \xf0\x9f\x92\xbf \xd7\xa9";
+    EXPECT_EQ(ZPKTerminalLine(fine), fine);
+    const struct {
+        const char* input;
+        const char* output;
+    } rows[] = {
+        {"\xc0\x80", "??"},
+        {"\xe0\x80\x80", "???"},
+        {"\xed\xa0\x80", "???"},
+        {"\xf4\x90\x80\x80", "????"},
+        {"\xf5\x80\x80\x80", "????"},
+        {"\x80", "?"},
+        {"\xc3", "?"},
+        {"\xc3(", "?("},
+        {"\xf0\x9f\x92", "???"},
+        {"\xc2\x85", "?"},
+        {"\xc2\xa0", "\xc2\xa0"},
+        {"a\tb", "a b"},
+        {"a\r\nb", "a? b"},
+        {"", ""},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(ZPKTerminalLine(row.input), row.output);
+    }
+    EXPECT_EQ(ZPKTerminalLine(std::string("a\0b", 3)), "a?b");
+    EXPECT_EQ(ZPKTerminalText("a\tb\nc\rd"), "a\tb\nc?d");
+}
+
+TEST(TerminalOnATerminal, ProgressRewritesItsLine) {
+    PseudoTerminal terminal;
+    ZPKTerminalFrontEnd frontEnd(terminal.program(), terminal.program(), terminal.program());
+    auto window = frontEnd.createProgressWindow();
+    window->setTitle("T");
+    window->makeKeyAndOrderFront();
+    window->progressIndicator().setDoubleValue(100);
+    window->progressIndicator().setDoubleValue(40);
+    frontEnd.runAlert({"Alert", "", "OK"});
+    window->progressIndicator().setDoubleValue(50);
+    window->close();
+    EXPECT_EQ(terminal.screen(), "\rT: 100 %\rT: 40 % \b\r\nAlert\r\n\rT: 50 %\r\n");
+}
+
+TEST(TerminalOnATerminal, ProgressThatIsTooWideIsALineAValue) {
+    PseudoTerminal terminal(10);
+    ZPKTerminalFrontEnd frontEnd(terminal.program(), terminal.program(), terminal.program());
+    auto window = frontEnd.createProgressWindow();
+    window->setTitle("Unpacking");
+    window->makeKeyAndOrderFront();
+    window->progressIndicator().setDoubleValue(10);
+    window->progressIndicator().setDoubleValue(40);
+    EXPECT_EQ(terminal.screen(), "Unpacking: 10 %\r\nUnpacking: 40 %\r\n");
+}
+
+class TerminalQuestion : public ::testing::Test {
+protected:
+    PseudoTerminal terminal;
+    ZPKTerminalFrontEnd frontEnd{terminal.program(), terminal.program(), terminal.program()};
+};
+
+TEST_F(TerminalQuestion, OneAndReturnSearchAndTwoCancels) {
+    terminal.type("1\n\n 2 \n");
+    const Asked asked = Ask(frontEnd);
+    EXPECT_EQ(asked.searches, 2);
+    EXPECT_EQ(asked.cancels, 1);
+    EXPECT_EQ(asked.code, ZPKModalResponseAbort);
+}
+
+TEST_F(TerminalQuestion, AsksWithTheButtonsTitlesAndAgainAfterEachSearch) {
+    terminal.type("1\n1\n1\n");
+    EXPECT_EQ(Ask(frontEnd).code, ZPKModalResponseStop);
+    const std::string screen = terminal.screen();
+    const std::string question = "[1] Look  [2] Leave: ";
+    EXPECT_NE(screen.find("Disc\r\n\r\nInsert the disc.\r\n  Suite\r\n  Tools\r\n" + question),
+              std::string::npos)
+        << screen;
+    std::size_t count = 0;
+    for (std::size_t at = 0; (at = screen.find(question, at)) != std::string::npos; ++at) {
+        ++count;
+    }
+    EXPECT_EQ(count, 3U);
+}
+
+TEST_F(TerminalQuestion, OtherAnswersAreAskedAgain) {
+    terminal.type("3\nyes\n-1\n" + std::string(3000, 'x') + "\n2\n");
+    const Asked asked = Ask(frontEnd);
+    EXPECT_EQ(asked.searches, 0);
+    EXPECT_EQ(asked.cancels, 1);
+}
+
+TEST_F(TerminalQuestion, EndOfInputCancels) {
+    terminal.type("\x04");
+    EXPECT_EQ(Ask(frontEnd).cancels, 1);
+}
+
+TEST_F(TerminalQuestion, TerminalThatHangsUpCancels) {
+    terminal.hangUp();
+    EXPECT_EQ(Ask(frontEnd).cancels, 1);
+}
+
+TEST_F(TerminalQuestion, AbortEndsTheQuestion) {
+    std::thread worker([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(30));
+        frontEnd.abortModal();
+    });
+    const Asked asked = Ask(frontEnd);
+    worker.join();
+    EXPECT_EQ(asked.cancels, 0);
+    EXPECT_EQ(asked.code, ZPKModalResponseAbort);
+}
+
+TEST_F(TerminalQuestion, WindowWithoutActionsEndsAtTheEndOfInput) {
+    terminal.type("1\n2\n\x04");
+    RunWith(frontEnd, [&] {
+        auto window = frontEnd.createCDSearchWindow();
+        EXPECT_EQ(frontEnd.runModalForWindow(*window), ZPKModalResponseAbort);
+    });
+}
+
+}  // namespace zpk_test
