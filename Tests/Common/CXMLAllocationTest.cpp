@@ -10,7 +10,7 @@
 #include "Common/CXMLDocument.h"
 #include "Common/CXMLElement.h"
 #include "Common/CXMLText.h"
-#include "Tests/Common/FailingAllocation.h"
+#include "Tests/Support/FailingAllocation.h"
 #include "Tests/Common/XMLTreeText.h"
 
 namespace {

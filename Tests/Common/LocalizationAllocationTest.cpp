@@ -17,7 +17,7 @@
 #include "Common/CResourceBundleStringElement.h"
 #include "Common/CResourceBundleStringTable.h"
 #include "Common/CResourceBundleStringTableParser.h"
-#include "Tests/Common/FailingAllocation.h"
+#include "Tests/Support/FailingAllocation.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "Tests/Common/FailingAllocation.h"
+#include "Tests/Support/FailingAllocation.h"
 
 #include <array>
 #include <cstdlib>
@@ -6,9 +6,10 @@
 
 namespace {
 
-// 0: every allocation succeeds.
+// 0 while no allocation is to fail.
 std::size_t g_allocationsUntilFailure = 0;
 bool g_hasFailed = false;
+std::size_t g_liveAllocations = 0;
 
 bool g_isRecording = false;
 std::size_t g_deletionCount = 0;
@@ -24,18 +25,20 @@ void* Allocate(std::size_t size) {
     if (memory == nullptr) {
         throw std::bad_alloc();
     }
+    ++g_liveAllocations;
     return memory;
 }
 
 void Free(void* memory) {
-    if (g_isRecording && memory != nullptr && g_deletionCount < g_deletions.size()) {
+    if (memory == nullptr) {
+        return;
+    }
+    if (g_isRecording && g_deletionCount < g_deletions.size()) {
         g_deletions[g_deletionCount++] = memory;
     }
+    --g_liveAllocations;
     std::free(memory);
 }
-// 0 while no allocation is to fail. The programs under test have one thread.
-std::size_t allocationsUntilFailure = 0;
-std::size_t liveAllocations = 0;
 
 }  // namespace
 
@@ -56,39 +59,30 @@ void operator delete(void* memory, std::size_t) noexcept {
 }
 void operator delete[](void* memory, std::size_t) noexcept {
     Free(memory);
-    if (allocationsUntilFailure > 0 && --allocationsUntilFailure == 0) {
-        throw std::bad_alloc();
-    }
-    void* block = std::malloc(size > 0 ? size : 1);
-    if (block == nullptr) {
-        throw std::bad_alloc();
-    }
-    ++liveAllocations;
-    return block;
-}
-
-void operator delete(void* block) noexcept {
-    if (block != nullptr) {
-        --liveAllocations;
-        std::free(block);
-    }
-}
-
-void operator delete(void* block, std::size_t) noexcept {
-    operator delete(block);
 }
 
 namespace zpk_test {
 
+FailingAllocation::FailingAllocation(std::size_t number) {
+    g_hasFailed = false;
+    g_allocationsUntilFailure = number;
+}
+
+FailingAllocation::~FailingAllocation() {
+    g_allocationsUntilFailure = 0;
+}
+
+std::size_t LiveAllocations() {
+    return g_liveAllocations;
+}
+
 std::size_t RunWithEachAllocationFailing(const std::function<void()>& action) {
     for (std::size_t count = 1;; ++count) {
-        g_hasFailed = false;
-        g_allocationsUntilFailure = count;
+        const FailingAllocation failing(count);
         try {
             action();
         } catch (const std::bad_alloc&) {
         }
-        g_allocationsUntilFailure = 0;
         if (!g_hasFailed) {
             return count - 1;
         }
@@ -102,16 +96,6 @@ std::vector<const void*> RecordDeletions(const std::function<void()>& action) {
     g_isRecording = false;
     return std::vector<const void*>(g_deletions.begin(),
                                     g_deletions.begin() + static_cast<std::ptrdiff_t>(g_deletionCount));
-FailingAllocation::FailingAllocation(std::size_t number) {
-    allocationsUntilFailure = number;
-}
-
-FailingAllocation::~FailingAllocation() {
-    allocationsUntilFailure = 0;
-}
-
-std::size_t LiveAllocations() {
-    return liveAllocations;
 }
 
 }  // namespace zpk_test

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <vector>
+
+namespace zpk_test {
+
+// For programs that list FailingAllocation.cpp, which replaces the global allocation operators. The
+// code under test has one thread.
+
+/// Makes one allocation by `new` fail for as long as it lives.
+class FailingAllocation {
+public:
+    /// From now on the allocation of this number (the first is 1) throws `std::bad_alloc`.
+    explicit FailingAllocation(std::size_t number);
+    ~FailingAllocation();
+    FailingAllocation(const FailingAllocation&) = delete;
+    FailingAllocation& operator=(const FailingAllocation&) = delete;
+};
+
+/// Blocks that are allocated and not yet freed.
+std::size_t LiveAllocations();
+
+/// Runs `action` again and again, its Nth `new` throwing `std::bad_alloc`, N rising from 1 until it
+/// runs to its end without one failing. `action` must let the exception pass or deal with it.
+/// Returns how many runs met a failing allocation.
+std::size_t RunWithEachAllocationFailing(const std::function<void()>& action);
+
+/// The addresses that `action` gives to `delete`, in order.
+std::vector<const void*> RecordDeletions(const std::function<void()>& action);
+
+}  // namespace zpk_test
