@@ -1,5 +1,6 @@
-// Loading a condition description beside the same load by another parser: pugixml reads the file,
-// and the same values are taken from its tree into equal structs.
+// Loading a condition description beside the same load by another parser. pugixml reads the file,
+// and then either the same values are taken from its own tree into equal structs, or its tree is
+// converted into ours, as it would have to be behind `CXMLParser`, and the description built from that.
 
 #include <benchmark/benchmark.h>
 #include <stdlib.h>
@@ -12,6 +13,9 @@
 #include <string_view>
 #include <vector>
 
+#include "Common/CXMLAttribute.h"
+#include "Common/CXMLElement.h"
+#include "Common/CXMLText.h"
 #include "Description/CZPKXMLLoader.h"
 #include "Description/ZPKXMLDefine.h"
 
@@ -131,6 +135,38 @@ std::unique_ptr<UpdateInfo> LoadWithPugixml(const std::string& path) {
     return info;
 }
 
+std::unique_ptr<CXMLElement> Convert(const pugi::xml_node& node) {
+    std::unique_ptr<CXMLElement> element(CXMLNode::CreateElementWithName(node.name()));
+    for (const pugi::xml_node& child : node.children()) {
+        if (child.type() == pugi::node_element) {
+            element->AddChild(Convert(child).release());
+        } else if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata) {
+            element->AddChild(CXMLNode::CreateTextWithStringValue(child.value()));
+        }
+    }
+    for (const pugi::xml_attribute& attribute : node.attributes()) {
+        element->AddAttribute(
+            CXMLNode::CreateAttributeWithNameWithStringValue(attribute.name(), attribute.value()));
+    }
+    return element;
+}
+
+std::unique_ptr<CUpdateInfoType> LoadThroughOurTree(const std::string& path) {
+    pugi::xml_document document;
+    if (!document.load_file(path.c_str())) {
+        return nullptr;
+    }
+    const std::unique_ptr<CXMLElement> root = Convert(document.document_element());
+    return std::make_unique<CUpdateInfoType>(root.get());
+}
+
+/// The target items stay allocated by design; a benchmark would fill the memory.
+void DeleteItems(const CUpdateInfoType& info) {
+    for (const CItemInfoType* item : info.targetItems->items) {
+        delete item;
+    }
+}
+
 void LoadDescription(benchmark::State& state) {
     const DescriptionFile file(static_cast<int>(state.range(0)));
     for (auto _ : state) {
@@ -139,10 +175,7 @@ void LoadDescription(benchmark::State& state) {
             state.SkipWithError("the description does not load");
             break;
         }
-        // The target items stay allocated by design; the peer frees its own.
-        for (const CItemInfoType* item : info->targetItems->items) {
-            delete item;
-        }
+        DeleteItems(*info);
     }
 }
 BENCHMARK(LoadDescription)->ArgName("entries")->Arg(SMALL)->Arg(LARGE);
@@ -158,6 +191,19 @@ void LoadDescriptionPugixml(benchmark::State& state) {
     }
 }
 BENCHMARK(LoadDescriptionPugixml)->ArgName("entries")->Arg(SMALL)->Arg(LARGE);
+
+void LoadDescriptionPugixmlThroughOurTree(benchmark::State& state) {
+    const DescriptionFile file(static_cast<int>(state.range(0)));
+    for (auto _ : state) {
+        const std::unique_ptr<CUpdateInfoType> info = LoadThroughOurTree(file.path());
+        if (info == nullptr) {
+            state.SkipWithError("the description does not load");
+            break;
+        }
+        DeleteItems(*info);
+    }
+}
+BENCHMARK(LoadDescriptionPugixmlThroughOurTree)->ArgName("entries")->Arg(SMALL)->Arg(LARGE);
 
 }  // namespace
 

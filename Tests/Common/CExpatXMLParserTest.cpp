@@ -97,7 +97,7 @@ struct Row {
 };
 
 void PrintTo(const Row& row, std::ostream* out) {
-    *out << row.xml;
+    *out << row.name;
 }
 
 std::string RowName(const ::testing::TestParamInfo<Row>& row) {

@@ -29,6 +29,10 @@ struct Row {
     const char* written;
 };
 
+void PrintTo(const Row& row, std::ostream* out) {
+    *out << row.name;
+}
+
 class CXMLSerializerTest : public ::testing::TestWithParam<Row> {};
 
 TEST_P(CXMLSerializerTest, WritesTheText) {

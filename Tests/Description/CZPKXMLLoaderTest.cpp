@@ -185,6 +185,10 @@ struct FailingLanguages {
     const char* xml;
 };
 
+void PrintTo(const FailingLanguages& row, std::ostream* out) {
+    *out << row.xml;
+}
+
 class LanguagesFailureTest : public CZPKXMLLoaderTest,
                              public ::testing::WithParamInterface<FailingLanguages> {};
 

@@ -1,0 +1,97 @@
+// Reads the input as a document; what could be read is cloned, written and read again, and must be
+// the same tree each time.
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "Common/CExpatXMLParser.h"
+#include "Common/CXMLElement.h"
+#include "Common/CXMLSerializer.h"
+
+namespace {
+
+using namespace varno_zpk;
+
+/// A value as a reader gives it: line feeds and tabs are written as they stand and read as blanks.
+std::string ReadBackValue(const std::string& value) {
+    std::string result = value;
+    for (char& character : result) {
+        if (character == '\n' || character == '\t') {
+            character = ' ';
+        }
+    }
+    return result;
+}
+
+/// The tree with everything that may differ after writing made equal: neighbouring texts become one.
+void AppendTree(std::string& out, const CXMLElement& element) {
+    out += "<" + element.GetNameString();
+    for (const CXMLNode* attribute : element.GetAttributes()) {
+        out += '\0' + attribute->GetNameString() + '\0' + ReadBackValue(attribute->GetStringValueString());
+    }
+    out += '>';
+    for (const CXMLNode* child : element.GetChildren()) {
+        if (child->GetKind() == XMLKIND_ELEMENT) {
+            out += '\0';
+            AppendTree(out, static_cast<const CXMLElement&>(*child));
+            out += '\0';
+        } else {
+            out += child->GetStringValueString();
+        }
+    }
+    out += '/';
+}
+
+std::string Tree(const CXMLDocument& document) {
+    std::string out;
+    AppendTree(out, *document.GetRootElement());
+    return out;
+}
+
+void Require(bool condition) {
+    if (!condition) {
+        std::abort();
+    }
+}
+
+void CheckRoundTrip(const CXMLDocument& document) {
+    const std::string tree = Tree(document);
+    const std::unique_ptr<CXMLNode> copy(document.Clone());
+    const auto& copiedDocument = static_cast<const CXMLDocument&>(*copy);
+    Require(Tree(copiedDocument) == tree);
+    const std::string written = CXMLSerializer::Serialize(copiedDocument);
+    const std::unique_ptr<CXMLDocument> again = CExpatXMLParser::CreateCXMLNodeWithText(written);
+    Require(again != nullptr);
+    Require(Tree(*again) == tree);
+}
+
+/// As a file, the input's own words about its encoding count.
+std::unique_ptr<CXMLDocument> ReadAsFile(std::string_view input, std::size_t blockSize) {
+    static const int descriptor = memfd_create("input", MFD_CLOEXEC);
+    Require(ftruncate(descriptor, 0) == 0);
+    Require(pwrite(descriptor, input.data(), input.size(), 0) == static_cast<ssize_t>(input.size()));
+    Require(lseek(descriptor, 0, SEEK_SET) == 0);
+    return CExpatXMLParser::CreateCXMLNodeWithFile(descriptor, blockSize);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string_view input(reinterpret_cast<const char*>(data), size);
+    constexpr std::size_t LARGEST_BLOCK = 64;
+    const std::unique_ptr<CXMLDocument> documents[] = {CExpatXMLParser::CreateCXMLNodeWithText(input),
+                                                       ReadAsFile(input, 1 + size % LARGEST_BLOCK)};
+    for (const std::unique_ptr<CXMLDocument>& document : documents) {
+        if (document != nullptr) {
+            CheckRoundTrip(*document);
+        }
+    }
+    return 0;
+}
