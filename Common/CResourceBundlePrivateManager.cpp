@@ -33,7 +33,7 @@ CResourceBundlePrivateManager* CResourceBundlePrivateManager::s_Manager = nullpt
 // clang-format off
 CResourceBundlePrivateManager::CResourceBundlePrivateManager()
     : m_currentLanguage(CLocaleDefine::BASIC_LANGUAGE), m_alternativeLanguage(CLocaleDefine::BASIC_LANGUAGE) {
-    assert(s_Manager==NULL);
+    assert(s_Manager==NULL);  // NOLINT(modernize-use-nullptr): the report shows the text
     s_Manager = this;
 }
 
