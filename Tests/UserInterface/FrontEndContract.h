@@ -5,8 +5,11 @@
 #include <atomic>
 #include <chrono>
 #include <memory>
+#include <ostream>
 #include <stdexcept>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "Tests/UserInterface/ScriptedDelegate.h"
 #include "UserInterface/ZPKFrontEnd.h"
@@ -16,12 +19,21 @@
 
 namespace zpk_test {
 
-using FrontEndMaker = std::unique_ptr<ZPKFrontEnd> (*)();
 using Messages = std::vector<std::string>;
 
-class FrontEndContract : public ::testing::TestWithParam<FrontEndMaker> {
+/// A front end to test, by its name.
+struct FrontEndKind {
+    const char* name;
+    std::unique_ptr<ZPKFrontEnd> (*make)();
+};
+
+inline void PrintTo(const FrontEndKind& kind, std::ostream* out) {
+    *out << kind.name;
+}
+
+class FrontEndContract : public ::testing::TestWithParam<FrontEndKind> {
 protected:
-    std::unique_ptr<ZPKFrontEnd> frontEnd = GetParam()();
+    std::unique_ptr<ZPKFrontEnd> frontEnd = GetParam().make();
     ScriptedDelegate delegate;
 };
 

@@ -50,7 +50,8 @@ void ExpectOnScreen(const QWidget* window) {
 
 }  // namespace
 
-INSTANTIATE_TEST_SUITE_P(Desktop, FrontEndContract, ::testing::Values(&MakeDesktopFrontEnd));
+INSTANTIATE_TEST_SUITE_P(Each, FrontEndContract,
+                         ::testing::Values(FrontEndKind{"Desktop", &MakeDesktopFrontEnd}));
 
 class DesktopFrontEnd : public ::testing::Test {
 protected:

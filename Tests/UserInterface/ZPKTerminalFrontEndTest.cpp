@@ -106,7 +106,8 @@ std::unique_ptr<ZPKFrontEnd> MakeTerminalFrontEnd() {
     return std::make_unique<ZPKTerminalFrontEnd>();
 }
 
-INSTANTIATE_TEST_SUITE_P(Terminal, FrontEndContract, ::testing::Values(&MakeTerminalFrontEnd));
+INSTANTIATE_TEST_SUITE_P(Each, FrontEndContract,
+                         ::testing::Values(FrontEndKind{"Terminal", &MakeTerminalFrontEnd}));
 
 /// What the disc search window's owner would do.
 struct Asked {
