@@ -35,11 +35,10 @@ std::size_t zeroRun(std::span<const std::uint8_t> bytes) {
 void SparseFileWriter::write(std::span<const std::uint8_t> bytes) {
     if (m_endsInHole) {
         // Blocks rarely start at a page, and a hole should not end for that.
-        bytes = bytes.subspan(skipZeros(bytes.first(std::min(bytes.size(), kPageSize))));
+        bytes = bytes.subspan(skipZeros(bytes.first(std::min(bytes.size(), toPageStart()))));
     }
-    std::size_t toPageStart = (kPageSize - static_cast<std::size_t>(m_offset) % kPageSize) % kPageSize;
     std::size_t dataStart = 0;
-    for (std::size_t at = toPageStart; at + kHoleLimit <= bytes.size(); at += kPageSize) {
+    for (std::size_t at = toPageStart(); at + kHoleLimit <= bytes.size(); at += kPageSize) {
         std::size_t run = zeroRun(bytes.subspan(at));
         if (run >= kHoleLimit) {
             writeData(bytes.subspan(dataStart, at - dataStart));
@@ -55,6 +54,10 @@ void SparseFileWriter::write(std::span<const std::uint8_t> bytes) {
         rest = rest.subspan(skipZeros(rest));
     }
     writeData(rest);
+}
+
+std::size_t SparseFileWriter::toPageStart() const {
+    return (kPageSize - static_cast<std::size_t>(m_offset) % kPageSize) % kPageSize;
 }
 
 std::size_t SparseFileWriter::skipZeros(std::span<const std::uint8_t> bytes) {
