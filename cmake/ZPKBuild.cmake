@@ -58,7 +58,9 @@ function(zpk_test name)
   target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE zpk_warnings zpk_test_support ${ARG_LINK}
     GTest::gtest GTest::gmock GTest::gtest_main)
-  set(properties TIMEOUT 120 ENVIRONMENT "${ZPK_TEST_ENVIRONMENT}")
+  # The list passes two more evaluations on its way into the test file.
+  string(REPLACE ";" "\\;" environment "${ZPK_TEST_ENVIRONMENT}")
+  set(properties TIMEOUT 120 ENVIRONMENT "${environment}")
   if(ARG_LABELS)
     list(APPEND properties LABELS "${ARG_LABELS}")
   endif()

@@ -13,7 +13,7 @@
 #include "Common/CXMLText.h"
 #include "Common/CZPKError.h"
 #include "Description/CZPKXMLLoader.h"
-#include "Tests/Common/FailingAllocation.h"
+#include "Tests/Support/FailingAllocation.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 namespace {

@@ -72,6 +72,14 @@ scenario_star_first() {
     installs
 }
 
+# The star may stand for nothing, and no separator is put in front of it.
+scenario_star_first_for_a_file_at_the_root() {
+    insert right
+    launch star-first-root
+    asked_and_search
+    installs
+}
+
 scenario_star_in_the_middle() {
     insert right
     launch star-inside
@@ -197,13 +205,16 @@ scenario_dvd_is_no_cd() {
     refused_then_cancel
 }
 
-# The drive is so slow that the search is certainly among the thousand files when the disc goes.
+# The drive takes ten seconds for the thousand files, and the disc goes when the search has begun.
 scenario_disc_taken_during_the_search() {
+    local reads
     insert many
-    limit_drive 20
     launch last
-    asked_and_search
-    sleep 1
+    expect "$question"
+    limit_drive 20
+    reads=$(disc_reads)
+    type_line "$search_answer"
+    wait_for_reads $((reads + 10))
     expect_not_yet "$refusal"
     pull_disc
     refused_then_cancel
@@ -216,7 +227,7 @@ mounted_folders="cut -d ' ' -f 2 /proc/mounts"
 # launch NAME: starts the launcher of that bundle.
 launch() {
     guest 'rm -f /tmp/setup-ran' > /dev/null
-    start "$environment exec /payload/$1.app/Contents/Linux/Zephyrkit"
+    start "exec env $environment /payload/$1.app/Contents/Linux/Zephyrkit"
 }
 
 asked_and_search() {

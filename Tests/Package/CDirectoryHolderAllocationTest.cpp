@@ -1,45 +1,16 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <cstdlib>
 #include <new>
 
 #include "Package/CDirectoryHolder.h"
+#include "Tests/Support/FailingAllocation.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 namespace {
 
-/// How many allocations are still granted; negative while all are.
-long grantedAllocations = -1;
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-    if (grantedAllocations == 0) {
-        // One failure, so that what follows it can clean up.
-        grantedAllocations = -1;
-        throw std::bad_alloc();
-    }
-    if (grantedAllocations > 0) {
-        --grantedAllocations;
-    }
-    if (void* const memory = std::malloc(size == 0 ? 1 : size)) {
-        return memory;
-    }
-    throw std::bad_alloc();
-}
-
-void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-
-void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
-}
-
-namespace {
-
 using varno_zpk::CDirectoryHolder;
+using zpk_test::FailingAllocation;
 using zpk_test::TemporaryFolder;
 using zpk_test::WriteFile;
 
@@ -52,30 +23,28 @@ bool Exists(const std::string& path) {
 
 /// Runs `action` with its N-th allocation failing; true when that came out as an exception.
 template <typename Action>
-bool FailsAtAllocation(long number, Action action) {
-    bool failed = false;
-    grantedAllocations = number;
+bool FailsAtAllocation(std::size_t number, Action action) {
+    const FailingAllocation failing(number);
     try {
         action();
     } catch (const std::bad_alloc&) {
-        failed = true;
+        return true;
     }
-    grantedAllocations = -1;
-    return failed;
+    return false;
 }
 
-constexpr long moreThanEver = 10'000;
+constexpr std::size_t moreThanEver = 10'000;
 
 TEST(CDirectoryHolderAllocationTest, FailureWhileMakingAFolderDeletesIt) {
     const TemporaryFolder folder;
     const std::string path = folder / "a folder whose path does not fit into a short string";
-    long number = 0;
+    std::size_t number = 1;
     while (number < moreThanEver &&
            FailsAtAllocation(number, [&] { const CDirectoryHolder holder(path, ""); })) {
         EXPECT_FALSE(Exists(path)) << "failing allocation " << number;
         ++number;
     }
-    EXPECT_GT(number, 2) << "some allocations were seen to fail";
+    EXPECT_GT(number, 3u) << "some allocations were seen to fail";
     ASSERT_LT(number, moreThanEver);
     EXPECT_TRUE(Exists(path));
 }
@@ -85,7 +54,7 @@ TEST(CDirectoryHolderAllocationTest, FailureInAListDeletesTheFoldersMadeBefore) 
     const std::string tail = " folder whose path does not fit into a short string";
     const Paths paths{folder / ("first" + tail), folder / ("second" + tail), folder / ("third" + tail)};
     const auto make = [&] { const CDirectoryHolder holder(paths, {}); };
-    long number = 0;
+    std::size_t number = 1;
     int failuresAfterTheFirstFolder = 0;
     for (; number < moreThanEver; ++number) {
         // The failing folder is not deleted on the way out: what is in it tells which one failed.
@@ -111,15 +80,17 @@ TEST(CDirectoryHolderAllocationTest, FailureWhileDeletingIsSwallowedAndEndsIt) {
     const TemporaryFolder folder;
     const std::string tail = " folder whose path does not fit into a short string";
     const Paths paths{folder / ("first" + tail), folder / ("second" + tail), folder / ("third" + tail)};
-    long number = 0;
+    std::size_t number = 1;
     bool sawTheRestLeft = false;
     for (;; ++number) {
         ASSERT_LT(number, moreThanEver);
         auto holder = std::make_unique<CDirectoryHolder>(paths, paths);
-        grantedAllocations = number;
-        holder.reset();
-        const bool allGranted = grantedAllocations > 0;
-        grantedAllocations = -1;
+        bool allGranted = false;
+        {
+            const FailingAllocation failing(number);
+            holder.reset();
+            allGranted = !FailingAllocation::HasFailed();
+        }
         const bool isThere[] = {Exists(paths[0]), Exists(paths[1]), Exists(paths[2])};
         EXPECT_TRUE(isThere[0] <= isThere[1] && isThere[1] <= isThere[2]) << "what follows a failure stays";
         sawTheRestLeft |= isThere[2];

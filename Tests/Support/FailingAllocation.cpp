@@ -72,6 +72,10 @@ FailingAllocation::~FailingAllocation() {
     g_allocationsUntilFailure = 0;
 }
 
+bool FailingAllocation::HasFailed() {
+    return g_hasFailed;
+}
+
 std::size_t LiveAllocations() {
     return g_liveAllocations;
 }

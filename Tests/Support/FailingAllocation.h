@@ -17,6 +17,9 @@ public:
     ~FailingAllocation();
     FailingAllocation(const FailingAllocation&) = delete;
     FailingAllocation& operator=(const FailingAllocation&) = delete;
+
+    /// Whether the allocation was reached since the last one of these was made.
+    static bool HasFailed();
 };
 
 /// Blocks that are allocated and not yet freed.

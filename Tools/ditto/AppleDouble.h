@@ -18,6 +18,9 @@ inline constexpr char kResourceForkName[] = "com.apple.ResourceFork";
 /// Longest attribute name that the format's table and Linux can both hold.
 constexpr std::size_t kAttributeNameLimit = 250;
 
+/// Larger files are not looked into: they are held in memory whole.
+constexpr std::size_t kAppleDoubleLimit = std::size_t{4} << 20;
+
 /// The contents of the AppleDouble file (version 2) that carries the attributes: a Finder info entry
 /// (32 bytes, then the "ATTR" table) and a resource fork entry.
 std::string encodeAppleDouble(const AttributeMap& attributes);

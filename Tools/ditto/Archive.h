@@ -33,7 +33,7 @@ struct MemberDescription {
 /// Packs `source` (a folder, or a single file) into a gzip-compressed CPIO archive, whose one
 /// top-level entry has the source's own name: the last component of the path, after resolving a path
 /// that ends in "." or "..". The same tree always gives the same bytes; owners are not recorded and
-/// times have whole seconds, which is all that the odc header holds.
+/// times have whole seconds, from 1970 on, which is all that the odc header holds.
 ///
 /// The archive is a row of gzip members of one MiB of plain data each, which every gzip reader takes
 /// and which `extract` inflates side by side. It appears at `archive` complete or not at all.
@@ -41,9 +41,10 @@ struct MemberDescription {
 /// What cannot be packed (a socket, an unreadable file, a file of 8 GiB or more, one that changes while
 /// it is read) is reported and left out, or padded to its announced size; the archive stays well formed.
 ///
-/// `user.*` extended attributes travel as an AppleDouble member `._NAME` beside NAME: the attributes
-/// com.apple.ResourceFork and com.apple.FinderInfo in the places that the format has for them, others
-/// in its attribute table. One thing has no faithful form: a file of the tree that is itself called
+/// `user.*` extended attributes (no others, and no access lists) travel as an AppleDouble member `._NAME`
+/// beside NAME: the attributes com.apple.ResourceFork and com.apple.FinderInfo in the places that the format
+/// has for them, others in its attribute table. One thing has no faithful form: a file of the tree that is
+/// itself called
 /// `._NAME`, lies beside NAME and holds a valid AppleDouble comes back as attributes of NAME.
 ///
 /// Returns true when nothing was reported as an error.
@@ -56,7 +57,7 @@ bool create(const std::string& source, const std::string& archive, ErrorSink& si
 /// not bring. Members with absolute or climbing names, devices, FIFOs and sockets are refused one by one.
 /// Permissions are exact whatever the umask; set-user-ID and set-group-ID bits and owners are dropped.
 ///
-/// A `._NAME` member with an AppleDouble of at most one MiB becomes the attributes of NAME, in whatever
+/// A `._NAME` member with an AppleDouble of at most four MiB becomes the attributes of NAME, in whatever
 /// order the two come. When the file system takes no such attributes, or NAME is absent or no file or
 /// folder, it is kept as an ordinary file, so that nothing is lost; the first case gives a warning.
 ///

@@ -92,6 +92,9 @@ std::optional<Member> CpioReader::next() {
     member.size = archive_entry_size(entry);
     member.modifiedSeconds = archive_entry_mtime(entry);
     member.modifiedNanoseconds = archive_entry_mtime_nsec(entry);
+    int format = archive_format(m_client->reader);
+    member.dataComeWithLastName =
+        format == ARCHIVE_FORMAT_CPIO_SVR4_NOCRC || format == ARCHIVE_FORMAT_CPIO_SVR4_CRC;
     member.linkCount = archive_entry_nlink(entry);
     member.symbolicLinkTarget = text(archive_entry_symlink(entry));
     member.hardLinkTarget = text(archive_entry_hardlink(entry));

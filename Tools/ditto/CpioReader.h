@@ -23,7 +23,8 @@ struct Member {
     long modifiedNanoseconds = 0;
     unsigned linkCount = 1;
     std::string symbolicLinkTarget;
-    std::string hardLinkTarget;  ///< Not empty: the earlier member with the same inode number.
+    bool dataComeWithLastName = false;  ///< Of several names of one file (newc); else with each.
+    std::string hardLinkTarget;         ///< Not empty: the earlier member with the same inode number.
 };
 
 /// Reads the members of a CPIO archive one after the other.

@@ -17,7 +17,6 @@ namespace zpk_archive {
 
 namespace {
 
-constexpr std::int64_t kAppleDoubleLimit = std::int64_t{1} << 20;
 constexpr std::string_view kAppleDoublePrefix = "._";
 
 /// Set-user-ID and set-group-ID are never restored.
@@ -52,6 +51,9 @@ void Extractor::extractAll() {
             extractMember(*member);
         } catch (const MemberFailure& failure) {
             m_sink.error(member->name, failure.what());
+        } catch (const ArchiveFailure&) {
+            m_sink.error(member->name, "not whole in the archive, so it is left out");
+            throw;
         }
         skipData();
     }
@@ -100,8 +102,13 @@ void Extractor::extractByType(const Member& member, const MemberPath& path) {
                 rememberLinkTarget(member, path);
             }
             break;
-        default:
+        case S_IFCHR:
+        case S_IFBLK:
+        case S_IFIFO:
+        case S_IFSOCK:
             throw MemberFailure("devices, FIFOs and sockets are not unpacked");
+        default:
+            throw MemberFailure("its type is unknown");
     }
 }
 
@@ -119,17 +126,15 @@ bool Extractor::extractLink(const Member& member, const MemberPath& path) {
     auto found = m_linkTargets.find(member.hardLinkTarget);
     bool hasData = S_ISREG(member.mode) && member.size > 0;
     if (found == m_linkTargets.end()) {
-        if (hasData) {
+        bool standsAlone = S_ISLNK(member.mode) ? !member.symbolicLinkTarget.empty()
+                                                : hasData || !member.dataComeWithLastName;
+        if (standsAlone) {
             return false;
         }
         throw MemberFailure("the file that it is a link to was not unpacked");
     }
     LinkTarget& target = found->second;
-    // Old headers have few bits for the inode number, so that strangers may share one; what is not the
-    // same size, time and mode is a file of its own. In newc archives only the last name has the data.
-    bool stranger = (hasData && target.size > 0 && target.size != member.size) ||
-                    target.modifiedSeconds != member.modifiedSeconds || target.mode != member.mode;
-    if (stranger) {
+    if (isStranger(member, target)) {
         return false;
     }
     MemberPath targetPath = splitMemberName(member.hardLinkTarget);
@@ -141,6 +146,14 @@ bool Extractor::extractLink(const Member& member, const MemberPath& path) {
         target.size = member.size;
     }
     return true;
+}
+
+bool Extractor::isStranger(const Member& member, const LinkTarget& target) {
+    // Old headers have few bits for the inode number, so that strangers may share one; what differs in
+    // size, time or mode is a file of its own. In newc archives all names but the last have size 0.
+    bool sizesFit = !S_ISREG(member.mode) || target.size == member.size ||
+                    (member.dataComeWithLastName && (target.size == 0 || member.size == 0));
+    return !sizesFit || target.modifiedSeconds != member.modifiedSeconds || target.mode != member.mode;
 }
 
 void Extractor::rememberLinkTarget(const Member& member, const MemberPath& path) {
@@ -155,7 +168,7 @@ void Extractor::writeNewFile(const Member& member, const MemberPath& path, const
     FileDescriptor file = m_writer.makeFile(path);
     try {
         fill(file.get(), contents);
-        bool dataMayFollow = member.linkCount > 1 && member.size == 0;
+        bool dataMayFollow = member.dataComeWithLastName && member.linkCount > 1 && member.size == 0;
         if (dataMayFollow || contents != nullptr) {
             m_writer.closeFileForNow(std::move(file), path, attributesOf(member));
         } else {
@@ -183,8 +196,8 @@ void Extractor::fill(int descriptor, const std::string* contents) {
 bool Extractor::mayBeAppleDouble(const Member& member, const MemberPath& path) const {
     const std::string& name = path.back();
     return S_ISREG(member.mode) && member.hardLinkTarget.empty() && member.linkCount <= 1 &&
-           member.size <= kAppleDoubleLimit && name.starts_with(kAppleDoublePrefix) && name != "._" &&
-           name != "._." && name != "._..";
+           static_cast<std::size_t>(member.size) <= kAppleDoubleLimit &&
+           name.starts_with(kAppleDoublePrefix) && name != "._" && name != "._." && name != "._..";
 }
 
 void Extractor::extractAppleDouble(const Member& member, const MemberPath& path) {
@@ -222,7 +235,7 @@ void Extractor::joinLater(const MemberPath& path) {
     if (!std::binary_search(m_extracted.begin(), m_extracted.end(), hashOf(owner))) {
         return;
     }
-    std::string contents = m_writer.readFile(path, static_cast<std::size_t>(kAppleDoubleLimit));
+    std::string contents = m_writer.readFile(path, kAppleDoubleLimit);
     std::optional<AttributeMap> attributes = decodeAppleDouble(contents);
     if (attributes && applyAttributes(path, owner, *attributes)) {
         m_writer.remove(path);

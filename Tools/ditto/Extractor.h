@@ -38,6 +38,7 @@ private:
     void extractMember(const Member& member);
     void extractByType(const Member& member, const MemberPath& path);
     void extractFile(const Member& member, const MemberPath& path);
+    static bool isStranger(const Member& member, const LinkTarget& target);
     bool extractLink(const Member& member, const MemberPath& path);
     void writeNewFile(const Member& member, const MemberPath& path, const std::string* contents);
     void fill(int descriptor, const std::string* contents);

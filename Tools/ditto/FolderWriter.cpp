@@ -33,6 +33,13 @@ std::string joined(const MemberPath& path) {
     return text;
 }
 
+/// Works on a folder that its owner may not even read, unlike opening it in the usual way.
+void openToOwner(int parent, const std::string& name) {
+    FileDescriptor folder(openat(parent, name.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    throwUnless(static_cast<bool>(folder));
+    throwUnless(chmod(("/proc/self/fd/" + std::to_string(folder.get())).c_str(), 0700) == 0);
+}
+
 void setAttributes(int descriptor, const Attributes& attributes) {
     timespec times[2] = {attributes.modified, attributes.modified};
     // The mode first: it may end the permission to nothing, while times need ownership alone.
@@ -99,8 +106,7 @@ void FolderWriter::makeFolder(const MemberPath& path, const Attributes& attribut
             clearPlace(parent, name);
             throwUnless(mkdirat(parent, name.c_str(), 0700) == 0);
         } else if ((status.st_mode & 0700) != 0700) {
-            FileDescriptor folder(openat(parent, name.c_str(), kFolderFlags));
-            throwUnless(folder && fchmod(folder.get(), 0700) == 0);
+            openToOwner(parent, name);
         }
     }
     m_postponed.push_back({joined(path), attributes, S_IFDIR});

@@ -42,6 +42,38 @@ void deflateBlock(libdeflate_compressor* compressor, BlockPipeline::Block& block
     block.packed.size = header.size() + size + trailer.size();
 }
 
+bool isAllZeros(std::span<const std::uint8_t> bytes) {
+    return bytes[0] == 0 && std::memcmp(bytes.data(), bytes.data() + 1, bytes.size() - 1) == 0;
+}
+
+/// Deflates blocks, each whole block of zeros only once: the holes of sparse files are made of them.
+class Deflater {
+public:
+    Deflater() : m_compressor(libdeflate_alloc_compressor(kLevel)) {
+        if (!m_compressor) {
+            throw std::bad_alloc();
+        }
+    }
+
+    void deflate(BlockPipeline::Block& block) {
+        bool zeros = block.plain.size == kMemberPlainSize && isAllZeros(block.plain.bytes());
+        if (zeros && !m_zeroMember.empty()) {
+            block.packed.reserve(m_zeroMember.size());
+            std::copy(m_zeroMember.begin(), m_zeroMember.end(), block.packed.data());
+            block.packed.size = m_zeroMember.size();
+            return;
+        }
+        deflateBlock(m_compressor.get(), block);
+        if (zeros) {
+            m_zeroMember.assign(block.packed.bytes().begin(), block.packed.bytes().end());
+        }
+    }
+
+private:
+    Compressor m_compressor;
+    std::vector<std::uint8_t> m_zeroMember;
+};
+
 }  // namespace
 
 GzipWriter::GzipWriter(OutputFile& output) : m_output(output), m_pipeline(2 * workerCount() + 2) {
@@ -96,13 +128,13 @@ void GzipWriter::throwIfFailed() {
 }
 
 void GzipWriter::deflateSubmitted() {
-    Compressor compressor(libdeflate_alloc_compressor(kLevel));
+    std::unique_ptr<Deflater> deflater;
     while (BlockPipeline::Block* block = m_pipeline.takeWork()) {
         try {
-            if (!compressor) {
-                throw std::bad_alloc();
+            if (!deflater) {
+                deflater = std::make_unique<Deflater>();
             }
-            deflateBlock(compressor.get(), *block);
+            deflater->deflate(*block);
         } catch (const std::exception& failure) {
             block->error = failure.what();
         }

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -32,9 +33,12 @@ std::size_t zeroRun(std::span<const std::uint8_t> bytes) {
 }  // namespace
 
 void SparseFileWriter::write(std::span<const std::uint8_t> bytes) {
-    std::size_t toPageStart = (kPageSize - static_cast<std::size_t>(m_offset) % kPageSize) % kPageSize;
+    if (m_endsInHole) {
+        // Blocks rarely start at a page, and a hole should not end for that.
+        bytes = bytes.subspan(skipZeros(bytes.first(std::min(bytes.size(), toPageStart()))));
+    }
     std::size_t dataStart = 0;
-    for (std::size_t at = toPageStart; at + kHoleLimit <= bytes.size(); at += kPageSize) {
+    for (std::size_t at = toPageStart(); at + kHoleLimit <= bytes.size(); at += kPageSize) {
         std::size_t run = zeroRun(bytes.subspan(at));
         if (run >= kHoleLimit) {
             writeData(bytes.subspan(dataStart, at - dataStart));
@@ -45,7 +49,21 @@ void SparseFileWriter::write(std::span<const std::uint8_t> bytes) {
         // The page that ends the run has been looked at already.
         at += run;
     }
-    writeData(bytes.subspan(dataStart));
+    std::span<const std::uint8_t> rest = bytes.subspan(dataStart);
+    if (m_endsInHole && rest.size() < kPageSize) {
+        rest = rest.subspan(skipZeros(rest));
+    }
+    writeData(rest);
+}
+
+std::size_t SparseFileWriter::toPageStart() const {
+    return (kPageSize - static_cast<std::size_t>(m_offset) % kPageSize) % kPageSize;
+}
+
+std::size_t SparseFileWriter::skipZeros(std::span<const std::uint8_t> bytes) {
+    auto data = std::find_if(bytes.begin(), bytes.end(), [](std::uint8_t byte) { return byte != 0; });
+    m_offset += data - bytes.begin();
+    return static_cast<std::size_t>(data - bytes.begin());
 }
 
 void SparseFileWriter::writeData(std::span<const std::uint8_t> bytes) {

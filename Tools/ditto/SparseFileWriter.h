@@ -17,6 +17,8 @@ public:
     void finish();
 
 private:
+    std::size_t toPageStart() const;
+    std::size_t skipZeros(std::span<const std::uint8_t> bytes);
     void writeData(std::span<const std::uint8_t> bytes);
 
     int m_descriptor;

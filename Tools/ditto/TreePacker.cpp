@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <memory>
 
 #include "Tools/ditto/Archive.h"
@@ -109,7 +110,7 @@ void TreePacker::packOpened(const FileDescriptor& thing, const std::string& name
 void TreePacker::startMember(Member& member, const struct stat& status) {
     std::int64_t inode = 0;
     member.mode = status.st_mode;
-    member.modifiedSeconds = status.st_mtim.tv_sec;
+    member.modifiedSeconds = std::max<std::int64_t>(status.st_mtim.tv_sec, 0);
     // A folder's count says nothing of names, and would make readers look for the others.
     bool severalNames = !S_ISDIR(status.st_mode) && status.st_nlink > 1;
     if (severalNames) {
@@ -156,24 +157,28 @@ void TreePacker::packData(int file, const std::string& name, std::int64_t size) 
     }
 }
 
-bool TreePacker::padWithZeros(std::int64_t count) {
+void TreePacker::padWithZeros(std::int64_t count) {
     std::fill(m_buffer.begin(), m_buffer.end(), std::uint8_t{0});
     while (count > 0) {
         auto piece = std::min<std::int64_t>(count, static_cast<std::int64_t>(m_buffer.size()));
         m_writer.writeData({m_buffer.data(), static_cast<std::size_t>(piece)});
         count -= piece;
     }
-    return true;
 }
 
 void TreePacker::packAttributes(const AttributeMap& attributes, const std::string& name,
                                 const struct stat& status) {
     std::string contents = encodeAppleDouble(attributes);
+    std::string companion = appleDoubleName(name);
+    if (contents.size() > kAppleDoubleLimit || companion.size() - companion.rfind('/') - 1 > NAME_MAX) {
+        m_sink.error(name, "its extended attributes are too large, or its name too long to carry them");
+        return;
+    }
     struct stat own = status;
     own.st_mode = kAppleDoubleMode;
     own.st_nlink = 1;
     Member member;
-    member.name = appleDoubleName(name);
+    member.name = companion;
     member.size = static_cast<std::int64_t>(contents.size());
     startMember(member, own);
     m_writer.writeData({reinterpret_cast<const std::uint8_t*>(contents.data()), contents.size()});

@@ -36,7 +36,7 @@ private:
     void packAttributes(const AttributeMap& attributes, const std::string& name, const struct stat& status);
     void startMember(Member& member, const struct stat& status);
     std::vector<std::string> sortedNames(int folder);
-    bool padWithZeros(std::int64_t count);
+    void padWithZeros(std::int64_t count);
 
     CpioWriter& m_writer;
     const OutputFile& m_output;

@@ -1,3 +1,4 @@
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -20,6 +21,15 @@ bool startsWith(const std::vector<std::string>& arguments, const std::vector<std
            std::equal(options.begin(), options.end(), arguments.begin());
 }
 
+/// Each level of a tree takes a descriptor while the work is below it.
+void allowDeepTrees() {
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+        limit.rlim_cur = limit.rlim_max;
+        setrlimit(RLIMIT_NOFILE, &limit);
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -28,6 +38,7 @@ int main(int argc, char** argv) {
     std::signal(SIGXFSZ, SIG_IGN);
     // New folders must be open to their owner, whatever the caller's mask.
     umask(umask(0) & 077);
+    allowDeepTrees();
 
     const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
     bool creating = startsWith(arguments, {"-c", "-z", "-rsrc", "--keepParent"});

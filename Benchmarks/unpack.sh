@@ -1,0 +1,80 @@
+#!/bin/sh
+# Measures the archive tool beside its peers on one tree of about 1 GB of the machine's own files, in
+# memory, and prints for each: ours, the peer's, their ratio, and the bar.
+# Usage: unpack.sh DITTO [ROUNDS]
+set -eu
+ditto=$1
+rounds=${2:-3}
+
+work=$(mktemp -d /dev/shm/zpk-bench-XXXXXX)
+trap 'chmod -R u+w "$work"; rm -rf "$work"' EXIT INT TERM
+mkdir "$work/tree"
+
+# Files over 40 MB would leave too few others.
+for folder in /usr/lib/x86_64-linux-gnu /usr/share /usr/lib/gcc /usr/lib/python3; do
+    [ "$(du -sm "$work/tree" | cut -f1)" -ge 1000 ] && break
+    [ -d "$folder" ] || continue
+    (cd / && find ".$folder" \( -type f -size -40000k -o -type l -o -type d \) -readable -print0) |
+        (cd / && cpio -0 -pdm --quiet "$work/tree" 2>/dev/null) || true
+done
+echo "tree: $(du -sm "$work/tree" | cut -f1) MB, $(find "$work/tree" -type f | wc -l) files"
+
+# seconds COMMAND...: the best of the rounds, in hundredths; the folder "out" is new each time.
+seconds() {
+    best=
+    round=0
+    while [ $round -lt "$rounds" ]; do
+        chmod -R u+w "$work/out" 2>/dev/null || true
+        rm -rf "$work/out"
+        mkdir "$work/out"
+        /usr/bin/time -f '%e %M' -o "$work/time" sh -c "$1" >/dev/null
+        read -r elapsed memory <"$work/time"
+        if [ -z "$best" ] || [ "$(echo "$elapsed < $best" | bc)" = 1 ]; then
+            best=$elapsed
+        fi
+        round=$((round + 1))
+    done
+}
+
+# compare NAME OURS PEER AT-LEAST|AT-MOST BAR: how many times as fast (at least), or as long (at most).
+compare() {
+    if [ "$4" = at-least ]; then
+        ratio=$(echo "scale=2; $3 / $2" | bc)
+        good=$(echo "$ratio >= $5" | bc)
+    else
+        ratio=$(echo "scale=2; $2 / $3" | bc)
+        good=$(echo "$ratio <= $5" | bc)
+    fi
+    verdict=ok
+    [ "$good" = 1 ] || verdict=MISSED
+    printf '%-46s ours %9s  peer %9s  ratio %5s  bar %s %s  %s\n' "$1" "$2" "$3" "$ratio" "$4" "$5" "$verdict"
+}
+
+cd "$work"
+bsdtar --format cpio -cf plain.cpio tree
+gzip -c plain.cpio >foreign.gz
+
+seconds "'$ditto' -c -z -rsrc --keepParent tree own.gz"
+pack=$best packMemory=$memory
+seconds "bsdtar --format cpio -cf - tree | pigz >pigz.gz"
+pigz=$best
+seconds "'$ditto' -x -z --rsrc foreign.gz out"
+foreign=$best foreignMemory=$memory
+seconds "'$ditto' -x -z --rsrc own.gz out"
+own=$best ownMemory=$memory
+seconds "bsdtar -xf foreign.gz -C out"
+bsdtar=$best
+seconds "cd out && gzip -dc ../foreign.gz | cpio -id --quiet"
+cpio=$best
+seconds "cp -r tree out/"
+copy=$best
+
+compare "unpack any gzip archive, bsdtar -xf" "$foreign" "$bsdtar" at-least 2.5
+compare "unpack any gzip archive, gzip -dc | cpio -id" "$foreign" "$cpio" at-least 4
+compare "unpack any gzip archive, cp -r" "$foreign" "$copy" at-most 1.5
+compare "unpack an archive of our own, cp -r" "$own" "$copy" at-most 1.2
+compare "pack, pigz (seconds)" "$pack" "$pigz" at-least 1
+compare "pack, pigz (bytes)" "$(stat -c %s own.gz)" "$(stat -c %s pigz.gz)" at-most 1
+for row in "unpack any gzip archive:$foreignMemory" "unpack our own:$ownMemory" "pack:$packMemory"; do
+    compare "peak memory in KiB, ${row%:*}" "${row#*:}" 65536 at-most 1
+done
