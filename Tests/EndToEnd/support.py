@@ -172,10 +172,13 @@ class PackageTestCase(unittest.TestCase):
 
 @contextlib.contextmanager
 def x_server(*, window_manager=False, screen="1280x800x24"):
-    """A private X server; gives the value for DISPLAY."""
+    """A private X server; gives the value for DISPLAY.
+
+    It may not start afresh when its last client leaves: whoever comes at that moment is refused.
+    """
     reader, writer = os.pipe()
     server = subprocess.Popen(
-        ["Xvfb", "-displayfd", str(writer), "-screen", "0", screen, "-nolisten", "tcp"],
+        ["Xvfb", "-displayfd", str(writer), "-screen", "0", screen, "-nolisten", "tcp", "-noreset"],
         pass_fds=[writer],
         stderr=subprocess.DEVNULL,
     )

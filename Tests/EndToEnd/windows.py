@@ -1,15 +1,19 @@
-"""A desktop for one test: an X server with a window manager, a session bus and its accessibility bus."""
+"""A desktop for tests: an X server with a window manager, a session bus and its accessibility bus."""
 
 import contextlib
 import json
 import os
 import pathlib
+import re
 import subprocess
-import sys
+import threading
+import time
 
 from support import wait_until, x_server
 
 HERE = pathlib.Path(__file__).parent
+# From the upper right corner of a window to the middle of the close box in the title bar above it.
+CLOSE_BOX_OFFSET = 10
 
 
 class Desktop:
@@ -21,55 +25,149 @@ class Desktop:
             "DBUS_SESSION_BUS_ADDRESS": bus,
             "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1",
         }
-        self.environment = dict(os.environ, **self.variables)
+        self.environment = dict(os.environ, LC_ALL="C.UTF-8", **self.variables)
+        self._reader = None
 
     def windows(self, process):
-        """The accessible windows of the process, each a dictionary with its children."""
-        found = subprocess.run(
-            [sys.executable, HERE / "accessible_tree.py", str(process.pid)],
-            env=self.environment,
-            capture_output=True,
-            text=True,
-            timeout=30,
-        )
-        try:
-            return json.loads(found.stdout)
-        except ValueError:
-            return []
+        """The accessible windows of the process number, each a dictionary with its children."""
+        if self._reader is None:
+            self._reader = subprocess.Popen(
+                [HERE / "accessible_tree.py"],
+                env=self.environment,
+                stdin=subprocess.PIPE,
+                stdout=subprocess.PIPE,
+                stderr=subprocess.DEVNULL,
+                text=True,
+            )
+        self._reader.stdin.write("%d\n" % process)
+        self._reader.stdin.flush()
+        return json.loads(self._reader.stdout.readline())
 
-    def wait_for_window(self, process, accepts, seconds=30):
-        """The first window of the process that `accepts` says yes to; fails when the process ends before."""
+    def close(self):
+        if self._reader is not None:
+            self._reader.terminate()
+            self._reader.communicate()
 
-        def look():
-            for window in self.windows(process):
-                if accepts(window):
-                    return window
-            if process.poll() is not None:
-                raise AssertionError("the launcher ended with %s instead" % process.returncode)
-            return None
-
-        return wait_until(look, seconds)
+    def run(self, *command):
+        done = subprocess.run(command, env=self.environment, capture_output=True, text=True)
+        return done.stdout
 
     def key(self, *keys):
         subprocess.run(["xdotool", "key", "--clearmodifiers", *keys], env=self.environment, check=True)
 
+    def click_close_box(self, title):
+        """Presses the close box that the window manager draws for the window."""
+        window = self.run("xdotool", "search", "--onlyvisible", "--name", "^%s$" % title).split()[-1]
+        place = dict(re.findall(r"^ *(Absolute upper-left [XY]|Width): +(-?\d+)$", self.run("xwininfo", "-id", window), re.M))
+        right = int(place["Absolute upper-left X"]) + int(place["Width"])
+        top = int(place["Absolute upper-left Y"])
+        self.run("xdotool", "mousemove", str(right - CLOSE_BOX_OFFSET), str(top - CLOSE_BOX_OFFSET), "click", "1")
+
+    def visible_titles(self):
+        """The titles of the windows on the screen."""
+        listed = self.run("xprop", "-root", "-notype", "_NET_CLIENT_LIST")
+        return [self.title(window) for window in listed_windows(listed)]
+
+    def title(self, window):
+        """Empty when the window is no longer there."""
+        shown = self.run("xprop", "-id", window, "-notype", "_NET_WM_NAME")
+        return shown.strip().partition(" = ")[2].strip('"')
+
     def screenshot(self, path):
         subprocess.run(["import", "-window", "root", str(path)], env=self.environment, check=True)
 
-    def titles(self):
-        """The titles of all windows that the X server shows."""
-        found = subprocess.run(
-            ["xdotool", "search", "--onlyvisible", "--name", ".", "getwindowname", "%@"],
-            env=self.environment,
-            capture_output=True,
+
+class WindowLog:
+    """The titles of the windows that come from now on, in the order of their coming."""
+
+    def __init__(self, desktop):
+        self._desktop = desktop
+        self.titles = []
+        self._spy = subprocess.Popen(
+            ["xprop", "-root", "-spy", "-notype", "_NET_CLIENT_LIST"],
+            env=desktop.environment,
+            stdout=subprocess.PIPE,
+            stderr=subprocess.DEVNULL,
             text=True,
         )
-        return found.stdout.splitlines()
+        self._seen = set(listed_windows(self._spy.stdout.readline()))
+        self._thread = threading.Thread(target=self._follow)
+        self._thread.start()
+
+    def _follow(self):
+        for line in self._spy.stdout:
+            for window in listed_windows(line):
+                if window not in self._seen:
+                    self._seen.add(window)
+                    self.titles.append(self._desktop.title(window))
+
+    def stop(self):
+        """Gives the titles; a window that was gone at once has an empty one."""
+        self._spy.terminate()
+        self._thread.join()
+        self._spy.communicate()
+        return self.titles
+
+
+class FolderWatch:
+    """Writes down when a folder comes and goes."""
+
+    def __init__(self, path):
+        self._path = path
+        self._end = threading.Event()
+        self.states = [os.path.lexists(path)]
+        self._thread = threading.Thread(target=self._follow)
+        self._thread.start()
+
+    def _follow(self):
+        while not self._end.is_set():
+            self._look()
+            time.sleep(0.001)
+
+    def _look(self):
+        state = os.path.lexists(self._path)
+        if state != self.states[-1]:
+            self.states.append(state)
+
+    def stop(self):
+        """Whether the folder was there, one entry for each change: [False, True, False]."""
+        self._end.set()
+        self._thread.join()
+        self._look()
+        return self.states
+
+
+class Gate:
+    """Holds a program at one place until the test lets it go on; the program reads from `path`."""
+
+    def __init__(self, path):
+        self.path = path
+        os.mkfifo(path)
+        self._descriptor = None
+
+    def wait_reached(self, seconds=30):
+        def reach():
+            try:
+                self._descriptor = os.open(self.path, os.O_WRONLY | os.O_NONBLOCK)
+            except OSError:
+                return False
+            return True
+
+        wait_until(reach, seconds)
+
+    def open(self):
+        os.close(self._descriptor)
+        self._descriptor = None
+
+
+def listed_windows(line):
+    """The windows of a line such as `_NET_CLIENT_LIST: window id # 0x1, 0x2`."""
+    return line.partition("#")[2].replace(",", " ").split()
 
 
 def walk(item):
     yield item
-    for child in item.get("children", []):
+    for child in item["children"]:
         yield from walk(child)
 
 
@@ -83,6 +181,15 @@ def texts(window):
     return [text for item in walk(window) for text in (item.get("text"), item["name"]) if text]
 
 
+def focused(window):
+    """The item that takes the keys, as (role, name)."""
+    for item in walk(window):
+        # A panel says so too, for a button inside it.
+        if {"focused", "focusable"} <= set(item["states"]):
+            return item["role"], item["name"]
+    return None
+
+
 @contextlib.contextmanager
 def desktop(screen="1280x800x24"):
     with x_server(window_manager=True, screen=screen) as display:
@@ -93,8 +200,11 @@ def desktop(screen="1280x800x24"):
             stderr=subprocess.DEVNULL,
             text=True,
         )
+        found = Desktop(display, bus.stdout.readline().strip())
         try:
-            yield Desktop(display, bus.stdout.readline().strip())
+            yield found
         finally:
+            found.close()
             bus.terminate()
             bus.wait()
+            bus.stdout.close()

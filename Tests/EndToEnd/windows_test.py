@@ -1,0 +1,835 @@
+"""Every way that a run can go, on real windows: what is shown, how it is answered, what is left.
+
+With ZPK_TEST_SCREENSHOTS naming a folder, LanguageTest leaves a picture of each window there.
+"""
+
+import contextlib
+import gzip
+import os
+import pathlib
+import plistlib
+import re
+import shutil
+import signal
+import subprocess
+import textwrap
+import unittest
+from xml.sax.saxutils import quoteattr
+
+from mocked_drive import DISK, MockedDrive
+from support import STAGING_NAME, PackageTestCase, odc_archive, wait_until, write
+from windows import FolderWatch, Gate, WindowLog, desktop, focused, items, walk
+
+ESCAPES = {"n": "\n", '"': '"', "\\": "\\"}
+SIGNATURE = "Example Studio 4"
+PRODUCTS = ["Example Studio 4", 'A <b>bold</b> & "quoted" &amp; name', "製品 ٣ Ω"]
+
+# Lets the launcher's unpacking wait where a test wants it to, then does the real work.
+HELD_ARCHIVE_TOOL = textwrap.dedent(
+    """\
+    #!/bin/sh
+    for argument; do
+        case $argument in */{archive}) read -r line < '{gate}' ;; esac
+    done
+    exec "${{0%/*}}/ditto.real" "$@"
+    """
+)
+
+
+def string_table(bundle, language):
+    """The texts of one language, as the bundle carries them."""
+    table = bundle / "Contents/Resources/UILang" / language / "ZPKStringTable.def"
+    rows = re.findall(r'^"(\w+)" = "((?:[^"\\]|\\.)*)";$', table.read_text(encoding="utf-8"), re.MULTILINE)
+    return {
+        key.removeprefix("ZPKString_"): re.sub(r"\\(.)", lambda found: ESCAPES[found[1]], text)
+        for key, text in rows
+    }
+
+
+class Run:
+    """One run of the launcher, watched from before its start to its end."""
+
+    def __init__(self, case, bundle, *, drive=None, language="en", **variables):
+        self._case = case
+        self._drive = drive
+        self.texts = string_table(bundle, language)
+        self.temporary = pathlib.Path(variables.get("TMPDIR", case.temporary))
+        self._made = self.temporary.stat().st_mtime_ns
+        self._watch = FolderWatch(self.temporary / STAGING_NAME)
+        self._log = WindowLog(case.desktop)
+        self.process = subprocess.Popen(
+            [*(drive.command() if drive else []), bundle / "Contents/Linux/Zephyrkit"],
+            env=case.environment(**case.desktop.variables, **variables, **(drive.variables if drive else {})),
+            stdin=subprocess.DEVNULL,
+            stdout=subprocess.DEVNULL,
+            stderr=subprocess.DEVNULL,
+            cwd=case.folder,
+            start_new_session=True,
+        )
+        self.staging = self.titles = None
+
+    def window(self, title, role=None):
+        """The window of that title, once it is shown and takes the keys."""
+
+        def look():
+            for window in self.windows():
+                if window["name"] == title and "active" in window["states"] and role in (None, window["role"]):
+                    return window
+            if self.process.poll() is not None:
+                raise AssertionError("the launcher ended with %s instead" % self.process.returncode)
+            return None
+
+        return wait_until(look, 60)
+
+    def alert(self):
+        return self.window(self._case.name, "alert")
+
+    def disc_window(self):
+        return self.window(self.texts["DISCCHECK_TITLE"], "dialog")
+
+    def windows(self):
+        number = self._drive.process() if self._drive else self.process.pid
+        found = self._case.desktop.windows(number) if number else []
+        return [window for window in found if "showing" in window["states"]]
+
+    def seen_staging(self):
+        return self._watch.states
+
+    def wait_focus(self, title, item):
+        """Until the item of the window has the keys; `item` is a role and a name."""
+        found = None
+
+        def has_focus():
+            nonlocal found
+            found = focused(self.window(title))
+            return found == item
+
+        try:
+            wait_until(has_focus, 20)
+        except AssertionError:
+            self._case.fail("%r has the keys, not %r" % (found, item))
+
+    def wait(self):
+        """Until the end; checks that it went well and that nothing stays."""
+        self._case.assertEqual(self.process.wait(timeout=60), 0)
+        self.stop()
+        self._case.assertEqual(os.listdir(self.temporary), [])
+
+    def lasting_titles(self):
+        """After the end: without the windows of searches, which may be gone before anybody can look."""
+        return [title for title in self.titles if title not in ("", self.texts["DISCCHECK_SERACHING"])]
+
+    def assert_unseen(self):
+        """After the end: no window came, and nothing was made in the temporary folder."""
+        self._case.assertEqual(self.titles, [])
+        self._case.assertEqual(self.staging, [False])
+        self._case.assertEqual(self.temporary.stat().st_mtime_ns, self._made)
+
+    def stop(self):
+        if self.staging is None:
+            with contextlib.suppress(ProcessLookupError):
+                os.killpg(self.process.pid, signal.SIGKILL)
+            self.process.wait()
+            self.staging = self._watch.stop()
+            self.titles = self._log.stop()
+
+
+class WindowTestCase(PackageTestCase):
+    """A test at a desktop that the tests of its class share."""
+
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        with contextlib.ExitStack() as stack:
+            cls.desktop = stack.enter_context(desktop())
+            cls.addClassCleanup(stack.pop_all().close)
+
+    def start(self, bundle, **options):
+        run = Run(self, bundle, **options)
+        self.addCleanup(run.stop)
+        return run
+
+    def drive(self):
+        reason = MockedDrive.missing()
+        if reason:
+            self.skipTest(reason)
+        return MockedDrive(self.folder, self.temporary)
+
+    # Packages
+
+    def package(self, conditions=None, products=PRODUCTS, name="TestSetup.app"):
+        """A package with a setup program, and with conditions when any are given."""
+        if conditions is not None:
+            listed = "".join("<ItemInfo DisplayName=%s/>" % quoteattr(product) for product in products)
+            write(
+                self.source / "Info/Condition.xml",
+                "<UpdateInfo><Conditions>%s</Conditions><TargetItems>%s</TargetItems></UpdateInfo>"
+                % (conditions, listed),
+            )
+        self.recorder()
+        self.startup()
+        return self.pack(name)
+
+    def hold(self, bundle, archive):
+        """The launcher will wait before it unpacks that archive, until the gate is opened."""
+        gate = Gate(self.folder / ("gate-%d" % len(list(self.folder.glob("gate-*")))))
+        tool = bundle / "Contents/Helpers/ditto"
+        tool.rename(tool.with_name("ditto.real"))
+        write(tool, HELD_ARCHIVE_TOOL.format(archive=archive, gate=gate.path), 0o755)
+        return gate
+
+    # Looks at windows
+
+    def assert_alert(self, run, text):
+        """An alert with that text and one button, which is the default and has the keys."""
+        window = run.alert()
+        self.assertEqual([item["name"] for item in items(window, "label")], [text])
+        buttons = items(window, "push button")
+        self.assertEqual([button["name"] for button in buttons], [run.texts["OK"]])
+        self.assertLessEqual({"default", "focused", "enabled"}, set(buttons[0]["states"]))
+        return window
+
+    def assert_tab_order(self, run, title, *order):
+        """The items that Tab visits, from the one that has the keys and round to it again."""
+        run.wait_focus(title, order[0])
+        for item in [*order[1:], order[0]]:
+            self.desktop.key("Tab")
+            run.wait_focus(title, item)
+
+    def assert_inside_screen(self, item):
+        x, y, width, height = item["bounds"]
+        self.assertGreaterEqual(min(x, y), 0)
+        self.assertLessEqual(x + width, 1280)
+        self.assertLessEqual(y + height, 800)
+
+    def assert_installed(self, run, *titles):
+        """After the end: the windows that came, and the setup program ran once."""
+        self.assertEqual(run.lasting_titles(), [*titles, run.texts["FILE_EXTRACT"]])
+        self.assertEqual(run.staging, [False, True, False])
+        self.record()
+
+
+class SecondLauncherTest(WindowTestCase):
+    """A launcher that finds another one at work ends before it shows or makes anything."""
+
+    def second_folder(self):
+        folder = self.folder / "tmp2"
+        folder.mkdir(mode=0o700, exist_ok=True)
+        return str(folder)
+
+    def program(self, path):
+        """Something that runs from that path, and does nothing."""
+        path.parent.mkdir(parents=True, exist_ok=True)
+        shutil.copy2("/bin/sleep", path)
+        process = subprocess.Popen([path, "600"])
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+
+    def application(self, folder, name, strings=None):
+        """Another application that runs, and does nothing."""
+        contents = self.folder / folder / "Contents"
+        write(contents / "Info.plist", plistlib.dumps({"CFBundleName": name, "CFBundleExecutable": "Other"}))
+        if strings is not None:
+            write(contents / "Resources/InfoPlist.strings", '"CFBundleName" = "%s";' % strings)
+        self.program(contents / "Linux/Other")
+
+    def assert_second_is_unseen(self, bundle, **variables):
+        second = self.start(bundle, TMPDIR=self.second_folder(), **variables)
+        second.wait()
+        second.assert_unseen()
+
+    def assert_runs_all_the_same(self, bundle):
+        run = self.start(bundle)
+        run.wait()
+        self.assert_installed(run)
+
+    def test_same_launcher_twice(self):
+        bundle = self.package()
+        gate = self.hold(bundle, "Data.dat")
+        first = self.start(bundle)
+        gate.wait_reached()
+        self.assert_second_is_unseen(bundle)
+        self.assertEqual(self.records(), [])
+        gate.open()
+        first.wait()
+        self.assert_installed(first)
+
+    def test_waiting_alert_counts_as_running(self):
+        bundle = self.package("")
+        first = self.start(bundle)
+        first.alert()
+        second = self.start(bundle, TMPDIR=self.second_folder())
+        second.wait()
+        self.assertEqual(second.staging, [False])
+        self.assertEqual(len(first.windows()), 1)
+        self.desktop.key("Return")
+        first.wait()
+        self.assertEqual(first.titles, [self.name])
+
+    def test_two_at_once_never_install_both(self):
+        bundle = self.package()
+        runs = [self.start(bundle), self.start(bundle, TMPDIR=self.second_folder())]
+        for run in runs:
+            run.wait()
+        self.assertLessEqual(len(self.records()), 1)
+
+    def test_other_application_of_the_same_name(self):
+        bundle = self.package()
+        self.application("Elsewhere.app", self.name)
+        self.assert_second_is_unseen(bundle)
+
+    def test_name_of_the_strings_file_counts_before_the_one_of_the_property_list(self):
+        bundle = self.package()
+        self.application("Elsewhere.app", "Something else", strings=self.name)
+        self.assert_second_is_unseen(bundle)
+
+    def test_bundle_folder_counts_where_no_name_is_given(self):
+        bundle = self.package()
+        contents = self.folder / (self.name + ".app") / "Contents"
+        write(contents / "Info.plist", plistlib.dumps({"CFBundleExecutable": "Other"}))
+        self.program(contents / "Linux/Other")
+        self.assert_second_is_unseen(bundle)
+
+    def test_similar_things_do_not_count(self):
+        self.application("Other.app", self.name + "2")
+        self.application("Case.app", self.name.upper())
+        self.application("Strings.app", self.name, strings="Another name")
+        # The same program name, but in no bundle; a helper of a bundle; a setup program of another package.
+        self.program(self.folder / self.name)
+        self.program(self.folder / "Zephyrkit")
+        self.program(self.folder / "Case.app/Contents/Helpers" / self.name)
+        self.assert_runs_all_the_same(self.package())
+
+    def test_name_with_letters_of_many_scripts(self):
+        name = "Prüfung-日本語-%d" % os.getpid()
+        self.describe_package(name)
+        self.name = name
+        bundle = self.package()
+        # The same letters to the eye, but not the same bytes.
+        self.application("Decomposed.app", name.replace("ü", "u\u0308"))
+        self.assert_runs_all_the_same(bundle)
+        self.application("Same.app", name)
+        self.assert_second_is_unseen(bundle)
+
+    def test_identifier_without_a_dot_gives_no_name_to_compare(self):
+        bundle = self.package()
+        path = bundle / "Contents/Info.plist"
+        information = plistlib.loads(path.read_bytes())
+        information["CFBundleIdentifier"] = self.name
+        path.write_bytes(plistlib.dumps(information))
+        gate = self.hold(bundle, "Info.dat")
+        first = self.start(bundle)
+        gate.wait_reached()
+        other = self.pack("Second.app")
+        (other / "Contents/Info.plist").write_bytes(plistlib.dumps(information))
+        second = self.start(other, TMPDIR=self.second_folder())
+        second.wait()
+        gate.open()
+        first.wait()
+        self.assertEqual(len(self.records()), 2)
+
+    def test_identifier_without_a_dot_beside_a_strings_file(self):
+        bundle = self.package()
+        path = bundle / "Contents/Info.plist"
+        information = plistlib.loads(path.read_bytes())
+        information["CFBundleIdentifier"] = self.name
+        path.write_bytes(plistlib.dumps(information))
+        write(bundle / "Contents/Resources/InfoPlist.strings", '"CFBundleName" = "%s";' % self.name)
+        self.application("Elsewhere.app", self.name)
+        self.assert_second_is_unseen(bundle)
+
+
+class StagingAlertTest(WindowTestCase):
+    """The staging folder cannot be made."""
+
+    def shared_folder(self):
+        """A folder where somebody put a link in the place of the person's own."""
+        shared = self.folder / "shared"
+        shared.mkdir()
+        shared.chmod(0o1777)
+        link = shared / f"com.varno.zephyrkit-{os.geteuid()}"
+        link.symlink_to(self.temporary)
+        return shared
+
+    def start_without_folder(self):
+        bundle = self.package()
+        run = self.start(bundle, TMPDIR=str(self.shared_folder()))
+        return run, self.assert_alert(run, run.texts["TEMPFOLDERCREATEFAILURE"])
+
+    def end(self, run):
+        self.assertEqual(run.process.wait(timeout=60), 0)
+        run.stop()
+        self.assertEqual(run.titles, [self.name])
+        self.assertEqual(run.staging, [False])
+        self.assertEqual(self.records(), [])
+        self.assertEqual(os.listdir(self.temporary), [])
+
+    def test_enter_answers(self):
+        run, _ = self.start_without_folder()
+        self.desktop.key("Return")
+        self.end(run)
+
+    def test_escape_answers(self):
+        run, _ = self.start_without_folder()
+        self.desktop.key("Escape")
+        self.end(run)
+
+    def test_close_box_answers(self):
+        run, _ = self.start_without_folder()
+        self.desktop.click_close_box(self.name)
+        self.end(run)
+
+    def test_tab_stays_on_the_only_button(self):
+        run, _ = self.start_without_folder()
+        self.assert_tab_order(run, self.name, ("push button", run.texts["OK"]))
+        self.desktop.key("space")
+        self.end(run)
+
+    def test_disk_that_takes_nothing(self):
+        if os.geteuid() != 0:
+            self.skipTest("mounting a file system takes root")
+        bundle = self.package()
+        sealed = self.folder / "sealed"
+        sealed.mkdir()
+        subprocess.run(["mount", "-t", "tmpfs", "-o", "ro,mode=700", "none", sealed], check=True)
+        self.addCleanup(subprocess.run, ["umount", sealed], check=True)
+        run = self.start(bundle, TMPDIR=str(sealed))
+        self.assert_alert(run, run.texts["TEMPFOLDERCREATEFAILURE"])
+        self.desktop.key("Return")
+        self.end(run)
+
+
+class ConditionsMetTest(WindowTestCase):
+    """The package applies: its payload is unpacked under the progress window, then its program runs."""
+
+    def setUp(self):
+        super().setUp()
+        self.library = self.folder / "share"
+        self.list = self.library / "Preferences/com.varno.ic_installer.plist"
+
+    def assert_installs(self, bundle):
+        run = self.start(bundle, XDG_DATA_DIRS="%s:/usr/share" % self.library)
+        run.wait()
+        self.assert_installed(run)
+
+    def test_signature_in_each_form_of_the_list(self):
+        bundle = self.package('<UIMLog Signature="Other"/><UIMLog Signature="%s"/>' % SIGNATURE)
+        installed = {"Varno Utilities": ["First", SIGNATURE]}
+        for form, contents in (
+            ("XML", plistlib.dumps(installed, fmt=plistlib.FMT_XML)),
+            ("binary", plistlib.dumps(installed, fmt=plistlib.FMT_BINARY)),
+            ("text", '{ "Varno Utilities" = ( First, "%s" ); }' % SIGNATURE),
+        ):
+            with self.subTest(form):
+                self.record_path.unlink(missing_ok=True)
+                write(self.list, contents)
+                self.assert_installs(bundle)
+
+    def test_uninstall_description(self):
+        write(self.library / "Application Support/Varno_Inc_IC/Tandemset/Uninstall/Example.xml", "")
+        self.assert_installs(self.package('<UIMLog Signature="x"/><UninstallXml AppName="Example.xml"/>'))
+
+    def test_installed_product_comes_before_the_disc(self):
+        write(self.list, plistlib.dumps({"Varno Utilities": [SIGNATURE]}))
+        self.assert_installs(self.package('<Disc FilePath="x"/><UIMLog Signature="%s"/>' % SIGNATURE))
+
+    def test_package_without_conditions(self):
+        self.assert_installs(self.package())
+
+    def test_progress_window(self):
+        bundle = self.package()
+        gate = self.hold(bundle, "Data.dat")
+        run = self.start(bundle)
+        gate.wait_reached()
+        title = run.texts["FILE_EXTRACT"]
+        window = run.window(title)
+        self.assertEqual([item["name"] for item in items(window, "label")], [title])
+        self.assertEqual(items(window, "push button"), [])
+        (bar,) = items(window, "progress bar")
+        self.assertEqual((bar["name"], bar["value"]), (title, 40.0))
+        x, y, width, height = window["bounds"]
+        self.assertAlmostEqual(x + width / 2, 640, delta=20)
+        self.assertAlmostEqual(y + height / 2, 400, delta=20)
+
+        # Nothing that a person does takes it away.
+        self.desktop.key("Escape")
+        self.desktop.key("alt+F4")
+        self.desktop.key("Return")
+        self.assertEqual(run.window(title)["name"], title)
+        self.assertEqual(self.records(), [])
+        gate.open()
+        run.wait()
+        self.assert_installed(run)
+
+    def test_no_window_stays_while_the_setup_program_runs(self):
+        gate = Gate(self.folder / "setup-gate")
+        self.startup()
+        write(self.source / "Data/setup", "#!/bin/sh\nread -r line < '%s'\nexit 3\n" % gate.path, 0o755)
+        run = self.start(self.pack())
+        gate.wait_reached()
+        self.assertEqual(self.desktop.visible_titles(), [])
+        self.assertTrue((self.temporary / STAGING_NAME / "Data/setup").exists())
+        gate.open()
+        run.wait()
+        self.assertEqual(run.staging, [False, True, False])
+
+    def test_payload_without_program_ends_in_silence(self):
+        write(self.source / "Data/readme", "no program")
+        run = self.start(self.pack())
+        run.wait()
+        self.assertEqual(run.titles, [run.texts["FILE_EXTRACT"]])
+        self.assertEqual(run.staging, [False, True, False])
+
+
+class SoftwareListTest(WindowTestCase):
+    """The package does not apply, and no disc can help: the products are named."""
+
+    def start_refused(self, conditions='<UIMLog Signature="x"/>', products=PRODUCTS):
+        return self.start(self.package(conditions, products))
+
+    @staticmethod
+    def message(run, products):
+        return run.texts["UPDATE_FAILURE"].replace("%s", "\n".join("  " + product for product in products))
+
+    def end(self, run, key="Return"):
+        self.desktop.key(key)
+        run.wait()
+        self.assertEqual(run.titles, [self.name])
+        self.assertEqual(self.records(), [])
+
+    def test_names_the_products_after_the_staging_folder_is_gone(self):
+        bundle = self.package('<UIMLog Signature="x"/>')
+        gate = self.hold(bundle, "Info.dat")
+        run = self.start(bundle)
+        gate.wait_reached()
+        wait_until(lambda: True in run.seen_staging(), 20)
+        gate.open()
+        self.assert_alert(run, self.message(run, PRODUCTS))
+        self.assertFalse((self.temporary / STAGING_NAME).exists())
+        self.end(run)
+        self.assertEqual(run.staging, [False, True, False])
+
+    def test_escape_and_close_box_answer_too(self):
+        run = self.start_refused()
+        self.assert_alert(run, self.message(run, PRODUCTS))
+        self.end(run, "Escape")
+        run = self.start(self.folder / "TestSetup.app")
+        self.assert_alert(run, self.message(run, PRODUCTS))
+        self.desktop.click_close_box(self.name)
+        run.wait()
+
+    def test_other_conditions_that_never_apply(self):
+        for conditions in ("", '<Registry KeyName="x"/>'):
+            with self.subTest(conditions):
+                run = self.start(self.package(conditions, name="C%d.app" % len(conditions)))
+                self.assert_alert(run, self.message(run, PRODUCTS))
+                self.end(run)
+
+    def test_empty_list(self):
+        run = self.start_refused(products=[])
+        self.assert_alert(run, self.message(run, []))
+        self.end(run)
+
+    def test_list_longer_than_the_screen(self):
+        products = ["Product %d" % number for number in range(3000)]
+        run = self.start_refused(products=products)
+        window = self.assert_alert(run, self.message(run, products))
+        self.assert_inside_screen(window)
+        self.assert_inside_screen(items(window, "push button")[0])
+        self.end(run)
+
+    def test_name_wider_than_the_screen(self):
+        products = ["wide " * 2000, "w" * 5000]
+        run = self.start_refused(products=products)
+        window = self.assert_alert(run, self.message(run, products))
+        self.assert_inside_screen(window)
+        self.assert_inside_screen(items(window, "push button")[0])
+        self.end(run)
+
+    def test_malformed_conditions_give_an_empty_list(self):
+        bundle = self.package()
+        for number, condition in enumerate((b"<UpdateInfo><Conditions>", b"\0\xff", b"")):
+            with self.subTest(condition):
+                members = [("Info", 0o40755, b""), ("Info/Condition.xml", 0o100644, condition)]
+                (bundle / "Contents/Resources/Info.datx").write_bytes(gzip.compress(odc_archive(members)))
+                run = self.start(bundle)
+                self.assert_alert(run, self.message(run, []))
+                self.end(run)
+
+    def test_unusable_installed_software_lists_count_as_none(self):
+        bundle = self.package('<UIMLog Signature="%s"/>' % SIGNATURE)
+        library = self.folder / "share"
+        path = library / "Preferences/com.varno.ic_installer.plist"
+        for number, contents in enumerate(
+            (
+                b"<plist><dict><key>Varno Utilities</key><array>",
+                plistlib.dumps({"Varno Utilities": SIGNATURE}),
+                plistlib.dumps({"Varno Utilities": [SIGNATURE.lower()]}, fmt=plistlib.FMT_BINARY),
+                os.urandom(4000),
+            )
+        ):
+            with self.subTest(number):
+                write(path, contents)
+                run = self.start(bundle, XDG_DATA_DIRS=str(library))
+                self.assert_alert(run, self.message(run, PRODUCTS))
+                self.end(run)
+
+    def test_format_with_other_marks(self):
+        bundle = self.package("")
+        table = bundle / "Contents/Resources/UILang/en/ZPKStringTable.def"
+        for text, expected in (
+            ("100%% of %d %n %s, not %s %", "100% of %d %n   One, not %s %"),
+            ("no place for the list", "no place for the list"),
+        ):
+            with self.subTest(text):
+                bundle = self.package("", ["One"], name="F%d.app" % len(text))
+                table = bundle / "Contents/Resources/UILang/en/ZPKStringTable.def"
+                table.write_text('"ZPKString_UPDATE_FAILURE" = "%s";\n"ZPKString_OK" = "OK";\n' % text)
+                run = self.start(bundle)
+                self.assert_alert(run, expected)
+                self.end(run)
+
+
+class DiscSearchTest(WindowTestCase):
+    """A disc could help, but none is found, or the person gives up."""
+
+    def setUp(self):
+        super().setUp()
+        self.run_ = self.start(self.package('<UIMLog Signature="x"/><Disc FilePath="Setup/Product.dat"/>'))
+        self.title = self.run_.texts["DISCCHECK_TITLE"]
+
+    def end(self, *titles):
+        self.run_.wait()
+        self.assertEqual(self.run_.lasting_titles(), [self.title, *titles])
+        self.assertEqual(self.run_.staging[-1], False)
+        self.assertEqual(self.records(), [])
+
+    def search_in_vain(self, key):
+        self.desktop.key(key)
+        self.assert_alert(self.run_, self.run_.texts["UPDATE_INVALID_DISC"])
+
+    def test_window(self):
+        run = self.run_
+        window = run.disc_window()
+        self.assertEqual([item["name"] for item in items(window, "label")], [run.texts["DISCCHECK_MESSAGE"]])
+        (products,) = items(window, "text")
+        self.assertEqual(products["text"], "\n".join(PRODUCTS))
+        self.assertNotIn("editable", products["states"])
+        search, cancel = items(window, "push button")
+        self.assertEqual([search["name"], cancel["name"]], [run.texts["DISCCHECK_START"], run.texts["DISCCHECK_CANCEL"]])
+        self.assertLessEqual({"default", "focused", "enabled"}, set(search["states"]))
+        self.assertNotIn("default", cancel["states"])
+        x, y, width, height = window["bounds"]
+        self.assertAlmostEqual(x + width / 2, 640, delta=20)
+        self.assertAlmostEqual(y + height / 2, 400, delta=20)
+
+        # The conditions are gone by now, the rest of the description is kept.
+        self.assertEqual(os.listdir(self.temporary / STAGING_NAME / "Info"), ["Startup.xml"])
+        self.desktop.key("Escape")
+        self.end()
+
+    def test_tab_order_and_cancel_by_its_button(self):
+        run = self.run_
+        window = run.disc_window()
+        (products,) = items(window, "text")
+        cancel = ("push button", run.texts["DISCCHECK_CANCEL"])
+        self.assert_tab_order(
+            run, self.title, ("push button", run.texts["DISCCHECK_START"]), cancel, ("text", products["name"])
+        )
+        self.desktop.key("Tab")
+        run.wait_focus(self.title, cancel)
+        self.desktop.key("Return")
+        self.end()
+
+    def test_cancel_by_the_close_box(self):
+        self.run_.disc_window()
+        self.desktop.click_close_box(self.title)
+        self.end()
+
+    def test_cancel_by_the_window_managers_key(self):
+        self.run_.disc_window()
+        self.desktop.key("alt+F4")
+        self.end()
+
+    def test_cancel_by_quit_of_the_menu(self):
+        self.run_.disc_window()
+        self.desktop.key("ctrl+q")
+        self.end()
+
+    def test_search_in_vain_leaves_the_window_for_another(self):
+        run = self.run_
+        run.disc_window()
+        for search, answer in (("Return", "Return"), ("space", "Escape")):
+            self.search_in_vain(search)
+            # Only the alert takes keys and clicks, yet the window stays below it.
+            self.assertIn(self.title, [window["name"] for window in run.windows()])
+            self.desktop.key(answer)
+            run.wait_focus(self.title, ("push button", run.texts["DISCCHECK_START"]))
+            self.assertTrue((self.temporary / STAGING_NAME).exists())
+        self.desktop.key("Escape")
+        self.end(self.name, self.name)
+
+
+class FoundDiscTest(WindowTestCase):
+    """A disc in a drive that umockdev makes."""
+
+    def setUp(self):
+        super().setUp()
+        self.mocked = self.drive()
+
+    def start_search(self, *paths):
+        conditions = "".join("<Disc FilePath=%s/>" % quoteattr(path) for path in paths)
+        run = self.start(self.package(conditions), drive=self.mocked)
+        run.disc_window()
+        return run
+
+    def search_in_vain(self, run):
+        self.desktop.key("Return")
+        self.assert_alert(run, run.texts["UPDATE_INVALID_DISC"])
+        self.desktop.key("Return")
+        run.disc_window()
+
+    def end(self, run, *titles):
+        run.wait()
+        self.assert_installed(run, run.texts["DISCCHECK_TITLE"], *titles)
+        self.assertNotIn("Info/Condition.xml", self.record()["contents"])
+
+    def test_disc_that_is_there(self):
+        run = self.start_search("Other.dat", "Setup/Product.dat")
+        self.mocked.insert(["Setup/Product.dat"])
+        self.desktop.key("Return")
+        self.end(run)
+
+    def test_disc_that_comes_after_a_wrong_one(self):
+        run = self.start_search("*/Product?.d*t")
+        self.search_in_vain(run)
+        self.mocked.insert(["Setup/Product.dat"])
+        self.search_in_vain(run)
+        self.mocked.eject()
+        self.mocked.insert(["Setup/Product4.dat"])
+        self.desktop.key("Return")
+        self.end(run, self.name, self.name)
+
+    def test_right_files_on_a_disk_that_is_no_disc(self):
+        run = self.start_search("Setup/Product.dat")
+        self.mocked.insert(["Setup/Product.dat"], DISK)
+        self.search_in_vain(run)
+        self.desktop.key("Escape")
+        run.wait()
+        self.assertEqual(self.records(), [])
+
+    def test_window_of_a_search_that_takes_a_while(self):
+        # Long runs of one letter make each comparison slow; the last path is the one that is there.
+        deep = "/".join(["a" * 250] * 14)
+        slow = ["*" + "a" * 245 + "/*" + "a" * number + "b" for number in range(100, 140)]
+        run = self.start_search(*slow, "Setup/Product.dat")
+        self.mocked.insert(["Setup/Product.dat", *("%s/%d" % (deep, number) for number in range(60))])
+        self.desktop.key("Return")
+        searching = run.texts["DISCCHECK_SERACHING"]
+        window = run.window(searching)
+        self.assertEqual([item["name"] for item in items(window, "label")], [searching])
+        self.assertEqual(items(window, "push button"), [])
+        (bar,) = items(window, "progress bar")
+        self.assertEqual(bar["name"], searching)
+        # Neither window goes away by what a person does meanwhile.
+        self.desktop.key("Escape")
+        self.desktop.key("alt+F4")
+        names = [shown["name"] for shown in run.windows()]
+        self.assertEqual(sorted(names), sorted([searching, run.texts["DISCCHECK_TITLE"]]))
+        self.end(run)
+
+
+class LanguageTest(WindowTestCase):
+    """The same windows in the person's language, and from right to left where it is written so."""
+
+    LANGUAGES = {
+        "en": {"LC_ALL": "", "LANGUAGE": "", "LANG": "en_US.UTF-8"},
+        "ja": {"LC_ALL": "ja_JP.UTF-8"},
+        "ar": {"LC_ALL": "C.UTF-8", "LANGUAGE": "xx:ar_EG"},
+    }
+
+    def setUp(self):
+        super().setUp()
+        self.pictures = os.environ.get("ZPK_TEST_SCREENSHOTS")
+
+    def picture(self, name, language):
+        if self.pictures:
+            self.desktop.screenshot(pathlib.Path(self.pictures, "%s-%s.png" % (name, language)))
+
+    def start_in(self, language, bundle):
+        return self.start(bundle, language=language, **self.LANGUAGES[language])
+
+    def assert_begins_at(self, language, first, second):
+        """The first of the two comes first for a reader of the language."""
+        left, right = (second, first) if language == "ar" else (first, second)
+        self.assertLess(left["bounds"][0], right["bounds"][0])
+
+    def test_software_list(self):
+        bundle = self.package("")
+        for language in self.LANGUAGES:
+            with self.subTest(language):
+                run = self.start_in(language, bundle)
+                message = SoftwareListTest.message(run, PRODUCTS)
+                window = self.assert_alert(run, message)
+                self.picture("software-list", language)
+                (icon,) = [item for item in walk(window) if item["role"] == "image"]
+                (label,) = items(window, "label")
+                self.assert_begins_at(language, icon, label)
+                self.desktop.key("Return")
+                run.wait()
+
+    def test_disc_window(self):
+        bundle = self.package('<Disc FilePath="x"/>')
+        for language in self.LANGUAGES:
+            with self.subTest(language):
+                run = self.start_in(language, bundle)
+                texts = run.texts
+                window = run.disc_window()
+                self.picture("disc", language)
+                self.assertEqual([item["name"] for item in items(window, "label")], [texts["DISCCHECK_MESSAGE"]])
+                search, cancel = items(window, "push button")
+                self.assertEqual([search["name"], cancel["name"]], [texts["DISCCHECK_START"], texts["DISCCHECK_CANCEL"]])
+                self.assert_begins_at(language, search, cancel)
+                self.assert_menu(window, texts)
+                self.desktop.key("Return")
+                self.assert_alert(run, texts["UPDATE_INVALID_DISC"])
+                self.picture("invalid-disc", language)
+                self.desktop.key("Return")
+                run.disc_window()
+                self.desktop.key("Escape")
+                run.wait()
+                self.assertEqual(run.lasting_titles(), [texts["DISCCHECK_TITLE"], self.name])
+
+    def assert_menu(self, window, texts):
+        (bar,) = items(window, "menu bar")
+        names = [item["name"] for item in walk(bar) if item["role"] == "menu item"]
+        keys = (
+            *("AboutZephyrkit", "Preferences", "Services", "HideZephyrkit", "HideOthers", "ShowAll"),
+            "QuitZephyrkit",
+        )
+        self.assertEqual(names, [self.name, *(texts[key] for key in keys)])
+
+    def test_progress_window(self):
+        for language in self.LANGUAGES:
+            with self.subTest(language):
+                bundle = self.package(name=language + ".app")
+                gate = self.hold(bundle, "Data.dat")
+                run = self.start_in(language, bundle)
+                gate.wait_reached()
+                title = run.texts["FILE_EXTRACT"]
+                window = run.window(title)
+                self.picture("progress", language)
+                self.assertEqual([item["name"] for item in items(window, "label")], [title])
+                gate.open()
+                run.wait()
+                self.assertEqual(run.titles, [title])
+
+    def test_unknown_language_falls_back(self):
+        run = self.start(self.package(""), LC_ALL="xx_YY.UTF-8")
+        self.assert_alert(run, SoftwareListTest.message(run, PRODUCTS))
+        self.desktop.key("Return")
+        run.wait()
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
