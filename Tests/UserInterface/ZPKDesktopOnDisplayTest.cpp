@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -9,6 +10,7 @@
 #include <QTest>
 #include <array>
 #include <atomic>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -270,36 +272,56 @@ TEST_F(DesktopForScreenReader, DiscWindowTellsItsTextsAndButtons) {
     });
 }
 
+/// A server of the test's own, with no other client.
+class LoneServer {
+public:
+    LoneServer() {
+        int display[2];
+        EXPECT_EQ(pipe(display), 0);
+        const std::string descriptor = std::to_string(display[1]);
+        m_server = fork();
+        if (m_server == 0) {
+            prctl(PR_SET_PDEATHSIG, SIGKILL);
+            execlp("Xvfb", "Xvfb", "-displayfd", descriptor.c_str(), "-nolisten", "tcp", nullptr);
+            _exit(127);
+        }
+        close(display[1]);
+        std::string name = ":";
+        for (char digit = 0; read(display[0], &digit, 1) == 1 && digit != '\n';) {
+            name += digit;
+        }
+        close(display[0]);
+        setenv("DISPLAY", name.c_str(), 1);
+    }
+    ~LoneServer() { end(); }
+    LoneServer(const LoneServer&) = delete;
+    LoneServer& operator=(const LoneServer&) = delete;
+
+    void end() {
+        if (m_server > 0) {
+            kill(m_server, SIGKILL);
+            waitpid(m_server, nullptr, 0);
+        }
+        m_server = 0;
+    }
+
+private:
+    pid_t m_server = 0;
+};
+
+void RunUntilTheServerGoesAway() {
+    LoneServer server;
+    atexit([] { fputs("cleaned up\n", stderr); });
+    const std::unique_ptr<ZPKFrontEnd> frontEnd = OpenDesktop();
+    RunWith(*frontEnd, [&] {
+        auto window = frontEnd->createProgressWindow();
+        QTimer::singleShot(100, qApp, [&] { server.end(); });
+        frontEnd->runModalForWindow(*window);
+    });
+}
+
 TEST(DesktopOnDisplayDeathTest, ServerThatGoesAwayEndsTheProcessInOrder) {
-    EXPECT_EXIT(
-        {
-            int display[2];
-            if (pipe(display) != 0) {
-                exit(2);
-            }
-            const pid_t server = fork();
-            if (server == 0) {
-                const std::string descriptor = std::to_string(display[1]);
-                execlp("Xvfb", "Xvfb", "-displayfd", descriptor.c_str(), "-nolisten", "tcp", nullptr);
-                _exit(127);
-            }
-            char number[16] = {':'};
-            for (std::size_t at = 1; read(display[0], number + at, 1) == 1 && number[at] != '\n'; ++at) {
-            }
-            *strchr(number, '\n') = '\0';
-            setenv("DISPLAY", number, 1);
-            atexit([] { fputs("cleaned up\n", stderr); });
-            const std::unique_ptr<ZPKFrontEnd> frontEnd = OpenDesktop();
-            RunWith(*frontEnd, [&] {
-                auto window = frontEnd->createProgressWindow();
-                QTimer::singleShot(100, qApp, [&] {
-                    kill(server, SIGKILL);
-                    waitpid(server, nullptr, 0);
-                });
-                frontEnd->runModalForWindow(*window);
-            });
-        },
-        ::testing::ExitedWithCode(1), "cleaned up\n");
+    EXPECT_EXIT(RunUntilTheServerGoesAway(), ::testing::ExitedWithCode(1), "cleaned up\n");
 }
 
 }  // namespace zpk_test

@@ -90,7 +90,8 @@ std::unique_ptr<ZPKModalSession> ZPKDesktopFrontEnd::beginModalSessionForWindow(
 void ZPKDesktopFrontEnd::runLoopForWindow(ZPKWindow& window, ZPKModalLoop& loop) {
     FormWindow(window).bringToFront();
     runLoop(loop);
-    // The owner may block the main thread after this, and must leave the window's last state seen.
+    // The owner may block the main thread after this, and not every kind of display has been sent the
+    // window's last state by now.
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 

@@ -7,7 +7,8 @@ extern "C" __attribute__((visibility("default"))) ZPKFrontEnd* ZPKCreateDesktopF
     const ZPKDesktopParameters& parameters);
 
 ZPKFrontEnd* ZPKCreateDesktopFrontEnd(const ZPKDesktopParameters& parameters) {
-    if (!ZPKDisplayAnswers()) {
+    const ZPKDisplayProbe probe;
+    if (!probe.displayAnswers()) {
         return nullptr;
     }
     return new ZPKDesktopFrontEnd(parameters);

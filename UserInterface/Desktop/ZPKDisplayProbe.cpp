@@ -3,7 +3,6 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
-#include <xcb/xcb.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -14,13 +13,6 @@ namespace {
 std::string Variable(const char* name) {
     const char* value = std::getenv(name);
     return value == nullptr ? std::string() : std::string(value);
-}
-
-bool X11Answers() {
-    xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
-    const bool answers = xcb_connection_has_error(connection) == 0;
-    xcb_disconnect(connection);
-    return answers;
 }
 
 bool WaylandAnswers() {
@@ -44,7 +36,9 @@ bool WaylandAnswers() {
 
 }  // namespace
 
-bool ZPKDisplayAnswers() {
+ZPKDisplayProbe::ZPKDisplayProbe() : m_answers(probe()) {}
+
+bool ZPKDisplayProbe::probe() {
     const std::string platform = Variable("QT_QPA_PLATFORM");
     if (!platform.empty() && platform != "xcb") {
         return true;
@@ -56,5 +50,10 @@ bool ZPKDisplayAnswers() {
     if (platform.empty() && !Variable("WAYLAND_DISPLAY").empty() && WaylandAnswers()) {
         return true;
     }
-    return !Variable("DISPLAY").empty() && X11Answers();
+    return !Variable("DISPLAY").empty() && probeX11();
+}
+
+bool ZPKDisplayProbe::probeX11() {
+    m_connection.reset(xcb_connect(nullptr, nullptr));
+    return xcb_connection_has_error(m_connection.get()) == 0;
 }

@@ -1,6 +1,28 @@
 #pragma once
 
-/// Whether it is worth starting the toolkit: the display that the environment names takes a
-/// connection. Where the environment names the toolkit's platform itself, and that is no display
-/// server, this cannot tell and says yes.
-bool ZPKDisplayAnswers();
+#include <xcb/xcb.h>
+
+#include <memory>
+
+/// Finds out whether it is worth starting the toolkit: whether the display that the environment names
+/// takes a connection. The connection stays for the probe's life: a server may start afresh when its
+/// last client leaves, and refuse the toolkit meanwhile.
+class ZPKDisplayProbe {
+public:
+    ZPKDisplayProbe();
+
+    /// Where the environment names the toolkit's platform itself, and that is no display server, the
+    /// probe cannot tell and says yes.
+    bool displayAnswers() const { return m_answers; }
+
+private:
+    struct Disconnect {
+        void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
+    };
+
+    bool probe();
+    bool probeX11();
+
+    std::unique_ptr<xcb_connection_t, Disconnect> m_connection;
+    bool m_answers;
+};

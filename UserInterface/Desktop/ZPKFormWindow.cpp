@@ -49,7 +49,8 @@ void ZPKFormWindow::setWindowTitle(const std::string& title) {
 
 void ZPKFormWindow::takeOffScreen() {
     m_root->hide();
-    // The owner may block the main thread after this, and the window must be gone by then.
+    // The owner may block the main thread after this, and not every kind of display has been sent
+    // word by now.
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 
