@@ -14,7 +14,8 @@ long grantedAllocations = -1;
 
 }  // namespace
 
-void* operator new(std::size_t size) {
+// Inlined, the pair below would look like a mismatch to the compiler.
+[[gnu::noinline]] void* operator new(std::size_t size) {
     if (grantedAllocations == 0) {
         // One failure, so that what follows it can clean up.
         grantedAllocations = -1;
@@ -29,11 +30,11 @@ void* operator new(std::size_t size) {
     throw std::bad_alloc();
 }
 
-void operator delete(void* memory) noexcept {
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
     std::free(memory);
 }
 
-void operator delete(void* memory, std::size_t) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
     std::free(memory);
 }
 
