@@ -9,37 +9,6 @@
 
 namespace {
 
-/// How many allocations are still granted; negative while all are.
-long grantedAllocations = -1;
-
-}  // namespace
-
-// Inlined, the pair below would look like a mismatch to the compiler.
-[[gnu::noinline]] void* operator new(std::size_t size) {
-    if (grantedAllocations == 0) {
-        // One failure, so that what follows it can clean up.
-        grantedAllocations = -1;
-        throw std::bad_alloc();
-    }
-    if (grantedAllocations > 0) {
-        --grantedAllocations;
-    }
-    if (void* const memory = std::malloc(size == 0 ? 1 : size)) {
-        return memory;
-    }
-    throw std::bad_alloc();
-}
-
-[[gnu::noinline]] void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
-}
-
-namespace {
-
 using varno_zpk::CDirectoryHolder;
 using zpk_test::FailingAllocation;
 using zpk_test::TemporaryFolder;

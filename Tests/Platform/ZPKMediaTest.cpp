@@ -122,17 +122,19 @@ TEST_F(ZPKMediaTest, MediaTypeTellsDiscsApart) {
     }
 }
 
-TEST_F(ZPKMediaTest, EjectableMediaAreDiscsOfAnyKind) {
+TEST_F(ZPKMediaTest, EjectableMediaAreCDsOfAnyKind) {
     EXPECT_EQ(ZPKOpticalDevices::ejectableMediaNames(), Names{});
     addDrive("sr0", "11:0", compactDisc);
     addDrive("sr1", "11:1", {});
     addDrive("sr2", "11:2", dvd);
+    addDrive("sr3", "11:3", recordable);
+    addDrive("sr4", "11:4", audio);
     addDrive("sr10", "11:10", rewritable);
     addDrive("sr11", "11:11", audio, false);
     add({"sda", "8:0", false, {}});
     const std::string stick = add({"sdb", "8:16", true, {}});
     add({"sdb1", "8:17", true, {}, "partition"}, stick);
-    EXPECT_EQ(ZPKOpticalDevices::ejectableMediaNames(), (Names{"sr0", "sr10", "sr2"}));
+    EXPECT_EQ(ZPKOpticalDevices::ejectableMediaNames(), (Names{"sr0", "sr10", "sr3", "sr4"}));
 }
 
 TEST_F(ZPKMediaTest, DiscsThatComeAndGoAreSeen) {
