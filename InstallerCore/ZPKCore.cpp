@@ -176,31 +176,45 @@ bool ZPKCore::isAlreadyExecuting() {
 
 void ZPKCore::applicationDidFinishLaunching() {
     m_frontEnd.activateIgnoringOtherApps();
-
-    const std::optional<std::string> temporaryFolder = ZPKStandardFolders::temporaryFolder();
-    std::unique_ptr<CDirectoryHolder> stagingHolder;
-    std::string stagingFolder;
-    if (temporaryFolder) {
-        stagingFolder = Join(*temporaryFolder, kStagingFolderName);
-        stagingHolder = std::make_unique<CDirectoryHolder>(stagingFolder, stagingFolder);
-    }
-    if (!temporaryFolder || !CZPKUtil::IsFolderExist(stagingFolder)) {
+    if (!createStagingFolder()) {
         showTemporaryFolderAlert();
         m_frontEnd.terminate();
         return;
     }
-
-    if (mayInstall(unpackDescription(stagingFolder))) {
-        install(stagingFolder);
-        stagingHolder.reset();
+    if (mayInstall(unpackDescription(m_stagingFolder))) {
+        install(m_stagingFolder);
+        m_stagingHolder.reset();
     } else {
-        stagingHolder.reset();
+        m_stagingHolder.reset();
         // Where a disc was asked for, its window has already told the person.
         if (_filePaths.empty()) {
             showSoftwareListDialog();
         }
     }
     m_frontEnd.terminate();
+}
+
+bool ZPKCore::createStagingFolder() {
+    const std::optional<std::string> temporaryFolder = ZPKStandardFolders::temporaryFolder();
+    if (!temporaryFolder) {
+        return false;
+    }
+    m_stagingFolder = Join(*temporaryFolder, kStagingFolderName);
+    m_stagingHolder = std::make_unique<CDirectoryHolder>(m_stagingFolder, m_stagingFolder);
+    return CZPKUtil::IsFolderExist(m_stagingFolder);
+}
+
+void ZPKCore::removeStagingFolderAtExit() {
+    if (!m_stagingHolder) {
+        return;
+    }
+    m_stagingHolder.reset();
+    // The archive tool may be at work: what it still writes meanwhile is removed in turn, until its
+    // folder is gone from under it.
+    for (int attempt = 0; attempt < 100 && CZPKUtil::IsFileExist(m_stagingFolder); ++attempt) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        CZPKUtil::DeleteFolder(m_stagingFolder);
+    }
 }
 
 bool ZPKCore::mayInstall(const std::string& conditionPath) {

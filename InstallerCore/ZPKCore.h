@@ -1,12 +1,17 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <variant>
 #include <vector>
 
 #include "UserInterface/ZPKFrontEnd.h"
+
+namespace varno_zpk {
+class CDirectoryHolder;
+}
 
 class ZPKProgressWindowController;
 class ZPKRemovableVolumes;
@@ -29,6 +34,10 @@ public:
 
     /// The launch sequence. Every path through it removes the staging folder and terminates.
     void applicationDidFinishLaunching() override;
+
+    /// Removes the staging folder, if there is one, while the sequence cannot: the toolkit ends the
+    /// process when its display goes away. Called while the process exits, on the main thread.
+    void removeStagingFolderAtExit();
 
 private:
     /// The one test program that may call the private operations.
@@ -73,6 +82,7 @@ private:
 
     void setupLanguages();
     void localizeMenu();
+    bool createStagingFolder();
     bool mayInstall(const std::string& conditionPath);
     std::string unpackDescription(const std::string& stagingFolder);
     void install(const std::string& stagingFolder);
@@ -87,6 +97,10 @@ private:
     std::vector<std::string> _softwares;
     /// Paths or patterns of the files that identify the disc.
     std::vector<std::string> _filePaths;
+
+    /// The staging folder while the sequence needs it.
+    std::unique_ptr<varno_zpk::CDirectoryHolder> m_stagingHolder;
+    std::string m_stagingFolder;
 
     ZPKMenuItem _aboutAppMenuItem = ZPKMenuItem::About;
     ZPKMenuItem _preferencesMenuItem = ZPKMenuItem::Preferences;

@@ -1,5 +1,6 @@
 #include <dlfcn.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
@@ -13,12 +14,25 @@
 
 namespace {
 
+/// The run in progress, for an exit that does not come from it.
+ZPKCore* g_runningCore = nullptr;
+
+void CleanUpAtExit() {
+    if (g_runningCore != nullptr) {
+        g_runningCore->removeStagingFolderAtExit();
+    }
+}
+
 int RunApplication(ZPKFrontEnd& frontEnd) {
     try {
         const ZPKRemovableVolumes volumes;
         ZPKCore core(frontEnd, volumes);
-        return frontEnd.run(core);
+        g_runningCore = &core;
+        const int status = frontEnd.run(core);
+        g_runningCore = nullptr;
+        return status;
     } catch (const std::exception& error) {
+        g_runningCore = nullptr;
         std::cerr << "Zephyrkit: " << error.what() << "\n";
         return EXIT_FAILURE;
     }
@@ -57,6 +71,9 @@ std::unique_ptr<ZPKFrontEnd> OpenDesktop(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    // Whoever reads the launcher's words may go away; the run must not end halfway for that.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::atexit(CleanUpAtExit);
     const std::unique_ptr<ZPKFrontEnd> desktop = OpenDesktop(argc, argv);
     return desktop ? RunApplication(*desktop) : RunOnTerminal();
 }

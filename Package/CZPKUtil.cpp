@@ -39,7 +39,11 @@ bool IsSameFile(const ZPKFileHandle& file, const std::string& path) {
 /// Writes the two parts of `source` on both sides of `middle` to `dst` in exchanged order.
 bool WriteExchanged(const ZPKFileHandle& source, std::uint64_t middle, const std::string& dst) {
     std::optional<ZPKFileHandle> destination = ZPKFileHandle::replacingFileAtPath(dst);
-    return destination && destination->append(source, middle, source.size() - middle) &&
+    if (!destination) {
+        return false;
+    }
+    destination->reserve(source.size());
+    return destination->append(source, middle, source.size() - middle) &&
            destination->append(source, 0, middle);
 }
 

@@ -55,7 +55,7 @@ std::optional<ZPKBlockDevice> ZPKBlockDevice::ofMount(const ZPKMount& mount) {
     if (major(mount.device) != 0) {
         return adopt(udev_device_new_from_devnum(newContext().get(), 'b', mount.device));
     }
-    // Some file systems count their volumes themselves; their source still names the device.
+    // Some file systems number their volumes themselves; their source still names the device.
     return mount.source.starts_with("/dev/") ? withNode(mount.source) : std::nullopt;
 }
 

@@ -33,6 +33,10 @@ public:
     /// Size in bytes when the file was opened.
     std::uint64_t size() const { return static_cast<std::uint64_t>(m_attributes.st_size); }
 
+    /// Tells the file system how large the file is about to become, so that it can lay it out at once;
+    /// the size stays as it is. A mere hint: failures do not count.
+    void reserve(std::uint64_t size);
+
     /// Appends `length` bytes of `source` from `offset` on; memory use does not depend on the length.
     /// False when the source ends before or a write fails; what was written stays.
     bool append(const ZPKFileHandle& source, std::uint64_t offset, std::uint64_t length);

@@ -25,7 +25,7 @@ public:
     /// that name.
     static std::optional<MediaType> mediaTypeOfDevice(const std::string& name);
 
-    /// Names of the drives that hold an optical disc of any kind that can be taken out, in the order
-    /// of their paths in sysfs.
+    /// Names of the drives that hold a CD of any kind (CD-ROM, CD-R, CD-RW, audio) that can be taken
+    /// out, in the order of their paths in sysfs. A DVD does not count.
     static std::vector<std::string> ejectableMediaNames();
 };

@@ -80,6 +80,27 @@ class SetupProgramTest(PackageTestCase):
         self.startup()
         self.launch(self.pack())
 
+    def test_nobody_reads_the_output(self):
+        bundle = self.simple_package()
+        reader, writer = os.pipe()
+        os.close(reader)
+        with os.fdopen(writer) as pipe:
+            done = subprocess.run(
+                [bundle / "Contents/Linux/Zephyrkit"], env=self.environment(), stdout=pipe, stderr=pipe, timeout=60
+            )
+        self.assertEqual(done.returncode, 0)
+        self.record()
+        self.assert_nothing_left()
+
+    def test_signals_are_not_ignored_in_the_setup_program(self):
+        self.launch(self.simple_package())
+        # The interpreter of the recorder ignores SIGPIPE (13) and SIGXFSZ (25) by itself, and signals
+        # past 31 are the C library's own.
+        checked = 0x7FFFFFFF & ~(1 << 12 | 1 << 24)
+        for line in self.record()["blocked"]:
+            name, value = line.split()
+            self.assertEqual(int(value, 16) & checked, 0, name)
+
     def test_program_that_cannot_be_started_is_named(self):
         write(self.source / "Data/setup", "#!/no/such/interpreter\n", 0o755)
         self.startup()
@@ -316,6 +337,21 @@ class DesktopTest(PackageTestCase):
             self.assertEqual(run.wait(timeout=30), 0)
         self.assertIn("xtract", title)
         self.record()
+        self.assert_nothing_left()
+
+    def test_display_that_goes_away_leaves_nothing(self):
+        for number in range(60):
+            write(self.source / f"Data/noise-{number}", os.urandom(1_000_000))
+        bundle = self.simple_package()
+        with x_server() as display:
+            run = subprocess.Popen(
+                [bundle / "Contents/Linux/Zephyrkit"],
+                env=self.environment(DISPLAY=display),
+                stdout=subprocess.DEVNULL,
+                stderr=subprocess.DEVNULL,
+            )
+            wait_until(lambda: (self.temporary / "VarnoZPK_TEMP/Data").exists(), 20)
+        run.wait(timeout=30)
         self.assert_nothing_left()
 
     @staticmethod

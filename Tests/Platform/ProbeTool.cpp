@@ -68,8 +68,8 @@ void WriteReport(int count, char** arguments) {
     for (int index = 1; index < count; ++index) {
         report << arguments[index] << '\0';
     }
-    report << "\nfolder " << LinkTarget("/proc/self/cwd") << "\ndescriptors " << descriptors
-           << "\nsignals " << Signals() << "\nerrors " << LinkTarget("/proc/self/fd/2") << "\n";
+    report << "\nfolder " << LinkTarget("/proc/self/cwd") << "\ndescriptors " << descriptors << "\nsignals "
+           << Signals() << "\nerrors " << LinkTarget("/proc/self/fd/2") << "\n";
 }
 
 }  // namespace

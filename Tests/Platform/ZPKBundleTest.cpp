@@ -154,54 +154,43 @@ TEST(ZPKBundleTest, ProgramsBelongToTheInnermostBundle) {
     }
 }
 
-/// What a copy of this test program that lies elsewhere takes for its main bundle.
-std::string MainBundleOfProgramStartedAs(const std::string& path) {
+/// What the program at `path`, a copy of the tool, says of itself.
+std::string OutputOf(const std::string& path, const std::vector<std::string>& arguments = {}) {
     ZPKTask task;
     task.setLaunchPath(path);
-    task.setArguments({"--gtest_filter=ZPKBundleTest.DISABLED_PrintMainBundle",
-                       "--gtest_also_run_disabled_tests", "--gtest_brief=1"});
-    const std::string output = CaptureStreams([&task] {
-                                   ASSERT_TRUE(task.launch());
-                                   task.waitUntilExit();
-                               }).standardOutput;
-    const std::size_t start = output.find("main bundle [");
-    const std::size_t end = output.find(']', start);
-    EXPECT_NE(end, std::string::npos) << output;
-    return end == std::string::npos ? output : output.substr(start + 13, end - start - 13);
-}
-
-TEST(ZPKBundleTest, DISABLED_PrintMainBundle) {
-    if (std::getenv("ZPK_REMOVE_ITSELF") != nullptr) {
-        std::filesystem::remove(std::filesystem::read_symlink("/proc/self/exe"));
-    }
-    std::cout << "main bundle [" << ZPKBundle::mainBundle().bundlePath() << "]" << std::endl;
+    task.setArguments(arguments);
+    return CaptureStreams([&task] {
+               ASSERT_TRUE(task.launch());
+               task.waitUntilExit();
+           })
+        .standardOutput;
 }
 
 TEST(ZPKBundleTest, MainBundleIsFoundFromTheProgramsOwnPath) {
     const TemporaryFolder folder;
-    const std::string program = folder / "My App.app/Contents/Linux/Program";
-    WriteFile(folder / "My App.app/Contents/Info.plist", Information(""));
-    std::filesystem::create_directories(folder / "My App.app/Contents/Linux");
-    std::filesystem::copy_file("/proc/self/exe", program);
+    const std::string bundle = folder / "My App.app";
+    const std::string program = bundle + "/Contents/Linux/Program";
+    WriteFile(bundle + "/Contents/Info.plist", Information(Entry("CFBundleName", "Myself")));
+    std::filesystem::create_directories(bundle + "/Contents/Linux");
+    std::filesystem::copy_file(ZPK_SELF_TOOL, program);
     std::filesystem::create_symlink(program, folder / "link");
+    const std::string expected = "bundle " + bundle + "\napplication Myself\n";
     ASSERT_EQ(::chdir("/"), 0);
-    EXPECT_EQ(MainBundleOfProgramStartedAs(program), folder / "My App.app");
-    EXPECT_EQ(MainBundleOfProgramStartedAs(folder / "link"), folder / "My App.app");
-    ASSERT_EQ(::chdir((folder / "My App.app/Contents").c_str()), 0);
-    EXPECT_EQ(MainBundleOfProgramStartedAs("Linux/Program"), folder / "My App.app");
-    ::setenv("ZPK_REMOVE_ITSELF", "1", 1);
-    EXPECT_EQ(MainBundleOfProgramStartedAs(program), folder / "My App.app");
-    ::unsetenv("ZPK_REMOVE_ITSELF");
+    EXPECT_EQ(OutputOf(program), expected);
+    EXPECT_EQ(OutputOf(folder / "link"), expected);
+    ASSERT_EQ(::chdir((bundle + "/Contents").c_str()), 0);
+    EXPECT_EQ(OutputOf("Linux/Program"), expected);
+    EXPECT_EQ(OutputOf(program, {"remove"}), expected);
     EXPECT_FALSE(std::filesystem::exists(program));
 }
 
-TEST(ZPKBundleTest, MainBundleInAFolderThatOnlyLooksDeleted) {
+TEST(ZPKBundleTest, MainBundleOfAProgramThatOnlyLooksRemoved) {
     const TemporaryFolder folder;
     const std::string program = folder / "A.app/Contents/Linux/Program (deleted)";
     WriteFile(folder / "A.app/Contents/Info.plist", Information(""));
     std::filesystem::create_directories(folder / "A.app/Contents/Linux");
-    std::filesystem::copy_file("/proc/self/exe", program);
-    EXPECT_EQ(MainBundleOfProgramStartedAs(program), folder / "A.app");
+    std::filesystem::copy_file(ZPK_SELF_TOOL, program);
+    EXPECT_EQ(OutputOf(program), "bundle " + (folder / "A.app") + "\napplication A\n");
 }
 
 TEST(ZPKBundleTest, MainBundleOfALoneProgramIsItsFolder) {

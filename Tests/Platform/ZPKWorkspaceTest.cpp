@@ -144,25 +144,4 @@ TEST(ZPKWorkspaceTest, RunningApplicationWhoseProgramIsGoneStillCounts) {
     EXPECT_EQ(NameOf(running.process()), std::nullopt);
 }
 
-TEST(ZPKWorkspaceTest, RunningApplicationsIncludeThisProcess) {
-    const TemporaryFolder folder;
-    const std::string program = folder / "Self.app/Contents/Linux/Self";
-    WriteFile(folder / "Self.app/Contents/Info.plist", "<plist><dict/></plist>");
-    std::filesystem::create_directories(folder / "Self.app/Contents/Linux");
-    std::filesystem::copy_file("/proc/self/exe", program);
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::execl(program.c_str(), program.c_str(), "--gtest_also_run_disabled_tests",
-                "--gtest_filter=ZPKWorkspaceTest.DISABLED_FindsItself", nullptr);
-        ::_exit(99);
-    }
-    int status = -1;
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
-}
-
-TEST(ZPKWorkspaceTest, DISABLED_FindsItself) {
-    EXPECT_EQ(NameOf(::getpid()), "Self");
-}
-
 }  // namespace
