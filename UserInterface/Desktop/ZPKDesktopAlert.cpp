@@ -6,6 +6,7 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QStyle>
 
 #include "UserInterface/Desktop/ZPKDesktopText.h"
 
@@ -44,6 +45,8 @@ ZPKDesktopAlert::ZPKDesktopAlert(const ZPKAlert& alert, const QString& windowTit
     setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     for (QLabel* label : findChildren<QLabel*>()) {
         label->setTextFormat(Qt::PlainText);
+        // Each line would stand at the side that its own letters begin at.
+        label->setAlignment(QStyle::visualAlignment(layoutDirection(), label->alignment()));
         scrollLongText(*label, label->objectName() == QLatin1String(TextLabel) ? TextShareOfHeight
                                                                                : InformativeShareOfHeight);
     }
@@ -75,6 +78,8 @@ void ZPKDesktopAlert::scrollLongText(QLabel& label, double shareOfHeight) {
     area->setWidgetResizable(true);
     area->setFrameShape(QFrame::NoFrame);
     area->setWidget(&label);
+    // It takes the keys that scroll, so a screen reader comes to it.
+    area->setAccessibleName(windowTitle());
     const int bar = area->verticalScrollBar()->sizeHint().width();
     area->setFixedSize(width + bar, qMin(label.heightForWidth(width) + bar, highest));
     grid->addWidget(area, row, column, rows, columns);
