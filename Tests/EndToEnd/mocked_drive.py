@@ -8,6 +8,7 @@ import os
 import pathlib
 import shutil
 import subprocess
+import tempfile
 
 from support import write
 
@@ -46,8 +47,7 @@ STARTER = 'echo $$ > "$1.new" && mv "$1.new" "$1" && TMPDIR=$2 exec "$3"'
 
 class MockedDrive:
     def __init__(self, folder, temporary):
-        self._folder = pathlib.Path(folder, "mocked")
-        self._folder.mkdir()
+        self._folder = pathlib.Path(tempfile.mkdtemp(prefix="mocked-", dir=folder))
         self._number = self._folder / "number"
         self._medium = self._folder / "medium"
         self._medium.mkdir()

@@ -15,6 +15,9 @@ HERE = pathlib.Path(__file__).parent
 # From the upper right corner of a window to the middle of the close box in the title bar above it.
 CLOSE_BOX_OFFSET = 10
 
+MOTIF_HAS_FUNCTIONS = 1
+MOTIF_ALL_OR_CLOSE = 1 | 1 << 5
+
 
 class Desktop:
     """What a person at this desktop can see and do."""
@@ -58,31 +61,46 @@ class Desktop:
     def click_close_box(self, title):
         """Presses the close box that the window manager draws for the window."""
         window = self.run("xdotool", "search", "--onlyvisible", "--name", "^%s$" % title).split()[-1]
-        place = dict(re.findall(r"^ *(Absolute upper-left [XY]|Width): +(-?\d+)$", self.run("xwininfo", "-id", window), re.M))
-        right = int(place["Absolute upper-left X"]) + int(place["Width"])
-        top = int(place["Absolute upper-left Y"])
+        shown = self.run("xwininfo", "-id", window)
+        left, top, width = (
+            int(re.search(label + r": +(-?\d+)", shown)[1])
+            for label in ("Absolute upper-left X", "Absolute upper-left Y", "Width")
+        )
+        right = left + width
         self.run("xdotool", "mousemove", str(right - CLOSE_BOX_OFFSET), str(top - CLOSE_BOX_OFFSET), "click", "1")
 
-    def visible_titles(self):
-        """The titles of the windows on the screen."""
-        listed = self.run("xprop", "-root", "-notype", "_NET_CLIENT_LIST")
-        return [self.title(window) for window in listed_windows(listed)]
+    def listed(self):
+        """The windows that the window manager has in charge, by their numbers."""
+        return listed_windows(self.run("xprop", "-root", "-notype", "_NET_CLIENT_LIST"))
 
-    def title(self, window):
-        """Empty when the window is no longer there."""
-        shown = self.run("xprop", "-id", window, "-notype", "_NET_WM_NAME")
-        return shown.strip().partition(" = ")[2].strip('"')
+    def about(self, window):
+        """The title, and whether the window can be closed; an empty title when it is gone."""
+        # The title last: with a title, the other answer is sure.
+        shown = self.run("xprop", "-id", window, "-notype", "_MOTIF_WM_HINTS", "_NET_WM_NAME")
+        title = re.search(r'^_NET_WM_NAME = "(.*)"$', shown, re.MULTILINE)
+        hints = re.search(r"^_MOTIF_WM_HINTS = (\w+), (\w+)", shown, re.MULTILINE)
+        flags, functions = (int(number, 16) for number in hints.groups()) if hints else (0, 0)
+        can_close = not flags & MOTIF_HAS_FUNCTIONS or bool(functions & MOTIF_ALL_OR_CLOSE)
+        return title[1] if title else "", can_close
+
+    def colours(self, x, y, width, height):
+        """How many colours that part of the screen has: 1 where nothing is drawn."""
+        area = "%dx%d+%d+%d" % (width, height, x, y)
+        picture = subprocess.run(
+            ["import", "-window", "root", "-crop", area, "png:-"], env=self.environment, check=True, capture_output=True
+        )
+        return int(subprocess.run(["identify", "-format", "%k", "-"], input=picture.stdout, capture_output=True).stdout)
 
     def screenshot(self, path):
         subprocess.run(["import", "-window", "root", str(path)], env=self.environment, check=True)
 
 
 class WindowLog:
-    """The titles of the windows that come from now on, in the order of their coming."""
+    """What came on the screen from now on, in its order: title of each window, and whether it can be closed."""
 
     def __init__(self, desktop):
         self._desktop = desktop
-        self.titles = []
+        self._found = []
         self._spy = subprocess.Popen(
             ["xprop", "-root", "-spy", "-notype", "_NET_CLIENT_LIST"],
             env=desktop.environment,
@@ -98,15 +116,18 @@ class WindowLog:
         for line in self._spy.stdout:
             for window in listed_windows(line):
                 if window not in self._seen:
+                    self._found.append(self._desktop.about(window))
                     self._seen.add(window)
-                    self.titles.append(self._desktop.title(window))
+
+    def wait_written(self):
+        """Until every window that is there now is written down."""
+        wait_until(lambda: self._seen.issuperset(self._desktop.listed()), 20)
 
     def stop(self):
-        """Gives the titles; a window that was gone at once has an empty one."""
         self._spy.terminate()
         self._thread.join()
         self._spy.communicate()
-        return self.titles
+        return self._found
 
 
 class FolderWatch:
@@ -174,11 +195,6 @@ def walk(item):
 def items(window, role):
     """The items of a role that are on the screen."""
     return [item for item in walk(window) if item["role"] == role and "showing" in item["states"]]
-
-
-def texts(window):
-    """Every text that a reader hears in the window."""
-    return [text for item in walk(window) for text in (item.get("text"), item["name"]) if text]
 
 
 def focused(window):

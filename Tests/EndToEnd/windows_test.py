@@ -1,6 +1,6 @@
 """Every way that a run can go, on real windows: what is shown, how it is answered, what is left.
 
-With ZPK_TEST_SCREENSHOTS naming a folder, LanguageTest leaves a picture of each window there.
+With ZPK_TEST_SCREENSHOTS naming a folder, a picture of each window in each language is left there.
 """
 
 import contextlib
@@ -23,6 +23,13 @@ from windows import FolderWatch, Gate, WindowLog, desktop, focused, items, walk
 ESCAPES = {"n": "\n", '"': '"', "\\": "\\"}
 SIGNATURE = "Example Studio 4"
 PRODUCTS = ["Example Studio 4", 'A <b>bold</b> & "quoted" &amp; name', "製品 ٣ Ω"]
+
+# Locales need not be installed: the launcher reads the variables alone.
+LANGUAGES = {
+    "en": {"LC_ALL": "", "LANGUAGE": "", "LANG": "en_US.UTF-8"},
+    "ja": {"LC_ALL": "ja_JP.UTF-8"},
+    "ar": {"LC_ALL": "C.UTF-8", "LANGUAGE": "xx:ar_EG"},
+}
 
 # Lets the launcher's unpacking wait where a test wants it to, then does the real work.
 HELD_ARCHIVE_TOOL = textwrap.dedent(
@@ -66,7 +73,7 @@ class Run:
             cwd=case.folder,
             start_new_session=True,
         )
-        self.staging = self.titles = None
+        self.staging = self.shown = self.titles = None
 
     def window(self, title, role=None):
         """The window of that title, once it is shown and takes the keys."""
@@ -79,7 +86,9 @@ class Run:
                 raise AssertionError("the launcher ended with %s instead" % self.process.returncode)
             return None
 
-        return wait_until(look, 60)
+        found = wait_until(look, 60)
+        self._log.wait_written()
+        return found
 
     def alert(self):
         return self.window(self._case.name, "alert")
@@ -97,17 +106,16 @@ class Run:
 
     def wait_focus(self, title, item):
         """Until the item of the window has the keys; `item` is a role and a name."""
-        found = None
+        found = []
 
         def has_focus():
-            nonlocal found
-            found = focused(self.window(title))
-            return found == item
+            found.append(focused(self.window(title)))
+            return found[-1] == item
 
         try:
             wait_until(has_focus, 20)
         except AssertionError:
-            self._case.fail("%r has the keys, not %r" % (found, item))
+            self._case.fail("%r has the keys, not %r" % (found[-1], item))
 
     def wait(self):
         """Until the end; checks that it went well and that nothing stays."""
@@ -115,13 +123,9 @@ class Run:
         self.stop()
         self._case.assertEqual(os.listdir(self.temporary), [])
 
-    def lasting_titles(self):
-        """After the end: without the windows of searches, which may be gone before anybody can look."""
-        return [title for title in self.titles if title not in ("", self.texts["DISCCHECK_SERACHING"])]
-
     def assert_unseen(self):
         """After the end: no window came, and nothing was made in the temporary folder."""
-        self._case.assertEqual(self.titles, [])
+        self._case.assertEqual(self.shown, [])
         self._case.assertEqual(self.staging, [False])
         self._case.assertEqual(self.temporary.stat().st_mtime_ns, self._made)
 
@@ -131,7 +135,14 @@ class Run:
                 os.killpg(self.process.pid, signal.SIGKILL)
             self.process.wait()
             self.staging = self._watch.stop()
-            self.titles = self._log.stop()
+            self.shown = self._log.stop()
+            self.titles = [title for title, can_close in self.shown if self._lasts(title, can_close)]
+
+    def _lasts(self, title, can_close):
+        """False for the window of a search, which may be gone before it has its title."""
+        return title == self.texts["FILE_EXTRACT"] or (
+            can_close and title not in ("", self.texts["DISCCHECK_SERACHING"])
+        )
 
 
 class WindowTestCase(PackageTestCase):
@@ -148,6 +159,14 @@ class WindowTestCase(PackageTestCase):
         run = Run(self, bundle, **options)
         self.addCleanup(run.stop)
         return run
+
+    def start_in(self, language, bundle, **options):
+        return self.start(bundle, language=language, **LANGUAGES[language], **options)
+
+    def picture(self, name, language):
+        folder = os.environ.get("ZPK_TEST_SCREENSHOTS")
+        if folder:
+            self.desktop.screenshot(pathlib.Path(folder, "%s-%s.png" % (name, language)))
 
     def drive(self):
         reason = MockedDrive.missing()
@@ -204,7 +223,7 @@ class WindowTestCase(PackageTestCase):
 
     def assert_installed(self, run, *titles):
         """After the end: the windows that came, and the setup program ran once."""
-        self.assertEqual(run.lasting_titles(), [*titles, run.texts["FILE_EXTRACT"]])
+        self.assertEqual(run.titles, [*titles, run.texts["FILE_EXTRACT"]])
         self.assertEqual(run.staging, [False, True, False])
         self.record()
 
@@ -248,6 +267,7 @@ class SecondLauncherTest(WindowTestCase):
         gate = self.hold(bundle, "Data.dat")
         first = self.start(bundle)
         gate.wait_reached()
+        first.window(first.texts["FILE_EXTRACT"])
         self.assert_second_is_unseen(bundle)
         self.assertEqual(self.records(), [])
         gate.open()
@@ -294,7 +314,7 @@ class SecondLauncherTest(WindowTestCase):
         self.application("Other.app", self.name + "2")
         self.application("Case.app", self.name.upper())
         self.application("Strings.app", self.name, strings="Another name")
-        # The same program name, but in no bundle; a helper of a bundle; a setup program of another package.
+        # The same name or the same program, but in no bundle; a helper of a bundle.
         self.program(self.folder / self.name)
         self.program(self.folder / "Zephyrkit")
         self.program(self.folder / "Case.app/Contents/Helpers" / self.name)
@@ -467,7 +487,7 @@ class ConditionsMetTest(WindowTestCase):
         write(self.source / "Data/setup", "#!/bin/sh\nread -r line < '%s'\nexit 3\n" % gate.path, 0o755)
         run = self.start(self.pack())
         gate.wait_reached()
-        self.assertEqual(self.desktop.visible_titles(), [])
+        self.assertEqual(self.desktop.listed(), [])
         self.assertTrue((self.temporary / STAGING_NAME / "Data/setup").exists())
         gate.open()
         run.wait()
@@ -536,6 +556,11 @@ class SoftwareListTest(WindowTestCase):
         window = self.assert_alert(run, self.message(run, products))
         self.assert_inside_screen(window)
         self.assert_inside_screen(items(window, "push button")[0])
+
+        self.assert_tab_order(run, self.name, ("push button", run.texts["OK"]), ("filler", self.name))
+        self.desktop.key("Tab", "Next")
+        top = items(window, "label")[0]["bounds"][1]
+        wait_until(lambda: items(run.alert(), "label")[0]["bounds"][1] < top, 20)
         self.end(run)
 
     def test_name_wider_than_the_screen(self):
@@ -548,7 +573,7 @@ class SoftwareListTest(WindowTestCase):
 
     def test_malformed_conditions_give_an_empty_list(self):
         bundle = self.package()
-        for number, condition in enumerate((b"<UpdateInfo><Conditions>", b"\0\xff", b"")):
+        for condition in (b"<UpdateInfo><Conditions>", b"\0\xff", b""):
             with self.subTest(condition):
                 members = [("Info", 0o40755, b""), ("Info/Condition.xml", 0o100644, condition)]
                 (bundle / "Contents/Resources/Info.datx").write_bytes(gzip.compress(odc_archive(members)))
@@ -575,8 +600,6 @@ class SoftwareListTest(WindowTestCase):
                 self.end(run)
 
     def test_format_with_other_marks(self):
-        bundle = self.package("")
-        table = bundle / "Contents/Resources/UILang/en/ZPKStringTable.def"
         for text, expected in (
             ("100%% of %d %n %s, not %s %", "100% of %d %n   One, not %s %"),
             ("no place for the list", "no place for the list"),
@@ -584,7 +607,8 @@ class SoftwareListTest(WindowTestCase):
             with self.subTest(text):
                 bundle = self.package("", ["One"], name="F%d.app" % len(text))
                 table = bundle / "Contents/Resources/UILang/en/ZPKStringTable.def"
-                table.write_text('"ZPKString_UPDATE_FAILURE" = "%s";\n"ZPKString_OK" = "OK";\n' % text)
+                line = '"ZPKString_UPDATE_FAILURE" = "%s";' % text
+                table.write_text(re.sub('^"ZPKString_UPDATE_FAILURE".*$', line, table.read_text(), flags=re.MULTILINE))
                 run = self.start(bundle)
                 self.assert_alert(run, expected)
                 self.end(run)
@@ -600,7 +624,7 @@ class DiscSearchTest(WindowTestCase):
 
     def end(self, *titles):
         self.run_.wait()
-        self.assertEqual(self.run_.lasting_titles(), [self.title, *titles])
+        self.assertEqual(self.run_.titles, [self.title, *titles])
         self.assertEqual(self.run_.staging[-1], False)
         self.assertEqual(self.records(), [])
 
@@ -616,7 +640,8 @@ class DiscSearchTest(WindowTestCase):
         self.assertEqual(products["text"], "\n".join(PRODUCTS))
         self.assertNotIn("editable", products["states"])
         search, cancel = items(window, "push button")
-        self.assertEqual([search["name"], cancel["name"]], [run.texts["DISCCHECK_START"], run.texts["DISCCHECK_CANCEL"]])
+        self.assertEqual(search["name"], run.texts["DISCCHECK_START"])
+        self.assertEqual(cancel["name"], run.texts["DISCCHECK_CANCEL"])
         self.assertLessEqual({"default", "focused", "enabled"}, set(search["states"]))
         self.assertNotIn("default", cancel["states"])
         x, y, width, height = window["bounds"]
@@ -673,13 +698,11 @@ class DiscSearchTest(WindowTestCase):
 class FoundDiscTest(WindowTestCase):
     """A disc in a drive that umockdev makes."""
 
-    def setUp(self):
-        super().setUp()
+    def start_search(self, *paths, language="en"):
         self.mocked = self.drive()
-
-    def start_search(self, *paths):
         conditions = "".join("<Disc FilePath=%s/>" % quoteattr(path) for path in paths)
-        run = self.start(self.package(conditions), drive=self.mocked)
+        bundle = self.package(conditions, name=language + ".app")
+        run = self.start_in(language, bundle, drive=self.mocked)
         run.disc_window()
         return run
 
@@ -718,46 +741,39 @@ class FoundDiscTest(WindowTestCase):
         run.wait()
         self.assertEqual(self.records(), [])
 
-    def test_window_of_a_search_that_takes_a_while(self):
+    def start_slow_search(self, patterns, language):
         # Long runs of one letter make each comparison slow; the last path is the one that is there.
         deep = "/".join(["a" * 250] * 14)
-        slow = ["*" + "a" * 245 + "/*" + "a" * number + "b" for number in range(100, 140)]
-        run = self.start_search(*slow, "Setup/Product.dat")
-        self.mocked.insert(["Setup/Product.dat", *("%s/%d" % (deep, number) for number in range(60))])
+        slow = ["*" + "a" * 245 + "/*" + "a" * (number % 100) + "b" for number in range(patterns)]
+        run = self.start_search(*slow, "Setup/Product.dat", language=language)
+        self.mocked.insert(["Setup/Product.dat", *("%s/%d" % (deep, number) for number in range(150))])
         self.desktop.key("Return")
-        searching = run.texts["DISCCHECK_SERACHING"]
-        window = run.window(searching)
-        self.assertEqual([item["name"] for item in items(window, "label")], [searching])
-        self.assertEqual(items(window, "push button"), [])
-        (bar,) = items(window, "progress bar")
-        self.assertEqual(bar["name"], searching)
-        # Neither window goes away by what a person does meanwhile.
-        self.desktop.key("Escape")
-        self.desktop.key("alt+F4")
-        names = [shown["name"] for shown in run.windows()]
-        self.assertEqual(sorted(names), sorted([searching, run.texts["DISCCHECK_TITLE"]]))
+        return run, run.window(run.texts["DISCCHECK_SERACHING"])
+
+    def test_search_that_takes_a_while(self):
+        run, _ = self.start_slow_search(100, "en")
         self.end(run)
+
+    def test_window_of_a_search(self):
+        for language in LANGUAGES:
+            with self.subTest(language):
+                run, window = self.start_slow_search(3000, language)
+                title = run.texts["DISCCHECK_SERACHING"]
+                self.picture("searching", language)
+                self.assertEqual([item["name"] for item in items(window, "label")], [title])
+                self.assertEqual(items(window, "push button"), [])
+                (bar,) = items(window, "progress bar")
+                self.assertEqual(bar["name"], title)
+                # Neither window goes away by what a person does meanwhile.
+                self.desktop.key("Escape", "alt+F4")
+                self.desktop.key("Return")
+                names = [shown["name"] for shown in run.windows()]
+                self.assertCountEqual(names, [title, run.texts["DISCCHECK_TITLE"]])
+                run.stop()
 
 
 class LanguageTest(WindowTestCase):
     """The same windows in the person's language, and from right to left where it is written so."""
-
-    LANGUAGES = {
-        "en": {"LC_ALL": "", "LANGUAGE": "", "LANG": "en_US.UTF-8"},
-        "ja": {"LC_ALL": "ja_JP.UTF-8"},
-        "ar": {"LC_ALL": "C.UTF-8", "LANGUAGE": "xx:ar_EG"},
-    }
-
-    def setUp(self):
-        super().setUp()
-        self.pictures = os.environ.get("ZPK_TEST_SCREENSHOTS")
-
-    def picture(self, name, language):
-        if self.pictures:
-            self.desktop.screenshot(pathlib.Path(self.pictures, "%s-%s.png" % (name, language)))
-
-    def start_in(self, language, bundle):
-        return self.start(bundle, language=language, **self.LANGUAGES[language])
 
     def assert_begins_at(self, language, first, second):
         """The first of the two comes first for a reader of the language."""
@@ -766,7 +782,7 @@ class LanguageTest(WindowTestCase):
 
     def test_software_list(self):
         bundle = self.package("")
-        for language in self.LANGUAGES:
+        for language in LANGUAGES:
             with self.subTest(language):
                 run = self.start_in(language, bundle)
                 message = SoftwareListTest.message(run, PRODUCTS)
@@ -778,9 +794,26 @@ class LanguageTest(WindowTestCase):
                 self.desktop.key("Return")
                 run.wait()
 
+    def test_every_product_stands_at_the_readers_side(self):
+        bundle = self.package("", ["i"] * 20)
+        for language in LANGUAGES:
+            with self.subTest(language):
+                run = self.start_in(language, bundle)
+                (label,) = items(run.alert(), "label")
+                x, y, width, height = label["bounds"]
+                # Halfway down there is nothing but the list.
+                size = (width // 2, height // 4)
+                middle = y + height * 3 // 8
+                left, right = (x, middle, *size), (x + width // 2, middle, *size)
+                empty, written = (left, right) if language == "ar" else (right, left)
+                wait_until(lambda: self.desktop.colours(*written) > 1, 20)
+                self.assertEqual(self.desktop.colours(*empty), 1)
+                self.desktop.key("Return")
+                run.wait()
+
     def test_disc_window(self):
         bundle = self.package('<Disc FilePath="x"/>')
-        for language in self.LANGUAGES:
+        for language in LANGUAGES:
             with self.subTest(language):
                 run = self.start_in(language, bundle)
                 texts = run.texts
@@ -788,7 +821,8 @@ class LanguageTest(WindowTestCase):
                 self.picture("disc", language)
                 self.assertEqual([item["name"] for item in items(window, "label")], [texts["DISCCHECK_MESSAGE"]])
                 search, cancel = items(window, "push button")
-                self.assertEqual([search["name"], cancel["name"]], [texts["DISCCHECK_START"], texts["DISCCHECK_CANCEL"]])
+                self.assertEqual(search["name"], texts["DISCCHECK_START"])
+                self.assertEqual(cancel["name"], texts["DISCCHECK_CANCEL"])
                 self.assert_begins_at(language, search, cancel)
                 self.assert_menu(window, texts)
                 self.desktop.key("Return")
@@ -798,7 +832,7 @@ class LanguageTest(WindowTestCase):
                 run.disc_window()
                 self.desktop.key("Escape")
                 run.wait()
-                self.assertEqual(run.lasting_titles(), [texts["DISCCHECK_TITLE"], self.name])
+                self.assertEqual(run.titles, [texts["DISCCHECK_TITLE"], self.name])
 
     def assert_menu(self, window, texts):
         (bar,) = items(window, "menu bar")
@@ -810,7 +844,7 @@ class LanguageTest(WindowTestCase):
         self.assertEqual(names, [self.name, *(texts[key] for key in keys)])
 
     def test_progress_window(self):
-        for language in self.LANGUAGES:
+        for language in LANGUAGES:
             with self.subTest(language):
                 bundle = self.package(name=language + ".app")
                 gate = self.hold(bundle, "Data.dat")
