@@ -3,7 +3,7 @@
 # memory, and prints for each: ours, the peer's, their ratio, and the bar.
 # Usage: unpack.sh DITTO [ROUNDS]
 set -eu
-ditto=$1
+ditto=$(realpath "$1")
 rounds=${2:-3}
 
 work=$(mktemp -d /dev/shm/zpk-bench-XXXXXX)
