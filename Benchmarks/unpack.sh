@@ -3,7 +3,7 @@
 # memory, and prints for each: ours, the peer's, their ratio, and the bar.
 # Usage: unpack.sh DITTO [ROUNDS]
 set -eu
-ditto=$1
+ditto=$(realpath "$1")
 rounds=${2:-3}
 
 work=$(mktemp -d /dev/shm/zpk-bench-XXXXXX)
@@ -11,12 +11,11 @@ trap 'chmod -R u+w "$work"; rm -rf "$work"' EXIT INT TERM
 mkdir "$work/tree"
 
 # Files over 40 MB would leave too few others.
-for folder in /usr/lib/x86_64-linux-gnu /usr/share /usr/lib/gcc /usr/lib/python3; do
-    [ "$(du -sm "$work/tree" | cut -f1)" -ge 1000 ] && break
-    [ -d "$folder" ] || continue
-    (cd / && find ".$folder" \( -type f -size -40000k -o -type l -o -type d \) -readable -print0) |
-        (cd / && cpio -0 -pdm --quiet "$work/tree" 2>/dev/null) || true
-done
+cd /
+find ./usr/lib/x86_64-linux-gnu ./usr/share/doc ./usr/share ./usr/lib \
+    \( -type f -size -40000k -o -type l \) -readable -printf '%s %p\n' 2>/dev/null |
+    awk '{ total += $1; if (total > 1000000000) exit; sub(/^[0-9]+ /, ""); print }' |
+    cpio -pdm --quiet "$work/tree" 2>/dev/null || true
 echo "tree: $(du -sm "$work/tree" | cut -f1) MB, $(find "$work/tree" -type f | wc -l) files"
 
 # seconds COMMAND...: the best of the rounds, in hundredths; the folder "out" is new each time.

@@ -1,7 +1,8 @@
 #include "Package/CZPKUtil.h"
 
-#include <limits.h>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -36,27 +37,33 @@ bool IsSameFile(const ZPKFileHandle& file, const std::string& path) {
            attributes.st_ino == file.attributes().st_ino;
 }
 
-/// Writes the two parts of `source` on both sides of `middle` to `dst` in exchanged order.
-bool WriteExchanged(const ZPKFileHandle& source, std::uint64_t middle, const std::string& dst) {
-    std::optional<ZPKFileHandle> destination = ZPKFileHandle::replacingFileAtPath(dst);
-    if (!destination) {
+/// Writes the two parts of `source` on both sides of `middle` to the new file in exchanged order.
+bool WriteExchanged(const ZPKFileHandle& source, std::uint64_t middle, std::optional<ZPKFileHandle> newFile) {
+    if (!newFile) {
         return false;
     }
-    destination->reserve(source.size());
-    return destination->append(source, middle, source.size() - middle) &&
-           destination->append(source, 0, middle);
+    newFile->reserve(source.size());
+    return newFile->append(source, middle, source.size() - middle) && newFile->append(source, 0, middle);
 }
 
-/// The same, with care for a file that is to be exchanged in its own place: it stays as it is until
-/// its replacement is complete.
-void ReplaceExchanged(const ZPKFileHandle& source, std::uint64_t middle, const std::string& dst) {
-    if (!IsSameFile(source, dst)) {
-        WriteExchanged(source, middle, dst);
+/// The same for a file in its own place: it stays as it is until its replacement is complete.
+void ExchangeInPlace(const ZPKFileHandle& source, std::uint64_t middle, const std::string& path) {
+    const std::string replacement = path + ".new-" + std::to_string(::getpid());
+    std::optional<ZPKFileHandle> newFile = ZPKFileHandle::newFileAt(AT_FDCWD, replacement, 0666);
+    if (!newFile) {
         return;
     }
-    const std::string replacement = dst + ".replacement";
-    if (!WriteExchanged(source, middle, replacement) || ::rename(replacement.c_str(), dst.c_str()) != 0) {
+    if (!WriteExchanged(source, middle, std::move(newFile)) ||
+        ::rename(replacement.c_str(), path.c_str()) != 0) {
         ZPKFileManager::removeItem(replacement);
+    }
+}
+
+void Exchange(const ZPKFileHandle& source, std::uint64_t middle, const std::string& dst) {
+    if (IsSameFile(source, dst)) {
+        ExchangeInPlace(source, middle, dst);
+    } else {
+        WriteExchanged(source, middle, ZPKFileHandle::replacingFileAtPath(dst));
     }
 }
 
@@ -114,13 +121,13 @@ void CZPKUtil::Fake(const std::string& src, const std::string& dst) {
         ZPKFileHandle::replacingFileAtPath(dst);
         return;
     }
-    ReplaceExchanged(*source, std::min(rotation, source->size()), dst);
+    Exchange(*source, std::min(rotation, source->size()), dst);
 }
 
 void CZPKUtil::Unfake(const std::string& src, const std::string& dst) {
     const std::optional<ZPKFileHandle> source = ZPKFileHandle::forReadingAtPath(src);
     if (source && source->size() > rotation) {
-        ReplaceExchanged(*source, source->size() - rotation, dst);
+        Exchange(*source, source->size() - rotation, dst);
         return;
     }
     ZPKFileManager::copyItem(ResolvedPath(src), dst);

@@ -123,16 +123,21 @@ public:
 private:
     void copyItem(int fromFolder, const std::string& fromName, int toFolder, const std::string& toName) {
         struct stat attributes;
-        if (::fstatat(fromFolder, fromName.c_str(), &attributes, AT_SYMLINK_NOFOLLOW) != 0) {
-            m_complete = false;
-        } else if (S_ISDIR(attributes.st_mode)) {
-            m_complete &= enterCopy(fromFolder, fromName, toFolder, toName);
-        } else if (S_ISREG(attributes.st_mode)) {
-            m_complete &= copyFile(fromFolder, fromName, toFolder, toName);
-        } else if (S_ISLNK(attributes.st_mode)) {
-            m_complete &= copyLink(fromFolder, fromName, toFolder, toName, attributes);
-        } else {
-            m_complete = false;
+        m_complete &= ::fstatat(fromFolder, fromName.c_str(), &attributes, AT_SYMLINK_NOFOLLOW) == 0 &&
+                      copyItem(fromFolder, fromName, toFolder, toName, attributes);
+    }
+
+    bool copyItem(int fromFolder, const std::string& fromName, int toFolder, const std::string& toName,
+                  const struct stat& attributes) {
+        switch (attributes.st_mode & S_IFMT) {
+            case S_IFDIR:
+                return enterCopy(fromFolder, fromName, toFolder, toName);
+            case S_IFREG:
+                return copyFile(fromFolder, fromName, toFolder, toName);
+            case S_IFLNK:
+                return copyLink(fromFolder, fromName, toFolder, toName, attributes);
+            default:
+                return false;
         }
     }
 

@@ -119,6 +119,7 @@ struct BinaryKind {
     bool isDictionary() const { return value == 0xD; }
     bool isCollection() const { return isArray() || isDictionary(); }
     bool isWideText() const { return value == 0x6; }
+    bool isText() const { return value == 0x5 || value == 0x7 || isWideText(); }
     bool hasLength() const { return isCollection() || (value >= 0x4 && value <= 0x7); }
 
     /// Bytes of data for each unit of the marker's length.
@@ -163,6 +164,7 @@ private:
 
     bool fits(std::uint64_t at, std::uint64_t length) const { return at <= m_end && length <= m_end - at; }
     bool readLength(std::uint64_t& at, std::uint64_t& outLength) const;
+    bool holdsZero(std::uint64_t at, std::uint64_t units, std::uint64_t width) const;
 
     std::string_view m_bytes;
     std::uint64_t m_end = 0;
@@ -207,6 +209,16 @@ bool BinaryObjects::readLength(std::uint64_t& at, std::uint64_t& outLength) cons
     return true;
 }
 
+/// The library stops the program at a key with such a character, and no text of ours has one.
+bool BinaryObjects::holdsZero(std::uint64_t at, std::uint64_t units, std::uint64_t width) const {
+    for (std::uint64_t unit = 0; unit < units; ++unit) {
+        if (number(at + unit * width, static_cast<std::size_t>(width)) == 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
 bool BinaryObjects::read(std::uint64_t object, std::uint64_t& outLength,
                          std::vector<std::uint64_t>& outReferences) const {
     std::uint64_t at = number(m_table + object * m_offsetWidth, m_offsetWidth);
@@ -224,6 +236,9 @@ bool BinaryObjects::read(std::uint64_t object, std::uint64_t& outLength,
     }
     outLength = count * kind.unitLength(m_referenceWidth);
     if (!fits(at, outLength)) {
+        return false;
+    }
+    if (kind.isText() && holdsZero(at, count, kind.unitLength(m_referenceWidth))) {
         return false;
     }
     const std::uint64_t references = kind.isCollection() ? outLength / m_referenceWidth : 0;

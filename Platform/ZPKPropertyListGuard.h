@@ -16,7 +16,8 @@ public:
     /// its elements do not close.
     static std::optional<std::string> plainXML(std::string_view text, std::size_t deepest);
 
-    /// True when the objects of a binary list refer to each other without a circle, nested no deeper
-    /// than `deepest`, and are not vastly more numerous read out than they are in the file.
+    /// True when the texts of a binary list hold no null characters and its objects refer to each other
+    /// without a circle, nested no deeper than `deepest`, and are not vastly more numerous read out than they
+    /// are in the file.
     static bool isReasonableBinary(std::string_view bytes, std::size_t deepest);
 };

@@ -80,7 +80,7 @@ std::string sharedTemporaryFolder() {
 }
 
 std::string homeFolderInUserDatabase() {
-    std::vector<char> buffer(16 * 1024);
+    std::vector<char> buffer(16'384);
     struct passwd entry;
     struct passwd* found = nullptr;
     const int error = ::getpwuid_r(::geteuid(), &entry, buffer.data(), buffer.size(), &found);

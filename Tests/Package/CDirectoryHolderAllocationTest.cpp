@@ -38,15 +38,19 @@ constexpr std::size_t moreThanEver = 10'000;
 TEST(CDirectoryHolderAllocationTest, FailureWhileMakingAFolderDeletesIt) {
     const TemporaryFolder folder;
     const std::string path = folder / "a folder whose path does not fit into a short string";
+    const auto make = [&] { const CDirectoryHolder holder(path, ""); };
     std::size_t number = 1;
-    while (number < moreThanEver &&
-           FailsAtAllocation(number, [&] { const CDirectoryHolder holder(path, ""); })) {
+    for (; number < moreThanEver; ++number) {
+        // An old folder is what is still there when the very first step fails.
+        WriteFile(path + "/old", "old");
+        if (!FailsAtAllocation(number, make)) {
+            break;
+        }
         EXPECT_FALSE(Exists(path)) << "failing allocation " << number;
-        ++number;
     }
     EXPECT_GT(number, 3u) << "some allocations were seen to fail";
     ASSERT_LT(number, moreThanEver);
-    EXPECT_TRUE(Exists(path));
+    EXPECT_TRUE(Exists(path) && !Exists(path + "/old"));
 }
 
 TEST(CDirectoryHolderAllocationTest, FailureInAListDeletesTheFoldersMadeBefore) {
@@ -54,23 +58,29 @@ TEST(CDirectoryHolderAllocationTest, FailureInAListDeletesTheFoldersMadeBefore) 
     const std::string tail = " folder whose path does not fit into a short string";
     const Paths paths{folder / ("first" + tail), folder / ("second" + tail), folder / ("third" + tail)};
     const auto make = [&] { const CDirectoryHolder holder(paths, {}); };
+    // For each folder, whether it was seen to fail and be left as it was, those before it being gone.
+    std::vector<bool> sawLeft(paths.size());
     std::size_t number = 1;
-    int failuresAfterTheFirstFolder = 0;
     for (; number < moreThanEver; ++number) {
-        // The failing folder is not deleted on the way out: what is in it tells which one failed.
         for (const std::string& path : paths) {
             WriteFile(path + "/old", "old");
         }
         if (!FailsAtAllocation(number, make)) {
             break;
         }
-        const bool firstWasMade = !Exists(paths[0]);
-        failuresAfterTheFirstFolder += firstWasMade ? 1 : 0;
-        EXPECT_TRUE(Exists(paths[2] + "/old") || (firstWasMade && !Exists(paths[1]))) << number;
-        EXPECT_TRUE(Exists(paths[0]) <= Exists(paths[1] + "/old")) << number;
+        std::size_t gone = 0;
+        while (gone < paths.size() && !Exists(paths[gone])) {
+            ++gone;
+        }
+        for (std::size_t index = gone + 1; index < paths.size(); ++index) {
+            EXPECT_TRUE(Exists(paths[index] + "/old")) << "not reached, failing allocation " << number;
+        }
+        if (gone < paths.size() && Exists(paths[gone] + "/old")) {
+            sawLeft[gone] = true;
+        }
     }
     ASSERT_LT(number, moreThanEver);
-    EXPECT_GT(failuresAfterTheFirstFolder, 2);
+    EXPECT_EQ(sawLeft, std::vector<bool>(paths.size(), true));
     for (const std::string& path : paths) {
         EXPECT_TRUE(Exists(path) && !Exists(path + "/old")) << path;
     }

@@ -116,6 +116,7 @@ TEST(CZPKUtilScrambleTest, UnreadableSourceCountsAsMissing) {
     const TemporaryFolder folder;
     ::chmod(folder.path().c_str(), 0777);
     for (const std::size_t size : {std::size_t{5}, 2 * rotation}) {
+        std::filesystem::remove(folder / "closed");
         WriteFile(folder / "closed", Pattern(size));
         ::chmod((folder / "closed").c_str(), 0000);
         EXPECT_TRUE(zpk_test::AnswerWithoutPrivileges([&] {

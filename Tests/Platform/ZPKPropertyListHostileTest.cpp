@@ -145,6 +145,41 @@ TEST(ZPKPropertyListHostileTest, BinaryNumbersThatDoNotFitTheFileAreMalformed) {
     EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(BinaryDictionaryOf({ArrayOf({60'000})})));
 }
 
+TEST(ZPKPropertyListHostileTest, TextsWithNullCharactersAreMalformed) {
+    const std::string root{'\xD1', 0, 1, 0, 2};
+    const std::string keys[] = {std::string("\x53"
+                                            "a\0b",
+                                            4),
+                                std::string("\x51\0", 2), std::string("\x62\0a\0\0", 5)};
+    for (const std::string& key : keys) {
+        EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(Binary({root, key, "\x51x"})));
+        EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(Binary({root, "\x51k", key})));
+    }
+    EXPECT_TRUE(ZPKPropertyList::dictionaryWithBytes(Binary({root, std::string("\x62\0a\0b", 5), "\x51x"})));
+}
+
+TEST(ZPKPropertyListHostileTest, KeysThatAreNoTextsAreSurvived) {
+    const std::string root{'\xD1', 0, 1, 0, 2};
+    const std::string keys[] = {std::string("\x43"
+                                            "a\0b",
+                                            4),
+                                std::string("\x10\0", 2),
+                                "\x09",
+                                std::string("\xA0", 1),
+                                std::string("\x80\x01", 2),
+                                std::string(1, '\0'),
+                                std::string("\x33", 1) + std::string(8, '\0'),
+                                std::string("\xD0", 1)};
+    for (const std::string& key : keys) {
+        const auto list = ZPKPropertyList::dictionaryWithBytes(Binary({root, key, "\x51x"}));
+        EXPECT_FALSE(list && list->stringForKey("k"));
+    }
+    for (const char* const key :
+         {"<key>a&#0;b</key>", "<key/>", "<key><key>k</key></key>", "<string>k</string>"}) {
+        ZPKPropertyList::dictionaryWithBytes("<plist><dict>" + std::string(key) + "<true/></dict></plist>");
+    }
+}
+
 TEST(ZPKPropertyListHostileTest, ManyEntriesAreReadInTime) {
     std::string xml =
         "<plist><dict><key>k</key><array>" + Repeated("<string>signature</string>", 100'000) + "</array>";
