@@ -271,8 +271,31 @@ TEST_F(ZPKCoreTest, StagingFolderThatCannotBeMadeIsTold) {
               (Lines{"alert 2: ZPKString_TEMPFOLDERCREATEFAILURE||ZPKString_OK", "terminate"}));
 }
 
+TEST_F(ZPKCoreTest, LoopThatEndsTooEarlyRunsNothingAndLeavesNothing) {
+    addSetup("setup");
+    addStartup(std::string("Exec='") + ZPK_TEST_SETUP + "'");
+    pack();
+    // As at the end of the person's session: the payload is not unpacked yet.
+    m_frontEnd.onLog = [this](const std::string& line) {
+        if (line == "modal: begin") {
+            m_frontEnd.stopModal(ZPKModalResponseAbort);
+        }
+    };
+    m_frontEnd.run(m_core);
+    m_frontEnd.onLog = nullptr;
+    EXPECT_EQ(logged({"bar: value", "progress: close", "terminate"}),
+              (Lines{"progress: close", "terminate"}));
+    EXPECT_FALSE(fs::exists(m_staging));
+    EXPECT_FALSE(setupHasRun());
+    // The extraction thread ends by itself, with nowhere left to write to.
+    ZPKProgressWindowController waiting(m_frontEnd);
+    m_frontEnd.runModalForWindow(*waiting.window());
+    EXPECT_FALSE(fs::exists(m_staging));
+}
+
 TEST_F(ZPKCoreTest, BrokenFormRunsNothingAndLeavesNothing) {
     addSetup("setup");
+    addStartup(std::string("Exec='") + ZPK_TEST_SETUP + "'");  // there without the payload
     pack();
     m_frontEnd.formsAreBroken = true;
     m_frontEnd.run(m_core);
