@@ -238,7 +238,12 @@ std::string ZPKCore::unpackDescription(const std::string& stagingFolder) {
     CZPKUtil::Unfake(Join(ZPKBundle::mainBundle().resourcePath(), "Info.datx"), plainPath);
     CZPKUtil::Extract(plainPath, stagingFolder);
     CZPKUtil::DeleteFile(plainPath);
-    return Join(stagingFolder, "Info/Condition.xml");
+    const std::string descriptionFolder = Join(stagingFolder, "Info");
+    if (!ZPKFileManager::isFolderNotFollowingLinks(descriptionFolder)) {
+        // The condition description may be deleted later: through a link, a file of somebody else's.
+        CZPKUtil::DeleteFile(descriptionFolder);
+    }
+    return Join(descriptionFolder, "Condition.xml");
 }
 
 void ZPKCore::install(const std::string& stagingFolder) {

@@ -232,10 +232,34 @@ class HostileArchiveTest(PackageTestCase):
             ]
         )
 
-    def test_payload_that_is_a_link_runs_nothing_outside(self):
+    def test_payload_that_is_a_link_writes_nothing_outside(self):
         outside = self.folder / "outside"
+        outside.mkdir()
         self.launch_with_payload([("Data", 0o120777, os.fsencode(outside)), ("Data/setup", 0o100755, RECORDER.encode())])
         self.assertEqual(self.records(), [])
+        self.assertEqual(os.listdir(outside), [])
+
+    def test_description_archive_that_brings_links_in_the_payloads_way(self):
+        outside = self.folder / "outside"
+        outside.mkdir()
+        write(outside / "kept", "kept")
+        bundle = self.simple_package()
+        for target in (outside, outside / "kept"):
+            members = [("Data", 0o120777, os.fsencode(target)), ("Data.dat", 0o120777, os.fsencode(target))]
+            (bundle / "Contents/Resources/Info.datx").write_bytes(gzip.compress(odc_archive(members)))
+            self.launch(bundle)
+            self.assertEqual(os.listdir(outside), ["kept"])
+            self.assertEqual((outside / "kept").read_text(), "kept")
+
+    def test_description_folder_that_is_a_link_deletes_nothing_outside(self):
+        conditions = '<UpdateInfo><Conditions><Disc FilePath="none"/></Conditions></UpdateInfo>'
+        outside = self.folder / "outside"
+        write(outside / "Condition.xml", conditions)
+        bundle = self.simple_package()
+        members = [("Info", 0o120777, os.fsencode(outside))]
+        (bundle / "Contents/Resources/Info.datx").write_bytes(gzip.compress(odc_archive(members)))
+        self.launch(bundle)
+        self.assertEqual((outside / "Condition.xml").read_text(), conditions)
 
     def test_fifo_in_the_place_of_the_startup_description(self):
         bundle = self.simple_package()
