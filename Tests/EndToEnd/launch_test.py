@@ -449,6 +449,28 @@ class ToolTest(PackageTestCase):
         self.assertEqual(self.build(self.source, "-o", bundle, "--force").returncode, 0)
         self.launch(bundle)
 
+    def test_output_never_meets_what_it_is_made_of(self):
+        self.recorder()
+        self.startup()
+        holder = self.folder / "Holder.app"
+        shutil.copytree(self.source, holder / "source")
+        template = self.folder / "Template.app"
+        shutil.copytree(TEMPLATE, template)
+        rows = [
+            (holder / "source", holder, "is or holds"),
+            (self.source, template, "is or holds"),
+            (self.source, self.source / "Data/Out.app", "is packed"),
+            (self.source, self.source / "Data/../Info/Out.app/", "is packed"),
+        ]
+        for source, output, expected in rows:
+            with self.subTest(output=output):
+                before = sorted(self.folder.rglob("*"))
+                done = self.build(source, "-o", str(output) + "/", "--template", template, "--force")
+                self.assertEqual(done.returncode, 1)
+                self.assertIn(expected, done.stderr)
+                self.assertEqual(sorted(self.folder.rglob("*")), before)
+        self.assertEqual(self.build(self.source, "-o", self.source / "Out.app").returncode, 0)
+
     def test_output_name_must_be_a_bundle(self):
         done = self.build(self.source, "-o", "Out")
         self.assertEqual(done.returncode, 1)
