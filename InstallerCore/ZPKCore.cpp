@@ -204,13 +204,12 @@ bool ZPKCore::createStagingFolder() {
     return CZPKUtil::IsFolderExist(m_stagingFolder);
 }
 
-void ZPKCore::removeStagingFolderAtExit() {
+void ZPKCore::removeStagingFolderInUse() {
     if (!m_stagingHolder) {
         return;
     }
     m_stagingHolder.reset();
-    // The archive tool may be at work: what it still writes meanwhile is removed in turn, until its
-    // folder is gone from under it.
+    // What the archive tool writes meanwhile is removed in turn, until its folder is gone from under it.
     for (int attempt = 0; attempt < 100 && CZPKUtil::IsFileExist(m_stagingFolder); ++attempt) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
         CZPKUtil::DeleteFolder(m_stagingFolder);
@@ -239,20 +238,29 @@ std::string ZPKCore::unpackDescription(const std::string& stagingFolder) {
     CZPKUtil::Unfake(Join(ZPKBundle::mainBundle().resourcePath(), "Info.datx"), plainPath);
     CZPKUtil::Extract(plainPath, stagingFolder);
     CZPKUtil::DeleteFile(plainPath);
-    return Join(stagingFolder, "Info/Condition.xml");
+    const std::string descriptionFolder = Join(stagingFolder, "Info");
+    if (!ZPKFileManager::isFolderNotFollowingLinks(descriptionFolder)) {
+        // The condition description may be deleted later: through a link, a file of somebody else's.
+        CZPKUtil::DeleteFile(descriptionFolder);
+    }
+    return Join(descriptionFolder, "Condition.xml");
 }
 
 void ZPKCore::install(const std::string& stagingFolder) {
-    extractPayload(stagingFolder);
+    if (!extractPayload(stagingFolder)) {
+        return;
+    }
     Parameters params;
     const std::optional<std::string> program = executableFileAtTemporaryFolder(stagingFolder, &params);
     executeFile(program, params, true);
 }
 
-void ZPKCore::extractPayload(const std::string& stagingFolder) {
+/// False when there was no window to show, or when the application is to end before all is unpacked:
+/// then no program may be run.
+bool ZPKCore::extractPayload(const std::string& stagingFolder) {
     ZPKProgressWindowController controller(m_frontEnd);
     if (controller.window() == nullptr) {
-        return;
+        return false;
     }
     controller.progressIndicator()->setIndeterminate(false);
     controller.setTitle(Localized(ZPKSTRING_FILE_EXTRACT));
@@ -264,10 +272,16 @@ void ZPKCore::extractPayload(const std::string& stagingFolder) {
     };
     std::thread([this, workOrder] { extractDataTask(workOrder); }).detach();
     m_frontEnd.runModalForWindow(*controller.window());
+    if (!m_isExtractionOver) {
+        controller.close();
+        removeStagingFolderInUse();
+        return false;
+    }
 
     // The full bar stays on the screen for a moment, so that a short installation is seen at all.
     std::this_thread::sleep_for(std::chrono::seconds(1));
     controller.close();
+    return true;
 }
 
 void ZPKCore::extractDataTask(const WorkOrder& workOrder) {
@@ -289,6 +303,7 @@ void ZPKCore::extractDataTask(const WorkOrder& workOrder) {
         // The main thread waits in its modal loop: it must be let go whatever happens here.
         std::cerr << "Zephyrkit: unpacking the payload failed: " << error.what() << "\n";
     }
+    m_isExtractionOver = true;
     m_frontEnd.abortModal();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <map>
 #include <memory>
 #include <optional>
@@ -35,9 +36,10 @@ public:
     /// The launch sequence. Every path through it removes the staging folder and terminates.
     void applicationDidFinishLaunching() override;
 
-    /// Removes the staging folder, if there is one, while the sequence cannot: the toolkit ends the
-    /// process when its display goes away. Called while the process exits, on the main thread.
-    void removeStagingFolderAtExit();
+    /// Removes the staging folder, if there is one, although the archive tool may still write to it:
+    /// when the run is cut short, or cannot go on because the toolkit ends the process. On the main
+    /// thread, also while the process exits.
+    void removeStagingFolderInUse();
 
 private:
     /// The one test program that may call the private operations.
@@ -86,7 +88,7 @@ private:
     bool mayInstall(const std::string& conditionPath);
     std::string unpackDescription(const std::string& stagingFolder);
     void install(const std::string& stagingFolder);
-    void extractPayload(const std::string& stagingFolder);
+    bool extractPayload(const std::string& stagingFolder);
     void showProgress(ZPKProgressWindowController* controller, double percent);
     void showTemporaryFolderAlert();
 
@@ -101,6 +103,9 @@ private:
     /// The staging folder while the sequence needs it.
     std::unique_ptr<varno_zpk::CDirectoryHolder> m_stagingHolder;
     std::string m_stagingFolder;
+
+    /// Set by the extraction thread before it ends the modal loop.
+    std::atomic<bool> m_isExtractionOver{false};
 
     ZPKMenuItem _aboutAppMenuItem = ZPKMenuItem::About;
     ZPKMenuItem _preferencesMenuItem = ZPKMenuItem::Preferences;

@@ -61,15 +61,8 @@ std::vector<std::string> ZPKLanguageInfos::preferredLocalizations(std::vector<st
                                                                   std::vector<std::string> preferred) {
     std::replace(preferred.begin(), preferred.end(), std::string("zh-Hans"), std::string("zh_CN"));
     std::vector<std::string> result;
-    for (;;) {
-        const auto common =
-            std::find_if(preferred.begin(), preferred.end(), [&offered](const std::string& code) {
-                return std::find(offered.begin(), offered.end(), code) != offered.end();
-            });
-        if (common == preferred.end()) {
-            return result;
-        }
-        result.push_back(*common);
-        offered.erase(std::find(offered.begin(), offered.end(), *common));
+    for (const std::string& code : preferred) {
+        result.insert(result.end(), std::erase(offered, code), code);
     }
+    return result;
 }

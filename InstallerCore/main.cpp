@@ -19,7 +19,7 @@ ZPKCore* g_runningCore = nullptr;
 
 void CleanUpAtExit() {
     if (g_runningCore != nullptr) {
-        g_runningCore->removeStagingFolderAtExit();
+        g_runningCore->removeStagingFolderInUse();
     }
 }
 

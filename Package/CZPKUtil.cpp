@@ -77,22 +77,6 @@ std::string ResolvedPath(const std::string& path) {
     return resolved ? resolved.get() : "";
 }
 
-/// The path of an item without links on the way to it; the item itself may be a link.
-std::string ResolvedItemPath(const std::string& path) {
-    const std::string name = ZPKFileManager::lastPathComponent(path);
-    const std::size_t nameStart = path.rfind(name);
-    const std::string parent =
-        nameStart == 0 || nameStart == std::string::npos ? "." : path.substr(0, nameStart);
-    return ResolvedPath(parent) + "/" + name;
-}
-
-/// True when removing the item at `outer` would take `inner` with it.
-bool IsItemOrInside(const std::string& inner, const std::string& outer) {
-    const std::string innerItem = ResolvedItemPath(inner);
-    const std::string outerItem = ResolvedItemPath(outer);
-    return innerItem == outerItem || innerItem.starts_with(outerItem + "/");
-}
-
 std::string ParentFolder(const std::string& path) {
     const std::size_t last = path.find_last_not_of('/');
     const std::size_t separator = last == std::string::npos ? last : path.find_last_of('/', last);
@@ -100,6 +84,22 @@ std::string ParentFolder(const std::string& path) {
         return ".";
     }
     return separator == 0 ? "/" : path.substr(0, separator);
+}
+
+/// The path of an item without links on the way to it, the item itself possibly a link; empty when
+/// its folder is not there.
+std::string ResolvedItemPath(const std::string& path) {
+    const std::string folder = ResolvedPath(ParentFolder(path));
+    return folder.empty() ? folder
+                          : ZPKFileManager::stringByAppendingPathComponent(
+                                folder, ZPKFileManager::lastPathComponent(path));
+}
+
+/// True when removing the item at `outer` would take `inner` with it.
+bool IsItemOrInside(const std::string& inner, const std::string& outer) {
+    const std::string innerItem = ResolvedItemPath(inner);
+    const std::string outerItem = ResolvedItemPath(outer);
+    return !outerItem.empty() && (innerItem == outerItem || innerItem.starts_with(outerItem + "/"));
 }
 
 }  // namespace

@@ -232,10 +232,34 @@ class HostileArchiveTest(PackageTestCase):
             ]
         )
 
-    def test_payload_that_is_a_link_runs_nothing_outside(self):
+    def test_payload_that_is_a_link_writes_nothing_outside(self):
         outside = self.folder / "outside"
+        outside.mkdir()
         self.launch_with_payload([("Data", 0o120777, os.fsencode(outside)), ("Data/setup", 0o100755, RECORDER.encode())])
         self.assertEqual(self.records(), [])
+        self.assertEqual(os.listdir(outside), [])
+
+    def test_description_archive_that_brings_links_in_the_payloads_way(self):
+        outside = self.folder / "outside"
+        outside.mkdir()
+        write(outside / "kept", "kept")
+        bundle = self.simple_package()
+        for target in (outside, outside / "kept"):
+            members = [("Data", 0o120777, os.fsencode(target)), ("Data.dat", 0o120777, os.fsencode(target))]
+            (bundle / "Contents/Resources/Info.datx").write_bytes(gzip.compress(odc_archive(members)))
+            self.launch(bundle)
+            self.assertEqual(os.listdir(outside), ["kept"])
+            self.assertEqual((outside / "kept").read_text(), "kept")
+
+    def test_description_folder_that_is_a_link_deletes_nothing_outside(self):
+        conditions = '<UpdateInfo><Conditions><Disc FilePath="none"/></Conditions></UpdateInfo>'
+        outside = self.folder / "outside"
+        write(outside / "Condition.xml", conditions)
+        bundle = self.simple_package()
+        members = [("Info", 0o120777, os.fsencode(outside))]
+        (bundle / "Contents/Resources/Info.datx").write_bytes(gzip.compress(odc_archive(members)))
+        self.launch(bundle)
+        self.assertEqual((outside / "Condition.xml").read_text(), conditions)
 
     def test_fifo_in_the_place_of_the_startup_description(self):
         bundle = self.simple_package()
@@ -424,6 +448,28 @@ class ToolTest(PackageTestCase):
         self.assertIn("--force", done.stderr)
         self.assertEqual(self.build(self.source, "-o", bundle, "--force").returncode, 0)
         self.launch(bundle)
+
+    def test_output_never_meets_what_it_is_made_of(self):
+        self.recorder()
+        self.startup()
+        holder = self.folder / "Holder.app"
+        shutil.copytree(self.source, holder / "source")
+        template = self.folder / "Template.app"
+        shutil.copytree(TEMPLATE, template)
+        rows = [
+            (holder / "source", holder, "is or holds"),
+            (self.source, template, "is or holds"),
+            (self.source, self.source / "Data/Out.app", "is packed"),
+            (self.source, self.source / "Data/../Info/Out.app/", "is packed"),
+        ]
+        for source, output, expected in rows:
+            with self.subTest(output=output):
+                before = sorted(self.folder.rglob("*"))
+                done = self.build(source, "-o", str(output) + "/", "--template", template, "--force")
+                self.assertEqual(done.returncode, 1)
+                self.assertIn(expected, done.stderr)
+                self.assertEqual(sorted(self.folder.rglob("*")), before)
+        self.assertEqual(self.build(self.source, "-o", self.source / "Out.app").returncode, 0)
 
     def test_output_name_must_be_a_bundle(self):
         done = self.build(self.source, "-o", "Out")

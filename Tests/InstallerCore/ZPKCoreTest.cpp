@@ -33,11 +33,8 @@ class FindProgramTest : public ZPKCoreTest, public ::testing::WithParamInterface
 
 TEST_P(FindProgramTest, FollowsTheDescriptionThenThePayload) {
     const std::string staging = m_folder / "staging";
-    for (const char* program : {"Data/setup", "Data/Other.APP"}) {
-        WriteFile(staging + "/" + program, "");
-        MakeExecutable(staging + "/" + program);
-    }
-    fs::remove(staging + "/Data/Other.APP");  // named by a description, never found by the scan
+    WriteFile(staging + "/Data/setup", "");
+    MakeExecutable(staging + "/Data/setup");
     const std::string app = staging + "/Data/sub/Setup.app/Contents/";
     WriteFile(app + "Info.plist",
               "<plist><dict><key>CFBundleExecutable</key><string>Main</string></dict></plist>");
@@ -122,7 +119,8 @@ TEST_F(ZPKCoreTest, MissingPayloadGivesNothing) {
 // Running the program
 
 TEST_F(ZPKCoreTest, NothingToExecuteDoesNothing) {
-    m_door.execute(std::nullopt, Lines{"x"});
+    const auto streams = zpk_test::CaptureStreams([this] { m_door.execute(std::nullopt, Lines{"x"}); });
+    EXPECT_EQ(streams.standardOutput + streams.standardError, "");
 }
 
 TEST_F(ZPKCoreTest, ExecuteWaitsAndPassesEachArgumentAsItIs) {
@@ -271,8 +269,31 @@ TEST_F(ZPKCoreTest, StagingFolderThatCannotBeMadeIsTold) {
               (Lines{"alert 2: ZPKString_TEMPFOLDERCREATEFAILURE||ZPKString_OK", "terminate"}));
 }
 
+TEST_F(ZPKCoreTest, LoopThatEndsTooEarlyRunsNothingAndLeavesNothing) {
+    addSetup("setup");
+    addStartup(std::string("Exec='") + ZPK_TEST_SETUP + "'");
+    pack();
+    // As at the end of the person's session: the payload is not unpacked yet.
+    m_frontEnd.onLog = [this](const std::string& line) {
+        if (line == "modal: begin") {
+            m_frontEnd.stopModal(ZPKModalResponseAbort);
+        }
+    };
+    m_frontEnd.run(m_core);
+    m_frontEnd.onLog = nullptr;
+    EXPECT_EQ(logged({"bar: value", "progress: close", "terminate"}),
+              (Lines{"progress: close", "terminate"}));
+    EXPECT_FALSE(fs::exists(m_staging));
+    EXPECT_FALSE(setupHasRun());
+    // The extraction thread ends by itself, with nowhere left to write to.
+    ZPKProgressWindowController waiting(m_frontEnd);
+    m_frontEnd.runModalForWindow(*waiting.window());
+    EXPECT_FALSE(fs::exists(m_staging));
+}
+
 TEST_F(ZPKCoreTest, BrokenFormRunsNothingAndLeavesNothing) {
     addSetup("setup");
+    addStartup(std::string("Exec='") + ZPK_TEST_SETUP + "'");  // there without the payload
     pack();
     m_frontEnd.formsAreBroken = true;
     m_frontEnd.run(m_core);

@@ -33,10 +33,18 @@ INSTANTIATE_TEST_SUITE_P(
         ChoiceRow{"PersonsOrder", {"en", "fr"}, {"ja", "fr", "de", "en"}, {"fr", "en"}},
         ChoiceRow{"RegionIsNotFolded", {"en"}, {"en-US"}, {}},
         ChoiceRow{"OfferedTwice", {"en", "fr", "en"}, {"en"}, {"en", "en"}},
+        ChoiceRow{"PreferredTwice", {"fr", "en", "fr"}, {"fr", "en", "fr"}, {"fr", "fr", "en"}},
+        ChoiceRow{"BothNamesOfSimplifiedChinese", {"zh_CN"}, {"zh_CN", "zh-Hans"}, {"zh_CN"}},
         ChoiceRow{"OtherChineseNamesStay", {"zh_CN"}, {"zh-Hant", "zh-Hans-CN"}, {}},
         ChoiceRow{"CaseCounts", {"EN"}, {"en"}, {}}, ChoiceRow{"NothingOffered", {}, {"en"}, {}},
         ChoiceRow{"NothingPreferred", {"en"}, {}, {}}),
     [](const auto& row) { return row.param.name; });
+
+TEST(PreferredLocalizationsOfLongListTest, TimeGrowsWithItsLengthAlone) {
+    // Minutes, if each of them made room for the next.
+    const Lines offered(1000000, "en");
+    EXPECT_EQ(ZPKLanguageInfos::preferredLocalizations(offered, {"de", "en"}), offered);
+}
 
 class ZPKLanguageInfosTest : public zpk_test::ZPKCoreFixture {
 protected:

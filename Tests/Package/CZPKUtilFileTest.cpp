@@ -94,6 +94,18 @@ TEST(CZPKUtilFileTest, CopyNeverDeletesItsOwnSource) {
     EXPECT_TRUE(CZPKUtil::Copy(folder / "tree", folder / "tree2")) << "a name that only begins alike";
 }
 
+TEST(CZPKUtilFileTest, CopyBelowAMissingFolderMayEndInAnyName) {
+    const TemporaryFolder folder;
+    WriteFile(folder / "source", "new");
+    // Taken for a path from the root, this name would be a folder that holds the source.
+    const std::string name = std::filesystem::path(folder.path()).relative_path().begin()->string();
+    EXPECT_TRUE(CZPKUtil::Copy(folder / "source", folder / ("missing/" + name)));
+    EXPECT_EQ(ReadFile(folder / ("missing/" + name)), "new");
+    ASSERT_EQ(::chdir(folder.path().c_str()), 0);
+    EXPECT_FALSE(CZPKUtil::Copy("source", "source//"));
+    EXPECT_EQ(ReadFile(folder / "source"), "new");
+}
+
 TEST(CZPKUtilFileTest, DeleteFileAndDeleteFolderRemoveWhateverIsThere) {
     const TemporaryFolder folder;
     for (const auto remove : {&CZPKUtil::DeleteFile, &CZPKUtil::DeleteFolder}) {

@@ -98,6 +98,7 @@ void ScriptedFrontEnd::note(const std::string& line) {
 
 int ScriptedFrontEnd::run(ZPKApplicationDelegate& delegate) {
     m_terminated = false;
+    m_isOver = false;
     delegate.awakeFromNib();
     if (!m_terminated) {
         delegate.applicationWillFinishLaunching();
@@ -105,7 +106,18 @@ int ScriptedFrontEnd::run(ZPKApplicationDelegate& delegate) {
     if (!m_terminated) {
         delegate.applicationDidFinishLaunching();
     }
+    leaveOutPendingActions();
     return 0;
+}
+
+void ScriptedFrontEnd::leaveOutPendingActions() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_isOver = true;
+    for (PendingAction* const pending : m_pending) {
+        pending->done = true;
+    }
+    m_pending.clear();
+    m_changed.notify_all();
 }
 
 void ScriptedFrontEnd::terminate() {
@@ -183,6 +195,9 @@ void ScriptedFrontEnd::performOnMainThreadAndWait(const std::function<void()>& a
     }
     PendingAction pending{&action, false};
     std::unique_lock<std::mutex> lock(m_mutex);
+    if (m_isOver) {
+        return;
+    }
     m_pending.push_back(&pending);
     m_changed.notify_all();
     m_changed.wait(lock, [&pending] { return pending.done; });

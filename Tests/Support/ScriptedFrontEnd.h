@@ -55,6 +55,8 @@ private:
     class DiscWindow;
     class Session;
 
+    void leaveOutPendingActions();
+
     struct PendingAction {
         const std::function<void()>* action = nullptr;
         bool done = false;
@@ -68,6 +70,7 @@ private:
     bool m_stopped = false;
     int m_code = 0;
     bool m_terminated = false;
+    bool m_isOver = false;
 };
 
 }  // namespace zpk_test

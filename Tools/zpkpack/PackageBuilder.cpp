@@ -2,9 +2,11 @@
 
 #include <stdlib.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -113,6 +115,30 @@ void MoveIntoPlace(const std::string& made, const BuildOptions& options) {
     }
 }
 
+bool IsItemOrInside(const std::string& inner, const std::string& outer) {
+    const std::filesystem::path innerPath = std::filesystem::weakly_canonical(inner);
+    const std::filesystem::path outerPath = std::filesystem::weakly_canonical(outer);
+    const auto parts = std::mismatch(outerPath.begin(), outerPath.end(), innerPath.begin(), innerPath.end());
+    return parts.first == outerPath.end();
+}
+
+/// Replacing the output must not delete what the package is made of, and a folder that is packed must
+/// not grow by the package that is made of it.
+void CheckPlaces(const BuildOptions& options) {
+    for (const std::string& input : {options.sourceFolder, options.templatePath}) {
+        if (IsItemOrInside(input, options.outputPath)) {
+            throw std::runtime_error(options.outputPath + " is or holds " + input +
+                                     ", of which the bundle is made");
+        }
+    }
+    for (const char* const name : {"Info", "Data", "UILang"}) {
+        const std::string packed = Join(options.sourceFolder, name);
+        if (IsItemOrInside(options.outputPath, packed)) {
+            throw std::runtime_error(options.outputPath + " lies in " + packed + ", which is packed");
+        }
+    }
+}
+
 void CheckOptions(const BuildOptions& options) {
     RequireFolder(options.sourceFolder, "the package source");
     RequireFolder(Join(options.sourceFolder, "Info"), "it holds Startup.xml");
@@ -123,6 +149,7 @@ void CheckOptions(const BuildOptions& options) {
     if (!options.replace && CZPKUtil::IsFileExist(options.outputPath)) {
         throw std::runtime_error(options.outputPath + " exists; --force replaces it");
     }
+    CheckPlaces(options);
 }
 
 }  // namespace
