@@ -139,7 +139,9 @@ TEST_F(ZPKCDSearchWindowControllerTest, PathsAndPatterns) {
         {"", true},  // the disc itself
         {"/top.txt", true},
         {"none", false},
-        {"*/top.txt", true},  // the star continues the volume's own path and may match nothing
+        {"../disc/top.txt", true},  // appended as it stands
+        {"../disc/*.txt", false},   // compared with the listed paths as it stands
+        {"*/top.txt", true},        // the star continues the volume's own path and may match nothing
         {"*top.txt", true},
         {"*/Setup.app", false},  // only files are listed
         {"*/Info.plist", true},
