@@ -101,10 +101,22 @@ bool ZPKCDSearchWindowController::windowShouldClose() {
 }
 
 void ZPKCDSearchWindowController::pushSearch() {
-    ZPKProgressWindowController progress(m_frontEnd);
-    if (progress.window() == nullptr) {
+    if (!searchUnderProgressWindow()) {
         pushCancel();
         return;
+    }
+    if (_isFind) {
+        m_frontEnd.stopModal(ZPKModalResponseStop);
+        m_window->close();
+    } else {
+        showInvalidDiscAlert();
+    }
+}
+
+bool ZPKCDSearchWindowController::searchUnderProgressWindow() {
+    ZPKProgressWindowController progress(m_frontEnd);
+    if (progress.window() == nullptr) {
+        return false;
     }
     _isSearching = true;
     std::thread([this] { searchTaskOnWorkerThread(); }).detach();
@@ -122,13 +134,7 @@ void ZPKCDSearchWindowController::pushSearch() {
     }
     progress.progressIndicator()->stopAnimation();
     progress.close();
-
-    if (_isFind) {
-        m_frontEnd.stopModal(ZPKModalResponseStop);
-        m_window->close();
-    } else {
-        showInvalidDiscAlert();
-    }
+    return true;
 }
 
 void ZPKCDSearchWindowController::showInvalidDiscAlert() {

@@ -41,6 +41,9 @@ public:
 private:
     void awakeFromNib();
     void setupFont();
+    /// Runs one search to its end; the progress window is gone again when it returns. False, without
+    /// a search, when the front end could not make that window.
+    bool searchUnderProgressWindow();
     void searchTaskOnWorkerThread();
     bool volumeHoldsDisc(const std::string& volume) const;
     void showInvalidDiscAlert();
