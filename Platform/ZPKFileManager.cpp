@@ -256,11 +256,6 @@ bool ZPKFileManager::isExecutableRegularFile(const std::string& path) {
     return ::stat(path.c_str(), &attributes) == 0 && S_ISREG(attributes.st_mode) && isExecutableFile(path);
 }
 
-std::uint64_t ZPKFileManager::fileSize(const std::string& path) {
-    struct stat attributes;
-    return ::stat(path.c_str(), &attributes) == 0 ? static_cast<std::uint64_t>(attributes.st_size) : 0;
-}
-
 bool ZPKFileManager::createFolderWithIntermediateFolders(const std::string& path, unsigned int mode) {
     for (std::size_t at = path.find('/', 1); at != std::string::npos; at = path.find('/', at + 1)) {
         // Only the last step decides: a parent that may not be made may be there all the same.

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -27,9 +26,6 @@ public:
 
     /// True when `path` leads to a regular file that the current user may execute.
     static bool isExecutableRegularFile(const std::string& path);
-
-    /// Size in bytes of the item at `path`; 0 when it cannot be asked.
-    static std::uint64_t fileSize(const std::string& path);
 
     /// Creates the folder and its missing parents with `mode`, less the process's umask. True when
     /// the folder was made or a folder was already there.

@@ -40,7 +40,6 @@ public:
     bool leave();
 
     bool isInside() const { return !m_levels.empty(); }
-    std::size_t depth() const { return m_levels.size(); }
 
     /// The current folder.
     int descriptor() const { return m_levels.back().descriptor.get(); }
