@@ -112,7 +112,7 @@ TEST(ZPKWorkspaceTest, RunningApplicationsAreTheProcessesOfBundles) {
     const TemporaryFolder folder;
     const RunningProgram plain(MakeApplication(folder / "My App.app", "N\xC3\xA4me", "Linux/program"));
     const RunningProgram again(folder / "My App.app/Contents/Linux/program");
-    const RunningProgram other(MakeApplication(folder / "Other.app", "Other", "MacOS/deep/program"));
+    const RunningProgram other(MakeApplication(folder / "Other.app", "Other", "Linux/deep/program"));
     const RunningProgram helper(MakeApplication(folder / "Helper.app", "Helper", "Helpers/program"));
     const RunningProgram outside("/bin/sleep");
     EXPECT_EQ(NameOf(plain.process()), "N\xC3\xA4me");
