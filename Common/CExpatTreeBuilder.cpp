@@ -1,5 +1,6 @@
 #include "Common/CExpatTreeBuilder.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 #include <string_view>
@@ -28,7 +29,9 @@ bool IsNamespaceDeclaration(std::string_view attributeName) {
 }
 
 bool IsBlank(std::string_view text) {
-    return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+    return std::all_of(text.begin(), text.end(), [](char character) {
+        return character == ' ' || character == '\t' || character == '\r' || character == '\n';
+    });
 }
 
 }  // namespace

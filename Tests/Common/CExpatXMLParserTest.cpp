@@ -112,18 +112,19 @@ TEST_P(CExpatXMLParserTextTest, TextGivesTheTree) {
 
 INSTANTIATE_TEST_SUITE_P(
     WhiteSpace, CExpatXMLParserTextTest,
-    ::testing::Values(Row{"IsDroppedBetweenElements", "<a>\n  <b/>\t<c/>\r\n</a>", "a[b[] c[]]"},
-                      Row{"IsKeptAsTheOnlyContent", "<a> \n\t</a>", "a[' \n\t']"},
-                      Row{"IsKeptAsTheOnlyContentOfAChild", "<a> <b> </b> </a>", "a[b[' ']]"},
-                      Row{"IsKeptAroundText", "<a> x <b/> y </a>", "a[' x ' b[] ' y ']"},
-                      Row{"IsDroppedBetweenTextAndElements", "<a>x<b/> <c/>y</a>", "a['x' b[] c[] 'y']"},
-                      Row{"SplitByACommentIsKeptAsTheOnlyContent", "<a> <!--c-->\n</a>", "a[' ' '\n']"},
-                      Row{"SplitByACommentIsDroppedBesideAnElement", "<a> <!--c-->\n<b/> <!--d-->\n</a>",
-                          "a[b[]]"},
-                      Row{"SplitFromTextIsKeptWithoutAnElement", "<a> <!--c-->x</a>", "a[' ' 'x']"},
-                      Row{"SplitFromTextIsDroppedBesideAnElement", "<a> <!--c-->x<b/></a>", "a['x' b[]]"},
-                      Row{"OutsideTheRootLeavesNothing", "\n <a/> \n", "a[]"},
-                      Row{"NoBreakSpaceIsText", "<a>\xC2\xA0<b/></a>", "a['\xC2\xA0' b[]]"}),
+    ::testing::Values(
+        Row{"IsDroppedBetweenElements", "<a>\n  <b/>\t<c/>\r\n</a>", "a[b[] c[]]"},
+        Row{"IsKeptAsTheOnlyContent", "<a> \n\t</a>", "a[' \n\t']"},
+        Row{"IsKeptAsTheOnlyContentOfAChild", "<a> <b> </b> </a>", "a[b[' ']]"},
+        Row{"IsKeptAroundText", "<a> x <b/> y </a>", "a[' x ' b[] ' y ']"},
+        Row{"IsDroppedBetweenTextAndElements", "<a>x<b/> <c/>y</a>", "a['x' b[] c[] 'y']"},
+        Row{"SplitByACommentIsKeptAsTheOnlyContent", "<a> <!--c-->\n</a>", "a[' ' '\n']"},
+        Row{"SplitByACommentIsDroppedBesideAnElement", "<a> <!--c-->\n<b/> <!--d-->\n</a>", "a[b[]]"},
+        Row{"SplitFromTextIsKeptWithoutAnElement", "<a> <!--c-->x</a>", "a[' ' 'x']"},
+        Row{"SplitFromTextIsDroppedBesideAnElement", "<a> <!--c-->x<b/></a>", "a['x' b[]]"},
+        Row{"OutsideTheRootLeavesNothing", "\n <a/> \n", "a[]"},
+        Row{"CarriageReturnReferenceIsDroppedBetweenElements", "<a>&#xD;<b/>&#xD;</a>", "a[b[]]"},
+        Row{"NoBreakSpaceIsText", "<a>\xC2\xA0<b/></a>", "a['\xC2\xA0' b[]]"}),
     RowName);
 
 INSTANTIATE_TEST_SUITE_P(

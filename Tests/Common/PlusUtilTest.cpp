@@ -20,7 +20,7 @@ using varno_zpk::g_CPlusUtil_Line;
 namespace zpk_test {
 
 // Named, since the run-time names of their pointers are part of the expected lines.
-class Apple : public CBaseObject {
+class Plum : public CBaseObject {
 public:
     int weight = 5;
 };
@@ -35,45 +35,45 @@ public:
     virtual ~Crate() = default;
 };
 
-class CrateOfApples : public Crate, public CBaseObject {
+class CrateOfPlums : public Crate, public CBaseObject {
 public:
-    ~CrateOfApples() noexcept override = default;
+    ~CrateOfPlums() noexcept override = default;
 };
 
 }  // namespace zpk_test
 
-using zpk_test::Apple;
 using zpk_test::CaptureStreams;
-using zpk_test::CrateOfApples;
+using zpk_test::CrateOfPlums;
 using zpk_test::Pear;
+using zpk_test::Plum;
 
 static_assert(std::is_same_v<decltype(g_CPlusUtil_File), const char*>);
 static_assert(std::is_same_v<decltype(g_CPlusUtil_Line), std::uint32_t>);
 
 TEST(DownCastTest, RightClassIsGivenInSilence) {
-    Apple apple;
-    CBaseObject* object = &apple;
-    Apple* cast = nullptr;
-    const auto captured = CaptureStreams([&] { cast = DOWN_CAST(Apple*, object); });
-    EXPECT_EQ(cast, &apple);
+    Plum plum;
+    CBaseObject* object = &plum;
+    Plum* cast = nullptr;
+    const auto captured = CaptureStreams([&] { cast = DOWN_CAST(Plum*, object); });
+    EXPECT_EQ(cast, &plum);
     EXPECT_EQ(captured.standardError, "");
     EXPECT_EQ(captured.standardOutput, "");
 }
 
 TEST(DownCastTest, PointerThatMovesInsideTheObjectIsNoError) {
-    CrateOfApples crate;
+    CrateOfPlums crate;
     CBaseObject* object = &crate;
     ASSERT_NE(static_cast<void*>(object), static_cast<void*>(&crate));
-    CrateOfApples* cast = nullptr;
-    const auto captured = CaptureStreams([&] { cast = DOWN_CAST(CrateOfApples*, object); });
+    CrateOfPlums* cast = nullptr;
+    const auto captured = CaptureStreams([&] { cast = DOWN_CAST(CrateOfPlums*, object); });
     EXPECT_EQ(cast, &crate);
     EXPECT_EQ(captured.standardError, "");
 }
 
 TEST(DownCastTest, NullStaysNullInSilence) {
     CBaseObject* object = nullptr;
-    Apple* cast = reinterpret_cast<Apple*>(alignof(Apple));
-    const auto captured = CaptureStreams([&] { cast = DOWN_CAST(Apple*, object); });
+    Plum* cast = reinterpret_cast<Plum*>(alignof(Plum));
+    const auto captured = CaptureStreams([&] { cast = DOWN_CAST(Plum*, object); });
     EXPECT_EQ(cast, nullptr);
     EXPECT_EQ(captured.standardError, "");
 }
@@ -81,15 +81,15 @@ TEST(DownCastTest, NullStaysNullInSilence) {
 TEST(DownCastTest, WrongClassIsReportedAndCastAllTheSame) {
     Pear pear;
     CBaseObject* object = &pear;
-    Apple* cast = nullptr;
+    Plum* cast = nullptr;
     const auto captured = CaptureStreams([&] {
 #line 100
-        cast = DOWN_CAST(Apple*, object);
+        cast = DOWN_CAST(Plum*, object);
     });
     EXPECT_EQ(static_cast<void*>(cast), static_cast<void*>(&pear));
     EXPECT_EQ(captured.standardError,
               "Tests/Common/PlusUtilTest.cpp:100: "
-              "down_cast error.'PN9varno_zpk11CBaseObjectE'->'PN8zpk_test5AppleE'\n");
+              "down_cast error.'PN9varno_zpk11CBaseObjectE'->'PN8zpk_test4PlumE'\n");
     EXPECT_EQ(captured.standardOutput, "");
 }
 
@@ -98,24 +98,24 @@ TEST(DownCastTest, ReportNamesConstantPointerTypes) {
     const CBaseObject* object = &pear;
     const auto captured = CaptureStreams([&] {
 #line 200
-        static_cast<void>(DOWN_CAST(const Apple*, object));
+        static_cast<void>(DOWN_CAST(const Plum*, object));
     });
     EXPECT_EQ(captured.standardError,
               "Tests/Common/PlusUtilTest.cpp:200: "
-              "down_cast error.'PKN9varno_zpk11CBaseObjectE'->'PKN8zpk_test5AppleE'\n");
+              "down_cast error.'PKN9varno_zpk11CBaseObjectE'->'PKN8zpk_test4PlumE'\n");
 }
 
 TEST(DownCastTest, EveryCastLeavesItsPlaceInTheGlobals) {
-    Apple apple;
-    CBaseObject* object = &apple;
+    Plum plum;
+    CBaseObject* object = &plum;
 #line 300
-    static_cast<void>(DOWN_CAST(Apple*, object));
+    static_cast<void>(DOWN_CAST(Plum*, object));
     EXPECT_STREQ(g_CPlusUtil_File, "Tests/Common/PlusUtilTest.cpp");
     EXPECT_EQ(g_CPlusUtil_Line, 300u);
 
     object = nullptr;
 #line 310
-    static_cast<void>(DOWN_CAST(Apple*, object));
+    static_cast<void>(DOWN_CAST(Plum*, object));
     EXPECT_STREQ(g_CPlusUtil_File, "Tests/Common/PlusUtilTest.cpp");
     EXPECT_EQ(g_CPlusUtil_Line, 310u);
 }

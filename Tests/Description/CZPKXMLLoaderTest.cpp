@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -9,7 +10,9 @@
 #include <vector>
 
 #include "Common/CExpatXMLParser.h"
+#include "Common/CXMLAttribute.h"
 #include "Common/CXMLDocument.h"
+#include "Common/CXMLText.h"
 #include "Description/ZPKXMLDefine.h"
 #include "Tests/Support/TemporaryFolder.h"
 
@@ -129,7 +132,32 @@ TEST(DescriptionClassesTest, HaveNoVirtualOperations) {
     EXPECT_FALSE(std::is_polymorphic_v<CStartupType>);
     EXPECT_FALSE(std::is_polymorphic_v<CLanguagesType>);
     EXPECT_EQ(sizeof(CLanguageType), sizeof(std::string));
+    EXPECT_EQ(sizeof(CRegistryType), sizeof(std::string));
+    EXPECT_EQ(sizeof(CUIMLogType), sizeof(std::string));
+    EXPECT_EQ(sizeof(CUninstallXMLType), sizeof(std::string));
+    EXPECT_EQ(sizeof(CDiscType), sizeof(std::string));
     EXPECT_EQ(sizeof(CItemInfoType), sizeof(std::string));
+}
+
+template <typename... Members>
+bool AreInOrder(const Members&... members) {
+    const std::vector<const void*> places{&members...};
+    return std::is_sorted(places.begin(), places.end());
+}
+
+TEST(DescriptionClassesTest, MembersAreInOrder) {
+    CXMLElement element;
+    element.AddAttribute(CXMLNode::CreateAttributeWithNameWithStringValue("FallBackCode", "en"));
+    element.AddChild(CXMLNode::CreateTextWithStringValue(" "));
+    const CUpdateInfoType info(&element);
+    EXPECT_TRUE(AreInOrder(info.xmlVersion, info.conditions, info.targetItems));
+    const CConditionsType conditions(&element);
+    EXPECT_TRUE(
+        AreInOrder(conditions.registries, conditions.uimLogs, conditions.uninstallXmls, conditions.discs));
+    const CStartupType startup(&element);
+    EXPECT_TRUE(AreInOrder(startup.exec, startup.param));
+    const CLanguagesType languages(element);
+    EXPECT_TRUE(AreInOrder(languages.languages, languages.fallBackCode));
 }
 
 TEST_F(CZPKXMLLoaderTest, StartupRootMayHaveAnyName) {

@@ -121,12 +121,15 @@ TEST(DescriptionOwnershipTest, TargetItemsDoNotDeleteTheirItems) {
     EXPECT_EQ(item->displayName, "a");
 }
 
-TEST(DescriptionOwnershipTest, EarlierConditionsAreDeleted) {
-    const auto document = CExpatXMLParser::CreateCXMLNodeWithText(
-        "<u><Conditions><Disc/></Conditions><Conditions><Disc/></Conditions><TargetItems/><TargetItems/></"
-        "u>");
-    const CUpdateInfoType info(document->GetRootElement());
-    EXPECT_EQ(info.conditions->discs.size(), 1u);
+TEST(DescriptionOwnershipTest, EarlierConditionsAndTargetItemsAreDeleted) {
+    const std::string both = "<Conditions><Disc/></Conditions><TargetItems/>";
+    const auto document = CExpatXMLParser::CreateCXMLNodeWithText("<u>" + both + both + "</u>");
+    std::unique_ptr<CUpdateInfoType> info;
+    const auto deletions = zpk_test::RecordDeletions(
+        [&] { info = std::make_unique<CUpdateInfoType>(document->GetRootElement()); });
+    EXPECT_EQ(info->conditions->discs.size(), 1u);
+    // The first conditions' disc and list, the first conditions, the first target items.
+    EXPECT_EQ(deletions.size(), 4u);
 }
 
 TEST(DescriptionOwnershipTest, LanguagesAreDeletedInOrder) {
