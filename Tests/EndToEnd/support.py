@@ -189,7 +189,10 @@ def x_server(*, window_manager=False, screen="1280x800x24"):
             display = ":" + pipe.readline().strip()
         if window_manager:
             manager = subprocess.Popen(
-                ["openbox"], env=dict(os.environ, DISPLAY=display), stderr=subprocess.DEVNULL
+                ["openbox"],
+                env=dict(os.environ, DISPLAY=display),
+                stdout=subprocess.DEVNULL,
+                stderr=subprocess.DEVNULL,
             )
             wait_until(lambda: manager_runs(display), 20)
         yield display
