@@ -5,6 +5,7 @@
 #include <poll.h>
 #include <pty.h>
 #include <sys/ioctl.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -59,6 +60,11 @@ public:
     explicit PseudoTerminal(unsigned short columns = 80) {
         const winsize size{24, columns, 0, 0};
         EXPECT_EQ(openpty(&m_person, &m_program, nullptr, nullptr, &size), 0);
+        // What a test types ahead would otherwise come back anywhere between the program's words.
+        termios settings{};
+        EXPECT_EQ(tcgetattr(m_program, &settings), 0);
+        settings.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+        EXPECT_EQ(tcsetattr(m_program, TCSANOW, &settings), 0);
         fcntl(m_person, F_SETFL, O_NONBLOCK);
     }
     ~PseudoTerminal() {

@@ -100,10 +100,17 @@ Outcome RunProgram(const std::vector<std::string>& command, const std::function<
             arguments.push_back(const_cast<char*>(argument.c_str()));
         }
         arguments.push_back(nullptr);
+        // Opened beforehand: whoever `prepare` makes of this process may not reach the build folder.
+        const int program =
+            command[0].find('/') == std::string::npos ? -1 : open(arguments[0], O_PATH | O_CLOEXEC);
         if (prepare) {
             prepare();
         }
-        execvp(arguments[0], arguments.data());
+        if (program >= 0) {
+            fexecve(program, arguments.data(), environ);
+        } else {
+            execvp(arguments[0], arguments.data());
+        }
         _exit(127);
     }
     close(errorFile);
