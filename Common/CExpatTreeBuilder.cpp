@@ -47,6 +47,7 @@ CExpatTreeBuilder::CExpatTreeBuilder(const char* encoding, std::size_t inputSize
     XML_SetCharacterDataHandler(m_parser.get(), HandleCharacterData);
     XML_SetCommentHandler(m_parser.get(), HandleComment);
     XML_SetProcessingInstructionHandler(m_parser.get(), HandleProcessingInstruction);
+    XML_SetEntityDeclHandler(m_parser.get(), HandleEntityDeclaration);
     XML_SetUnknownEncodingHandler(m_parser.get(), CExpatEncoding::HandleUnknownEncoding, nullptr);
 }
 
@@ -98,6 +99,12 @@ void CExpatTreeBuilder::HandleProcessingInstruction(void* builder, const char*, 
     static_cast<CExpatTreeBuilder*>(builder)->m_lastTextIsOpen = false;
 }
 
+void CExpatTreeBuilder::HandleEntityDeclaration(void* builder, const char*, int, const char*, int, const char*,
+                                                const char*, const char*, const char*) {
+    auto* self = static_cast<CExpatTreeBuilder*>(builder);
+    self->Guard([self] { self->CountEntity(); });
+}
+
 template <typename Action>
 void CExpatTreeBuilder::Guard(Action action) noexcept {
     // Expat may send the events that it has at hand even after it was told to stop.
@@ -113,6 +120,13 @@ void CExpatTreeBuilder::Guard(Action action) noexcept {
     }
     m_isStopped = true;
     XML_StopParser(m_parser.get(), XML_FALSE);
+}
+
+void CExpatTreeBuilder::CountEntity() {
+    if (m_entities == MAXIMUM_ENTITIES) {
+        throw InputRefused();
+    }
+    ++m_entities;
 }
 
 void CExpatTreeBuilder::StartElement(const char* name, const char** attributes) {

@@ -25,6 +25,10 @@ public:
     /// does so recursively.
     static constexpr std::size_t MAXIMUM_DEPTH = 1000;
 
+    /// A document that declares more entities counts as malformed: Expat releases of before 2024
+    /// expand an entity that names another one recursively, so a long chain would use up the stack.
+    static constexpr std::size_t MAXIMUM_ENTITIES = 1000;
+
     /// `encoding` overrides what the input says about itself unless it is null. `inputSize`, in
     /// bytes, sets how large a tree the input may make.
     CExpatTreeBuilder(const char* encoding, std::size_t inputSize);
@@ -53,11 +57,16 @@ private:
     static void XMLCALL HandleCharacterData(void* builder, const char* text, int length);
     static void XMLCALL HandleComment(void* builder, const char* text);
     static void XMLCALL HandleProcessingInstruction(void* builder, const char* target, const char* text);
+    static void XMLCALL HandleEntityDeclaration(void* builder, const char* name, int isParameterEntity,
+                                                const char* value, int valueLength, const char* base,
+                                                const char* systemIdentifier, const char* publicIdentifier,
+                                                const char* notation);
 
     template <typename Action>
     void Guard(Action action) noexcept;
     bool Finish(XML_Status status);
 
+    void CountEntity();
     void StartElement(const char* name, const char** attributes);
     void EndElement();
     void AddCharacterData(const char* text, std::size_t length);
@@ -67,6 +76,7 @@ private:
 
     std::unique_ptr<std::remove_pointer_t<XML_Parser>, decltype(&XML_ParserFree)> m_parser;
     std::size_t m_budget;
+    std::size_t m_entities = 0;
     std::unique_ptr<CXMLElement> m_root;
     std::vector<OpenElement> m_openElements;
     /// The text nodes to be since the last tag.

@@ -370,16 +370,39 @@ TEST(CExpatXMLParserHostileTest, BillionLaughsAreRefused) {
     EXPECT_EQ(TreeOfText(xml + "]><a x='&e39;'/>"), MALFORMED);
 }
 
-TEST(CExpatXMLParserHostileTest, LongChainOfEntitiesDoesNotExhaustTheStack) {
+/// A document type of `count` entities, each naming the one before; the last one is `&e<count-1>;`.
+std::string ChainOfEntities(std::size_t count) {
     std::string xml = "<!DOCTYPE a [<!ENTITY e0 'x'>";
-    const int levels = 30000;
-    for (int level = 1; level < levels; ++level) {
+    for (std::size_t level = 1; level < count; ++level) {
         xml += "<!ENTITY e" + std::to_string(level) + " '&e" + std::to_string(level - 1) + ";'>";
     }
-    const std::string last = "&e" + std::to_string(levels - 1) + ";";
-    // Taken or refused, as the parser's own limits say.
-    CExpatXMLParser::CreateCXMLNodeWithText(xml + "]><a>" + last + "</a>");
-    CExpatXMLParser::CreateCXMLNodeWithText(xml + "]><a x='" + last + "'/>");
+    return xml + "]>";
+}
+
+TEST(CExpatXMLParserHostileTest, TakesAsManyEntitiesAsTheBoundAllows) {
+    const std::string chain = ChainOfEntities(CExpatTreeBuilder::MAXIMUM_ENTITIES);
+    const std::string last = "&e" + std::to_string(CExpatTreeBuilder::MAXIMUM_ENTITIES - 1) + ";";
+    EXPECT_EQ(TreeOfText(chain + "<a>" + last + "</a>"), TreeOfText("<a>x</a>"));
+    EXPECT_EQ(TreeOfText(chain + "<a x='" + last + "'/>"), TreeOfText("<a x='x'/>"));
+}
+
+TEST(CExpatXMLParserHostileTest, OneEntityOverTheBoundIsMalformed) {
+    const std::string chain = ChainOfEntities(CExpatTreeBuilder::MAXIMUM_ENTITIES + 1);
+    EXPECT_EQ(TreeOfText(chain + "<a/>"), MALFORMED);
+}
+
+TEST(CExpatXMLParserHostileTest, ParameterEntitiesCountToo) {
+    std::string xml = "<!DOCTYPE a [";
+    for (std::size_t level = 0; level <= CExpatTreeBuilder::MAXIMUM_ENTITIES; ++level) {
+        xml += "<!ENTITY % p" + std::to_string(level) + " ''>";
+    }
+    EXPECT_EQ(TreeOfText(xml + "]><a/>"), MALFORMED);
+}
+
+TEST(CExpatXMLParserHostileTest, LongChainOfEntitiesDoesNotExhaustTheStack) {
+    const std::string chain = ChainOfEntities(30000);
+    EXPECT_EQ(TreeOfText(chain + "<a>&e29999;</a>"), MALFORMED);
+    EXPECT_EQ(TreeOfText(chain + "<a x='&e29999;'/>"), MALFORMED);
 }
 
 TEST(CExpatXMLParserHostileTest, AttributeDefaultsCannotFillTheMemory) {
