@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 // Loading a condition description beside the same load by another parser. pugixml reads the file,
 // and then either the same values are taken from its own tree into equal structs, or its tree is
 // converted into ours, as it would have to be behind `CXMLParser`, and the description built from that.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 // The peer of the start-up benchmark: shows one empty window and ends when it has been painted,
 // writing that time, in seconds of the monotonic clock, to the file that ZPK_STARTUP_TIME names.
 

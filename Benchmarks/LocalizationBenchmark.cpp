@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 // Looking up a text and parsing a string table. The bars: a lookup under 200 ns with diagnostics
 // discarded, a parse of a large table at 300 MB/s or more.
 //

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 // zpk_scramble_driver fake|unfake SRC DST: one run of one direction, then the seconds that it took and
 // the process's peak memory in KiB on standard output.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 // Lists a folder as the disc search does, or matches every path against a pattern, and says in how
 // many milliseconds: the part that has a peer, and the part that must not explode.
 //   zpk_search_driver list FOLDER

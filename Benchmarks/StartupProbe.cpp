@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 // The setup program of the start-up benchmark: writes the time at which it runs, in seconds of the
 // monotonic clock, to the file that ZPK_STARTUP_TIME names.
 

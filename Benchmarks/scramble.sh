@@ -1,4 +1,7 @@
 #!/bin/sh
+# SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+# SPDX-License-Identifier: MIT
+#
 # Unscrambling and scrambling beside cp, on the same file in the same run.
 # usage: scramble.sh BUILD_FOLDER [WORK_FOLDER [MEBIBYTES]]
 # Prints the best of five runs each, the ratio (bar: 1.1), and the peak memory (bar: 16 MiB).

@@ -1,4 +1,7 @@
 #!/bin/sh
+# SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+# SPDX-License-Identifier: MIT
+#
 # Lists and matches 100 000 files in memory beside `find -type f`.
 # Usage: search.sh DRIVER
 set -eu

@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+# SPDX-License-Identifier: MIT
+
 """Start of the launcher to the first instruction of the setup program, beside an empty Qt application.
 
 usage: startup.py BUILD-FOLDER [RUNS]

@@ -1,4 +1,7 @@
 #!/bin/sh
+# SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+# SPDX-License-Identifier: MIT
+#
 # Measures the archive tool beside its peers on one tree of about 1 GB of the machine's own files, in
 # memory, and prints for each: ours, the peer's, their ratio, and the bar.
 # Usage: unpack.sh DITTO [ROUNDS]

@@ -1,8 +1,11 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 #include "Common/CDefaultLocalizer.h"
 
-#include <cassert>
 #include <string>
 
+#include "Common/CAssertOnLine.h"
 #include "Common/CResourceBundle.h"
 #include "Common/CVariableManager.h"
 
@@ -55,21 +58,14 @@ const char* CDefaultLocalizer::Localize(const char* inKey, const char* inLanguag
 
 // The offered languages are those of the bundle's language description, which the localizer does not
 // know, so the two list operations stop the program. Nothing in it calls them; the interface has them
-// for other localizers.
-//
-// Reports name the two assertions by line, 63 and 72. When something has to change further up, the
-// comments take up the difference; the localizer's tests pin both lines.
+// for other localizers. What they return is for the compiler alone.
 unsigned long CDefaultLocalizer::GetLocalizeLanguageCount() const {
-    assert(0);
+    ZPK_ASSERT_ON_LINE(false, 63, "0");
     return 0;
 }
 
-// See above; the next assertion stands on line 72.
-//
-// What the two operations return is for the compiler alone, which does not take a failed assertion
-// for the end of a function.
 const char* CDefaultLocalizer::GetLocalizeLanguageAt(unsigned long) const {
-    assert(0);
+    ZPK_ASSERT_ON_LINE(false, 72, "0");
     return nullptr;
 }
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 #include "Common/CResourceBundle.h"
 
 #include <cassert>
@@ -7,7 +10,7 @@
 #include "Common/CPlusUtil.h"
 #include "Common/CResourceBundleLanguageData.h"
 #include "Common/CResourceBundlePrivateManager.h"
-#include "Package/CZPKUtil.h"
+#include "Platform/ZPKFileManager.h"
 
 namespace varno_zpk {
 
@@ -102,7 +105,7 @@ void CResourceBundle::ResolveLanguageData() {
 }
 
 bool CResourceBundle::HasLanguageData(const char* inLanguage) const {
-    return inLanguage != nullptr && *inLanguage != '\0' && CZPKUtil::IsFolderExist(m_path + "/" + inLanguage);
+    return inLanguage != nullptr && *inLanguage != '\0' && ZPKFileManager::isFolder(m_path + "/" + inLanguage);
 }
 
 CResourceBundleLanguageData* CResourceBundle::GetLanguageDataWithLanguage(const char* inLanguage) {
@@ -148,7 +151,7 @@ void CResourceBundle::SetupLanguages() {
     for (const std::string& entry : entries) {
         const std::string folder = m_path + "/" + entry;
         if (CFileManager::GetManager()->IsFolder(folder.c_str()) &&
-            CZPKUtil::IsFileExist(folder + "/" + CResourceBundleLanguageData::DEFAULT_TABLE_NAME)) {
+            ZPKFileManager::fileExists(folder + "/" + CResourceBundleLanguageData::DEFAULT_TABLE_NAME)) {
             languages.push_back(entry);
         }
     }

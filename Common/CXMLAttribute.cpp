@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 #include "Common/CXMLAttribute.h"
 
 namespace varno_zpk {

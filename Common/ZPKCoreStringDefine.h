@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 #pragma once
 
 /// The keys of the texts shown to the user; each table file holds one entry a key.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 #include <fcntl.h>
 #include <stdlib.h>
 #include <sys/mman.h>
@@ -9,7 +12,7 @@
 #include <fstream>
 #include <string>
 
-#include "Tools/ditto/Archive.h"
+#include "Archive/Archive.h"
 
 namespace {
 

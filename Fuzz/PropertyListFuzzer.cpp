@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 // Property lists in every form: whatever the bytes are, reading them ends, and within the stack.
 
 #include <cstddef>

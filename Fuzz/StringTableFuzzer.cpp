@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 // Any bytes make a string table: the parse neither fails nor crashes, and where a block of the file
 // ends does not change what is read.
 

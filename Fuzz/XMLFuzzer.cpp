@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 // Reads the input as a document; what could be read is cloned, written and read again, and must be
 // the same tree each time.
 

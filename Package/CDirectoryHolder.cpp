@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 #include "Package/CDirectoryHolder.h"
 
 #include "Package/CZPKUtil.h"

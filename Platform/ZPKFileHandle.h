@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 #pragma once
 
 #include <sys/stat.h>
@@ -6,7 +9,7 @@
 #include <optional>
 #include <string>
 
-#include "Platform/ZPKFileDescriptor.h"
+#include "Base/ZPKFileDescriptor.h"
 
 /// An open regular file. Nothing here waits on a FIFO or a device: such items are refused.
 /// One thread uses one handle.

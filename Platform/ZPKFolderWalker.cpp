@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 #include "Platform/ZPKFolderWalker.h"
 
 #include <dirent.h>
@@ -96,7 +99,7 @@ bool ZPKFolderWalker::enterAt(int parent, const std::string& name) {
     }
     level.name = name;
     if (m_levels.size() > levelsKeptOpen) {
-        m_levels.back().descriptor.reset();
+        static_cast<void>(m_levels.back().descriptor.close());
     }
     m_levels.push_back(std::move(level));
     return true;

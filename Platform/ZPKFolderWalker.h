@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 #pragma once
 
 #include <sys/stat.h>
@@ -5,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "Platform/ZPKFileDescriptor.h"
+#include "Base/ZPKFileDescriptor.h"
 
 /// One place in a folder tree, moved down and up by names and open folders alone: no link is ever
 /// followed, nothing depends on the length of a path, and the number of open descriptors is bounded

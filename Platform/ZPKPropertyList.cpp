@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 #include "Platform/ZPKPropertyList.h"
 
 #include <unistd.h>
@@ -6,7 +9,7 @@
 
 #include "Platform/ZPKFileHandle.h"
 #include "Platform/ZPKPropertyListNode.h"
-#include "Platform/ZPKUnicode.h"
+#include "Base/ZPKUnicode.h"
 
 namespace {
 

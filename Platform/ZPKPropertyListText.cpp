@@ -1,5 +1,8 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 #include "Platform/ZPKPropertyListNode.h"
-#include "Platform/ZPKUnicode.h"
+#include "Base/ZPKUnicode.h"
 
 namespace {
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 #pragma once
 
 #include <sys/types.h>
@@ -5,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "Platform/ZPKFileDescriptor.h"
+#include "Base/ZPKFileDescriptor.h"
 
 /// A child process, started directly (no shell). It inherits the environment, the working folder
 /// and the standard streams; every other descriptor of this process is closed in it, and its

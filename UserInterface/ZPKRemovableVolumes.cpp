@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 #include "UserInterface/ZPKRemovableVolumes.h"
 
 #include "Platform/ZPKWorkspace.h"

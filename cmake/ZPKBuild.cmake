@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+# SPDX-License-Identifier: MIT
+
 # Compiler settings and the helpers that every folder's list file uses.
 
 set(CMAKE_CXX_STANDARD 20)
@@ -12,13 +15,14 @@ if(NOT CMAKE_BUILD_TYPE)
 endif()
 
 option(ZPK_BUILD_TESTS "Build the tests" ON)
-option(ZPK_BUILD_BENCHMARKS "Build the benchmarks" ON)
+option(ZPK_BUILD_BENCHMARKS "Build the benchmarks" OFF)
 option(ZPK_BUILD_FUZZERS "Build the fuzz targets (Clang only)" OFF)
 set(ZPK_SANITIZE "" CACHE STRING "Value for -fsanitize=, empty for none")
 option(ZPK_COVERAGE "Record line coverage" OFF)
 
 # Assertions are part of the behaviour, so no configuration defines NDEBUG.
 set(CMAKE_CXX_FLAGS_RELEASE "-O2")
+set(CMAKE_CXX_FLAGS_MINSIZEREL "-Os")
 set(CMAKE_CXX_FLAGS_DEBUG "-O0 -g")
 set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O1 -g -fno-omit-frame-pointer")
 
@@ -32,7 +36,7 @@ if(ZPK_COVERAGE)
 endif()
 
 # Assertion reports and diagnostics name sources by their path from the root.
-add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
 
 add_library(zpk_warnings INTERFACE)
 target_compile_options(zpk_warnings INTERFACE
@@ -45,7 +49,7 @@ target_compile_options(zpk_warnings INTERFACE
 function(zpk_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
   add_library(${name} STATIC ${ARG_SOURCES})
-  target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR})
+  target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
   target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE zpk_warnings ${ARG_PRIVATE})
 endfunction()
 
@@ -55,12 +59,12 @@ endfunction()
 function(zpk_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINK;LABELS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
-  target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE zpk_warnings zpk_test_support ${ARG_LINK}
     GTest::gtest GTest::gmock GTest::gtest_main)
   if(ZPK_SANITIZE)
-    target_sources(${name} PRIVATE ${CMAKE_SOURCE_DIR}/Tests/Support/SanitizerOptions.cpp)
-    target_compile_definitions(${name} PRIVATE ZPK_LEAK_SUPPRESSIONS="${CMAKE_SOURCE_DIR}/Tests/leaks.supp")
+    target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/Tests/Support/SanitizerOptions.cpp)
+    target_compile_definitions(${name} PRIVATE ZPK_LEAK_SUPPRESSIONS="${PROJECT_SOURCE_DIR}/Tests/leaks.supp")
   endif()
   set(properties TIMEOUT 120 ENVIRONMENT LC_ALL=C.UTF-8)
   if(ARG_LABELS)

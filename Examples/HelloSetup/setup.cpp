@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 // The setup program of the example package: says what it was given, and installs the greeting that
 // lies beside it in the payload.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 // Every allocation of the tree's operations fails once; the leak check tells what was lost.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 // Every allocation of the localization fails in turn, until all of them have.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 // The description classes by themselves: null elements, attributes in odd orders, ownership.
 
 #include <gtest/gtest.h>

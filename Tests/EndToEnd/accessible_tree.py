@@ -1,4 +1,7 @@
 #!/usr/bin/python3
+# SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+# SPDX-License-Identifier: MIT
+
 """What a screen reader finds of applications, as JSON.
 
 Reads process numbers from standard input, one a line, and answers each with one line: the windows of

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+# SPDX-License-Identifier: MIT
+
 """The launcher from its start to its end, on real bundles."""
 
 import gzip

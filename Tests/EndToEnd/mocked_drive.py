@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+# SPDX-License-Identifier: MIT
+
 """An optical drive and a USB disk that udev knows, on a machine that has neither.
 
 The launcher runs below umockdev, which answers its questions about devices, and in a mount table of

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+# SPDX-License-Identifier: MIT
+
 """At least 200 MB of this machine's own files, through a package and back."""
 
 import hashlib

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+# SPDX-License-Identifier: MIT
+
 """What the tests of whole programs share: packages, launches, X servers."""
 
 import contextlib

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+# SPDX-License-Identifier: MIT
+
 """A desktop for tests: an X server with a window manager, a session bus and its accessibility bus."""
 
 import contextlib

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+# SPDX-License-Identifier: MIT
+
 """Every way that a run can go, on real windows: what is shown, how it is answered, what is left.
 
 With ZPK_TEST_SCREENSHOTS naming a folder, a picture of each window in each language is left there.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 // A setup program for tests: writes its own path and its arguments, one a line and each in brackets,
 // to the file that ZPK_TEST_RECORD names.
 

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+# SPDX-License-Identifier: MIT
+
 # The test machine as a scenario sees it: its drive, its sticks, its terminal, and a way to run
 # commands in it. A verb that does not come about ends the scenario with a line that says why.
 # To be sourced; `set -u` and a folder $work are expected.

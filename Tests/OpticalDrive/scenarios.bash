@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+# SPDX-License-Identifier: MIT
+
 # What is done with the discs while a person sits at the terminal. Every function named scenario_...
 # is one; it begins with an empty drive, no stick and nothing running, and is over at the first
 # thing that is not as it should be.

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+# SPDX-License-Identifier: MIT
+
 # What the launcher shows on the terminal in English, and what a person types there.
 
 product='Tandemset Deluxe'

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 // A child process for tests: writes what it was started with into the file that ZPK_PROBE_REPORT
 // names, then a line on each standard stream, and ends as ZPK_PROBE_END says.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 // For tests: says what the host tells this program about itself. With an argument it first removes its
 // own program file.
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 // What a translator can get wrong in the shipped tables and the eye does not see.
 
 #include <gtest/gtest.h>

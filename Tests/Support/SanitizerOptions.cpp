@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 // The sanitizers' options, part of each sanitized test program, so that it finds them however it is
 // started.
 

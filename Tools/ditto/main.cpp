@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -8,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "Tools/ditto/Archive.h"
-#include "Tools/ditto/BoundedErrorLog.h"
+#include "Archive/Archive.h"
+#include "Archive/BoundedErrorLog.h"
 
 namespace {
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 #include "Tools/zpkpack/ArchiveCheck.h"
 
 #include <set>
@@ -5,7 +8,7 @@
 #include <vector>
 
 #include "Platform/ZPKFileManager.h"
-#include "Tools/ditto/Archive.h"
+#include "Archive/Archive.h"
 
 namespace zpk_packager {
 

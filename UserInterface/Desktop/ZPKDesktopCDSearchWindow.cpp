@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
 #include "UserInterface/Desktop/ZPKDesktopCDSearchWindow.h"
 
 #include <QFontDatabase>

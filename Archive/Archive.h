@@ -1,0 +1,75 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace zpk_archive {
+
+/// Takes what went wrong, one call for each thing. Called from the thread that called the operation.
+class ErrorSink {
+public:
+    virtual ~ErrorSink() = default;
+
+    /// `name` is the member's name or the file's path, as raw bytes; `reason` is a phrase in English.
+    virtual void error(const std::string& name, const std::string& reason) = 0;
+
+    /// Nothing was lost, but somebody should know.
+    virtual void warning(const std::string& name, const std::string& reason) = 0;
+};
+
+enum class MemberType { RegularFile, Folder, SymbolicLink, HardLink, Other };
+
+/// What an archive says of one member.
+struct MemberDescription {
+    std::string name;  ///< Raw bytes, not always UTF-8.
+    MemberType type = MemberType::Other;
+    std::uint32_t permissions = 0;
+    std::uint64_t size = 0;            ///< Bytes of data that the archive carries for this member.
+    std::int64_t modifiedSeconds = 0;  ///< Since 1970-01-01 UTC.
+    std::string linkTarget;  ///< Of a symbolic link its text, of a hard link the earlier member's name.
+};
+
+/// Packs `source` (a folder, or a single file) into a gzip-compressed CPIO archive, whose one
+/// top-level entry has the source's own name: the last component of the path, after resolving a path
+/// that ends in "." or "..". The same tree always gives the same bytes; owners are not recorded and
+/// times have whole seconds, from 1970 on, which is all that the odc header holds.
+///
+/// The archive is a row of gzip members of one MiB of plain data each, which every gzip reader takes
+/// and which `extract` inflates side by side. It appears at `archive` complete or not at all.
+///
+/// What cannot be packed (a socket, an unreadable file, a file of 8 GiB or more, one that changes while
+/// it is read) is reported and left out, or padded to its announced size; the archive stays well formed.
+///
+/// `user.*` extended attributes (no others, and no access lists) travel as an AppleDouble member `._NAME`
+/// beside NAME: the attributes com.apple.ResourceFork and com.apple.FinderInfo in the places that the format
+/// has for them, others in its attribute table. One thing has no faithful form: a file of the tree that is
+/// itself called
+/// `._NAME`, lies beside NAME and holds a valid AppleDouble comes back as attributes of NAME.
+///
+/// Returns true when nothing was reported as an error.
+bool create(const std::string& source, const std::string& archive, ErrorSink& sink);
+
+/// Unpacks a CPIO archive (odc, newc, crc, binary of either byte order; gzip, bzip2 or plain) into
+/// `folder`, which is made when it is missing. Members that exist already are replaced.
+///
+/// Nothing is ever written outside `folder`, through a symbolic link, or into a file that the archive did
+/// not bring. Members with absolute or climbing names, devices, FIFOs and sockets are refused one by one.
+/// Permissions are exact whatever the umask; set-user-ID and set-group-ID bits and owners are dropped.
+///
+/// A `._NAME` member with an AppleDouble of at most four MiB becomes the attributes of NAME, in whatever
+/// order the two come. When the file system takes no such attributes, or NAME is absent or no file or
+/// folder, it is kept as an ordinary file, so that nothing is lost; the first case gives a warning.
+///
+/// Returns true when nothing was reported as an error.
+bool extract(const std::string& archive, const std::string& folder, ErrorSink& sink);
+
+/// Reads the whole archive, verifying its checksums, and calls `visit` for each member in order.
+/// Touches no disk but to read. Returns true when nothing was reported as an error.
+bool list(const std::string& archive, const std::function<void(const MemberDescription&)>& visit,
+          ErrorSink& sink);
+
+}  // namespace zpk_archive

@@ -1,0 +1,37 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+
+#include "Archive/CpioReader.h"
+
+namespace zpk_archive {
+
+class GzipWriter;
+
+/// Writes members with the portable ASCII (odc) header.
+class CpioWriter {
+public:
+    explicit CpioWriter(GzipWriter& output);
+    ~CpioWriter();
+
+    /// Starts a member; `inode` tells files with several names apart and is 0 for all others.
+    /// Throws MemberFailure when the header cannot hold it, and then nothing has been written;
+    /// ArchiveFailure when the output fails.
+    void startMember(const Member& member, std::int64_t inode);
+    /// Data of the member, exactly as many bytes as its size says, in as many calls as it takes.
+    void writeData(std::span<const std::uint8_t> bytes);
+    /// Writes the end mark.
+    void finish();
+
+private:
+    struct Client;
+    std::unique_ptr<Client> m_client;
+};
+
+}  // namespace zpk_archive

@@ -1,0 +1,85 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#include "Archive/InputFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cassert>
+#include <cerrno>
+#include <cstring>
+
+#include "Archive/Failure.h"
+
+namespace zpk_archive {
+
+namespace {
+
+constexpr std::size_t kBufferSize = std::size_t{256} * 1024;
+
+}  // namespace
+
+InputFile::InputFile(const std::string& path)
+    // Opening a FIFO must not wait for a writer.
+    : m_file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)), m_buffer(kBufferSize) {
+    struct stat status {};
+    if (!m_file || fstat(m_file.get(), &status) != 0) {
+        throw ArchiveFailure(systemReason(errno));
+    }
+    if (!S_ISREG(status.st_mode)) {
+        throw ArchiveFailure("not a regular file");
+    }
+    posix_fadvise(m_file.get(), 0, 0, POSIX_FADV_SEQUENTIAL);
+}
+
+std::span<const std::uint8_t> InputFile::peek(std::size_t count) {
+    assert(count <= m_buffer.size());
+    if (m_end - m_begin < count) {
+        std::memmove(m_buffer.data(), m_buffer.data() + m_begin, m_end - m_begin);
+        m_end -= m_begin;
+        m_begin = 0;
+        while (m_end < count) {
+            std::size_t got = readSome(m_buffer.data() + m_end, m_buffer.size() - m_end);
+            if (got == 0) {
+                break;
+            }
+            m_end += got;
+        }
+    }
+    return {m_buffer.data() + m_begin, m_end - m_begin};
+}
+
+void InputFile::consume(std::size_t count) {
+    assert(count <= m_end - m_begin);
+    m_begin += count;
+}
+
+std::size_t InputFile::read(std::uint8_t* bytes, std::size_t count) {
+    std::size_t done = std::min(count, m_end - m_begin);
+    std::memcpy(bytes, m_buffer.data() + m_begin, done);
+    m_begin += done;
+    while (done < count) {
+        std::size_t got = readSome(bytes + done, count - done);
+        if (got == 0) {
+            break;
+        }
+        done += got;
+    }
+    return done;
+}
+
+std::size_t InputFile::readSome(std::uint8_t* bytes, std::size_t count) {
+    for (;;) {
+        ssize_t got = ::read(m_file.get(), bytes, count);
+        if (got >= 0) {
+            return static_cast<std::size_t>(got);
+        }
+        if (errno != EINTR) {
+            throw ArchiveFailure(systemReason(errno));
+        }
+    }
+}
+
+}  // namespace zpk_archive

@@ -1,0 +1,41 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "Archive/FileDescriptor.h"
+
+namespace zpk_archive {
+
+/// A regular file read once from start to end through a buffer. Operations throw ArchiveFailure when
+/// the file cannot be read.
+class InputFile {
+public:
+    explicit InputFile(const std::string& path);
+
+    /// Tries to have at least `count` bytes in the buffer (`count` up to the buffer's size, 256 KiB);
+    /// gives what there is, which is less only at the end of the file.
+    std::span<const std::uint8_t> peek(std::size_t count);
+    /// What is in the buffer, refilled when it is empty; empty at the end of the file.
+    std::span<const std::uint8_t> available() { return peek(1); }
+    void consume(std::size_t count);
+
+    /// Reads up to `count` bytes; returns fewer only at the end of the file.
+    std::size_t read(std::uint8_t* bytes, std::size_t count);
+
+private:
+    std::size_t readSome(std::uint8_t* bytes, std::size_t count);
+
+    FileDescriptor m_file;
+    std::vector<std::uint8_t> m_buffer;
+    std::size_t m_begin = 0;
+    std::size_t m_end = 0;
+};
+
+}  // namespace zpk_archive

@@ -1,0 +1,21 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zpk_archive {
+
+/// Splits a member's name into the components of a path below the folder that is written. "." and
+/// doubled slashes vanish, so the folder itself ("." or "./") gives none.
+/// Throws MemberFailure when the name is empty, absolute, holds "..", or has an overlong component.
+std::vector<std::string> splitMemberName(std::string_view name);
+
+/// Readable on any terminal: control characters and bytes that are no UTF-8 become escapes (\n, \x1b),
+/// and what is longer than 160 bytes is cut.
+std::string printableName(std::string_view name);
+
+}  // namespace zpk_archive

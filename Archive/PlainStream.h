@@ -1,0 +1,48 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <functional>
+#include <span>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Archive/BlockPipeline.h"
+#include "Archive/InputFile.h"
+
+namespace zpk_archive {
+
+/// The plain bytes of an archive file, whatever compresses them, made in threads of their own while the
+/// caller works on the blocks before.
+class PlainStream {
+public:
+    /// Throws ArchiveFailure when the file cannot be opened.
+    explicit PlainStream(const std::string& path);
+    ~PlainStream();
+    PlainStream(const PlainStream&) = delete;
+    PlainStream& operator=(const PlainStream&) = delete;
+
+    /// The next bytes, valid until the next call; empty at the end.
+    /// Throws ArchiveFailure where the file is damaged, cut short or unreadable.
+    std::span<const std::uint8_t> next();
+
+private:
+    void produce(const std::function<void()>& makeBlocks);
+    void copyPlain();
+    void unpackBzip2();
+    void unpackGzip();
+    bool submitMember(std::size_t packedSize, std::size_t plainSize);
+    bool skipPadding();
+    void inflateSubmitted();
+    void startWorkers();
+
+    std::string m_path;
+    InputFile m_input;
+    BlockPipeline m_pipeline;
+    std::vector<std::jthread> m_workers;
+    std::jthread m_producer;
+};
+
+}  // namespace zpk_archive

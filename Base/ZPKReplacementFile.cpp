@@ -1,0 +1,71 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#include "Base/ZPKReplacementFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+
+namespace {
+
+constexpr unsigned int kMaximumAttempts = 1000;
+constexpr mode_t kPermissions = 0777;
+
+}  // namespace
+
+std::string ZPKReplacementFile::temporaryPathBeside(const std::string& path, unsigned int attempt) {
+    return path.substr(0, path.rfind('/') + 1) + ".zpk-" + std::to_string(::getpid()) + "-" +
+           std::to_string(attempt);
+}
+
+ZPKResult<ZPKReplacementFile> ZPKReplacementFile::forPath(const std::string& path, mode_t mode) {
+    for (unsigned int attempt = 0; attempt < kMaximumAttempts; ++attempt) {
+        std::string temporaryPath = temporaryPathBeside(path, attempt);
+        const int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+        ZPKFileDescriptor file(::open(temporaryPath.c_str(), flags, mode));
+        if (file.isOpen()) {
+            return ZPKReplacementFile(path, std::move(temporaryPath), std::move(file));
+        }
+        if (errno != EEXIST) {
+            break;
+        }
+    }
+    return ZPKFailure::ofSystem(path, errno);
+}
+
+ZPKReplacementFile::ZPKReplacementFile(std::string path, std::string temporaryPath, ZPKFileDescriptor file)
+    : m_path(std::move(path)), m_temporaryPath(std::move(temporaryPath)), m_file(std::move(file)) {}
+
+ZPKReplacementFile::ZPKReplacementFile(ZPKReplacementFile&& other) noexcept
+    : m_path(std::move(other.m_path)),
+      m_temporaryPath(std::exchange(other.m_temporaryPath, {})),
+      m_file(std::move(other.m_file)) {}
+
+ZPKReplacementFile::~ZPKReplacementFile() {
+    if (!m_temporaryPath.empty()) {
+        ::unlink(m_temporaryPath.c_str());
+    }
+}
+
+ZPKOutcome ZPKReplacementFile::takeOverPermissions() {
+    struct stat existing;
+    if (::stat(m_path.c_str(), &existing) == 0 &&
+        ::fchmod(m_file.get(), existing.st_mode & kPermissions) != 0) {
+        return ZPKFailure::ofSystem(m_path, errno);
+    }
+    return {};
+}
+
+ZPKOutcome ZPKReplacementFile::commit() {
+    // Some file systems tell of a lack of space only here; some know no syncing at all.
+    const bool isSynced = ::fsync(m_file.get()) == 0 || errno == EINVAL || errno == ENOSYS;
+    if (!isSynced || !m_file.close() || ::rename(m_temporaryPath.c_str(), m_path.c_str()) != 0) {
+        return ZPKFailure::ofSystem(m_path, errno);
+    }
+    m_temporaryPath.clear();
+    return {};
+}

@@ -1,0 +1,185 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#include "Tests/Archive/ArchiveFixture.h"
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <set>
+
+namespace zpk_test {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::uint64_t DigestOfFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::vector<char> buffer(1 << 20);
+    std::uint64_t digest = 14695981039346656037U;
+    while (file.read(buffer.data(), static_cast<std::streamsize>(buffer.size())) || file.gcount() > 0) {
+        std::string_view piece(buffer.data(), static_cast<std::size_t>(file.gcount()));
+        digest = (digest ^ std::hash<std::string_view>()(piece)) * 1099511628211U;
+    }
+    return digest;
+}
+
+std::string Describe(const std::string& path, const struct stat& status, bool otherTimes) {
+    char text[128];
+    long long time = !S_ISREG(status.st_mode) && !otherTimes ? 0 : status.st_mtim.tv_sec;
+    unsigned permissions = S_ISLNK(status.st_mode) ? 0 : status.st_mode & 07777;
+    std::snprintf(text, sizeof(text), "type %o mode %o time %lld ", status.st_mode & S_IFMT, permissions,
+                  time);
+    std::string description = text;
+    if (S_ISREG(status.st_mode)) {
+        description +=
+            "size " + std::to_string(status.st_size) + " digest " + std::to_string(DigestOfFile(path));
+    } else if (S_ISLNK(status.st_mode)) {
+        description += "-> " + fs::read_symlink(path).string();
+    }
+    return description;
+}
+
+void AppendDigits(std::string& archive, std::uint64_t value, std::size_t digits, std::uint64_t base) {
+    std::string text(digits, '0');
+    for (std::size_t i = digits; i > 0; --i, value /= base) {
+        text[i - 1] = "0123456789abcdef"[value % base];
+    }
+    archive += text;
+}
+
+void AppendOdc(std::string& archive, const RawMember& member) {
+    std::uint64_t size = member.announcedSize == UINT64_MAX ? member.data.size() : member.announcedSize;
+    archive += "070707";
+    AppendDigits(archive, 0, 6, 8);
+    AppendDigits(archive, member.inode, 6, 8);
+    AppendDigits(archive, member.mode, 6, 8);
+    AppendDigits(archive, 0, 6, 8);
+    AppendDigits(archive, 0, 6, 8);
+    AppendDigits(archive, member.linkCount, 6, 8);
+    AppendDigits(archive, 0, 6, 8);
+    AppendDigits(archive, member.modified, 11, 8);
+    AppendDigits(archive, member.name.size() + 1, 6, 8);
+    AppendDigits(archive, size, 11, 8);
+    archive += member.name;
+    archive += '\0';
+    archive += member.data;
+}
+
+void AppendNewc(std::string& archive, const RawMember& member) {
+    std::uint64_t size = member.announcedSize == UINT64_MAX ? member.data.size() : member.announcedSize;
+    archive += "070701";
+    for (std::uint64_t value :
+         {std::uint64_t{member.inode}, std::uint64_t{member.mode}, std::uint64_t{0}, std::uint64_t{0},
+          std::uint64_t{member.linkCount}, member.modified, size, std::uint64_t{0}, std::uint64_t{0},
+          std::uint64_t{0}, std::uint64_t{0}, std::uint64_t{member.name.size() + 1}, std::uint64_t{0}}) {
+        AppendDigits(archive, value, 8, 16);
+    }
+    archive += member.name;
+    archive += '\0';
+    archive.append((4 - archive.size() % 4) % 4, '\0');
+    archive += member.data;
+    archive.append((4 - archive.size() % 4) % 4, '\0');
+}
+
+}  // namespace
+
+Outcome RunProgram(const std::vector<std::string>& command, const std::function<void()>& prepare) {
+    TemporaryFolder folder;
+    std::string errorPath = folder / "stderr";
+    int errorFile = open(errorPath.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+    pid_t child = fork();
+    if (child == 0) {
+        dup2(errorFile, STDERR_FILENO);
+        std::vector<char*> arguments;
+        for (const std::string& argument : command) {
+            arguments.push_back(const_cast<char*>(argument.c_str()));
+        }
+        arguments.push_back(nullptr);
+        // Opened beforehand: whoever `prepare` makes of this process may not reach the build folder.
+        const int program =
+            command[0].find('/') == std::string::npos ? -1 : open(arguments[0], O_PATH | O_CLOEXEC);
+        if (prepare) {
+            prepare();
+        }
+        if (program >= 0) {
+            fexecve(program, arguments.data(), environ);
+        } else {
+            execvp(arguments[0], arguments.data());
+        }
+        _exit(127);
+    }
+    close(errorFile);
+    int status = 0;
+    rusage usage{};
+    wait4(child, &status, 0, &usage);
+    Outcome outcome;
+    outcome.exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    outcome.standardError = ReadFile(errorPath);
+    outcome.peakMemory = usage.ru_maxrss;
+    return outcome;
+}
+
+Outcome Create(const std::string& source, const std::string& archive) {
+    return RunProgram({ZPK_DITTO, "-c", "-z", "-rsrc", "--keepParent", source, archive});
+}
+
+Outcome Extract(const std::string& archive, const std::string& folder, const std::function<void()>& prepare) {
+    return RunProgram({ZPK_DITTO, "-x", "-z", "--rsrc", archive, folder}, prepare);
+}
+
+void Shell(const std::string& line) {
+    ASSERT_EQ(std::system(("set -e; " + line).c_str()), 0) << line;
+}
+
+bool HasProgram(const std::string& name) {
+    return std::system(("command -v " + name + " >/dev/null 2>&1").c_str()) == 0;
+}
+
+std::map<std::string, std::string> Snapshot(const std::string& folder, bool otherTimes) {
+    std::map<std::string, std::string> things;
+    std::map<std::pair<dev_t, ino_t>, std::string> firstNames;
+    std::set<std::string> paths;
+    for (const auto& item : fs::recursive_directory_iterator(folder)) {
+        paths.insert(item.path().string());
+    }
+    for (const std::string& path : paths) {
+        struct stat status {};
+        EXPECT_EQ(lstat(path.c_str(), &status), 0) << path;
+        std::string relative = path.substr(folder.size() + 1);
+        std::string& description = things[relative];
+        description = Describe(path, status, otherTimes);
+        if (!S_ISDIR(status.st_mode) && status.st_nlink > 1) {
+            auto [first, isNew] = firstNames.try_emplace({status.st_dev, status.st_ino}, relative);
+            description += " same as " + first->second;
+        }
+    }
+    return things;
+}
+
+std::string MakeOdc(const std::vector<RawMember>& members) {
+    std::string archive;
+    for (const RawMember& member : members) {
+        AppendOdc(archive, member);
+    }
+    AppendOdc(archive, {"TRAILER!!!", 0, "", 0, 1, UINT64_MAX, 0});
+    return archive;
+}
+
+std::string MakeNewc(const std::vector<RawMember>& members) {
+    std::string archive;
+    for (const RawMember& member : members) {
+        AppendNewc(archive, member);
+    }
+    AppendNewc(archive, {"TRAILER!!!", 0, "", 0, 1, UINT64_MAX, 0});
+    return archive;
+}
+
+}  // namespace zpk_test

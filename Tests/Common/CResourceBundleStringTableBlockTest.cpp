@@ -1,0 +1,185 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+// The parser reads a file in blocks of 10240 bytes. Where a block ends must not show: the same table,
+// shifted so that each of its bytes in turn comes first in a block, gives the same entries and faults.
+// In particular the byte that opens a block can be put back, since it is put back to the start of the
+// block just read; only the end of the file, and nothing before it, is beyond putting back.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "Tests/Common/ParsedTable.h"
+#include "Tests/Support/TemporaryFolder.h"
+
+namespace {
+
+using zpk_test::Entries;
+using zpk_test::FaultLine;
+using zpk_test::ParseContents;
+using zpk_test::ParsedTable;
+using zpk_test::TemporaryFolder;
+
+constexpr std::size_t BLOCK_SIZE = 10240;
+constexpr std::size_t SHORTEST_PADDING = 3;
+
+/// One comment line of `size` bytes, which shifts what follows and leaves its columns alone.
+std::string Padding(std::size_t size) {
+    return "//" + std::string(size - SHORTEST_PADDING, '.') + "\n";
+}
+
+/// Puts each byte of the table, and the end of the file, first behind the end of the first and of the
+/// second block.
+void ExpectSameAtEveryShift(const std::string& path, const std::string& table, const ParsedTable& expected) {
+    for (std::size_t blocks = 1; blocks <= 2; ++blocks) {
+        for (std::size_t opening = 0; opening <= table.size(); ++opening) {
+            const std::string contents = Padding(blocks * BLOCK_SIZE - opening) + table;
+            ASSERT_EQ(ParseContents(path, contents), expected)
+                << "byte " << opening << " opens block " << blocks;
+        }
+    }
+}
+
+struct Row {
+    const char* name;
+    std::string table;
+    Entries entries;
+    std::size_t faults;
+};
+
+const Row ROWS[] = {
+    {"Delimiters", "a=1;b=2;", {{"a", "1"}, {"b", "2"}}, 0},
+    {"CarriageReturnAndLineFeed", "a\r\n=\r\n1\r\n;\r\nx;", {{"a", "1"}}, 1},
+    {"CarriageReturnsAlone", "a\r=\r\r1;\rx;", {{"a", "1"}}, 1},
+    {"LineFeeds", "a\n=\n\n1;\nx;", {{"a", "1"}}, 1},
+    {"LineEndsInQuotes", "a=\"1\r\n2\r3\n4\";x;", {{"a", "1234"}}, 1},
+    {"Escapes", R"(a\"\\\n\t="\"\\\n\t";)", {{"a\"\\\n\t", "\"\\\n\t"}}, 0},
+    {"UnknownEscapes", R"(a\q="1\q";b=\/2\;)", {{"aq", "1q"}, {"b", "2"}}, 5},
+    {"UnknownEscapeOfALineEnd", "a=1\\\r\n2;b=\"\\\r\n\";x;", {{"a", "12"}, {"b", ""}}, 3},
+    {"BackslashAtTheEnd", "a=1;b=\\", {{"a", "1"}}, 2},
+    {"BlockComments", "/*x*/a/**/=/***/1/*/*/;/* *\r\n/ */b=2;", {{"a", "1"}, {"b", "2"}}, 0},
+    {"LineComments", "//x\r\na//y\r=//z\n1;//", {{"a", "1"}}, 0},
+    {"UnclosedComment", "a=1;/* *", {{"a", "1"}}, 0},
+    {"LoneSlashes", "/a=1/2/;b=/\"/\"/\r\n;x;/", {{"a", "12"}, {"b", "/"}}, 7},
+    {"Quotes", "\"a\" \"b\"=\"1\"2\"3\";\"\"=\"\";c=\"\";", {{"ab", "123"}, {"c", ""}}, 0},
+    {"UnclosedQuote", "a=1;b=\"2;", {{"a", "1"}}, 1},
+    {"TabsInQuotes", "a=\"\t1\t\t2\t\";", {{"a", "12"}}, 0},
+    {"MultiByteText", "終了=\"終了 €😀\";é=ё;", {{"終了", "終了 €😀"}, {"é", "ё"}}, 0},
+    {"ByteOrderMarkInText",
+     "a\xEF\xBB\xBF=\xEF\xBB\xBF;\xEF\xBB\xBF=1;",
+     {{"a\xEF\xBB\xBF", "\xEF\xBB\xBF"}, {"\xEF\xBB\xBF", "1"}},
+     0},
+    {"FaultyEntries", "a;b=c=d;;=e;\"\"=f;g=1;h=2", {{"g", "1"}}, 5},
+};
+
+void PrintTo(const Row& row, std::ostream* stream) {
+    *stream << row.name;
+}
+
+class StringTableBlockTest : public testing::TestWithParam<Row> {};
+
+TEST_P(StringTableBlockTest, EndOfABlockDoesNotShow) {
+    const TemporaryFolder folder;
+    const std::string path = folder / "table";
+    const Row& row = GetParam();
+
+    const ParsedTable expected = ParseContents(path, Padding(SHORTEST_PADDING) + row.table);
+    EXPECT_EQ(expected.entries, row.entries);
+    const auto faults = std::count(expected.standardOutput.begin(), expected.standardOutput.end(), '\n');
+    EXPECT_EQ(static_cast<std::size_t>(faults), row.faults) << expected;
+    ExpectSameAtEveryShift(path, row.table, expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, StringTableBlockTest, testing::ValuesIn(ROWS),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST(StringTableBlockTest, WholeTableAtEveryShift) {
+    const TemporaryFolder folder;
+    const std::string path = folder / "table";
+    std::string table;
+    for (const Row& row : ROWS) {
+        table += row.table + "\n";
+    }
+    ExpectSameAtEveryShift(path, table, ParseContents(path, Padding(SHORTEST_PADDING) + table));
+}
+
+TEST(StringTableBlockTest, ByteThatOpensABlockCanBePutBack) {
+    const TemporaryFolder folder;
+    const std::string path = folder / "table";
+    const std::string beforeSlash = "k=" + std::string(BLOCK_SIZE - 3, 'x');
+    const ParsedTable afterSlash = ParseContents(path, beforeSlash + "/y;");
+    EXPECT_EQ(afterSlash.entries, (Entries{{"k", beforeSlash.substr(2) + "y"}}));
+    EXPECT_EQ(afterSlash.standardOutput, FaultLine(path, 1, BLOCK_SIZE + 1, "Syntax error."));
+
+    const std::string beforeReturn = "k=" + std::string(BLOCK_SIZE - 3, 'x');
+    const ParsedTable afterReturn = ParseContents(path, beforeReturn + "\ry;z;");
+    EXPECT_EQ(afterReturn.entries, (Entries{{"k", beforeReturn.substr(2) + "y"}}));
+    EXPECT_EQ(afterReturn.standardOutput, FaultLine(path, 2, 4, "Syntax error."));
+}
+
+TEST(StringTableBlockTest, FileOfWholeBlocksEndsLikeAnyOther) {
+    const TemporaryFolder folder;
+    const std::string path = folder / "table";
+    for (const std::size_t size : {BLOCK_SIZE - 1, BLOCK_SIZE, BLOCK_SIZE + 1, 2 * BLOCK_SIZE}) {
+        const std::string cutOff = "k=" + std::string(size - 2, 'x');
+        const ParsedTable table = ParseContents(path, cutOff);
+        EXPECT_EQ(table.entries, Entries());
+        EXPECT_EQ(table.standardOutput, FaultLine(path, 1, static_cast<int>(size), "Syntax error."));
+    }
+}
+
+TEST(StringTableBlockTest, ColumnsCountOverBlocks) {
+    const TemporaryFolder folder;
+    const std::string path = folder / "table";
+    const std::string mark = "\xEF\xBB\xBF";
+    EXPECT_EQ(ParseContents(path, mark + std::string(3 * BLOCK_SIZE, ' ') + "key;").standardOutput,
+              FaultLine(path, 1, 3 + 3 * BLOCK_SIZE + 4, "Syntax error."));
+    EXPECT_EQ(ParseContents(path, mark + "\n" + std::string(3 * BLOCK_SIZE, ' ') + "key;").standardOutput,
+              FaultLine(path, 2, 3 * BLOCK_SIZE + 4, "Syntax error."));
+}
+
+std::string RandomTable(std::mt19937& random, const std::string& alphabet, std::size_t size) {
+    std::uniform_int_distribution<std::size_t> index(0, alphabet.size() - 1);
+    std::string table(size, '\0');
+    std::generate(table.begin(), table.end(), [&] { return alphabet[index(random)]; });
+    return table;
+}
+
+TEST(StringTableBlockTest, RandomTablesOfDelicateBytes) {
+    const TemporaryFolder folder;
+    const std::string path = folder / "table";
+    std::mt19937 random(20240501);
+    const std::string alphabet = "ab =;\"/*\\nq\t\r\n==;;";
+    for (int round = 0; round < 60; ++round) {
+        const std::string table = RandomTable(random, alphabet, 40);
+        const ParsedTable expected = ParseContents(path, Padding(SHORTEST_PADDING) + table);
+        for (std::size_t opening = 0; opening <= table.size(); ++opening) {
+            ASSERT_EQ(ParseContents(path, Padding(BLOCK_SIZE - opening) + table), expected)
+                << testing::PrintToString(table) << " shifted by " << opening;
+        }
+    }
+}
+
+TEST(StringTableBlockTest, RandomBytes) {
+    const TemporaryFolder folder;
+    const std::string path = folder / "table";
+    std::mt19937 random(20240502);
+    std::string everyByte;
+    for (int byte = 0; byte < 256; ++byte) {
+        everyByte.push_back(static_cast<char>(byte));
+    }
+    for (int round = 0; round < 100; ++round) {
+        const std::size_t size = std::uniform_int_distribution<std::size_t>(0, 3 * BLOCK_SIZE)(random);
+        const std::string bytes = RandomTable(random, everyByte, size);
+        const ParsedTable expected = ParseContents(path, Padding(SHORTEST_PADDING) + bytes);
+        EXPECT_EQ(expected.result, 0);
+        const std::size_t shift = std::uniform_int_distribution<std::size_t>(4, BLOCK_SIZE)(random);
+        ASSERT_EQ(ParseContents(path, Padding(shift) + bytes), expected) << "round " << round;
+    }
+}
+
+}  // namespace

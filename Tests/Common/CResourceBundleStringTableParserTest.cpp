@@ -1,0 +1,323 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#include "Common/CResourceBundleStringTableParser.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "Common/CBaseObjectUtil.h"
+#include "Common/CPlusUtil.h"
+#include "Common/CResourceBundleStringElement.h"
+#include "Tests/Common/ParsedTable.h"
+#include "Tests/Support/TemporaryFolder.h"
+
+namespace {
+
+using varno_zpk::CBaseObject;
+using varno_zpk::CBaseObjectUtil;
+using varno_zpk::CResourceBundleStringElement;
+using varno_zpk::CResourceBundleStringTableParser;
+using zpk_test::Entries;
+using zpk_test::Entry;
+using zpk_test::FaultLine;
+using zpk_test::ParseContents;
+using zpk_test::ParsedTable;
+using zpk_test::ParseFile;
+using zpk_test::TemporaryFolder;
+using zpk_test::WriteFile;
+using namespace std::string_literals;
+
+struct Fault {
+    int line;
+    int byte;
+    std::string message;
+};
+
+Fault Syntax(int line, int byte) {
+    return {line, byte, "Syntax error."};
+}
+
+Fault Escape(int line, int byte) {
+    return {line, byte, "Not supported escape sequence charactor."};
+}
+
+struct Row {
+    const char* name;
+    std::string contents;
+    Entries entries;
+    std::vector<Fault> faults;
+};
+
+const std::string BOM = "\xEF\xBB\xBF";
+
+const Row ROWS[] = {
+    // Texts.
+    {"KeyAndValue", "key = value;", {{"key", "value"}}, {}},
+    {"EntriesKeepFileOrder", "b=1;a=2;\nc=3;", {{"b", "1"}, {"a", "2"}, {"c", "3"}}, {}},
+    {"DuplicateKeysAreAllKept", "a=1;a=2;a=1;", {{"a", "1"}, {"a", "2"}, {"a", "1"}}, {}},
+    {"BlanksOutsideQuotesAreDroppedBetweenWords", "k e\ty = Hello World;", {{"key", "HelloWorld"}}, {}},
+    {"LineEndsOutsideQuotesAreDropped", "k\ne\ry\r\n=\nv\na\rl\r\nue\n;", {{"key", "value"}}, {}},
+    {"QuotedPiecesJoin", "key = \"Hello \" \"World\";", {{"key", "Hello World"}}, {}},
+    {"QuotedAndUnquotedPiecesJoin", "\"a b\" c = d\" e\"f;", {{"a bc", "d ef"}}, {}},
+    {"OtherBytesStand",
+     "k=\x01\x08\x0B\x0C\x0E\x1F\x7F\x80\xFF!#$%&'()*+,-.0:<>?@AZ[]^_`az{|}~;",
+     {{"k", "\x01\x08\x0B\x0C\x0E\x1F\x7F\x80\xFF!#$%&'()*+,-.0:<>?@AZ[]^_`az{|}~"}},
+     {}},
+    {"Utf8TextStands", "ключ = \"終了 €\";", {{"ключ", "終了 €"}}, {}},
+    {"BytesThatAreNoUtf8Stand", "k\xC3=\"\xC3(\xFE\";", {{"k\xC3", "\xC3(\xFE"}}, {}},
+    {"TextsEndAtAZeroByte", "a\0b=c\0d;e=f;"s, {{"a", "c"}, {"e", "f"}}, {}},
+    {"DelimitersAndCommentsInQuotesAreText",
+     "\"a=b\" = \"c;d=e/f//g/*h*/\";",
+     {{"a=b", "c;d=e/f//g/*h*/"}},
+     {}},
+    {"TabInQuotesIsDropped", "key = \"a\tb\";", {{"key", "ab"}}, {}},
+    {"LineEndsInQuotesAreDroppedAndCounted", "key = \"a\nb\rc\r\nd\";e;", {{"key", "abcd"}}, {Syntax(4, 5)}},
+    {"QuotedValueOverTwoLines", "key = \"one\ntwo\";\nx;", {{"key", "onetwo"}}, {Syntax(3, 2)}},
+
+    // Escapes.
+    {"EscapesInQuotes", R"(key = "\"\\\n\t";)", {{"key", "\"\\\n\t"}}, {}},
+    {"EscapesOutsideQuotes", R"(k\"\\\n\t = \"\\\n\tx;)", {{"k\"\\\n\t", "\"\\\n\tx"}}, {}},
+    {"EscapedTabIsARealTab", R"(key = "a\tb";)", {{"key", "a\tb"}}, {}},
+    {"UnknownEscapeInQuotes", R"(key = "x\qy";)", {{"key", "xqy"}}, {Escape(1, 10)}},
+    {"UnknownEscapeOutsideQuotes", R"(key = \x;)", {{"key", "x"}}, {Escape(1, 8)}},
+    {"UnknownEscapeIsReadAgainAsABlank",
+     "k=a\\ b;l=\"a\\ b\";",
+     {{"k", "ab"}, {"l", "a b"}},
+     {Escape(1, 5), Escape(1, 13)}},
+    {"UnknownEscapeIsReadAgainAsATab", "k=\"a\\\tb\";", {{"k", "ab"}}, {Escape(1, 6)}},
+    {"UnknownEscapeIsReadAgainAsALineEnd",
+     "k=a\\\r\nb;l=\"\\\nc\";x;",
+     {{"k", "ab"}, {"l", "c"}},
+     {Escape(1, 5), Escape(2, 7), Syntax(3, 5)}},
+    {"UnknownEscapeIsReadAgainAsADelimiter",
+     R"(k=a\;b\==c;)",
+     {{"k", "a"}},
+     {Escape(1, 5), Escape(1, 8), Syntax(1, 9), Syntax(1, 11)}},
+    {"UnknownEscapeIsReadAgainAsASlash", R"(k=a\/b;)", {{"k", "ab"}}, {Escape(1, 5), Syntax(1, 6)}},
+    {"UnknownEscapeIsReadAgainAsAComment", "k=a\\//b;\nc;", {{"k", "ac"}}, {Escape(1, 5)}},
+    {"CapitalLettersAreNoEscapes", R"(k="\N\T";)", {{"k", "NT"}}, {Escape(1, 5), Escape(1, 7)}},
+    {"BackslashAtEndOfFile", R"(key = a\)", {}, {Escape(1, 8), Syntax(1, 8)}},
+    {"BackslashAtEndOfFileInQuotes", R"(k="\)", {}, {Escape(1, 4), Syntax(1, 4)}},
+
+    // Comments.
+    {"CommentsBetweenPieces", "key /* note */ = value; // end", {{"key", "value"}}, {}},
+    {"CommentsInsideUnquotedText", "k/*=*/ey=va//;\nlue/**/;", {{"key", "value"}}, {}},
+    {"LineCommentEndsAtEveryLineEnd",
+     "//a=1;\nb=2;//c=3;\rd=4;//e=5;\r\nf=6;",
+     {{"b", "2"}, {"d", "4"}, {"f", "6"}},
+     {}},
+    {"BlockCommentOverLines", "/* a=1;\n b=2;\r\n c=3;\r*/d=4;e;", {{"d", "4"}}, {Syntax(4, 8)}},
+    {"AsteriskOfTheOpenerDoesNotClose", "/*/ a=1; */ b=2;", {{"b", "2"}}, {}},
+    {"ShortestBlockComment", "/**/a=1;", {{"a", "1"}}, {}},
+    {"SeveralAsterisksClose", "/***/a=1;/* **/b=2;/****/c=3;", {{"a", "1"}, {"b", "2"}, {"c", "3"}}, {}},
+    {"AsteriskAndSlashApartDoNotClose", "/* * / *x/ *\n/ *\r\n/ a=1; */b=2;", {{"b", "2"}}, {}},
+    {"BlockCommentsDoNotNest", "/* /* */a=1;", {{"a", "1"}}, {}},
+    {"QuoteInACommentIsNothing", "/*\"*/a=1;//\"\nb=2;", {{"a", "1"}, {"b", "2"}}, {}},
+    {"UnclosedBlockCommentEndsSilently", "a=1; /* b=2;", {{"a", "1"}}, {}},
+    {"UnclosedOpenerEndsSilently", "a=1; /*", {{"a", "1"}}, {}},
+    {"LineCommentAtEndOfFile", "a=1; //", {{"a", "1"}}, {}},
+    {"LoneSlashInText", "key = a/b;", {{"key", "ab"}}, {Syntax(1, 9)}},
+    {"LoneSlashBeforeText", "/key = value;", {{"key", "value"}}, {Syntax(1, 2)}},
+    {"LoneSlashBeforeADelimiter", "key = a/;", {{"key", "a"}}, {Syntax(1, 9)}},
+    {"LoneSlashBeforeAQuote", "k=/\"a b\";", {{"k", "a b"}}, {Syntax(1, 4)}},
+    {"LoneSlashBeforeALineEnd", "k=a/\r\nb;c;", {{"k", "ab"}}, {Syntax(1, 5), Syntax(2, 4)}},
+    {"LoneSlashBeforeABackslash", R"(k=a/\nb;)", {{"k", "a\nb"}}, {Syntax(1, 5)}},
+    {"LoneSlashAtEndOfFile", "a=1;/", {{"a", "1"}}, {Syntax(1, 5)}},
+
+    // Faulty entries.
+    {"EmptyKeyIsDroppedSilently", "= value;\"\" = value;/**/=value;a=b;", {{"a", "b"}}, {}},
+    {"EmptyValueIsAnEntry", "key = ;kez = \"\";", {{"key", ""}, {"kez", ""}}, {}},
+    {"KeyWithoutValue", "key;a=1;", {{"a", "1"}}, {Syntax(1, 4)}},
+    {"ValueEndedByAnEqualsSign", "a = b = c;d=1;", {{"d", "1"}}, {Syntax(1, 7), Syntax(1, 10)}},
+    {"LoneSemicolon", "a=1;;b=2;", {{"a", "1"}, {"b", "2"}}, {Syntax(1, 5)}},
+    {"OnlyDelimiters", "==;;", {}, {Syntax(1, 2), Syntax(1, 3), Syntax(1, 4)}},
+    {"ValueCutOffByTheEndOfFile", "a=1;\nkey = value", {{"a", "1"}}, {Syntax(2, 11)}},
+    {"ValueCutOffAfterALineEnd", "key = value\n", {}, {Syntax(2, 0)}},
+    {"QuotedValueCutOffByTheEndOfFile", "key = \"value;", {}, {Syntax(1, 13)}},
+    {"EmptyValueCutOffByTheEndOfFile", "key =", {}, {Syntax(1, 5)}},
+    {"KeyCutOffByTheEndOfFileIsSilent", "a=1;\nkey", {{"a", "1"}}, {}},
+    {"QuotedKeyCutOffByTheEndOfFileIsSilent", "\"key;", {}, {}},
+
+    // Line numbers.
+    {"LineFeedsCount", "\n\n a;", {}, {Syntax(3, 3)}},
+    {"LoneCarriageReturnsCount", "\r\r a;", {}, {Syntax(3, 3)}},
+    {"PairsCountOnce", "\r\n\r\n a;", {}, {Syntax(3, 3)}},
+    {"LineFeedBeforeCarriageReturnCountsTwice", "\n\r a;", {}, {Syntax(3, 3)}},
+    {"CarriageReturnBeforeAPairCountsTwice", "\r\r\n a;", {}, {Syntax(3, 3)}},
+    {"CarriageReturnAtEndOfFileCounts", "a=b\r", {}, {Syntax(2, 0)}},
+    {"ColumnsCountBytes", "é\t; ;", {}, {Syntax(1, 4), Syntax(1, 6)}},
+
+    // Start of the file.
+    {"ByteOrderMarkIsSkipped", BOM + "a=1;", {{"a", "1"}}, {}},
+    {"ByteOrderMarkOnly", BOM, {}, {}},
+    {"ByteOrderMarkCountsInTheColumn", BOM + "key;\nkey;", {}, {Syntax(1, 7), Syntax(2, 4)}},
+    {"SecondByteOrderMarkIsText", BOM + BOM + "a=1;", {{BOM + "a", "1"}}, {}},
+    {"LaterByteOrderMarkIsText", "a=" + BOM + ";", {{"a", BOM}}, {}},
+    {"HalfAByteOrderMarkIsText", "\xEF\xBB=1;", {{"\xEF\xBB", "1"}}, {}},
+    {"FirstByteOfAMarkIsText", "\xEF=1;", {{"\xEF", "1"}}, {}},
+    {"OtherEncodingsAreNotRecognised",
+     "\xFF\xFE"
+     "a=1;",
+     {{"\xFF\xFE"
+       "a",
+       "1"}},
+     {}},
+    {"ThreeBytesAreAnEntry", "a=;", {{"a", ""}}, {}},
+    {"ThreeBytesOfFaults", ";;;", {}, {Syntax(1, 1), Syntax(1, 2), Syntax(1, 3)}},
+    {"WellFormedFile",
+     BOM + "// English\n\"ZPKString_OK\" = \"OK\";\nZPKString_DISCCHECK_CANCEL = \"Cancel\";\n",
+     {{"ZPKString_OK", "OK"}, {"ZPKString_DISCCHECK_CANCEL", "Cancel"}},
+     {}},
+};
+
+class StringTableFormatTest : public testing::TestWithParam<Row> {};
+
+TEST_P(StringTableFormatTest, GivesEntriesAndFaults) {
+    const TemporaryFolder folder;
+    const std::string path = folder / "ZPKStringTable.def";
+    const Row& row = GetParam();
+
+    ParsedTable expected;
+    expected.entries = row.entries;
+    for (const Fault& fault : row.faults) {
+        expected.standardOutput += FaultLine(path, fault.line, fault.byte, fault.message);
+    }
+    EXPECT_EQ(ParseContents(path, row.contents), expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, StringTableFormatTest, testing::ValuesIn(ROWS),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+void PrintTo(const Row& row, std::ostream* stream) {
+    *stream << row.name;
+}
+
+TEST(StringTableParserTest, FilesBelowThreeBytesAreEmptyAndSilent) {
+    const TemporaryFolder folder;
+    for (const std::string contents : {"", "a", ";", "=", "/", "\\", "\"", "\n", "a;", ";;", "=;", "//", "/a",
+                                       "\\q", "\r\n", "\xEF", "\xEF\xBB"}) {
+        EXPECT_EQ(ParseContents(folder / "table", contents), ParsedTable()) << contents;
+    }
+}
+
+TEST(StringTableParserTest, MessagesNameThePathAsPassed) {
+    const TemporaryFolder folder;
+    WriteFile(folder / "sub/table", "a;;");
+    const std::string path = folder / "sub/../sub//table";
+    EXPECT_EQ(ParseFile(path).standardOutput,
+              FaultLine(path, 1, 2, "Syntax error.") + FaultLine(path, 1, 3, "Syntax error."));
+}
+
+TEST(StringTableParserTest, MessageToTheByte) {
+    const TemporaryFolder folder;
+    const std::string path = folder / "table";
+    EXPECT_EQ(ParseContents(path, "a;\\q;").standardOutput,
+              "[path=" + path + ":line=1:byte=2]Syntax error.\n" + "[path=" + path +
+                  ":line=1:byte=4]Not supported escape sequence charactor.\n" + "[path=" + path +
+                  ":line=1:byte=5]Syntax error.\n");
+}
+
+TEST(StringTableParserTest, AppendsToTheList) {
+    const TemporaryFolder folder;
+    WriteFile(folder / "one", "a=1;");
+    WriteFile(folder / "two", "b=2;");
+    std::vector<CBaseObject*> elements;
+    CResourceBundleStringTableParser parser;
+    EXPECT_EQ(parser.Parse((folder / "one").c_str(), elements), 0);
+    EXPECT_EQ(parser.Parse((folder / "two").c_str(), elements), 0);
+    ASSERT_EQ(elements.size(), 2u);
+    EXPECT_EQ(DOWN_CAST(CResourceBundleStringElement*, elements[0])->GetKey(), "a");
+    EXPECT_EQ(DOWN_CAST(CResourceBundleStringElement*, elements[1])->GetKey(), "b");
+    CBaseObjectUtil::Destroy(elements);
+}
+
+TEST(StringTableParserTest, OpenFileIsReadFromWhereItStands) {
+    const TemporaryFolder folder;
+    WriteFile(folder / "table", "skip;a=1;");
+    std::FILE* file = nullptr;
+    ASSERT_EQ(varno_zpk::fopen_s(&file, (folder / "table").c_str(), "r"), 0);
+    ASSERT_EQ(std::fseek(file, 5, SEEK_SET), 0);
+    std::vector<CBaseObject*> elements;
+    CResourceBundleStringTableParser().ParseInternal(file, "table", elements);
+    EXPECT_EQ(std::fclose(file), 0) << "the caller's to close";
+    ASSERT_EQ(elements.size(), 1u);
+    EXPECT_EQ(DOWN_CAST(CResourceBundleStringElement*, elements[0])->GetValue(), "1");
+    CBaseObjectUtil::Destroy(elements);
+}
+
+ParsedTable Failed(int error) {
+    ParsedTable table;
+    table.result = error;
+    return table;
+}
+
+TEST(StringTableParserTest, FileThatCannotBeOpenedGivesTheSystemsErrorNumber) {
+    const TemporaryFolder folder;
+    WriteFile(folder / "file", "a=1;");
+    EXPECT_EQ(ParseFile(folder / "missing"), Failed(ENOENT));
+    EXPECT_EQ(ParseFile(folder / "file/below"), Failed(ENOTDIR));
+    EXPECT_EQ(ParseFile(""), Failed(ENOENT));
+    EXPECT_EQ(ParseFile(folder / std::string(300, 'x')), Failed(ENAMETOOLONG));
+}
+
+TEST(StringTableParserTest, UnreadableFileGivesTheSystemsErrorNumber) {
+    const TemporaryFolder folder;
+    const std::string path = folder / "table";
+    WriteFile(path, "a=1;");
+    ASSERT_EQ(chmod(path.c_str(), 0), 0);
+    const auto parse = [&path] {
+        // Root reads everything, so it becomes nobody first.
+        if (geteuid() == 0 && setuid(65534) != 0) {
+            _exit(2);
+        }
+        std::vector<CBaseObject*> elements;
+        const int result = CResourceBundleStringTableParser().Parse(path.c_str(), elements);
+        _exit(result == EACCES && elements.empty() ? 0 : 1);
+    };
+    EXPECT_EXIT(parse(), testing::ExitedWithCode(0), "");
+}
+
+TEST(StringTableParserTest, FolderOpensAndReadsAsEmpty) {
+    const TemporaryFolder folder;
+    EXPECT_EQ(ParseFile(folder.path()), ParsedTable());
+}
+
+std::ptrdiff_t OpenDescriptors() {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+}
+
+TEST(StringTableParserTest, ClosesTheFile) {
+    const TemporaryFolder folder;
+    WriteFile(folder / "table", "a=1;b");
+    const std::ptrdiff_t before = OpenDescriptors();
+    ParseFile(folder / "table");
+    EXPECT_EQ(OpenDescriptors(), before);
+}
+
+TEST(StringTableParserTest, TextsLongerThanABlock) {
+    const TemporaryFolder folder;
+    const std::string key(10239, 'k');
+    const std::string value(50001, 'v');
+    EXPECT_EQ(ParseContents(folder / "table", key + "=\"" + value + "\";").entries, (Entries{{key, value}}));
+    EXPECT_EQ(ParseContents(folder / "table", key + "=" + value + ";").entries, (Entries{{key, value}}));
+}
+
+TEST(StringTableParserTest, ElementCopiesItsTexts) {
+    std::string key = "key";
+    std::string value = "value";
+    const CResourceBundleStringElement element(key.c_str(), value.c_str());
+    key = "KEY";
+    value = "VALUE";
+    EXPECT_EQ(element.GetKey(), "key");
+    EXPECT_EQ(element.GetValue(), "value");
+}
+
+}  // namespace
