@@ -27,7 +27,7 @@ BlockPipeline::Block* BlockPipeline::acquire() {
     }
     Block& block = m_ring[m_acquired % m_ring.size()];
     ++m_acquired;
-    block.ready = false;
+    block.m_ready = false;
     block.plain.size = 0;
     block.packed.size = 0;
     block.error.clear();
@@ -47,14 +47,14 @@ void BlockPipeline::complete(Block& block) {
     if (m_open == &block) {
         m_open = nullptr;
     }
-    block.ready = true;
+    block.m_ready = true;
     m_changed.notify_all();
 }
 
 void BlockPipeline::finish(const std::string& error) {
     std::lock_guard lock(m_mutex);
     if (m_open != nullptr) {
-        m_open->ready = true;
+        m_open->m_ready = true;
         m_open = nullptr;
     }
     m_finished = true;
@@ -88,7 +88,7 @@ BlockPipeline::Block* BlockPipeline::next() {
     Block& block = m_ring[m_consumed % m_ring.size()];
     m_changed.wait(lock, [&] {
         bool waiting = m_consumed < m_acquired;
-        return m_stopped || (waiting ? block.ready : m_finished);
+        return m_stopped || (waiting ? block.m_ready : m_finished);
     });
     if (m_stopped) {
         return nullptr;

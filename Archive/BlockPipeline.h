@@ -43,7 +43,7 @@ public:
 
     private:
         friend class BlockPipeline;
-        bool ready = false;
+        bool m_ready = false;
     };
 
     explicit BlockPipeline(std::size_t blocks);

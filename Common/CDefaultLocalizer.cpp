@@ -15,7 +15,7 @@ namespace {
 
 /// The text of the key in the current language, variables expanded; valid until the next expansion, or
 /// as long as the bundles.
-const char* LookUpAndExpand(const char* inKey) {
+const char* lookUpAndExpand(const char* inKey) {
     const char* text = CResourceBundle::GetLocalizedString(inKey);
     return CVariableManager::GetManager()->ExpandAndReturnTempString(text);
 }
@@ -44,7 +44,7 @@ CLocalizer* CDefaultLocalizer::GetLocalizer() {
 }
 
 const char* CDefaultLocalizer::Localize(const char* inKey) const {
-    return LookUpAndExpand(inKey);
+    return lookUpAndExpand(inKey);
 }
 
 const char* CDefaultLocalizer::Localize(const char* inKey, const char* inLanguage) {
@@ -53,7 +53,7 @@ const char* CDefaultLocalizer::Localize(const char* inKey, const char* inLanguag
     }
     // The text lies in a loaded table or in the variable manager, so it outlives the way back.
     const CurrentLanguageHolder holder(inLanguage);
-    return LookUpAndExpand(inKey);
+    return lookUpAndExpand(inKey);
 }
 
 // The offered languages are those of the bundle's language description, which the localizer does not

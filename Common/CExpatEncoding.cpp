@@ -14,10 +14,10 @@ namespace varno_zpk {
 
 namespace {
 
-constexpr int NO_CHARACTER = -1;
+constexpr int kNoCharacter = -1;
 
 /// Stores the character that `byte` stands for. False when the byte is no whole character.
-bool MapByte(iconv_t converter, char byte, int& outCharacter) {
+bool mapByte(iconv_t converter, char byte, int& outCharacter) {
     char* input = &byte;
     std::size_t inputLeft = 1;
     char buffer[sizeof(std::uint32_t)];
@@ -25,7 +25,7 @@ bool MapByte(iconv_t converter, char byte, int& outCharacter) {
     std::size_t outputLeft = sizeof(buffer);
     iconv(converter, nullptr, nullptr, nullptr, nullptr);
     if (iconv(converter, &input, &inputLeft, &output, &outputLeft) == static_cast<std::size_t>(-1)) {
-        outCharacter = NO_CHARACTER;
+        outCharacter = kNoCharacter;
         return errno == EILSEQ;
     }
     if (outputLeft != 0) {
@@ -34,14 +34,14 @@ bool MapByte(iconv_t converter, char byte, int& outCharacter) {
     std::uint32_t character;
     std::memcpy(&character, buffer, sizeof(character));
     // What Expat takes from a map.
-    constexpr std::uint32_t LAST_CHARACTER = 0xFFFF;
-    outCharacter = character <= LAST_CHARACTER ? static_cast<int>(character) : NO_CHARACTER;
+    constexpr std::uint32_t kLastCharacter = 0xFFFF;
+    outCharacter = character <= kLastCharacter ? static_cast<int>(character) : kNoCharacter;
     return true;
 }
 
-bool FillMap(iconv_t converter, int (&map)[256]) {
+bool fillMap(iconv_t converter, int (&map)[256]) {
     for (int byte = 0; byte < 256; ++byte) {
-        if (!MapByte(converter, static_cast<char>(byte), map[byte])) {
+        if (!mapByte(converter, static_cast<char>(byte), map[byte])) {
             return false;
         }
     }
@@ -56,7 +56,7 @@ int CExpatEncoding::HandleUnknownEncoding(void*, const char* name, XML_Encoding*
     if (converter == reinterpret_cast<iconv_t>(-1)) {
         return XML_STATUS_ERROR;
     }
-    const bool isFilled = FillMap(converter, outEncoding->map);
+    const bool isFilled = fillMap(converter, outEncoding->map);
     iconv_close(converter);
     outEncoding->data = nullptr;
     outEncoding->convert = nullptr;

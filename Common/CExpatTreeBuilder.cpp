@@ -22,16 +22,16 @@ struct InputRefused {};
 
 // Entities and attribute defaults let a small input ask for a tree of any size. A document without
 // them cannot reach this bound: its smallest node, "<a/>", costs 36 bytes per byte of input.
-constexpr std::size_t BUDGET_BASE = std::size_t{64} << 20;
-constexpr std::size_t BUDGET_PER_INPUT_BYTE = 64;
+constexpr std::size_t kBudgetBase = std::size_t{64} << 20;
+constexpr std::size_t kBudgetPerInputByte = 64;
 
-bool IsNamespaceDeclaration(std::string_view attributeName) {
-    constexpr std::string_view XMLNS = "xmlns";
-    return attributeName.starts_with(XMLNS) &&
-           (attributeName.size() == XMLNS.size() || attributeName[XMLNS.size()] == ':');
+bool isNamespaceDeclaration(std::string_view attributeName) {
+    constexpr std::string_view kXmlns = "xmlns";
+    return attributeName.starts_with(kXmlns) &&
+           (attributeName.size() == kXmlns.size() || attributeName[kXmlns.size()] == ':');
 }
 
-bool IsBlank(std::string_view text) {
+bool isBlank(std::string_view text) {
     return std::all_of(text.begin(), text.end(), [](char character) {
         return character == ' ' || character == '\t' || character == '\r' || character == '\n';
     });
@@ -41,7 +41,7 @@ bool IsBlank(std::string_view text) {
 
 CExpatTreeBuilder::CExpatTreeBuilder(const char* encoding, std::size_t inputSize)
     : m_parser(XML_ParserCreate(encoding), &XML_ParserFree),
-      m_budget(BUDGET_BASE + BUDGET_PER_INPUT_BYTE * inputSize) {
+      m_budget(kBudgetBase + kBudgetPerInputByte * inputSize) {
     if (m_parser == nullptr) {
         throw std::bad_alloc();
     }
@@ -102,8 +102,8 @@ void CExpatTreeBuilder::HandleProcessingInstruction(void* builder, const char*, 
     static_cast<CExpatTreeBuilder*>(builder)->m_lastTextIsOpen = false;
 }
 
-void CExpatTreeBuilder::HandleEntityDeclaration(void* builder, const char*, int, const char*, int, const char*,
-                                                const char*, const char*, const char*) {
+void CExpatTreeBuilder::HandleEntityDeclaration(void* builder, const char*, int, const char*, int,
+                                                const char*, const char*, const char*, const char*) {
     auto* self = static_cast<CExpatTreeBuilder*>(builder);
     self->Guard([self] { self->CountEntity(); });
 }
@@ -126,14 +126,14 @@ void CExpatTreeBuilder::Guard(Action action) noexcept {
 }
 
 void CExpatTreeBuilder::CountEntity() {
-    if (m_entities == MAXIMUM_ENTITIES) {
+    if (m_entities == kMaximumEntities) {
         throw InputRefused();
     }
     ++m_entities;
 }
 
 void CExpatTreeBuilder::StartElement(const char* name, const char** attributes) {
-    if (m_openElements.size() == MAXIMUM_DEPTH) {
+    if (m_openElements.size() == kMaximumDepth) {
         throw InputRefused();
     }
     AddTexts(true);
@@ -169,7 +169,7 @@ std::unique_ptr<CXMLElement> CExpatTreeBuilder::CreateElement(const char* name, 
     for (; *attributes != nullptr; attributes += 2) {
         const char* const attributeName = attributes[0];
         const char* const value = attributes[1];
-        if (IsNamespaceDeclaration(attributeName)) {
+        if (isNamespaceDeclaration(attributeName)) {
             continue;
         }
         Charge(sizeof(CXMLAttribute) + std::strlen(attributeName) + std::strlen(value));
@@ -183,7 +183,7 @@ std::unique_ptr<CXMLElement> CExpatTreeBuilder::CreateElement(const char* name, 
 
 void CExpatTreeBuilder::AddTexts(bool dropBlank) {
     for (const std::string& text : m_texts) {
-        if (dropBlank && IsBlank(text)) {
+        if (dropBlank && isBlank(text)) {
             continue;
         }
         Charge(sizeof(CXMLText));

@@ -26,11 +26,11 @@ class CExpatTreeBuilder {
 public:
     /// Deeper documents count as malformed: everything that walks a tree, its destruction included,
     /// does so recursively.
-    static constexpr std::size_t MAXIMUM_DEPTH = 1000;
+    static constexpr std::size_t kMaximumDepth = 1000;
 
     /// A document that declares more entities counts as malformed: Expat releases of before 2024
     /// expand an entity that names another one recursively, so a long chain would use up the stack.
-    static constexpr std::size_t MAXIMUM_ENTITIES = 1000;
+    static constexpr std::size_t kMaximumEntities = 1000;
 
     /// `encoding` overrides what the input says about itself unless it is null. `inputSize`, in
     /// bytes, sets how large a tree the input may make.

@@ -20,11 +20,11 @@ namespace {
 
 // A file goes through Expat in one piece unless it is huge: Expat then never has to look at the
 // beginning of a token again.
-constexpr std::size_t LARGEST_BLOCK = std::size_t{256} << 20;
-constexpr std::size_t SMALLEST_BLOCK = 4096;
+constexpr std::size_t kLargestBlock = std::size_t{256} << 20;
+constexpr std::size_t kSmallestBlock = 4096;
 
 /// Reads until `size` bytes are there or the input ends; -1 when it cannot be read.
-ssize_t ReadBlock(int descriptor, char* buffer, std::size_t size) {
+ssize_t readBlock(int descriptor, char* buffer, std::size_t size) {
     std::size_t done = 0;
     while (done < size) {
         const ssize_t count = read(descriptor, buffer + done, size - done);
@@ -51,7 +51,7 @@ CXMLDocument* CExpatXMLParser::CreateXMLDocumentWithPath(const char* path) {
         int descriptor;
         ~Closer() { close(descriptor); }
     } closer{descriptor};
-    return CreateCXMLNodeWithFile(descriptor, LARGEST_BLOCK).release();
+    return CreateCXMLNodeWithFile(descriptor, kLargestBlock).release();
 }
 
 CXMLDocument* CExpatXMLParser::CreateXMLDocumentWithXMLContents(const char* xml) {
@@ -73,11 +73,11 @@ std::unique_ptr<CXMLDocument> CExpatXMLParser::CreateCXMLNodeWithFile(int descri
     }
     const auto fileSize = static_cast<std::size_t>(info.st_size);
     // One byte more than the file has, so that the first block already meets the end.
-    const std::size_t size = std::min(std::max(fileSize + 1, SMALLEST_BLOCK), blockSize);
+    const std::size_t size = std::min(std::max(fileSize + 1, kSmallestBlock), blockSize);
     CExpatTreeBuilder builder(nullptr, fileSize);
     for (bool isLast = false; !isLast;) {
         char* buffer = static_cast<char*>(builder.GetBuffer(static_cast<int>(size)));
-        const ssize_t count = buffer != nullptr ? ReadBlock(descriptor, buffer, size) : -1;
+        const ssize_t count = buffer != nullptr ? readBlock(descriptor, buffer, size) : -1;
         if (count < 0) {
             return nullptr;
         }
@@ -93,7 +93,7 @@ std::unique_ptr<CXMLDocument> CExpatXMLParser::CreateCXMLNodeWithText(std::strin
     CExpatTreeBuilder builder("UTF-8", text.size());
     bool isLast = false;
     while (!isLast) {
-        const std::string_view block = text.substr(0, LARGEST_BLOCK);
+        const std::string_view block = text.substr(0, kLargestBlock);
         text.remove_prefix(block.size());
         isLast = text.empty();
         if (!builder.Parse(block.data(), static_cast<int>(block.size()), isLast)) {

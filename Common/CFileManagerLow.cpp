@@ -16,7 +16,7 @@ namespace {
 constexpr char kSeparator = '/';
 
 /// The path without the separators at its end; the root keeps its own.
-std::string WithoutTrailingSeparators(std::string path) {
+std::string withoutTrailingSeparators(std::string path) {
     while (path.size() > 1 && path.back() == kSeparator) {
         path.pop_back();
     }
@@ -24,14 +24,14 @@ std::string WithoutTrailingSeparators(std::string path) {
 }
 
 /// The working folder; empty when it cannot be told.
-std::string WorkingFolder() {
+std::string workingFolder() {
     std::error_code error;
     const std::filesystem::path folder = std::filesystem::current_path(error);
     return error ? std::string() : folder.string();
 }
 
-std::string StandardizedPath(const std::string& path) {
-    return WithoutTrailingSeparators(std::filesystem::path(path).lexically_normal().string());
+std::string standardizedPath(const std::string& path) {
+    return withoutTrailingSeparators(std::filesystem::path(path).lexically_normal().string());
 }
 
 }  // namespace
@@ -44,9 +44,9 @@ bool CFileManagerLow::GetPublicDocumentFolderPath(std::string& outPath) {
 void CFileManagerLow::ConvertRelToAbsPath(const char* path, std::string& outPath) {
     std::string fullPath(path);
     if (fullPath.empty() || fullPath.front() != kSeparator) {
-        fullPath = ZPKFileManager::stringByAppendingPathComponent(WorkingFolder(), fullPath);
+        fullPath = ZPKFileManager::stringByAppendingPathComponent(workingFolder(), fullPath);
     }
-    outPath = StandardizedPath(fullPath);
+    outPath = standardizedPath(fullPath);
 }
 
 void CFileManagerLow::GetFolderContents(const char* folder, std::vector<std::string>& outNames) {
@@ -56,7 +56,7 @@ void CFileManagerLow::GetFolderContents(const char* folder, std::vector<std::str
 
 bool CFileManagerLow::IsFolder(const char* path) {
     // A separator at the end would make the host follow a link.
-    return ZPKFileManager::isFolderNotFollowingLinks(WithoutTrailingSeparators(path));
+    return ZPKFileManager::isFolderNotFollowingLinks(withoutTrailingSeparators(path));
 }
 
 }  // namespace varno_zpk

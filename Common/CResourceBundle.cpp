@@ -105,7 +105,8 @@ void CResourceBundle::ResolveLanguageData() {
 }
 
 bool CResourceBundle::HasLanguageData(const char* inLanguage) const {
-    return inLanguage != nullptr && *inLanguage != '\0' && ZPKFileManager::isFolder(m_path + "/" + inLanguage);
+    return inLanguage != nullptr && *inLanguage != '\0' &&
+           ZPKFileManager::isFolder(m_path + "/" + inLanguage);
 }
 
 CResourceBundleLanguageData* CResourceBundle::GetLanguageDataWithLanguage(const char* inLanguage) {

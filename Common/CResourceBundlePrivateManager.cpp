@@ -13,14 +13,14 @@ namespace varno_zpk {
 
 namespace {
 
-CResourceBundle* BundleOf(CBaseObject* inObject) {
+CResourceBundle* bundleOf(CBaseObject* inObject) {
     return DOWN_CAST(CResourceBundle*, inObject);
 }
 
-CResourceBundle* FindBundleWithPath(const std::vector<CBaseObject*>& inBundles, const char* inPath) {
+CResourceBundle* findBundleWithPath(const std::vector<CBaseObject*>& inBundles, const char* inPath) {
     for (CBaseObject* object : inBundles) {
-        if (BundleOf(object)->GetPath() == inPath) {
-            return BundleOf(object);
+        if (bundleOf(object)->GetPath() == inPath) {
+            return bundleOf(object);
         }
     }
     return nullptr;
@@ -53,7 +53,7 @@ CResourceBundle* CResourceBundlePrivateManager::GetResourceBundleWithPath(const 
 }
 
 CResourceBundle* CResourceBundlePrivateManager::FindLoadedBundleWithPath(const char* inPath) const {
-    return FindBundleWithPath(m_loadedBundles, inPath);
+    return findBundleWithPath(m_loadedBundles, inPath);
 }
 
 void CResourceBundlePrivateManager::AddDefaultBundlePath(const char* inPath) {
@@ -63,7 +63,7 @@ void CResourceBundlePrivateManager::AddDefaultBundlePath(const char* inPath) {
 }
 
 CResourceBundle* CResourceBundlePrivateManager::FindDefaultBundleWithPath(const char* inPath) const {
-    return FindBundleWithPath(m_defaultBundles, inPath);
+    return findBundleWithPath(m_defaultBundles, inPath);
 }
 
 void CResourceBundlePrivateManager::ClearAllDefaultBundles() {
@@ -75,7 +75,7 @@ std::size_t CResourceBundlePrivateManager::GetDefaultBundleCount() const {
 }
 
 CResourceBundle* CResourceBundlePrivateManager::GetDefaultBundleAt(std::size_t inIndex) const {
-    return BundleOf(m_defaultBundles.at(inIndex));
+    return bundleOf(m_defaultBundles.at(inIndex));
 }
 
 void CResourceBundlePrivateManager::SetCurrentLanguage(const char* inLanguage) {
@@ -84,7 +84,7 @@ void CResourceBundlePrivateManager::SetCurrentLanguage(const char* inLanguage) {
     }
     m_currentLanguage = inLanguage;
     for (CBaseObject* object : m_loadedBundles) {
-        BundleOf(object)->ResetCurrentLanguage();
+        bundleOf(object)->ResetCurrentLanguage();
     }
 }
 

@@ -17,7 +17,7 @@ namespace varno_zpk {
 
 namespace {
 
-const CResourceBundleStringElement& ElementOf(const CBaseObject* inObject) {
+const CResourceBundleStringElement& elementOf(const CBaseObject* inObject) {
     return *DOWN_CAST(const CResourceBundleStringElement*, inObject);
 }
 
@@ -47,7 +47,7 @@ const char* CResourceBundleStringTable::GetStringForKey(const char* inKey) const
     if (found == m_elements.end() || CompareElementToKey(*found, inKey) != 0) {
         return nullptr;
     }
-    const CResourceBundleStringElement& element = ElementOf(*found);
+    const CResourceBundleStringElement& element = elementOf(*found);
     TraceHit(element);
     return element.GetValue().c_str();
 }
@@ -77,11 +77,11 @@ void CResourceBundleStringTable::TraceHit(const CResourceBundleStringElement& in
 
 int CResourceBundleStringTable::CompareElements(const CBaseObject* inElement1,
                                                 const CBaseObject* inElement2) {
-    return ElementOf(inElement1).GetKey().compare(ElementOf(inElement2).GetKey());
+    return elementOf(inElement1).GetKey().compare(elementOf(inElement2).GetKey());
 }
 
 int CResourceBundleStringTable::CompareElementToKey(const CBaseObject* inElement, const char* inKey) {
-    return ElementOf(inElement).GetKey().compare(inKey);
+    return elementOf(inElement).GetKey().compare(inKey);
 }
 
 }  // namespace varno_zpk

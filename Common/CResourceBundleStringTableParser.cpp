@@ -15,10 +15,10 @@ namespace varno_zpk {
 
 namespace {
 
-constexpr int END_OF_FILE = -1;
-constexpr std::size_t BUFFER_SIZE = 10240;
-constexpr const char* SYNTAX_ERROR = "Syntax error.";
-constexpr const char* ESCAPE_ERROR = "Not supported escape sequence charactor.";
+constexpr int kEndOfFile = -1;
+constexpr std::size_t kBufferSize = 10240;
+constexpr const char* kSyntaxError = "Syntax error.";
+constexpr const char* kEscapeError = "Not supported escape sequence charactor.";
 
 struct FileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
@@ -27,7 +27,7 @@ struct FileCloser {
 /// For each byte, whether it belongs to a run that can be taken in one step.
 using RunBytes = std::array<bool, 256>;
 
-constexpr RunBytes AllBytesExcept(std::string_view excluded) {
+constexpr RunBytes allBytesExcept(std::string_view excluded) {
     RunBytes bytes{};
     bytes.fill(true);
     for (const char c : excluded) {
@@ -36,10 +36,10 @@ constexpr RunBytes AllBytesExcept(std::string_view excluded) {
     return bytes;
 }
 
-constexpr RunBytes UNQUOTED_TEXT = AllBytesExcept(" \t\r\n\"/\\;=");
-constexpr RunBytes QUOTED_TEXT = AllBytesExcept("\t\r\n\"\\");
-constexpr RunBytes LINE_COMMENT_TEXT = AllBytesExcept("\r\n");
-constexpr RunBytes BLOCK_COMMENT_TEXT = AllBytesExcept("\r\n*/");
+constexpr RunBytes kUnquotedText = allBytesExcept(" \t\r\n\"/\\;=");
+constexpr RunBytes kQuotedText = allBytesExcept("\t\r\n\"\\");
+constexpr RunBytes kLineCommentText = allBytesExcept("\r\n");
+constexpr RunBytes kBlockCommentText = allBytesExcept("\r\n*/");
 
 }  // namespace
 
@@ -53,7 +53,7 @@ struct CResourceBundleStringTableParser::tagPRIVATE_DATA {
     std::size_t lineStart;   // file offset of the current line's first byte
     std::FILE* file;
     bool atEnd;  // a read has returned no bytes
-    unsigned char buffer[BUFFER_SIZE];
+    unsigned char buffer[kBufferSize];
 
     /// Consumes the bytes ahead in the buffer that all belong to `bytes`; empty when the next one
     /// does not, or is not in the buffer yet. Most of a table is such runs: taking them whole is
@@ -96,11 +96,11 @@ void CResourceBundleStringTableParser::ParseInternal(std::FILE* inFile, const ch
     std::string value;
     for (;;) {
         const int keyDelimiter = GetNextString(data, key);
-        if (keyDelimiter == END_OF_FILE) {
+        if (keyDelimiter == kEndOfFile) {
             return;
         }
         if (keyDelimiter != '=' || GetNextString(data, value) != ';') {
-            Log(data, SYNTAX_ERROR);
+            Log(data, kSyntaxError);
             continue;
         }
         if (key.empty()) {
@@ -118,14 +118,14 @@ int CResourceBundleStringTableParser::ReadAndNextChar(tagPRIVATE_DATA& data) {
         return data.buffer[data.position++];
     }
     if (data.atEnd) {
-        return END_OF_FILE;
+        return kEndOfFile;
     }
     data.bufferBase += data.filled;
     data.position = 0;
-    data.filled = std::fread(data.buffer, 1, BUFFER_SIZE, data.file);
+    data.filled = std::fread(data.buffer, 1, kBufferSize, data.file);
     if (data.filled == 0) {
         data.atEnd = true;
-        return END_OF_FILE;
+        return kEndOfFile;
     }
     return data.buffer[data.position++];
 }
@@ -157,7 +157,7 @@ int CResourceBundleStringTableParser::GetNextString(tagPRIVATE_DATA& data, std::
     for (;;) {
         const int c = ReadAndNextChar(data);
         switch (c) {
-            case END_OF_FILE:
+            case kEndOfFile:
             case '=':
             case ';':
                 return c;
@@ -204,7 +204,7 @@ void CResourceBundleStringTableParser::SkipComment(tagPRIVATE_DATA& data) {
             SkipBlockComment(data);
             break;
         default:
-            Log(data, SYNTAX_ERROR);
+            Log(data, kSyntaxError);
             PutBack(data);
             break;
     }
@@ -212,13 +212,13 @@ void CResourceBundleStringTableParser::SkipComment(tagPRIVATE_DATA& data) {
 
 void CResourceBundleStringTableParser::SkipLineComment(tagPRIVATE_DATA& data) {
     for (;;) {
-        data.TakeRun(LINE_COMMENT_TEXT);
+        data.TakeRun(kLineCommentText);
         const int c = ReadAndNextChar(data);
         if (c == '\r' || c == '\n') {
             ProcessLineEnd(data, c);
             return;
         }
-        if (c == END_OF_FILE) {
+        if (c == kEndOfFile) {
             return;
         }
     }
@@ -228,11 +228,11 @@ void CResourceBundleStringTableParser::SkipBlockComment(tagPRIVATE_DATA& data) {
     // The opener's asterisk is no part of the closer.
     int previous = 0;
     for (;;) {
-        if (!data.TakeRun(BLOCK_COMMENT_TEXT).empty()) {
+        if (!data.TakeRun(kBlockCommentText).empty()) {
             previous = 0;
         }
         const int c = ReadAndNextChar(data);
-        if (c == END_OF_FILE || (c == '/' && previous == '*')) {
+        if (c == kEndOfFile || (c == '/' && previous == '*')) {
             return;
         }
         if (c == '\r' || c == '\n') {
@@ -247,7 +247,7 @@ void CResourceBundleStringTableParser::SkipBlockComment(tagPRIVATE_DATA& data) {
 void CResourceBundleStringTableParser::ExtractString(tagPRIVATE_DATA& data, int c, std::string& out) {
     for (;; c = ReadAndNextChar(data)) {
         switch (c) {
-            case END_OF_FILE:
+            case kEndOfFile:
                 return;
             case '=':
             case ';':
@@ -271,7 +271,7 @@ void CResourceBundleStringTableParser::ExtractString(tagPRIVATE_DATA& data, int 
                 break;
             default:
                 out.push_back(static_cast<char>(c));
-                out.append(data.TakeRun(UNQUOTED_TEXT));
+                out.append(data.TakeRun(kUnquotedText));
                 break;
         }
     }
@@ -281,10 +281,10 @@ void CResourceBundleStringTableParser::ExtractString(tagPRIVATE_DATA& data, int 
 void CResourceBundleStringTableParser::ExtractStringBetweenDoubleQuotations(tagPRIVATE_DATA& data,
                                                                             std::string& out) {
     for (;;) {
-        out.append(data.TakeRun(QUOTED_TEXT));
+        out.append(data.TakeRun(kQuotedText));
         const int c = ReadAndNextChar(data);
         switch (c) {
-            case END_OF_FILE:
+            case kEndOfFile:
             case '"':
                 return;
             case '\\':
@@ -321,7 +321,7 @@ void CResourceBundleStringTableParser::ExtractEscapeSequenceChar(tagPRIVATE_DATA
             out.push_back('\t');
             break;
         default:
-            Log(data, ESCAPE_ERROR);
+            Log(data, kEscapeError);
             PutBack(data);
             break;
     }

@@ -14,22 +14,22 @@ namespace varno_zpk {
 
 namespace {
 
-void DeleteNodes(std::vector<CXMLNode*>& nodes) {
+void deleteNodes(std::vector<CXMLNode*>& nodes) {
     for (const CXMLNode* node : nodes) {
         delete node;
     }
     nodes.clear();
 }
 
-bool IsElementNamed(const CXMLNode& node, std::string_view name) {
+bool isElementNamed(const CXMLNode& node, std::string_view name) {
     return node.GetKind() == XMLKIND_ELEMENT && node.GetNameString() == name;
 }
 
 }  // namespace
 
 CXMLElement::~CXMLElement() {
-    DeleteNodes(m_children);
-    DeleteNodes(m_attributes);
+    deleteNodes(m_children);
+    deleteNodes(m_attributes);
 }
 
 void CXMLElement::SetName(const char* name) {
@@ -151,7 +151,7 @@ void CXMLElement::AddChild(CXMLNode* inChild) {
 }
 
 void CXMLElement::RemoveAllChildren() {
-    DeleteNodes(m_children);
+    deleteNodes(m_children);
 }
 
 void CXMLElement::AddAttribute(CXMLNode* inAtt) {
@@ -188,7 +188,7 @@ void CXMLElement::RemoveAttributeForName(const char* name) {
 }
 
 void CXMLElement::RemoveAllAttributes() {
-    DeleteNodes(m_attributes);
+    deleteNodes(m_attributes);
 }
 
 void CXMLElement::GetElementsForName(const char* inName, std::vector<CXMLNode*>& outElements) {
@@ -196,14 +196,14 @@ void CXMLElement::GetElementsForName(const char* inName, std::vector<CXMLNode*>&
     const std::string_view name = inName;
     outElements.clear();
     std::copy_if(m_children.begin(), m_children.end(), std::back_inserter(outElements),
-                 [name](const CXMLNode* child) { return IsElementNamed(*child, name); });
+                 [name](const CXMLNode* child) { return isElementNamed(*child, name); });
 }
 
 CXMLElement* CXMLElement::GetFirstElementForName(const char* inName) {
     assert(inName);
     const std::string_view name = inName;
     const auto found = std::find_if(m_children.begin(), m_children.end(),
-                                    [name](const CXMLNode* child) { return IsElementNamed(*child, name); });
+                                    [name](const CXMLNode* child) { return isElementNamed(*child, name); });
     return found != m_children.end() ? static_cast<CXMLElement*>(*found) : nullptr;
 }
 

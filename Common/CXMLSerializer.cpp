@@ -12,10 +12,10 @@ namespace varno_zpk {
 
 namespace {
 
-constexpr std::string_view DECLARATION = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
-constexpr std::size_t BLANKS_PER_LEVEL = 4;
+constexpr std::string_view kDeclaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
+constexpr std::size_t kBlanksPerLevel = 4;
 
-std::string_view TextReference(char character) {
+std::string_view textReference(char character) {
     switch (character) {
         case '&':
             return "&amp;";
@@ -28,7 +28,7 @@ std::string_view TextReference(char character) {
     }
 }
 
-std::string_view ValueReference(char character) {
+std::string_view valueReference(char character) {
     switch (character) {
         case '&':
             return "&amp;";
@@ -41,7 +41,7 @@ std::string_view ValueReference(char character) {
     }
 }
 
-void AppendEscaped(std::string& out, const std::string& text, std::string_view (*referenceOf)(char)) {
+void appendEscaped(std::string& out, const std::string& text, std::string_view (*referenceOf)(char)) {
     for (const char character : text) {
         const std::string_view reference = referenceOf(character);
         if (reference.empty()) {
@@ -52,7 +52,7 @@ void AppendEscaped(std::string& out, const std::string& text, std::string_view (
     }
 }
 
-std::string WithoutCarriageReturns(const std::string& text) {
+std::string withoutCarriageReturns(const std::string& text) {
     std::string result;
     result.reserve(text.size());
     for (const char character : text) {
@@ -65,56 +65,56 @@ std::string WithoutCarriageReturns(const std::string& text) {
     return result;
 }
 
-bool HasTextChild(const CXMLElement& element) {
+bool hasTextChild(const CXMLElement& element) {
     return element.GetFirstChildText() != nullptr;
 }
 
-void StartLine(std::string& out, std::size_t level) {
+void startLine(std::string& out, std::size_t level) {
     out += '\n';
-    out.append(level * BLANKS_PER_LEVEL, ' ');
+    out.append(level * kBlanksPerLevel, ' ');
 }
 
-void AppendAttributes(std::string& out, const CXMLElement& element) {
+void appendAttributes(std::string& out, const CXMLElement& element) {
     for (const CXMLNode* attribute : element.GetAttributes()) {
         out += ' ';
         out += attribute->GetNameString();
         out += "=\"";
-        AppendEscaped(out, attribute->GetStringValueString(), ValueReference);
+        appendEscaped(out, attribute->GetStringValueString(), valueReference);
         out += '"';
     }
 }
 
-void AppendElement(std::string& out, const CXMLElement& element, std::size_t level, bool isInline);
+void appendElement(std::string& out, const CXMLElement& element, std::size_t level, bool isInline);
 
 /// Kinds other than elements and text leave no trace.
-void AppendChildren(std::string& out, const CXMLElement& element, std::size_t level, bool isInline) {
+void appendChildren(std::string& out, const CXMLElement& element, std::size_t level, bool isInline) {
     for (const CXMLNode* child : element.GetChildren()) {
         if (child->GetKind() == XMLKIND_TEXT) {
-            AppendEscaped(out, child->GetStringValueString(), TextReference);
+            appendEscaped(out, child->GetStringValueString(), textReference);
         } else if (child->GetKind() == XMLKIND_ELEMENT) {
             if (!isInline) {
-                StartLine(out, level);
+                startLine(out, level);
             }
-            AppendElement(out, static_cast<const CXMLElement&>(*child), level, isInline);
+            appendElement(out, static_cast<const CXMLElement&>(*child), level, isInline);
         }
     }
 }
 
-void AppendElement(std::string& out, const CXMLElement& element, std::size_t level, bool isInline) {
+void appendElement(std::string& out, const CXMLElement& element, std::size_t level, bool isInline) {
     out += '<';
     out += element.GetNameString();
-    AppendAttributes(out, element);
-    const bool areChildrenInline = isInline || HasTextChild(element);
+    appendAttributes(out, element);
+    const bool areChildrenInline = isInline || hasTextChild(element);
     const std::size_t startOfChildren = out.size();
     out += '>';
-    AppendChildren(out, element, level + 1, areChildrenInline);
+    appendChildren(out, element, level + 1, areChildrenInline);
     if (out.size() == startOfChildren + 1) {
         out.back() = '/';
         out += '>';
         return;
     }
     if (!areChildrenInline) {
-        StartLine(out, level);
+        startLine(out, level);
     }
     out += "</";
     out += element.GetNameString();
@@ -124,12 +124,12 @@ void AppendElement(std::string& out, const CXMLElement& element, std::size_t lev
 }  // namespace
 
 std::string CXMLSerializer::Serialize(const CXMLDocument& document) {
-    std::string out(DECLARATION);
+    std::string out(kDeclaration);
     if (const CXMLElement* root = document.GetRootElement()) {
-        StartLine(out, 0);
-        AppendElement(out, *root, 0, false);
+        startLine(out, 0);
+        appendElement(out, *root, 0, false);
     }
-    return WithoutCarriageReturns(out);
+    return withoutCarriageReturns(out);
 }
 
 }  // namespace varno_zpk

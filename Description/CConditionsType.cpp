@@ -13,7 +13,7 @@ namespace varno_zpk {
 namespace {
 
 template <typename Entry>
-void DeleteEntries(std::vector<std::unique_ptr<Entry>>& entries) {
+void deleteEntries(std::vector<std::unique_ptr<Entry>>& entries) {
     for (std::unique_ptr<Entry>& entry : entries) {
         entry.reset();
     }
@@ -27,10 +27,10 @@ CConditionsType::CConditionsType(CXMLElement* element) {
 }
 
 CConditionsType::~CConditionsType() {
-    DeleteEntries(registries);
-    DeleteEntries(uimLogs);
-    DeleteEntries(uninstallXmls);
-    DeleteEntries(discs);
+    deleteEntries(registries);
+    deleteEntries(uimLogs);
+    deleteEntries(uninstallXmls);
+    deleteEntries(discs);
 }
 
 void CConditionsType::CreateChildren(CXMLElement* element) {

@@ -12,7 +12,7 @@ namespace varno_zpk {
 
 namespace {
 
-std::unique_ptr<CLanguagesType> BuildLanguages(const CXMLElement* root) {
+std::unique_ptr<CLanguagesType> buildLanguages(const CXMLElement* root) {
     if (root == nullptr) {
         throw CZPKError(CZPKStatus::ERROR_FAILED_LOAD_LANGUAGES);
     }
@@ -22,7 +22,7 @@ std::unique_ptr<CLanguagesType> BuildLanguages(const CXMLElement* root) {
 /// The description of the file at `path`, built by `build` from the root element; empty on failure.
 /// The element tree is gone on return.
 template <typename Description>
-std::unique_ptr<Description> Load(const std::string& path,
+std::unique_ptr<Description> load(const std::string& path,
                                   std::unique_ptr<Description> (*build)(CXMLElement*)) {
     try {
         const std::unique_ptr<CXMLDocument> document(CXMLNode::CreateDocumentWithPath(path.c_str()));
@@ -34,9 +34,9 @@ std::unique_ptr<Description> Load(const std::string& path,
 
 /// As `Load`, then gives the parser back, but only after success.
 template <typename Description>
-Description* LoadAndFinalize(const std::string& path) {
+Description* loadAndFinalize(const std::string& path) {
     std::unique_ptr<Description> description =
-        Load<Description>(path, [](CXMLElement* root) { return std::make_unique<Description>(root); });
+        load<Description>(path, [](CXMLElement* root) { return std::make_unique<Description>(root); });
     if (description != nullptr) {
         CXMLParser::Finalize();
     }
@@ -46,16 +46,16 @@ Description* LoadAndFinalize(const std::string& path) {
 }  // namespace
 
 CUpdateInfoType* CZPKXMLLoader::LoadConditionXML(const std::string& path) {
-    return LoadAndFinalize<CUpdateInfoType>(path);
+    return loadAndFinalize<CUpdateInfoType>(path);
 }
 
 CStartupType* CZPKXMLLoader::LoadStartupXML(const std::string& path) {
-    return LoadAndFinalize<CStartupType>(path);
+    return loadAndFinalize<CStartupType>(path);
 }
 
 std::unique_ptr<const CLanguagesType> CZPKXMLLoader::LoadLanguagesXML(const std::string& path) {
     std::unique_ptr<const CLanguagesType> description =
-        Load<CLanguagesType>(path, [](CXMLElement* root) { return BuildLanguages(root); });
+        load<CLanguagesType>(path, [](CXMLElement* root) { return buildLanguages(root); });
     CXMLParser::Finalize();
     return description;
 }

@@ -47,16 +47,16 @@ constexpr const char* kDataFilePathKey = "DataFilePath";
 constexpr const char* kTemporaryFolderPathKey = "TemporaryFolderPath";
 constexpr const char* kProgressControllerKey = "ProgressController";
 
-std::string Join(const std::string& folder, const std::string& component) {
+std::string join(const std::string& folder, const std::string& component) {
     return ZPKFileManager::stringByAppendingPathComponent(folder, component);
 }
 
 /// Copied at once: the localizer's text lives only until its next call.
-std::string Localized(const char* key) {
+std::string localized(const char* key) {
     return CLocalizer::GetLocalizer()->Localize(key);
 }
 
-std::string ReplaceAll(std::string text, const std::string& token, const std::string& value) {
+std::string replaceAll(std::string text, const std::string& token, const std::string& value) {
     for (std::size_t at = text.find(token); at != std::string::npos;
          at = text.find(token, at + value.size())) {
         text.replace(at, token.size(), value);
@@ -65,10 +65,10 @@ std::string ReplaceAll(std::string text, const std::string& token, const std::st
 }
 
 /// The name that another run of this application carries.
-std::string OwnName() {
+std::string ownName() {
     const ZPKBundle& bundle = ZPKBundle::mainBundle();
     if (const auto strings =
-            ZPKPropertyList::dictionaryWithContentsOfFile(Join(bundle.resourcePath(), "InfoPlist.strings"))) {
+            ZPKPropertyList::dictionaryWithContentsOfFile(join(bundle.resourcePath(), "InfoPlist.strings"))) {
         if (const auto name = strings->stringForKey("CFBundleName")) {
             return *name;
         }
@@ -78,41 +78,41 @@ std::string OwnName() {
 
 /// The language that the texts come in: the current one, or the alternative one where the package
 /// has no folder for it.
-std::string LanguageOfTexts() {
-    const std::string folder = Join(ZPKBundle::mainBundle().resourcePath(), "UILang");
-    const bool current = CZPKUtil::IsFolderExist(Join(folder, CResourceBundle::GetCurrentLanguage()));
+std::string languageOfTexts() {
+    const std::string folder = join(ZPKBundle::mainBundle().resourcePath(), "UILang");
+    const bool current = CZPKUtil::IsFolderExist(join(folder, CResourceBundle::GetCurrentLanguage()));
     return current ? CResourceBundle::GetCurrentLanguage() : CResourceBundle::GetAlternativeLanguage();
 }
 
-std::optional<std::string> MainProgramOfBundle(const std::string& path) {
+std::optional<std::string> mainProgramOfBundle(const std::string& path) {
     const std::optional<ZPKBundle> bundle = ZPKBundle::bundleWithPath(path);
     return bundle ? bundle->executablePath() : std::nullopt;
 }
 
 /// The program that the startup description names: `exec` with the payload folder in place of
 /// "$Data$", an application bundle standing for its main program.
-std::optional<std::string> ProgramOfStartup(const CStartupType& startup, const std::string& dataFolder) {
+std::optional<std::string> programOfStartup(const CStartupType& startup, const std::string& dataFolder) {
     if (startup.exec.empty()) {
         return std::nullopt;
     }
-    std::string program = ReplaceAll(startup.exec, "$Data$", dataFolder);
+    std::string program = replaceAll(startup.exec, "$Data$", dataFolder);
     if (ZPKFileManager::pathExtension(program) == "app") {
-        return MainProgramOfBundle(program);
+        return mainProgramOfBundle(program);
     }
     return program;
 }
 
 /// The first program of the payload, in the file system's own order.
-std::optional<std::string> FirstExecutableInFolder(const std::string& folder) {
+std::optional<std::string> firstExecutableInFolder(const std::string& folder) {
     std::vector<std::string> names;
     ZPKFileManager::contentsOfFolder(folder, names);
     for (const std::string& name : names) {
         if (name.front() == '.') {
             continue;
         }
-        const std::string path = Join(folder, name);
+        const std::string path = join(folder, name);
         if (ZPKBundle::bundleWithPath(path)) {
-            if (std::optional<std::string> program = MainProgramOfBundle(path)) {
+            if (std::optional<std::string> program = mainProgramOfBundle(path)) {
                 return program;
             }
         } else if (ZPKFileManager::isExecutableRegularFile(path)) {
@@ -135,18 +135,18 @@ void ZPKCore::awakeFromNib() {
 }
 
 void ZPKCore::setupLanguages() {
-    const std::string languageFolder = Join(ZPKBundle::mainBundle().resourcePath(), "UILang");
+    const std::string languageFolder = join(ZPKBundle::mainBundle().resourcePath(), "UILang");
     CResourceBundle::AddDefaultBundlePath(languageFolder.c_str());
     const ZPKLanguageInfos& infos = ZPKLanguageInfos::infos();
     if (infos.languageCount() != 0) {
         CResourceBundle::SetCurrentLanguage(infos.languageAt(0).c_str());
     }
     const std::unique_ptr<const CLanguagesType> languages =
-        CZPKXMLLoader::LoadLanguagesXML(Join(languageFolder, "Languages.xml"));
+        CZPKXMLLoader::LoadLanguagesXML(join(languageFolder, "Languages.xml"));
     if (languages) {
         CResourceBundle::SetAlternativeLanguage(languages->fallBackCode.c_str());
     }
-    m_frontEnd.setInterfaceLanguage(LanguageOfTexts());
+    m_frontEnd.setInterfaceLanguage(languageOfTexts());
 }
 
 void ZPKCore::localizeMenu() {
@@ -157,7 +157,7 @@ void ZPKCore::localizeMenu() {
         {_quitAppMenuItem, ZPKSTRING_QUITZEPHYRKIT},
     };
     for (const auto& [item, key] : titles) {
-        m_frontEnd.setMenuItemTitle(item, Localized(key));
+        m_frontEnd.setMenuItemTitle(item, localized(key));
     }
 }
 
@@ -168,7 +168,7 @@ void ZPKCore::applicationWillFinishLaunching() {
 }
 
 bool ZPKCore::isAlreadyExecuting() {
-    const std::string name = OwnName();
+    const std::string name = ownName();
     const pid_t self = getpid();
     const std::vector<ZPKRunningApplication> applications = ZPKWorkspace::runningApplications();
     return std::any_of(applications.begin(), applications.end(),
@@ -202,7 +202,7 @@ bool ZPKCore::createStagingFolder() {
     if (!temporaryFolder) {
         return false;
     }
-    m_stagingFolder = Join(*temporaryFolder, kStagingFolderName);
+    m_stagingFolder = join(*temporaryFolder, kStagingFolderName);
     m_stagingHolder = std::make_unique<CDirectoryHolder>(m_stagingFolder, m_stagingFolder);
     return CZPKUtil::IsFolderExist(m_stagingFolder);
 }
@@ -232,21 +232,21 @@ bool ZPKCore::mayInstall(const std::string& conditionPath) {
 
 void ZPKCore::showTemporaryFolderAlert() {
     m_frontEnd.runAlert(
-        {Localized(ZPKSTRING_TEMPFOLDERCREATEFAILURE), "", Localized(ZPKSTRING_OK), ZPKAlertStyle::Critical});
+        {localized(ZPKSTRING_TEMPFOLDERCREATEFAILURE), "", localized(ZPKSTRING_OK), ZPKAlertStyle::Critical});
 }
 
 /// Gives the path at which the condition description lies, if the package has one.
 std::string ZPKCore::unpackDescription(const std::string& stagingFolder) {
-    const std::string plainPath = Join(stagingFolder, "Info.dat");
-    CZPKUtil::Unfake(Join(ZPKBundle::mainBundle().resourcePath(), "Info.datx"), plainPath);
+    const std::string plainPath = join(stagingFolder, "Info.dat");
+    CZPKUtil::Unfake(join(ZPKBundle::mainBundle().resourcePath(), "Info.datx"), plainPath);
     CZPKUtil::Extract(plainPath, stagingFolder);
     CZPKUtil::DeleteFile(plainPath);
-    const std::string descriptionFolder = Join(stagingFolder, "Info");
+    const std::string descriptionFolder = join(stagingFolder, "Info");
     if (!ZPKFileManager::isFolderNotFollowingLinks(descriptionFolder)) {
         // The condition description may be deleted later: through a link, a file of somebody else's.
         CZPKUtil::DeleteFile(descriptionFolder);
     }
-    return Join(descriptionFolder, "Condition.xml");
+    return join(descriptionFolder, "Condition.xml");
 }
 
 void ZPKCore::install(const std::string& stagingFolder) {
@@ -266,10 +266,10 @@ bool ZPKCore::extractPayload(const std::string& stagingFolder) {
         return false;
     }
     controller.progressIndicator()->setIndeterminate(false);
-    controller.setTitle(Localized(ZPKSTRING_FILE_EXTRACT));
+    controller.setTitle(localized(ZPKSTRING_FILE_EXTRACT));
 
     const WorkOrder workOrder = {
-        {kDataFilePathKey, Join(ZPKBundle::mainBundle().resourcePath(), "Data.datx")},
+        {kDataFilePathKey, join(ZPKBundle::mainBundle().resourcePath(), "Data.datx")},
         {kTemporaryFolderPathKey, stagingFolder},
         {kProgressControllerKey, &controller},
     };
@@ -294,7 +294,7 @@ void ZPKCore::extractDataTask(const WorkOrder& workOrder) {
         const auto given = workOrder.find(kProgressControllerKey);
         ZPKProgressWindowController* controller =
             given == workOrder.end() ? nullptr : std::get<ZPKProgressWindowController*>(given->second);
-        const std::string plainPath = Join(stagingFolder, "Data.dat");
+        const std::string plainPath = join(stagingFolder, "Data.dat");
 
         showProgress(controller, 10);
         CZPKUtil::Unfake(dataPath, plainPath);
@@ -322,8 +322,8 @@ std::optional<std::string> ZPKCore::executableFileAtTemporaryFolder(const std::s
     if (params != nullptr) {
         params->reset();
     }
-    const std::string dataFolder = Join(folder, "Data");
-    const std::string startupPath = Join(folder, "Info/Startup.xml");
+    const std::string dataFolder = join(folder, "Data");
+    const std::string startupPath = join(folder, "Info/Startup.xml");
     if (CZPKUtil::IsFileExist(startupPath)) {
         const std::unique_ptr<const CStartupType> startup(CZPKXMLLoader::LoadStartupXML(startupPath));
         if (startup) {
@@ -332,12 +332,12 @@ std::optional<std::string> ZPKCore::executableFileAtTemporaryFolder(const std::s
             if (params != nullptr && !startup->exec.empty()) {
                 *params = std::vector<std::string>{startup->param};
             }
-            if (std::optional<std::string> program = ProgramOfStartup(*startup, dataFolder)) {
+            if (std::optional<std::string> program = programOfStartup(*startup, dataFolder)) {
                 return program;
             }
         }
     }
-    return FirstExecutableInFolder(dataFolder);
+    return firstExecutableInFolder(dataFolder);
 }
 
 void ZPKCore::executeFile(const std::optional<std::string>& path, const Parameters& params,
@@ -397,7 +397,7 @@ bool ZPKCore::UIMLogExistAtSignature(const std::string& signature) {
         return false;
     }
     const auto list = ZPKPropertyList::dictionaryWithContentsOfFile(
-        Join(*library, "Preferences/com.varno.ic_installer.plist"));
+        join(*library, "Preferences/com.varno.ic_installer.plist"));
     if (!list) {
         return false;
     }
@@ -407,7 +407,7 @@ bool ZPKCore::UIMLogExistAtSignature(const std::string& signature) {
 
 bool ZPKCore::uninstallXMLExistAtName(const std::string& name) {
     const std::optional<std::string> support = ZPKStandardFolders::localApplicationSupportFolder();
-    return support && CZPKUtil::IsFileExist(Join(Join(*support, "Varno_Inc_IC/Tandemset/Uninstall"), name));
+    return support && CZPKUtil::IsFileExist(join(join(*support, "Varno_Inc_IC/Tandemset/Uninstall"), name));
 }
 
 bool ZPKCore::searchSoftwareOnCDVolumes() {
@@ -420,6 +420,6 @@ bool ZPKCore::searchSoftwareOnCDVolumes() {
 }
 
 void ZPKCore::showSoftwareListDialog() {
-    m_frontEnd.runAlert({ZPKSoftwareListText(Localized(ZPKSTRING_UPDATE_FAILURE), _softwares), "",
-                         Localized(ZPKSTRING_OK), ZPKAlertStyle::Critical});
+    m_frontEnd.runAlert({ZPKSoftwareListText(localized(ZPKSTRING_UPDATE_FAILURE), _softwares), "",
+                         localized(ZPKSTRING_OK), ZPKAlertStyle::Critical});
 }

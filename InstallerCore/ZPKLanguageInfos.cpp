@@ -22,8 +22,8 @@ constexpr const char* kCodeKey = "Code";
 }  // namespace
 
 const ZPKLanguageInfos& ZPKLanguageInfos::infos() {
-    static const ZPKLanguageInfos* const sInfos = new ZPKLanguageInfos;
-    return *sInfos;
+    static const ZPKLanguageInfos* const kSInfos = new ZPKLanguageInfos;
+    return *kSInfos;
 }
 
 ZPKLanguageInfos::ZPKLanguageInfos() {

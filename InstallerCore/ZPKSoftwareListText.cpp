@@ -5,7 +5,7 @@
 
 namespace {
 
-std::string IndentedLines(const std::vector<std::string>& lines) {
+std::string indentedLines(const std::vector<std::string>& lines) {
     std::string text;
     for (const std::string& line : lines) {
         text += text.empty() ? "  " : "\n  ";
@@ -22,7 +22,7 @@ std::string ZPKSoftwareListText(const std::string& format, const std::vector<std
     for (std::size_t at = 0; at < format.size(); ++at) {
         const std::string pair = format.substr(at, 2);
         if (pair == "%s" && !inserted) {
-            text += IndentedLines(softwares);
+            text += indentedLines(softwares);
             inserted = true;
             ++at;
         } else if (pair == "%%") {

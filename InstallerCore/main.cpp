@@ -20,13 +20,13 @@ namespace {
 /// The run in progress, for an exit that does not come from it.
 ZPKCore* g_runningCore = nullptr;
 
-void CleanUpAtExit() {
+void cleanUpAtExit() {
     if (g_runningCore != nullptr) {
         g_runningCore->removeStagingFolderInUse();
     }
 }
 
-int RunApplication(ZPKFrontEnd& frontEnd) {
+int runApplication(ZPKFrontEnd& frontEnd) {
     try {
         const ZPKRemovableVolumes volumes;
         ZPKCore core(frontEnd, volumes);
@@ -41,19 +41,19 @@ int RunApplication(ZPKFrontEnd& frontEnd) {
     }
 }
 
-int RunOnTerminal() {
+int runOnTerminal() {
     ZPKTerminalFrontEnd frontEnd;
-    return RunApplication(frontEnd);
+    return runApplication(frontEnd);
 }
 
-bool IsSet(const char* variable) {
+bool isSet(const char* variable) {
     const char* value = std::getenv(variable);
     return value != nullptr && *value != '\0';
 }
 
 /// The windows, or null on a machine without a display or without the toolkit.
-std::unique_ptr<ZPKFrontEnd> OpenDesktop(int argc, char** argv) {
-    if (!IsSet("DISPLAY") && !IsSet("WAYLAND_DISPLAY") && !IsSet("QT_QPA_PLATFORM")) {
+std::unique_ptr<ZPKFrontEnd> openDesktop(int argc, char** argv) {
+    if (!isSet("DISPLAY") && !isSet("WAYLAND_DISPLAY") && !isSet("QT_QPA_PLATFORM")) {
         return nullptr;
     }
     const ZPKBundle& bundle = ZPKBundle::mainBundle();
@@ -68,7 +68,7 @@ std::unique_ptr<ZPKFrontEnd> OpenDesktop(int argc, char** argv) {
         return nullptr;
     }
     return std::unique_ptr<ZPKFrontEnd>(
-        create({argc, argv, bundle.resourcePath(), bundle.localizedName(), &RunOnTerminal}));
+        create({argc, argv, bundle.resourcePath(), bundle.localizedName(), &runOnTerminal}));
 }
 
 }  // namespace
@@ -76,7 +76,7 @@ std::unique_ptr<ZPKFrontEnd> OpenDesktop(int argc, char** argv) {
 int main(int argc, char** argv) {
     // Whoever reads the launcher's words may go away; the run must not end halfway for that.
     std::signal(SIGPIPE, SIG_IGN);
-    std::atexit(CleanUpAtExit);
-    const std::unique_ptr<ZPKFrontEnd> desktop = OpenDesktop(argc, argv);
-    return desktop ? RunApplication(*desktop) : RunOnTerminal();
+    std::atexit(cleanUpAtExit);
+    const std::unique_ptr<ZPKFrontEnd> desktop = openDesktop(argc, argv);
+    return desktop ? runApplication(*desktop) : runOnTerminal();
 }

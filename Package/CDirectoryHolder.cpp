@@ -10,13 +10,13 @@ namespace varno_zpk {
 namespace {
 
 /// Leftovers of an earlier run never survive: whatever is there goes first.
-void MakeDirectoryAfresh(const std::string& path) {
+void makeDirectoryAfresh(const std::string& path) {
     CZPKUtil::DeleteFolder(path);
     CZPKUtil::MakeDirectoryWithIntermediateDirectories(path);
 }
 
 /// For the way out of a failure, whose own exception is the one to pass on.
-void DeleteQuietly(const std::string& path) {
+void deleteQuietly(const std::string& path) {
     try {
         CZPKUtil::DeleteFolder(path);
     } catch (...) {
@@ -34,9 +34,9 @@ CDirectoryHolder::CDirectoryHolder(const std::string& createPath, const std::str
         return;
     }
     try {
-        MakeDirectoryAfresh(createPath);
+        makeDirectoryAfresh(createPath);
     } catch (...) {
-        DeleteQuietly(createPath);
+        deleteQuietly(createPath);
         throw;
     }
 }
@@ -47,11 +47,11 @@ CDirectoryHolder::CDirectoryHolder(const std::vector<std::string>& createPaths,
     std::size_t made = 0;
     try {
         for (; made < createPaths.size(); ++made) {
-            MakeDirectoryAfresh(createPaths[made]);
+            makeDirectoryAfresh(createPaths[made]);
         }
     } catch (...) {
         for (std::size_t index = 0; index < made; ++index) {
-            DeleteQuietly(createPaths[index]);
+            deleteQuietly(createPaths[index]);
         }
         throw;
     }

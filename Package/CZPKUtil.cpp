@@ -22,11 +22,11 @@ namespace varno_zpk {
 namespace {
 
 /// How far the bytes of a package archive are rotated.
-constexpr std::uint64_t rotation = 102400;
+constexpr std::uint64_t kRotation = 102400;
 
-constexpr unsigned int folderPermissions = 0777;
+constexpr unsigned int kFolderPermissions = 0777;
 
-void RunArchiveTool(ZPKTask& task, const std::vector<std::string>& arguments) {
+void runArchiveTool(ZPKTask& task, const std::vector<std::string>& arguments) {
     task.setLaunchPath(ZPKBundle::mainBundle().helperPath("ditto"));
     task.setArguments(arguments);
     if (task.launch()) {
@@ -34,14 +34,14 @@ void RunArchiveTool(ZPKTask& task, const std::vector<std::string>& arguments) {
     }
 }
 
-bool IsSameFile(const ZPKFileHandle& file, const std::string& path) {
+bool isSameFile(const ZPKFileHandle& file, const std::string& path) {
     struct stat attributes;
     return ::lstat(path.c_str(), &attributes) == 0 && attributes.st_dev == file.attributes().st_dev &&
            attributes.st_ino == file.attributes().st_ino;
 }
 
 /// Writes the two parts of `source` on both sides of `middle` to the new file in exchanged order.
-bool WriteExchanged(const ZPKFileHandle& source, std::uint64_t middle, std::optional<ZPKFileHandle> newFile) {
+bool writeExchanged(const ZPKFileHandle& source, std::uint64_t middle, std::optional<ZPKFileHandle> newFile) {
     if (!newFile) {
         return false;
     }
@@ -50,23 +50,23 @@ bool WriteExchanged(const ZPKFileHandle& source, std::uint64_t middle, std::opti
 }
 
 /// The same for a file in its own place: it stays as it is until its replacement is complete.
-void ExchangeInPlace(const ZPKFileHandle& source, std::uint64_t middle, const std::string& path) {
+void exchangeInPlace(const ZPKFileHandle& source, std::uint64_t middle, const std::string& path) {
     const std::string replacement = path + ".new-" + std::to_string(::getpid());
     std::optional<ZPKFileHandle> newFile = ZPKFileHandle::newFileAt(AT_FDCWD, replacement, 0666);
     if (!newFile) {
         return;
     }
-    if (!WriteExchanged(source, middle, std::move(newFile)) ||
+    if (!writeExchanged(source, middle, std::move(newFile)) ||
         ::rename(replacement.c_str(), path.c_str()) != 0) {
         ZPKFileManager::removeItem(replacement);
     }
 }
 
-void Exchange(const ZPKFileHandle& source, std::uint64_t middle, const std::string& dst) {
-    if (IsSameFile(source, dst)) {
-        ExchangeInPlace(source, middle, dst);
+void exchange(const ZPKFileHandle& source, std::uint64_t middle, const std::string& dst) {
+    if (isSameFile(source, dst)) {
+        exchangeInPlace(source, middle, dst);
     } else {
-        WriteExchanged(source, middle, ZPKFileHandle::replacingFileAtPath(dst));
+        writeExchanged(source, middle, ZPKFileHandle::replacingFileAtPath(dst));
     }
 }
 
@@ -75,12 +75,12 @@ struct MemoryFree {
 };
 
 /// The path without links; empty when nothing is there.
-std::string ResolvedPath(const std::string& path) {
+std::string resolvedPath(const std::string& path) {
     const std::unique_ptr<char, MemoryFree> resolved(::realpath(path.c_str(), nullptr));
     return resolved ? resolved.get() : "";
 }
 
-std::string ParentFolder(const std::string& path) {
+std::string parentFolder(const std::string& path) {
     const std::size_t last = path.find_last_not_of('/');
     const std::size_t separator = last == std::string::npos ? last : path.find_last_of('/', last);
     if (separator == std::string::npos) {
@@ -91,17 +91,17 @@ std::string ParentFolder(const std::string& path) {
 
 /// The path of an item without links on the way to it, the item itself possibly a link; empty when
 /// its folder is not there.
-std::string ResolvedItemPath(const std::string& path) {
-    const std::string folder = ResolvedPath(ParentFolder(path));
+std::string resolvedItemPath(const std::string& path) {
+    const std::string folder = resolvedPath(parentFolder(path));
     return folder.empty() ? folder
                           : ZPKFileManager::stringByAppendingPathComponent(
                                 folder, ZPKFileManager::lastPathComponent(path));
 }
 
 /// True when removing the item at `outer` would take `inner` with it.
-bool IsItemOrInside(const std::string& inner, const std::string& outer) {
-    const std::string innerItem = ResolvedItemPath(inner);
-    const std::string outerItem = ResolvedItemPath(outer);
+bool isItemOrInside(const std::string& inner, const std::string& outer) {
+    const std::string innerItem = resolvedItemPath(inner);
+    const std::string outerItem = resolvedItemPath(outer);
     return !outerItem.empty() && (innerItem == outerItem || innerItem.starts_with(outerItem + "/"));
 }
 
@@ -109,13 +109,13 @@ bool IsItemOrInside(const std::string& inner, const std::string& outer) {
 
 void CZPKUtil::Compress(const std::string& src, const std::string& dst) {
     ZPKTask task;
-    RunArchiveTool(task, {"-c", "-z", "-rsrc", "--keepParent", src, dst});
+    runArchiveTool(task, {"-c", "-z", "-rsrc", "--keepParent", src, dst});
 }
 
 void CZPKUtil::Extract(const std::string& src, const std::string& dst) {
     ZPKTask task;
     task.setStandardErrorToUnreadPipe();
-    RunArchiveTool(task, {"-x", "-z", "--rsrc", src, dst});
+    runArchiveTool(task, {"-x", "-z", "--rsrc", src, dst});
 }
 
 void CZPKUtil::Fake(const std::string& src, const std::string& dst) {
@@ -124,29 +124,29 @@ void CZPKUtil::Fake(const std::string& src, const std::string& dst) {
         ZPKFileHandle::replacingFileAtPath(dst);
         return;
     }
-    Exchange(*source, std::min(rotation, source->size()), dst);
+    exchange(*source, std::min(kRotation, source->size()), dst);
 }
 
 void CZPKUtil::Unfake(const std::string& src, const std::string& dst) {
     const std::optional<ZPKFileHandle> source = ZPKFileHandle::forReadingAtPath(src);
-    if (source && source->size() > rotation) {
-        Exchange(*source, source->size() - rotation, dst);
+    if (source && source->size() > kRotation) {
+        exchange(*source, source->size() - kRotation, dst);
         return;
     }
-    ZPKFileManager::copyItem(ResolvedPath(src), dst);
+    ZPKFileManager::copyItem(resolvedPath(src), dst);
 }
 
 bool CZPKUtil::MakeDirectoryWithIntermediateDirectories(const std::string& path) {
-    return ZPKFileManager::createFolderWithIntermediateFolders(path, folderPermissions);
+    return ZPKFileManager::createFolderWithIntermediateFolders(path, kFolderPermissions);
 }
 
 bool CZPKUtil::Copy(const std::string& src, const std::string& dst) {
     // Making room at the destination must not delete what is to be copied.
-    if (IsItemOrInside(src, dst)) {
+    if (isItemOrInside(src, dst)) {
         return false;
     }
     ZPKFileManager::removeItem(dst);
-    MakeDirectoryWithIntermediateDirectories(ParentFolder(dst));
+    MakeDirectoryWithIntermediateDirectories(parentFolder(dst));
     return ZPKFileManager::copyItem(src, dst);
 }
 

@@ -15,9 +15,9 @@
 
 namespace {
 
-const std::string contentsFolder = "/Contents/";
-const std::string informationFile = "/Contents/Info.plist";
-const std::string bundleExtension = ".app";
+const std::string kContentsFolder = "/Contents/";
+const std::string kInformationFile = "/Contents/Info.plist";
+const std::string kBundleExtension = ".app";
 
 std::string withoutTrailingSeparators(const std::string& path) {
     const std::size_t last = path.find_last_not_of('/');
@@ -43,7 +43,7 @@ std::optional<ZPKBundle>& bundleSetByProgram() {
 
 std::optional<ZPKBundle> ZPKBundle::bundleWithPath(const std::string& path) {
     const std::string folder = withoutTrailingSeparators(path);
-    const std::string information = folder + informationFile;
+    const std::string information = folder + kInformationFile;
     if (folder.empty() || !ZPKFileManager::fileExists(information) || ZPKFileManager::isFolder(information)) {
         return std::nullopt;
     }
@@ -51,13 +51,13 @@ std::optional<ZPKBundle> ZPKBundle::bundleWithPath(const std::string& path) {
 }
 
 std::optional<ZPKBundle> ZPKBundle::bundleOfProgram(const std::string& path) {
-    std::size_t at = path.rfind(contentsFolder);
+    std::size_t at = path.rfind(kContentsFolder);
     while (at != std::string::npos && at != 0) {
-        const bool isHelper = path.compare(at + contentsFolder.size(), 8, "Helpers/") == 0;
+        const bool isHelper = path.compare(at + kContentsFolder.size(), 8, "Helpers/") == 0;
         if (std::optional<ZPKBundle> bundle = bundleWithPath(path.substr(0, at))) {
             return isHelper ? std::nullopt : bundle;
         }
-        at = path.rfind(contentsFolder, at - 1);
+        at = path.rfind(kContentsFolder, at - 1);
     }
     return std::nullopt;
 }
@@ -66,12 +66,12 @@ const ZPKBundle& ZPKBundle::mainBundle() {
     if (bundleSetByProgram()) {
         return *bundleSetByProgram();
     }
-    static const ZPKBundle bundle = [] {
+    static const ZPKBundle kBundle = [] {
         const std::string program = ZPKProcess::executablePath("self").value_or("/");
         const std::optional<ZPKBundle> found = bundleOfProgram(program);
         return found ? *found : ZPKBundle(parentFolder(program));
     }();
-    return bundle;
+    return kBundle;
 }
 
 void ZPKBundle::setMainBundle(const ZPKBundle& bundle) {
@@ -112,18 +112,18 @@ std::string ZPKBundle::localizedName() const {
             return *name;
         }
     }
-    const auto information = ZPKPropertyList::dictionaryWithContentsOfFile(m_path + informationFile);
+    const auto information = ZPKPropertyList::dictionaryWithContentsOfFile(m_path + kInformationFile);
     if (information) {
         if (std::optional<std::string> name = information->stringForKey(key)) {
             return *name;
         }
     }
     const std::string folder = ZPKFileManager::lastPathComponent(m_path);
-    return folder.ends_with(bundleExtension) ? folder.substr(0, folder.size() - bundleExtension.size())
-                                             : folder;
+    return folder.ends_with(kBundleExtension) ? folder.substr(0, folder.size() - kBundleExtension.size())
+                                              : folder;
 }
 
 std::string ZPKBundle::infoString(const std::string& key) const {
-    const auto information = ZPKPropertyList::dictionaryWithContentsOfFile(m_path + informationFile);
+    const auto information = ZPKPropertyList::dictionaryWithContentsOfFile(m_path + kInformationFile);
     return information ? information->stringForKey(key).value_or("") : "";
 }

@@ -23,16 +23,16 @@ struct PendingRange {
     void advance(ssize_t count) { length -= static_cast<std::uint64_t>(count); }
 };
 
-constexpr std::size_t largestKernelStep = std::size_t{1} << 30;
-constexpr std::uint64_t boundary = std::uint64_t{64} * 1024;
-constexpr std::size_t bufferSize = std::size_t{256} * 1024;
+constexpr std::size_t kLargestKernelStep = std::size_t{1} << 30;
+constexpr std::uint64_t kBoundary = std::uint64_t{64} * 1024;
+constexpr std::size_t kBufferSize = std::size_t{256} * 1024;
 
 /// Lets the kernel copy; stops at whatever it refuses, which the next way then copies or reports.
 template <typename Step>
 void copyInKernel(PendingRange& range, Step step) {
     while (range.length > 0) {
         const std::size_t wanted =
-            static_cast<std::size_t>(std::min<std::uint64_t>(range.length, largestKernelStep));
+            static_cast<std::size_t>(std::min<std::uint64_t>(range.length, kLargestKernelStep));
         const ssize_t count = step(wanted);
         if (count > 0) {
             range.advance(count);
@@ -59,10 +59,10 @@ bool copyThroughBuffer(PendingRange& range) {
     if (range.length == 0) {
         return true;
     }
-    const auto buffer = std::make_unique<char[]>(bufferSize);
+    const auto buffer = std::make_unique<char[]>(kBufferSize);
     while (range.length > 0) {
         const std::size_t wanted =
-            static_cast<std::size_t>(std::min<std::uint64_t>(range.length, bufferSize));
+            static_cast<std::size_t>(std::min<std::uint64_t>(range.length, kBufferSize));
         const ssize_t count = ::pread(range.source, buffer.get(), wanted, range.offset);
         if (count < 0 && errno == EINTR) {
             continue;
@@ -129,8 +129,8 @@ bool ZPKFileHandle::append(const ZPKFileHandle& source, std::uint64_t offset, st
     // In steps that begin where the page cache would begin its larger pages too, the kernel copies in
     // half the time.
     const off_t position = ::lseek(descriptor(), 0, SEEK_CUR);
-    const std::uint64_t beyondBoundary = static_cast<std::uint64_t>(position < 0 ? 0 : position) % boundary;
-    const std::uint64_t first = std::min(length, (boundary - beyondBoundary) % boundary);
+    const std::uint64_t beyondBoundary = static_cast<std::uint64_t>(position < 0 ? 0 : position) % kBoundary;
+    const std::uint64_t first = std::min(length, (kBoundary - beyondBoundary) % kBoundary);
     return copyRange({source.descriptor(), descriptor(), static_cast<off_t>(offset), first}) &&
            copyRange({source.descriptor(), descriptor(), static_cast<off_t>(offset + first), length - first});
 }

@@ -105,7 +105,7 @@ private:
     bool m_complete = true;
 };
 
-constexpr mode_t copiedPermissions = 01777;
+constexpr mode_t kCopiedPermissions = 01777;
 
 /// Copies an item; a folder with everything in it.
 class TreeCopier {
@@ -168,7 +168,7 @@ private:
         }
         const struct stat& attributes = from->attributes();
         const std::array<timespec, 2> times{attributes.st_atim, attributes.st_mtim};
-        return ::fchmod(to->descriptor(), attributes.st_mode & copiedPermissions) == 0 &&
+        return ::fchmod(to->descriptor(), attributes.st_mode & kCopiedPermissions) == 0 &&
                ::futimens(to->descriptor(), times.data()) == 0;
     }
 
@@ -198,7 +198,7 @@ private:
         const ZPKFileDescriptor kept(::fcntl(copy, F_DUPFD_CLOEXEC, 0));
         m_complete &= ::futimens(copy, times.data()) == 0;
         const bool regained = m_destination.leave();
-        m_complete &= ::fchmod(kept.get(), attributes.stx_mode & copiedPermissions) == 0;
+        m_complete &= ::fchmod(kept.get(), attributes.stx_mode & kCopiedPermissions) == 0;
         if (!m_source.leave() || !regained) {
             m_complete = false;
             m_source = ZPKFolderWalker(ZPKFolderWalker::Access::Plain);

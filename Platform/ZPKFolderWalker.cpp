@@ -15,9 +15,9 @@
 namespace {
 
 // Deeper levels give up their descriptor on the way down and are regained through "..".
-constexpr std::size_t levelsKeptOpen = 32;
+constexpr std::size_t kLevelsKeptOpen = 32;
 
-constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
 
 struct FolderCloser {
     void operator()(DIR* folder) const { ::closedir(folder); }
@@ -49,7 +49,7 @@ ZPKFileDescriptor openClosedFolder(int parent, const std::string& name) {
     if (::chmod(handle.c_str(), S_IRWXU) != 0) {
         return {};
     }
-    return ZPKFileDescriptor(::openat(place.get(), ".", folderFlags));
+    return ZPKFileDescriptor(::openat(place.get(), ".", kFolderFlags));
 }
 
 unsigned char typeOf(int folder, const struct dirent& entry) {
@@ -66,7 +66,7 @@ unsigned char typeOf(int folder, const struct dirent& entry) {
 }  // namespace
 
 ZPKFileDescriptor ZPKFolderWalker::openFolder(int parent, const std::string& name) const {
-    ZPKFileDescriptor folder(::openat(parent, name.c_str(), folderFlags));
+    ZPKFileDescriptor folder(::openat(parent, name.c_str(), kFolderFlags));
     if (!folder.isOpen() && errno == EACCES && m_access == Access::ForRemoval) {
         return openClosedFolder(parent, name);
     }
@@ -98,7 +98,7 @@ bool ZPKFolderWalker::enterAt(int parent, const std::string& name) {
         }
     }
     level.name = name;
-    if (m_levels.size() > levelsKeptOpen) {
+    if (m_levels.size() > kLevelsKeptOpen) {
         static_cast<void>(m_levels.back().descriptor.close());
     }
     m_levels.push_back(std::move(level));
@@ -115,7 +115,7 @@ bool ZPKFolderWalker::leave() {
     if (m_levels.empty() || m_levels.back().descriptor.isOpen()) {
         return true;
     }
-    ZPKFileDescriptor parent(::openat(left.descriptor.get(), "..", folderFlags));
+    ZPKFileDescriptor parent(::openat(left.descriptor.get(), "..", kFolderFlags));
     struct statx attributes;
     if (!parent.isOpen() || !readAttributes(parent.get(), attributes) ||
         !isSameFolder(attributes, m_levels.back().attributes)) {

@@ -7,18 +7,18 @@
 
 #include <cerrno>
 
+#include "Base/ZPKUnicode.h"
 #include "Platform/ZPKFileHandle.h"
 #include "Platform/ZPKPropertyListNode.h"
-#include "Base/ZPKUnicode.h"
 
 namespace {
 
 // Lists of installed software are thousands of times smaller.
-constexpr std::uint64_t largestFile = std::uint64_t{64} * 1024 * 1024;
+constexpr std::uint64_t kLargestFile = std::uint64_t{64} * 1024 * 1024;
 
 std::optional<std::string> contentsOf(const std::string& path) {
     const std::optional<ZPKFileHandle> file = ZPKFileHandle::forReadingAtPath(path);
-    if (!file || file->size() > largestFile) {
+    if (!file || file->size() > kLargestFile) {
         return std::nullopt;
     }
     std::string bytes(static_cast<std::size_t>(file->size()), '\0');

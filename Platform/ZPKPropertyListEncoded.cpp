@@ -78,7 +78,7 @@ std::optional<Node> rootOf(plist_t list) {
 }  // namespace
 
 std::optional<ZPKPropertyList::Node> ZPKPropertyList::Node::fromXML(std::string_view text) {
-    const std::optional<std::string> plain = ZPKPropertyListGuard::plainXML(text, deepestNesting);
+    const std::optional<std::string> plain = ZPKPropertyListGuard::plainXML(text, kDeepestNesting);
     if (!plain) {
         return std::nullopt;
     }
@@ -89,7 +89,7 @@ std::optional<ZPKPropertyList::Node> ZPKPropertyList::Node::fromXML(std::string_
 }
 
 std::optional<ZPKPropertyList::Node> ZPKPropertyList::Node::fromBinary(std::string_view bytes) {
-    if (!ZPKPropertyListGuard::isReasonableBinary(bytes, deepestNesting)) {
+    if (!ZPKPropertyListGuard::isReasonableBinary(bytes, kDeepestNesting)) {
         return std::nullopt;
     }
     plist_t list = nullptr;

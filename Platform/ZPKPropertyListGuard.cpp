@@ -59,9 +59,9 @@ private:
     }
 
     bool copyCharacterData() {
-        constexpr std::size_t openerLength = 9;
-        const std::size_t start = m_at + openerLength;
-        if (!skipThrough("]]>", openerLength)) {
+        constexpr std::size_t kOpenerLength = 9;
+        const std::size_t start = m_at + kOpenerLength;
+        if (!skipThrough("]]>", kOpenerLength)) {
             return false;
         }
         for (const char character : m_text.substr(start, m_at - 3 - start)) {
@@ -154,8 +154,8 @@ public:
               std::vector<std::uint64_t>& outReferences) const;
 
 private:
-    static constexpr std::size_t trailerLength = 32;
-    static constexpr std::size_t headerLength = 8;
+    static constexpr std::size_t kTrailerLength = 32;
+    static constexpr std::size_t kHeaderLength = 8;
 
     std::uint64_t number(std::uint64_t at, std::size_t width) const {
         std::uint64_t value = 0;
@@ -179,10 +179,10 @@ private:
 };
 
 bool BinaryObjects::open() {
-    if (m_bytes.size() < headerLength + trailerLength) {
+    if (m_bytes.size() < kHeaderLength + kTrailerLength) {
         return false;
     }
-    m_end = m_bytes.size() - trailerLength;
+    m_end = m_bytes.size() - kTrailerLength;
     m_offsetWidth = static_cast<unsigned char>(m_bytes[static_cast<std::size_t>(m_end) + 6]);
     m_referenceWidth = static_cast<unsigned char>(m_bytes[static_cast<std::size_t>(m_end) + 7]);
     m_count = number(m_end + 8, 8);
@@ -271,16 +271,16 @@ public:
 
 private:
     // Room for lists thousands of times larger than any in use; what a list says twice counts twice.
-    static constexpr std::uint64_t mostBytesReadOut = std::uint64_t{256} * 1024 * 1024;
-    static constexpr std::uint64_t bytesOfAnyObject = 64;
-    static constexpr std::uint64_t unknownSize = 0;
-    static constexpr std::uint64_t sizeBeingCounted = UINT64_MAX;
+    static constexpr std::uint64_t kMostBytesReadOut = std::uint64_t{256} * 1024 * 1024;
+    static constexpr std::uint64_t kBytesOfAnyObject = 64;
+    static constexpr std::uint64_t kUnknownSize = 0;
+    static constexpr std::uint64_t kSizeBeingCounted = UINT64_MAX;
 
     struct OpenObject {
         std::uint64_t object;
         std::vector<std::uint64_t> references;
         std::size_t next = 0;
-        std::uint64_t size = bytesOfAnyObject;
+        std::uint64_t size = kBytesOfAnyObject;
     };
 
     bool enter(std::uint64_t object) {
@@ -290,7 +290,7 @@ private:
             return false;
         }
         opened.size += length;
-        m_sizes[static_cast<std::size_t>(object)] = sizeBeingCounted;
+        m_sizes[static_cast<std::size_t>(object)] = kSizeBeingCounted;
         m_open.push_back(std::move(opened));
         return true;
     }
@@ -307,15 +307,15 @@ private:
             return false;
         }
         const std::uint64_t size = m_sizes[static_cast<std::size_t>(reference)];
-        if (size == sizeBeingCounted) {
+        if (size == kSizeBeingCounted) {
             return false;
         }
-        if (size == unknownSize) {
+        if (size == kUnknownSize) {
             return enter(reference);
         }
         current.size += size;
         ++current.next;
-        return current.size <= mostBytesReadOut;
+        return current.size <= kMostBytesReadOut;
     }
 
     const BinaryObjects& m_objects;

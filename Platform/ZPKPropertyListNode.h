@@ -32,5 +32,5 @@ struct ZPKPropertyList::Node {
     static std::optional<Node> fromBinary(std::string_view bytes);
 
     /// Deeper lists are taken for malformed, so that no reader runs out of stack.
-    static constexpr std::size_t deepestNesting = 128;
+    static constexpr std::size_t kDeepestNesting = 128;
 };

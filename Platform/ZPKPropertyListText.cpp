@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Zephyrkit authors
 // SPDX-License-Identifier: MIT
 
-#include "Platform/ZPKPropertyListNode.h"
 #include "Base/ZPKUnicode.h"
+#include "Platform/ZPKPropertyListNode.h"
 
 namespace {
 
@@ -134,7 +134,7 @@ bool TextReader::readPair(Node& dictionary) {
 }
 
 std::optional<Node::Value> TextReader::readValue() {
-    if (atEnd() || m_depth == Node::deepestNesting) {
+    if (atEnd() || m_depth == Node::kDeepestNesting) {
         return std::nullopt;
     }
     ++m_depth;
@@ -239,10 +239,10 @@ bool TextReader::readEscape(std::string& outText) {
     if (character == 'U' || character == 'u') {
         return readUnicodeEscape(outText);
     }
-    constexpr std::string_view letters = "abfnrtv";
-    constexpr std::string_view meanings = "\a\b\f\n\r\t\v";
-    const std::size_t letter = letters.find(character);
-    outText += letter == std::string_view::npos ? character : meanings[letter];
+    constexpr std::string_view kLetters = "abfnrtv";
+    constexpr std::string_view kMeanings = "\a\b\f\n\r\t\v";
+    const std::size_t letter = kLetters.find(character);
+    outText += letter == std::string_view::npos ? character : kMeanings[letter];
     return true;
 }
 
@@ -267,19 +267,19 @@ bool TextReader::readUnicodeEscape(std::string& outText) {
 }
 
 std::optional<char32_t> TextReader::readCodeUnit() {
-    constexpr std::size_t mostDigits = 4;
+    constexpr std::size_t kMostDigits = 4;
     char32_t unit = 0;
     std::size_t digits = 0;
-    for (; digits < mostDigits && !atEnd() && isHexadecimalDigit(current()); ++digits, ++m_at) {
+    for (; digits < kMostDigits && !atEnd() && isHexadecimalDigit(current()); ++digits, ++m_at) {
         unit = unit * 16 + digitValue(current());
     }
     return digits > 0 ? std::optional(unit) : std::nullopt;
 }
 
 void TextReader::readOctalEscape(std::string& outText) {
-    constexpr std::size_t mostDigits = 3;
+    constexpr std::size_t kMostDigits = 3;
     char32_t codePoint = 0;
-    for (std::size_t digits = 0; digits < mostDigits && !atEnd() && isOctalDigit(current());
+    for (std::size_t digits = 0; digits < kMostDigits && !atEnd() && isOctalDigit(current());
          ++digits, ++m_at) {
         codePoint = codePoint * 8 + digitValue(current());
     }

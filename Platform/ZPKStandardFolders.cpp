@@ -15,8 +15,8 @@
 
 namespace {
 
-constexpr mode_t writableByOthers = S_IWGRP | S_IWOTH;
-constexpr mode_t permissionBits = S_IRWXU | S_IRWXG | S_IRWXO;
+constexpr mode_t kWritableByOthers = S_IWGRP | S_IWOTH;
+constexpr mode_t kPermissionBits = S_IRWXU | S_IRWXG | S_IRWXO;
 
 std::string withoutTrailingSeparators(const std::string& path) {
     const std::size_t last = path.find_last_not_of('/');
@@ -39,7 +39,7 @@ bool isMountedWithoutExecution(const std::string& folder) {
 
 bool belongsToUserAlone(const struct stat& attributes) {
     return S_ISDIR(attributes.st_mode) && attributes.st_uid == ::geteuid() &&
-           (attributes.st_mode & writableByOthers) == 0;
+           (attributes.st_mode & kWritableByOthers) == 0;
 }
 
 /// The user's own folder inside one that others may write to. It may have been put there by
@@ -50,7 +50,7 @@ std::optional<std::string> privateFolderInside(const std::string& folder) {
     static_cast<void>(::mkdir(path.c_str(), S_IRWXU));
     struct stat attributes;
     if (::lstat(path.c_str(), &attributes) != 0 || !belongsToUserAlone(attributes) ||
-        (attributes.st_mode & permissionBits) != S_IRWXU) {
+        (attributes.st_mode & kPermissionBits) != S_IRWXU) {
         return std::nullopt;
     }
     return path;

@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr int firstDescriptorAfterStandardStreams = 3;
+constexpr int kFirstDescriptorAfterStandardStreams = 3;
 
 /// What `posix_spawn` is told, released at the end of the scope.
 class SpawnPlan {
@@ -47,7 +47,7 @@ int SpawnPlan::prepare(int standardError) {
         }
     }
     if (const int error =
-            posix_spawn_file_actions_addclosefrom_np(&m_actions, firstDescriptorAfterStandardStreams)) {
+            posix_spawn_file_actions_addclosefrom_np(&m_actions, kFirstDescriptorAfterStandardStreams)) {
         return error;
     }
     sigset_t none;

@@ -22,11 +22,11 @@ using namespace varno_zpk;
 namespace {
 
 /// Copied at once: the localizer's text lives only until its next call.
-std::string Localized(const char* key) {
+std::string localized(const char* key) {
     return CLocalizer::GetLocalizer()->Localize(key);
 }
 
-std::string JoinLines(const std::vector<std::string>& lines) {
+std::string joinLines(const std::vector<std::string>& lines) {
     std::string text;
     for (const std::string& line : lines) {
         text += (&line == &lines.front() ? "" : "\n") + line;
@@ -34,17 +34,17 @@ std::string JoinLines(const std::vector<std::string>& lines) {
     return text;
 }
 
-bool IsPattern(const std::string& searchPath) {
+bool isPattern(const std::string& searchPath) {
     return searchPath.find_first_of("*?") != std::string::npos;
 }
 
 /// A pattern that begins with a star continues the volume's own path; any other begins below it.
-std::string FullPattern(const std::string& volume, const std::string& searchPath) {
+std::string fullPattern(const std::string& volume, const std::string& searchPath) {
     return searchPath.front() == '*' ? volume + searchPath
                                      : ZPKFileManager::stringByAppendingPathComponent(volume, searchPath);
 }
 
-bool AnyMatches(const std::string& pattern, const std::vector<std::string>& paths) {
+bool anyMatches(const std::string& pattern, const std::vector<std::string>& paths) {
     for (const std::string& path : paths) {
         if (WildCard::Match(pattern, path)) {
             return true;
@@ -74,15 +74,15 @@ void ZPKCDSearchWindowController::awakeFromNib() {
         {[this] { pushSearch(); }, [this] { pushCancel(); }, [this] { return windowShouldClose(); }});
     m_window->center();
     setupFont();
-    m_window->setTitle(Localized(ZPKSTRING_DISCCHECK_TITLE));
-    m_window->setMessage(Localized(ZPKSTRING_DISCCHECK_MESSAGE));
-    m_window->setSearchButtonTitle(Localized(ZPKSTRING_DISCCHECK_START));
-    m_window->setCancelButtonTitle(Localized(ZPKSTRING_DISCCHECK_CANCEL));
-    m_window->setProductList(JoinLines(_softwares));
+    m_window->setTitle(localized(ZPKSTRING_DISCCHECK_TITLE));
+    m_window->setMessage(localized(ZPKSTRING_DISCCHECK_MESSAGE));
+    m_window->setSearchButtonTitle(localized(ZPKSTRING_DISCCHECK_START));
+    m_window->setCancelButtonTitle(localized(ZPKSTRING_DISCCHECK_CANCEL));
+    m_window->setProductList(joinLines(_softwares));
 }
 
 void ZPKCDSearchWindowController::setupFont() {
-    const std::string name = Localized(ZPKSTRING_FONTNAME_FORMAC);
+    const std::string name = localized(ZPKSTRING_FONTNAME_FORMAC);
     if (name.empty()) {
         return;
     }
@@ -127,7 +127,7 @@ bool ZPKCDSearchWindowController::searchUnderProgressWindow() {
     progress.progressIndicator()->setIndeterminate(true);
     progress.progressIndicator()->startAnimation();
     progress.window()->makeKeyAndOrderFront();
-    progress.setTitle(Localized(ZPKSTRING_DISCCHECK_SERACHING));
+    progress.setTitle(localized(ZPKSTRING_DISCCHECK_SERACHING));
     {
         const std::unique_ptr<ZPKModalSession> session =
             m_frontEnd.beginModalSessionForWindow(*progress.window());
@@ -142,7 +142,7 @@ bool ZPKCDSearchWindowController::searchUnderProgressWindow() {
 
 void ZPKCDSearchWindowController::showInvalidDiscAlert() {
     m_frontEnd.runAlert(
-        {Localized(ZPKSTRING_UPDATE_INVALID_DISC), "", Localized(ZPKSTRING_OK), ZPKAlertStyle::Critical});
+        {localized(ZPKSTRING_UPDATE_INVALID_DISC), "", localized(ZPKSTRING_OK), ZPKAlertStyle::Critical});
 }
 
 void ZPKCDSearchWindowController::searchTaskOnWorkerThread() {
@@ -165,7 +165,7 @@ void ZPKCDSearchWindowController::searchTaskOnWorkerThread() {
 bool ZPKCDSearchWindowController::volumeHoldsDisc(const std::string& volume) const {
     std::vector<std::string> files;
     for (const std::string& searchPath : _searchPaths) {
-        if (!IsPattern(searchPath)) {
+        if (!isPattern(searchPath)) {
             if (CZPKUtil::IsFileExist(ZPKFileManager::stringByAppendingPathComponent(volume, searchPath))) {
                 return true;
             }
@@ -174,7 +174,7 @@ bool ZPKCDSearchWindowController::volumeHoldsDisc(const std::string& volume) con
         if (files.empty()) {
             CZPKUtil::GetFilePathList(volume, &files);
         }
-        if (AnyMatches(FullPattern(volume, searchPath), files)) {
+        if (anyMatches(fullPattern(volume, searchPath), files)) {
             return true;
         }
     }

@@ -22,12 +22,12 @@ int ZPKFrontEndBase::run(ZPKApplicationDelegate& delegate) {
 
 void ZPKFrontEndBase::sendMessages(ZPKApplicationDelegate& delegate) {
     using Message = void (ZPKApplicationDelegate::*)();
-    constexpr Message messages[] = {
+    constexpr Message kMessages[] = {
         &ZPKApplicationDelegate::awakeFromNib,
         &ZPKApplicationDelegate::applicationWillFinishLaunching,
         &ZPKApplicationDelegate::applicationDidFinishLaunching,
     };
-    for (const Message message : messages) {
+    for (const Message message : kMessages) {
         if (m_loops.isTerminated()) {
             return;
         }

@@ -13,7 +13,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-fs::path TargetFolder() {
+fs::path targetFolder() {
     if (const char* dataHome = std::getenv("XDG_DATA_HOME"); dataHome != nullptr && *dataHome == '/') {
         return fs::path(dataHome) / "HelloSetup";
     }
@@ -32,7 +32,7 @@ int main(int argc, char** argv) {
 
     std::error_code error;
     const fs::path payload = fs::read_symlink("/proc/self/exe", error).parent_path();
-    const fs::path target = TargetFolder();
+    const fs::path target = targetFolder();
     fs::create_directories(target, error);
     fs::copy_file(payload / "Greeting.txt", target / "Greeting.txt", fs::copy_options::overwrite_existing,
                   error);

@@ -20,7 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::uint64_t DigestOfFile(const std::string& path) {
+std::uint64_t digestOfFile(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     std::vector<char> buffer(1 << 20);
     std::uint64_t digest = 14695981039346656037U;
@@ -31,7 +31,7 @@ std::uint64_t DigestOfFile(const std::string& path) {
     return digest;
 }
 
-std::string Describe(const std::string& path, const struct stat& status, bool otherTimes) {
+std::string describe(const std::string& path, const struct stat& status, bool otherTimes) {
     char text[128];
     long long time = !S_ISREG(status.st_mode) && !otherTimes ? 0 : status.st_mtim.tv_sec;
     unsigned permissions = S_ISLNK(status.st_mode) ? 0 : status.st_mode & 07777;
@@ -40,14 +40,14 @@ std::string Describe(const std::string& path, const struct stat& status, bool ot
     std::string description = text;
     if (S_ISREG(status.st_mode)) {
         description +=
-            "size " + std::to_string(status.st_size) + " digest " + std::to_string(DigestOfFile(path));
+            "size " + std::to_string(status.st_size) + " digest " + std::to_string(digestOfFile(path));
     } else if (S_ISLNK(status.st_mode)) {
         description += "-> " + fs::read_symlink(path).string();
     }
     return description;
 }
 
-void AppendDigits(std::string& archive, std::uint64_t value, std::size_t digits, std::uint64_t base) {
+void appendDigits(std::string& archive, std::uint64_t value, std::size_t digits, std::uint64_t base) {
     std::string text(digits, '0');
     for (std::size_t i = digits; i > 0; --i, value /= base) {
         text[i - 1] = "0123456789abcdef"[value % base];
@@ -55,32 +55,32 @@ void AppendDigits(std::string& archive, std::uint64_t value, std::size_t digits,
     archive += text;
 }
 
-void AppendOdc(std::string& archive, const RawMember& member) {
+void appendOdc(std::string& archive, const RawMember& member) {
     std::uint64_t size = member.announcedSize == UINT64_MAX ? member.data.size() : member.announcedSize;
     archive += "070707";
-    AppendDigits(archive, 0, 6, 8);
-    AppendDigits(archive, member.inode, 6, 8);
-    AppendDigits(archive, member.mode, 6, 8);
-    AppendDigits(archive, 0, 6, 8);
-    AppendDigits(archive, 0, 6, 8);
-    AppendDigits(archive, member.linkCount, 6, 8);
-    AppendDigits(archive, 0, 6, 8);
-    AppendDigits(archive, member.modified, 11, 8);
-    AppendDigits(archive, member.name.size() + 1, 6, 8);
-    AppendDigits(archive, size, 11, 8);
+    appendDigits(archive, 0, 6, 8);
+    appendDigits(archive, member.inode, 6, 8);
+    appendDigits(archive, member.mode, 6, 8);
+    appendDigits(archive, 0, 6, 8);
+    appendDigits(archive, 0, 6, 8);
+    appendDigits(archive, member.linkCount, 6, 8);
+    appendDigits(archive, 0, 6, 8);
+    appendDigits(archive, member.modified, 11, 8);
+    appendDigits(archive, member.name.size() + 1, 6, 8);
+    appendDigits(archive, size, 11, 8);
     archive += member.name;
     archive += '\0';
     archive += member.data;
 }
 
-void AppendNewc(std::string& archive, const RawMember& member) {
+void appendNewc(std::string& archive, const RawMember& member) {
     std::uint64_t size = member.announcedSize == UINT64_MAX ? member.data.size() : member.announcedSize;
     archive += "070701";
     for (std::uint64_t value :
          {std::uint64_t{member.inode}, std::uint64_t{member.mode}, std::uint64_t{0}, std::uint64_t{0},
           std::uint64_t{member.linkCount}, member.modified, size, std::uint64_t{0}, std::uint64_t{0},
           std::uint64_t{0}, std::uint64_t{0}, std::uint64_t{member.name.size() + 1}, std::uint64_t{0}}) {
-        AppendDigits(archive, value, 8, 16);
+        appendDigits(archive, value, 8, 16);
     }
     archive += member.name;
     archive += '\0';
@@ -91,7 +91,7 @@ void AppendNewc(std::string& archive, const RawMember& member) {
 
 }  // namespace
 
-Outcome RunProgram(const std::vector<std::string>& command, const std::function<void()>& prepare) {
+Outcome runProgram(const std::vector<std::string>& command, const std::function<void()>& prepare) {
     TemporaryFolder folder;
     std::string errorPath = folder / "stderr";
     int errorFile = open(errorPath.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
@@ -122,28 +122,28 @@ Outcome RunProgram(const std::vector<std::string>& command, const std::function<
     wait4(child, &status, 0, &usage);
     Outcome outcome;
     outcome.exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    outcome.standardError = ReadFile(errorPath);
+    outcome.standardError = readFile(errorPath);
     outcome.peakMemory = usage.ru_maxrss;
     return outcome;
 }
 
-Outcome Create(const std::string& source, const std::string& archive) {
-    return RunProgram({ZPK_DITTO, "-c", "-z", "-rsrc", "--keepParent", source, archive});
+Outcome create(const std::string& source, const std::string& archive) {
+    return runProgram({ZPK_DITTO, "-c", "-z", "-rsrc", "--keepParent", source, archive});
 }
 
-Outcome Extract(const std::string& archive, const std::string& folder, const std::function<void()>& prepare) {
-    return RunProgram({ZPK_DITTO, "-x", "-z", "--rsrc", archive, folder}, prepare);
+Outcome extract(const std::string& archive, const std::string& folder, const std::function<void()>& prepare) {
+    return runProgram({ZPK_DITTO, "-x", "-z", "--rsrc", archive, folder}, prepare);
 }
 
-void Shell(const std::string& line) {
+void shell(const std::string& line) {
     ASSERT_EQ(std::system(("set -e; " + line).c_str()), 0) << line;
 }
 
-bool HasProgram(const std::string& name) {
+bool hasProgram(const std::string& name) {
     return std::system(("command -v " + name + " >/dev/null 2>&1").c_str()) == 0;
 }
 
-std::map<std::string, std::string> Snapshot(const std::string& folder, bool otherTimes) {
+std::map<std::string, std::string> snapshot(const std::string& folder, bool otherTimes) {
     std::map<std::string, std::string> things;
     std::map<std::pair<dev_t, ino_t>, std::string> firstNames;
     std::set<std::string> paths;
@@ -155,7 +155,7 @@ std::map<std::string, std::string> Snapshot(const std::string& folder, bool othe
         EXPECT_EQ(lstat(path.c_str(), &status), 0) << path;
         std::string relative = path.substr(folder.size() + 1);
         std::string& description = things[relative];
-        description = Describe(path, status, otherTimes);
+        description = describe(path, status, otherTimes);
         if (!S_ISDIR(status.st_mode) && status.st_nlink > 1) {
             auto [first, isNew] = firstNames.try_emplace({status.st_dev, status.st_ino}, relative);
             description += " same as " + first->second;
@@ -164,21 +164,21 @@ std::map<std::string, std::string> Snapshot(const std::string& folder, bool othe
     return things;
 }
 
-std::string MakeOdc(const std::vector<RawMember>& members) {
+std::string makeOdc(const std::vector<RawMember>& members) {
     std::string archive;
     for (const RawMember& member : members) {
-        AppendOdc(archive, member);
+        appendOdc(archive, member);
     }
-    AppendOdc(archive, {"TRAILER!!!", 0, "", 0, 1, UINT64_MAX, 0});
+    appendOdc(archive, {"TRAILER!!!", 0, "", 0, 1, UINT64_MAX, 0});
     return archive;
 }
 
-std::string MakeNewc(const std::vector<RawMember>& members) {
+std::string makeNewc(const std::vector<RawMember>& members) {
     std::string archive;
     for (const RawMember& member : members) {
-        AppendNewc(archive, member);
+        appendNewc(archive, member);
     }
-    AppendNewc(archive, {"TRAILER!!!", 0, "", 0, 1, UINT64_MAX, 0});
+    appendNewc(archive, {"TRAILER!!!", 0, "", 0, 1, UINT64_MAX, 0});
     return archive;
 }
 

@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
-#include "Tests/Support/TemporaryFolder.h"
 #include "Archive/Archive.h"
+#include "Tests/Support/TemporaryFolder.h"
 
 namespace zpk_test {
 
@@ -26,21 +26,21 @@ struct Outcome {
 };
 
 /// Runs the program with standard error into a file; `prepare` runs in the child before it.
-Outcome RunProgram(const std::vector<std::string>& command, const std::function<void()>& prepare = {});
+Outcome runProgram(const std::vector<std::string>& command, const std::function<void()>& prepare = {});
 
-Outcome Create(const std::string& source, const std::string& archive);
-Outcome Extract(const std::string& archive, const std::string& folder,
+Outcome create(const std::string& source, const std::string& archive);
+Outcome extract(const std::string& archive, const std::string& folder,
                 const std::function<void()>& prepare = {});
 
 /// Runs a line of shell and expects it to succeed.
-void Shell(const std::string& line);
+void shell(const std::string& line);
 /// Whether the program is on this machine.
-bool HasProgram(const std::string& name);
+bool hasProgram(const std::string& name);
 
 /// Each thing below the folder by its relative path, with all that must survive a round trip: type,
 /// permissions, time (whole seconds; of folders and links only with `otherTimes`), contents' digest or link
 /// target, and which names are one file.
-std::map<std::string, std::string> Snapshot(const std::string& folder, bool otherTimes = true);
+std::map<std::string, std::string> snapshot(const std::string& folder, bool otherTimes = true);
 
 /// One member of a hand-made archive.
 struct RawMember {
@@ -54,9 +54,9 @@ struct RawMember {
 };
 
 /// A plain odc archive with its end mark.
-std::string MakeOdc(const std::vector<RawMember>& members);
+std::string makeOdc(const std::vector<RawMember>& members);
 /// A plain newc archive with its end mark.
-std::string MakeNewc(const std::vector<RawMember>& members);
+std::string makeNewc(const std::vector<RawMember>& members);
 
 /// A sink that keeps what it is told.
 class KeepingSink : public zpk_archive::ErrorSink {

@@ -22,7 +22,7 @@ constexpr std::uint32_t kFile = S_IFREG | 0644;
 constexpr std::uint32_t kFolder = S_IFDIR | 0755;
 constexpr std::uint32_t kLink = S_IFLNK | 0777;
 
-void BecomeNobody() {
+void becomeNobody() {
     if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) {
         _exit(126);
     }
@@ -32,32 +32,32 @@ void BecomeNobody() {
 class HostileArchiveTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        WriteFile(m_folder / "sentinel", "untouched");
-        WriteFile(m_folder / "outside/file", "untouched");
-        WriteFile(m_folder / "in-evil/file", "untouched");
+        writeFile(m_folder / "sentinel", "untouched");
+        writeFile(m_folder / "outside/file", "untouched");
+        writeFile(m_folder / "in-evil/file", "untouched");
         fs::create_directory(m_folder / "in");
         chmod((m_folder / "sentinel").c_str(), 0640);
-        m_before = Neighbours();
+        m_before = neighbours();
     }
 
-    void TearDown() override { EXPECT_EQ(Neighbours(), m_before); }
+    void TearDown() override { EXPECT_EQ(neighbours(), m_before); }
 
-    std::map<std::string, std::string> Neighbours() {
-        auto all = Snapshot(m_folder.path());
+    std::map<std::string, std::string> neighbours() {
+        auto all = snapshot(m_folder.path());
         std::erase_if(all, [](const auto& item) {
             return item.first == "archive" || item.first == "in" || item.first.starts_with("in/");
         });
         return all;
     }
 
-    void LetNobodyIn() {
+    void letNobodyIn() {
         chmod(m_folder.path().c_str(), 0755);
         chmod((m_folder / "in").c_str(), 0777);
     }
 
-    Outcome ExtractMembers(const std::vector<RawMember>& members) {
-        WriteFile(m_folder / "archive", MakeOdc(members));
-        return Extract(m_folder / "archive", m_folder / "in");
+    Outcome extractMembers(const std::vector<RawMember>& members) {
+        writeFile(m_folder / "archive", makeOdc(members));
+        return extract(m_folder / "archive", m_folder / "in");
     }
 
     TemporaryFolder m_folder;
@@ -80,12 +80,12 @@ TEST_F(HostileArchiveTest, NamesThatLeaveTheFolderAreRefusedOneByOne) {
     members.push_back({"C:x", kFile, "inside"});
     members.push_back({"good", kFile, "inside"});
     KeepingSink sink;
-    WriteFile(m_folder / "archive", MakeOdc(members));
+    writeFile(m_folder / "archive", makeOdc(members));
     EXPECT_FALSE(zpk_archive::extract(m_folder / "archive", m_folder / "in", sink));
     EXPECT_EQ(sink.errors.size(), refused);
-    auto inside = Snapshot(m_folder / "in");
+    auto inside = snapshot(m_folder / "in");
     EXPECT_EQ(inside.size(), 3U);
-    EXPECT_EQ(ReadFile(m_folder / "in/good"), "inside");
+    EXPECT_EQ(readFile(m_folder / "in/good"), "inside");
 }
 
 TEST_F(HostileArchiveTest, NothingIsWrittenThroughALink) {
@@ -111,13 +111,13 @@ TEST_F(HostileArchiveTest, NothingIsWrittenThroughALink) {
          }) {
         SCOPED_TRACE(row.name);
         fs::remove_all(m_folder / "in");
-        EXPECT_EQ(ExtractMembers(row.members).exitStatus, 1);
-        EXPECT_EQ(Neighbours(), m_before);
+        EXPECT_EQ(extractMembers(row.members).exitStatus, 1);
+        EXPECT_EQ(neighbours(), m_before);
     }
 }
 
 TEST_F(HostileArchiveTest, LaterMemberReplacesALinkInsteadOfFollowingIt) {
-    Outcome outcome = ExtractMembers({{"file", kLink, "../sentinel"},
+    Outcome outcome = extractMembers({{"file", kLink, "../sentinel"},
                                       {"file", kFile, "mine"},
                                       {"folder", kLink, "../outside"},
                                       {"folder", S_IFDIR | 0700},
@@ -126,9 +126,9 @@ TEST_F(HostileArchiveTest, LaterMemberReplacesALinkInsteadOfFollowingIt) {
                                       {"swap", kLink, "../outside"},
                                       {"mode", S_IFLNK | 06777, "../sentinel", 0, 1, UINT64_MAX, 5}});
     EXPECT_EQ(outcome.exitStatus, 0) << outcome.standardError;
-    EXPECT_EQ(ReadFile(m_folder / "in/file"), "mine");
+    EXPECT_EQ(readFile(m_folder / "in/file"), "mine");
     EXPECT_TRUE(fs::is_directory(fs::symlink_status(m_folder / "in/folder")));
-    EXPECT_EQ(ReadFile(m_folder / "in/folder/file"), "mine");
+    EXPECT_EQ(readFile(m_folder / "in/folder/file"), "mine");
     EXPECT_TRUE(fs::is_symlink(m_folder / "in/swap"));
 }
 
@@ -137,24 +137,24 @@ TEST_F(HostileArchiveTest, LinksThatWereThereBeforeAreNotFollowed) {
     fs::create_symlink("../outside", m_folder / "in/folder");
     fs::create_symlink("../outside", m_folder / "in/middle");
     fs::create_hard_link(m_folder / "sentinel", m_folder / "in/hard");
-    m_before = Neighbours();
-    Outcome outcome = ExtractMembers({{"file", kFile, "mine"},
+    m_before = neighbours();
+    Outcome outcome = extractMembers({{"file", kFile, "mine"},
                                       {"folder", S_IFDIR | 0711},
                                       {"folder/file", kFile, "mine"},
                                       {"middle/file", kFile, "bad"},
                                       {"hard", kFile, "mine"}});
     EXPECT_EQ(outcome.exitStatus, 1);
     EXPECT_EQ(outcome.standardError, "ditto: middle/file: a part of its path is no folder\n");
-    EXPECT_EQ(ReadFile(m_folder / "in/file"), "mine");
-    EXPECT_EQ(ReadFile(m_folder / "in/folder/file"), "mine");
-    EXPECT_EQ(ReadFile(m_folder / "in/hard"), "mine");
-    EXPECT_EQ(ReadFile(m_folder / "sentinel"), "untouched");
-    m_before["sentinel"] = Neighbours()["sentinel"];  // Its other name is gone.
+    EXPECT_EQ(readFile(m_folder / "in/file"), "mine");
+    EXPECT_EQ(readFile(m_folder / "in/folder/file"), "mine");
+    EXPECT_EQ(readFile(m_folder / "in/hard"), "mine");
+    EXPECT_EQ(readFile(m_folder / "sentinel"), "untouched");
+    m_before["sentinel"] = neighbours()["sentinel"];  // Its other name is gone.
 }
 
 TEST_F(HostileArchiveTest, HardLinksReachOnlyWhatTheArchiveBrought) {
     fs::create_directory(m_folder / "in/d");
-    WriteFile(m_folder / "in/old", "old");
+    writeFile(m_folder / "in/old", "old");
     struct Row {
         const char* name;
         std::vector<RawMember> members;
@@ -171,52 +171,52 @@ TEST_F(HostileArchiveTest, HardLinksReachOnlyWhatTheArchiveBrought) {
                {"l/got", kFile, "", 7, 2}}},
          }) {
         SCOPED_TRACE(row.name);
-        WriteFile(m_folder / "archive", MakeNewc(row.members));
-        EXPECT_EQ(Extract(m_folder / "archive", m_folder / "in").exitStatus, 1);
+        writeFile(m_folder / "archive", makeNewc(row.members));
+        EXPECT_EQ(extract(m_folder / "archive", m_folder / "in").exitStatus, 1);
         EXPECT_FALSE(fs::exists(m_folder / "in/got"));
-        EXPECT_EQ(Neighbours(), m_before);
+        EXPECT_EQ(neighbours(), m_before);
     }
 }
 
 TEST_F(HostileArchiveTest, DataOfAHardLinkDoNotReachAStrangersFile) {
     // The first name is replaced by a link to the outside before the second one brings its data.
-    WriteFile(m_folder / "archive", MakeNewc({{"first", kFile, "", 7, 2},
+    writeFile(m_folder / "archive", makeNewc({{"first", kFile, "", 7, 2},
                                               {"first", kLink, "../sentinel"},
                                               {"second", kFile, "bad", 7, 2}}));
-    Outcome outcome = Extract(m_folder / "archive", m_folder / "in");
+    Outcome outcome = extract(m_folder / "archive", m_folder / "in");
     EXPECT_EQ(outcome.exitStatus, 1);
-    EXPECT_EQ(ReadFile(m_folder / "sentinel"), "untouched");
+    EXPECT_EQ(readFile(m_folder / "sentinel"), "untouched");
 }
 
 TEST_F(HostileArchiveTest, StrangersWithOneInodeNumberStayApart) {
-    Outcome outcome = ExtractMembers({{"folder", S_IFDIR | 0755, "", 7, 2},
+    Outcome outcome = extractMembers({{"folder", S_IFDIR | 0755, "", 7, 2},
                                       {"a", kFile, "contents of a", 7, 2},
                                       {"b", kFile, "other length", 7, 2},
                                       {"c", S_IFREG | 0600, "contents of c", 7, 2},
                                       {"folder two", S_IFDIR | 0755, "", 7, 2},
                                       {"e", kFile, "", 7, 2}});
     EXPECT_EQ(outcome.exitStatus, 0) << outcome.standardError;
-    EXPECT_EQ(ReadFile(m_folder / "in/a"), "contents of a");
-    EXPECT_EQ(ReadFile(m_folder / "in/b"), "other length");
-    EXPECT_EQ(ReadFile(m_folder / "in/c"), "contents of c");
-    EXPECT_EQ(ReadFile(m_folder / "in/e"), "");
+    EXPECT_EQ(readFile(m_folder / "in/a"), "contents of a");
+    EXPECT_EQ(readFile(m_folder / "in/b"), "other length");
+    EXPECT_EQ(readFile(m_folder / "in/c"), "contents of c");
+    EXPECT_EQ(readFile(m_folder / "in/e"), "");
     EXPECT_TRUE(fs::is_directory(m_folder / "in/folder two"));
 }
 
 TEST_F(HostileArchiveTest, HardLinkedFileGetsItsDataFromTheLastNameInNewc) {
-    WriteFile(m_folder / "archive", MakeNewc({{"one", S_IFREG | 0400, "", 9, 3},
+    writeFile(m_folder / "archive", makeNewc({{"one", S_IFREG | 0400, "", 9, 3},
                                               {"two", S_IFREG | 0400, "", 9, 3},
                                               {"three", S_IFREG | 0400, "the data", 9, 3}}));
-    LetNobodyIn();
-    Outcome outcome = Extract(m_folder / "archive", m_folder / "in", BecomeNobody);
+    letNobodyIn();
+    Outcome outcome = extract(m_folder / "archive", m_folder / "in", becomeNobody);
     EXPECT_EQ(outcome.exitStatus, 0) << outcome.standardError;
-    EXPECT_EQ(ReadFile(m_folder / "in/one"), "the data");
-    EXPECT_EQ(Snapshot(m_folder / "in")["two"].substr(0, 35), "type 100000 mode 400 time 100000000");
+    EXPECT_EQ(readFile(m_folder / "in/one"), "the data");
+    EXPECT_EQ(snapshot(m_folder / "in")["two"].substr(0, 35), "type 100000 mode 400 time 100000000");
     EXPECT_TRUE(fs::equivalent(m_folder / "in/one", m_folder / "in/three"));
 }
 
 TEST_F(HostileArchiveTest, SpecialFilesAndSetUserIdBits) {
-    Outcome outcome = ExtractMembers({{"fifo", S_IFIFO | 0644},
+    Outcome outcome = extractMembers({{"fifo", S_IFIFO | 0644},
                                       {"null", S_IFCHR | 0666},
                                       {"disk", S_IFBLK | 0660},
                                       {"socket", S_IFSOCK | 0777},
@@ -226,7 +226,7 @@ TEST_F(HostileArchiveTest, SpecialFilesAndSetUserIdBits) {
                                       {"sticky folder", S_IFDIR | 01777}});
     EXPECT_EQ(outcome.exitStatus, 1);
     EXPECT_EQ(std::count(outcome.standardError.begin(), outcome.standardError.end(), '\n'), 5);
-    auto inside = Snapshot(m_folder / "in");
+    auto inside = snapshot(m_folder / "in");
     EXPECT_EQ(inside.size(), 3U);
     EXPECT_TRUE(inside["setuid"].starts_with("type 100000 mode 755 "));
     EXPECT_TRUE(inside["setgid folder"].starts_with("type 40000 mode 775 "));
@@ -234,7 +234,7 @@ TEST_F(HostileArchiveTest, SpecialFilesAndSetUserIdBits) {
 }
 
 TEST_F(HostileArchiveTest, DuplicateNamesLastOneWins) {
-    Outcome outcome = ExtractMembers({{"f", kFile, "first"},
+    Outcome outcome = extractMembers({{"f", kFile, "first"},
                                       {"f", S_IFREG | 0600, "second"},
                                       {"x", kFile, "file first"},
                                       {"x", kFolder},
@@ -242,15 +242,15 @@ TEST_F(HostileArchiveTest, DuplicateNamesLastOneWins) {
                                       {"e", kFolder},
                                       {"e", kFile, "folder first"}});
     EXPECT_EQ(outcome.exitStatus, 0) << outcome.standardError;
-    EXPECT_EQ(ReadFile(m_folder / "in/f"), "second");
-    EXPECT_EQ(ReadFile(m_folder / "in/x/y"), "below");
-    EXPECT_EQ(ReadFile(m_folder / "in/e"), "folder first");
-    EXPECT_EQ(ExtractMembers({{"x", kFile, "a full folder does not vanish"}}).exitStatus, 1);
-    EXPECT_EQ(ReadFile(m_folder / "in/x/y"), "below");
+    EXPECT_EQ(readFile(m_folder / "in/f"), "second");
+    EXPECT_EQ(readFile(m_folder / "in/x/y"), "below");
+    EXPECT_EQ(readFile(m_folder / "in/e"), "folder first");
+    EXPECT_EQ(extractMembers({{"x", kFile, "a full folder does not vanish"}}).exitStatus, 1);
+    EXPECT_EQ(readFile(m_folder / "in/x/y"), "below");
 }
 
 TEST_F(HostileArchiveTest, NamesAreEscapedInErrors) {
-    Outcome outcome = ExtractMembers({{"../\x1b[2J\nditto: fine", kFile, "x"}});
+    Outcome outcome = extractMembers({{"../\x1b[2J\nditto: fine", kFile, "x"}});
     EXPECT_EQ(outcome.standardError, "ditto: ../\\x1b[2J\\nditto: fine: the name climbs out of the folder\n");
 }
 
@@ -259,12 +259,12 @@ TEST_F(HostileArchiveTest, PathsBeyondTheSystemsLimitWork) {
     for (int i = 0; i < 30; ++i) {
         name += std::string(200, 'p') + "/";
     }
-    Outcome outcome = ExtractMembers({{name + "file", kFile, "deep"}});
+    Outcome outcome = extractMembers({{name + "file", kFile, "deep"}});
     EXPECT_EQ(outcome.exitStatus, 0) << outcome.standardError;
-    Outcome packed = Create(m_folder / "in", m_folder / "archive");
+    Outcome packed = create(m_folder / "in", m_folder / "archive");
     EXPECT_EQ(packed.exitStatus, 0) << packed.standardError;
     fs::remove_all(m_folder / "in");
-    EXPECT_EQ(Extract(m_folder / "archive", m_folder / "in").exitStatus, 0);
+    EXPECT_EQ(extract(m_folder / "archive", m_folder / "in").exitStatus, 0);
     std::string listed;
     KeepingSink sink;
     zpk_archive::list(
@@ -275,54 +275,54 @@ TEST_F(HostileArchiveTest, PathsBeyondTheSystemsLimitWork) {
 
 TEST_F(HostileArchiveTest, AppleDoubleNeverReachesOutside) {
     Outcome outcome =
-        ExtractMembers({{"l", kLink, "../sentinel"},
+        extractMembers({{"l", kLink, "../sentinel"},
                         {"._l", kFile, std::string("\0\5\x16\7\0\2\0\0", 8) + std::string(18, '\0')},
                         {"._..", kFile, "dots"},
                         {"._", kFile, "bare"},
                         {"._.", kFile, "dot"},
                         {"._text", kFile, "not AppleDouble"}});
     EXPECT_EQ(outcome.exitStatus, 0);
-    EXPECT_EQ(Snapshot(m_folder / "in").size(), 6U);
-    EXPECT_EQ(ReadFile(m_folder / "in/._text"), "not AppleDouble");
+    EXPECT_EQ(snapshot(m_folder / "in").size(), 6U);
+    EXPECT_EQ(readFile(m_folder / "in/._text"), "not AppleDouble");
 }
 
 TEST_F(HostileArchiveTest, MemberCutShortLeavesNoHalfFile) {
-    std::string whole = MakeOdc({{"good", kFile, "good"}, {"half", kFile, std::string(1000, 'h')}});
-    WriteFile(m_folder / "archive", whole.substr(0, whole.find("hhh") + 500));
-    Outcome outcome = Extract(m_folder / "archive", m_folder / "in");
+    std::string whole = makeOdc({{"good", kFile, "good"}, {"half", kFile, std::string(1000, 'h')}});
+    writeFile(m_folder / "archive", whole.substr(0, whole.find("hhh") + 500));
+    Outcome outcome = extract(m_folder / "archive", m_folder / "in");
     EXPECT_EQ(outcome.exitStatus, 1);
     EXPECT_TRUE(outcome.standardError.starts_with("ditto: half: ")) << outcome.standardError;
-    EXPECT_EQ(ReadFile(m_folder / "in/good"), "good");
+    EXPECT_EQ(readFile(m_folder / "in/good"), "good");
     EXPECT_FALSE(fs::exists(m_folder / "in/half"));
 }
 
 TEST_F(HostileArchiveTest, EndMarkMissing) {
-    std::string whole = MakeOdc({{"good", kFile, "good"}});
-    WriteFile(m_folder / "archive", whole.substr(0, whole.size() - 87));
-    Outcome outcome = Extract(m_folder / "archive", m_folder / "in");
+    std::string whole = makeOdc({{"good", kFile, "good"}});
+    writeFile(m_folder / "archive", whole.substr(0, whole.size() - 87));
+    Outcome outcome = extract(m_folder / "archive", m_folder / "in");
     EXPECT_EQ(outcome.exitStatus, 1);
     EXPECT_NE(outcome.standardError.find("ends without its end mark"), std::string::npos);
-    EXPECT_EQ(ReadFile(m_folder / "in/good"), "good");
+    EXPECT_EQ(readFile(m_folder / "in/good"), "good");
 }
 
 TEST_F(HostileArchiveTest, HeaderInsideAFilesDataIsNoMember) {
     // Were the search for a next header to go on, the archive within the file would be unpacked.
-    std::string inner = MakeOdc({{"hidden", kFile, "hidden"}});
-    std::string whole = MakeOdc({{"outer", kFile, inner}, {"last", kFile, "x"}});
+    std::string inner = makeOdc({{"hidden", kFile, "hidden"}});
+    std::string whole = makeOdc({{"outer", kFile, inner}, {"last", kFile, "x"}});
     whole.replace(whole.find("outer") - 11, 10, "0000000000");  // The data are no longer announced.
-    WriteFile(m_folder / "archive", "070707" + std::string(70, 'x') + whole);
-    EXPECT_EQ(Extract(m_folder / "archive", m_folder / "in").exitStatus, 1);
+    writeFile(m_folder / "archive", "070707" + std::string(70, 'x') + whole);
+    EXPECT_EQ(extract(m_folder / "archive", m_folder / "in").exitStatus, 1);
     EXPECT_FALSE(fs::exists(m_folder / "in/hidden"));
 }
 
 TEST_F(HostileArchiveTest, FilesThatAreNoArchives) {
     fs::create_directory(m_folder / "in/folder");
     ASSERT_EQ(mkfifo((m_folder / "in/fifo").c_str(), 0600), 0);
-    WriteFile(m_folder / "in/empty", "");
-    WriteFile(m_folder / "in/text", "just text\n");
-    WriteFile(m_folder / "in/zeros", std::string(5000000, '\0'));
+    writeFile(m_folder / "in/empty", "");
+    writeFile(m_folder / "in/text", "just text\n");
+    writeFile(m_folder / "in/zeros", std::string(5000000, '\0'));
     for (const char* name : {"in/folder", "in/fifo", "in/empty", "in/text", "in/zeros", "in/missing"}) {
-        Outcome outcome = Extract(m_folder / name, m_folder / "in/out");
+        Outcome outcome = extract(m_folder / name, m_folder / "in/out");
         EXPECT_EQ(outcome.exitStatus, 1) << name;
         EXPECT_EQ(std::count(outcome.standardError.begin(), outcome.standardError.end(), '\n'), 1)
             << outcome.standardError;
@@ -334,12 +334,12 @@ TEST_F(HostileArchiveTest, AnnouncedLengthsCostNoMemory) {
     GTEST_SKIP() << "the sanitizer touches memory that the program only asks for";
 #endif
     // A name of 100 MB in a small compressed file.
-    std::string header = MakeNewc({{"n", kFile, ""}}).substr(0, 110);
+    std::string header = makeNewc({{"n", kFile, ""}}).substr(0, 110);
     header.replace(94, 8, "06000000");
-    WriteFile(m_folder / "outside2", header + std::string(100000000, 'n'));
-    Shell("gzip -c '" + (m_folder / "outside2") + "' > '" + (m_folder / "archive") + "'");
+    writeFile(m_folder / "outside2", header + std::string(100000000, 'n'));
+    shell("gzip -c '" + (m_folder / "outside2") + "' > '" + (m_folder / "archive") + "'");
     fs::remove(m_folder / "outside2");
-    Outcome outcome = Extract(m_folder / "archive", m_folder / "in");
+    Outcome outcome = extract(m_folder / "archive", m_folder / "in");
     EXPECT_EQ(outcome.exitStatus, 1);
     EXPECT_LT(outcome.peakMemory, 64 * 1024);
 }
@@ -348,17 +348,17 @@ class DamagedArchiveTest : public HostileArchiveTest {
 protected:
     void SetUp() override {
         HostileArchiveTest::SetUp();
-        WriteFile(m_folder / "in/D/a", "the contents of a");
-        WriteFile(m_folder / "in/D/sub/b", std::string(3000, 'b') + "end");
+        writeFile(m_folder / "in/D/a", "the contents of a");
+        writeFile(m_folder / "in/D/sub/b", std::string(3000, 'b') + "end");
         fs::create_symlink("a", m_folder / "in/D/link");
-        ASSERT_EQ(Create(m_folder / "in/D", m_folder / "archive").exitStatus, 0);
-        m_good = ReadFile(m_folder / "archive");
+        ASSERT_EQ(create(m_folder / "in/D", m_folder / "archive").exitStatus, 0);
+        m_good = readFile(m_folder / "archive");
         ASSERT_LT(m_good.size(), 1500U);
     }
 
-    bool ExtractBytes(const std::string& bytes) {
+    bool extractBytes(const std::string& bytes) {
         KeepingSink sink;
-        WriteFile(m_folder / "archive", bytes);
+        writeFile(m_folder / "archive", bytes);
         bool good = zpk_archive::extract(m_folder / "archive", m_folder / "in/out", sink);
         EXPECT_EQ(good, sink.errors.empty());
         return good;
@@ -369,43 +369,43 @@ protected:
 
 TEST_F(DamagedArchiveTest, CutAtEveryOffsetIsAnError) {
     for (std::size_t size = 0; size < m_good.size(); ++size) {
-        EXPECT_FALSE(ExtractBytes(m_good.substr(0, size))) << size;
+        EXPECT_FALSE(extractBytes(m_good.substr(0, size))) << size;
     }
-    EXPECT_TRUE(ExtractBytes(m_good));
+    EXPECT_TRUE(extractBytes(m_good));
 }
 
 TEST_F(DamagedArchiveTest, ForeignGzipCutAtEveryOffsetIsAnError) {
-    Shell("cd '" + (m_folder / "in") + "'; bsdtar --format cpio -cf - D | gzip > ../archive");
-    std::string good = ReadFile(m_folder / "archive");
+    shell("cd '" + (m_folder / "in") + "'; bsdtar --format cpio -cf - D | gzip > ../archive");
+    std::string good = readFile(m_folder / "archive");
     for (std::size_t size = 0; size < good.size(); ++size) {
-        EXPECT_FALSE(ExtractBytes(good.substr(0, size))) << size;
+        EXPECT_FALSE(extractBytes(good.substr(0, size))) << size;
     }
-    EXPECT_TRUE(ExtractBytes(good));
+    EXPECT_TRUE(extractBytes(good));
 }
 
 TEST_F(DamagedArchiveTest, Bzip2CutAtEveryOffsetIsAnError) {
-    if (!HasProgram("bzip2")) {
+    if (!hasProgram("bzip2")) {
         GTEST_SKIP() << "bzip2 is not installed";
     }
-    Shell("cd '" + (m_folder / "in") + "'; bsdtar --format cpio -cf - D | bzip2 > ../archive");
-    std::string good = ReadFile(m_folder / "archive");
+    shell("cd '" + (m_folder / "in") + "'; bsdtar --format cpio -cf - D | bzip2 > ../archive");
+    std::string good = readFile(m_folder / "archive");
     for (std::size_t size = 0; size < good.size(); ++size) {
-        EXPECT_FALSE(ExtractBytes(good.substr(0, size))) << size;
+        EXPECT_FALSE(extractBytes(good.substr(0, size))) << size;
     }
-    EXPECT_TRUE(ExtractBytes(good));
+    EXPECT_TRUE(extractBytes(good));
 }
 
 TEST_F(DamagedArchiveTest, FlippedBitsInTheDataAreErrorsAndNeverEscape) {
-    Shell("cd '" + (m_folder / "in") + "'; bsdtar --format cpio -cf - D | gzip -n > ../archive");
-    for (const std::string& good : {m_good, ReadFile(m_folder / "archive")}) {
+    shell("cd '" + (m_folder / "in") + "'; bsdtar --format cpio -cf - D | gzip -n > ../archive");
+    for (const std::string& good : {m_good, readFile(m_folder / "archive")}) {
         std::size_t unnoticed = 0;
         for (std::size_t at = 0; at < good.size(); ++at) {
             std::string bad = good;
             bad[at] = static_cast<char>(bad[at] ^ (1 << (at % 8)));
             fs::remove_all(m_folder / "in/out");
             // Some bits of a gzip file mean nothing.
-            if (ExtractBytes(bad)) {
-                EXPECT_EQ(Snapshot(m_folder / "in/out/D"), Snapshot(m_folder / "in/D")) << at;
+            if (extractBytes(bad)) {
+                EXPECT_EQ(snapshot(m_folder / "in/out/D"), snapshot(m_folder / "in/D")) << at;
                 ++unnoticed;
             }
         }
@@ -419,59 +419,59 @@ TEST_F(DamagedArchiveTest, FlippedBitsInPlainArchivesNeverEscape) {
                                       {"D/b", kFile, "contents", 2, 2},
                                       {"D/l", kLink, "a", 3},
                                       {"D/._a", kFile, "x", 4}};
-    for (const std::string& good : {MakeOdc(members), MakeNewc(members)}) {
+    for (const std::string& good : {makeOdc(members), makeNewc(members)}) {
         for (std::size_t at = 0; at < good.size(); ++at) {
             std::string bad = good;
             bad[at] = static_cast<char>(bad[at] ^ (1 << (at * 3 % 8)));
             KeepingSink sink;
-            WriteFile(m_folder / "archive", bad);
+            writeFile(m_folder / "archive", bad);
             zpk_archive::extract(m_folder / "archive", m_folder / "in/flipped", sink);
         }
     }
 }
 
 TEST_F(DamagedArchiveTest, BytesAfterTheArchiveThatAreNoGzipAreAnError) {
-    EXPECT_TRUE(ExtractBytes(m_good + std::string(1000, '\0')));
-    EXPECT_FALSE(ExtractBytes(m_good + "appended"));
-    EXPECT_FALSE(ExtractBytes(m_good + std::string(1000, '\0') + "appended"));
+    EXPECT_TRUE(extractBytes(m_good + std::string(1000, '\0')));
+    EXPECT_FALSE(extractBytes(m_good + "appended"));
+    EXPECT_FALSE(extractBytes(m_good + std::string(1000, '\0') + "appended"));
 }
 
 TEST_F(HostileArchiveTest, FullDiskIsAnErrorAndLeavesNoHalfFile) {
     std::string big(3000000, '\1');
-    WriteFile(m_folder / "archive",
-              MakeOdc({{"small", kFile, "small"}, {"big", kFile, big}, {"after", kFile, "after"}}));
+    writeFile(m_folder / "archive",
+              makeOdc({{"small", kFile, "small"}, {"big", kFile, big}, {"after", kFile, "after"}}));
     std::string disk = m_folder / "in/disk";
     fs::create_directory(disk);
     if (geteuid() != 0 ||
         std::system(("mount -t tmpfs -o size=1m none '" + disk + "' 2>/dev/null").c_str()) != 0) {
         GTEST_SKIP() << "cannot mount a small file system";
     }
-    Outcome outcome = Extract(m_folder / "archive", disk);
+    Outcome outcome = extract(m_folder / "archive", disk);
     EXPECT_EQ(outcome.exitStatus, 1);
     EXPECT_EQ(outcome.standardError, "ditto: big: No space left on device\n");
-    EXPECT_EQ(ReadFile(disk + "/small"), "small");
+    EXPECT_EQ(readFile(disk + "/small"), "small");
     EXPECT_FALSE(fs::exists(disk + "/big"));
-    EXPECT_EQ(ReadFile(disk + "/after"), "after");
+    EXPECT_EQ(readFile(disk + "/after"), "after");
     std::string random = m_folder / "in/random";
-    Shell("mkdir '" + random + "'; head -c 5000000 /dev/urandom > '" + random + "/r'");
-    Outcome packed = Create(random, disk + "/new.dat");
+    shell("mkdir '" + random + "'; head -c 5000000 /dev/urandom > '" + random + "/r'");
+    Outcome packed = create(random, disk + "/new.dat");
     EXPECT_EQ(packed.exitStatus, 1);
     EXPECT_NE(packed.standardError.find("No space left on device"), std::string::npos);
-    EXPECT_EQ(Snapshot(disk).size(), 2U);
-    Shell("umount '" + disk + "'");
+    EXPECT_EQ(snapshot(disk).size(), 2U);
+    shell("umount '" + disk + "'");
 }
 
 TEST_F(HostileArchiveTest, FileSizeLimitIsAnErrorToo) {
-    WriteFile(m_folder / "archive",
-              MakeOdc({{"big", kFile, std::string(100000, '\1')}, {"after", kFile, "after"}}));
+    writeFile(m_folder / "archive",
+              makeOdc({{"big", kFile, std::string(100000, '\1')}, {"after", kFile, "after"}}));
     auto limit = [] {
         rlimit small{50000, 50000};
         setrlimit(RLIMIT_FSIZE, &small);
     };
-    Outcome outcome = Extract(m_folder / "archive", m_folder / "in", limit);
+    Outcome outcome = extract(m_folder / "archive", m_folder / "in", limit);
     EXPECT_EQ(outcome.exitStatus, 1);
     EXPECT_EQ(outcome.standardError, "ditto: big: File too large\n");
-    EXPECT_EQ(ReadFile(m_folder / "in/after"), "after");
+    EXPECT_EQ(readFile(m_folder / "in/after"), "after");
 }
 
 TEST_F(HostileArchiveTest, PipeThatNobodyReadsNeverBlocks) {
@@ -479,11 +479,11 @@ TEST_F(HostileArchiveTest, PipeThatNobodyReadsNeverBlocks) {
     for (int i = 0; i < 3000; ++i) {
         members.push_back({"../" + std::string(150, 'n') + std::to_string(i), kFile, "x"});
     }
-    WriteFile(m_folder / "archive", MakeOdc(members));
+    writeFile(m_folder / "archive", makeOdc(members));
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);
     ASSERT_GE(fcntl(ends[1], F_SETPIPE_SZ, 4096), 4096);
-    Outcome outcome = Extract(m_folder / "archive", m_folder / "in", [&] {
+    Outcome outcome = extract(m_folder / "archive", m_folder / "in", [&] {
         dup2(ends[1], STDERR_FILENO);
         alarm(30);
     });
@@ -493,38 +493,38 @@ TEST_F(HostileArchiveTest, PipeThatNobodyReadsNeverBlocks) {
 }
 
 TEST_F(HostileArchiveTest, ClosedStandardErrorIsNoReasonToStop) {
-    WriteFile(m_folder / "archive", MakeOdc({{"../x", kFile, "x"}, {"good", kFile, "good"}}));
+    writeFile(m_folder / "archive", makeOdc({{"../x", kFile, "x"}, {"good", kFile, "good"}}));
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);
     close(ends[0]);
     EXPECT_EQ(
-        Extract(m_folder / "archive", m_folder / "in", [&] { dup2(ends[1], STDERR_FILENO); }).exitStatus, 1);
-    EXPECT_EQ(ReadFile(m_folder / "in/good"), "good");
+        extract(m_folder / "archive", m_folder / "in", [&] { dup2(ends[1], STDERR_FILENO); }).exitStatus, 1);
+    EXPECT_EQ(readFile(m_folder / "in/good"), "good");
     fs::remove_all(m_folder / "in");
-    EXPECT_EQ(Extract(m_folder / "archive", m_folder / "in", [] { close(STDERR_FILENO); }).exitStatus, 1);
-    EXPECT_EQ(ReadFile(m_folder / "in/good"), "good");
+    EXPECT_EQ(extract(m_folder / "archive", m_folder / "in", [] { close(STDERR_FILENO); }).exitStatus, 1);
+    EXPECT_EQ(readFile(m_folder / "in/good"), "good");
     close(ends[1]);
 }
 
 TEST_F(HostileArchiveTest, PermissionsAreExactWhateverTheMaskEvenForNobody) {
-    WriteFile(m_folder / "archive", MakeOdc({{"open", S_IFDIR | 0777},
+    writeFile(m_folder / "archive", makeOdc({{"open", S_IFDIR | 0777},
                                              {"open/file", S_IFREG | 0666, "x"},
                                              {"shut", S_IFDIR | 0555},
                                              {"shut/inner", S_IFDIR | 0111},
                                              {"shut/inner/none", S_IFREG | 0000, "x"},
                                              {"implied/file", S_IFREG | 0777, "x"}}));
-    LetNobodyIn();
+    letNobodyIn();
     for (mode_t mask : {mode_t{0}, mode_t{022}, mode_t{0777}}) {
         SCOPED_TRACE(mask);
         std::string target = m_folder / ("in/" + std::to_string(mask));
         fs::create_directory(target);
         chmod(target.c_str(), 0777);
-        Outcome outcome = Extract(m_folder / "archive", target, [mask] {
+        Outcome outcome = extract(m_folder / "archive", target, [mask] {
             umask(mask);
-            BecomeNobody();
+            becomeNobody();
         });
         EXPECT_EQ(outcome.exitStatus, 0) << outcome.standardError;
-        auto inside = Snapshot(target);
+        auto inside = snapshot(target);
         for (const auto& [name, mode] : std::map<std::string, std::string>{{"open", "777"},
                                                                            {"open/file", "666"},
                                                                            {"shut", "555"},
@@ -534,7 +534,7 @@ TEST_F(HostileArchiveTest, PermissionsAreExactWhateverTheMaskEvenForNobody) {
             EXPECT_NE(inside[name].find(" mode " + mode + " "), std::string::npos)
                 << name << ": " << inside[name];
         }
-        Outcome again = Extract(m_folder / "archive", target, BecomeNobody);
+        Outcome again = extract(m_folder / "archive", target, becomeNobody);
         EXPECT_EQ(again.exitStatus, 0) << again.standardError;
     }
 }
@@ -544,7 +544,7 @@ TEST_F(HostileArchiveTest, FolderSwappedForALinkMeanwhileIsNotFollowed) {
     for (int i = 0; i < 3000; ++i) {
         members.push_back({"d" + std::to_string(i % 2) + "/file", kFile, "bad"});
     }
-    WriteFile(m_folder / "archive", MakeOdc(members));
+    writeFile(m_folder / "archive", makeOdc(members));
     std::string folder = m_folder / "in/d0";
     pid_t swapper = fork();
     if (swapper == 0) {
@@ -557,7 +557,7 @@ TEST_F(HostileArchiveTest, FolderSwappedForALinkMeanwhileIsNotFollowed) {
         }
     }
     for (int i = 0; i < 2; ++i) {
-        Extract(m_folder / "archive", m_folder / "in");
+        extract(m_folder / "archive", m_folder / "in");
     }
     kill(swapper, SIGKILL);
     waitpid(swapper, nullptr, 0);
@@ -566,14 +566,14 @@ TEST_F(HostileArchiveTest, FolderSwappedForALinkMeanwhileIsNotFollowed) {
 TEST_F(HostileArchiveTest, MemoryStaysSmallForALargePayload) {
     std::string tree = m_folder / "in/Data";
     for (int i = 0; i < 3; ++i) {
-        Shell("mkdir -p '" + tree + "'; yes 'a line of text that repeats " + std::to_string(i) +
+        shell("mkdir -p '" + tree + "'; yes 'a line of text that repeats " + std::to_string(i) +
               "' | head -c 100000000 > '" + tree + "/" + std::to_string(i) + "'");
     }
-    Outcome packed = Create(tree, m_folder / "archive");
+    Outcome packed = create(tree, m_folder / "archive");
     ASSERT_EQ(packed.exitStatus, 0);
-    Outcome own = Extract(m_folder / "archive", m_folder / "in/own");
-    Shell("gzip -dc '" + (m_folder / "archive") + "' | gzip -1 > '" + (m_folder / "in/foreign") + "'");
-    Outcome foreign = Extract(m_folder / "in/foreign", m_folder / "in/foreign out");
+    Outcome own = extract(m_folder / "archive", m_folder / "in/own");
+    shell("gzip -dc '" + (m_folder / "archive") + "' | gzip -1 > '" + (m_folder / "in/foreign") + "'");
+    Outcome foreign = extract(m_folder / "in/foreign", m_folder / "in/foreign out");
     EXPECT_EQ(own.exitStatus + foreign.exitStatus, 0);
     for (const Outcome& outcome : {packed, own, foreign}) {
         EXPECT_LT(outcome.peakMemory, 64 * 1024);
@@ -583,7 +583,7 @@ TEST_F(HostileArchiveTest, MemoryStaysSmallForALargePayload) {
 
 TEST(CommandLineTest, OnlyTheTwoArgumentVectorsAreTaken) {
     TemporaryFolder folder;
-    WriteFile(folder / "D/a", "a");
+    writeFile(folder / "D/a", "a");
     const std::string source = folder / "D";
     const std::string archive = folder / "d.dat";
     for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
@@ -600,7 +600,7 @@ TEST(CommandLineTest, OnlyTheTwoArgumentVectorsAreTaken) {
              {"-x", "--rsrc", "-z", archive, source}}) {
         std::vector<std::string> command = {ZPK_DITTO};
         command.insert(command.end(), arguments.begin(), arguments.end());
-        Outcome outcome = RunProgram(command);
+        Outcome outcome = runProgram(command);
         EXPECT_EQ(outcome.exitStatus, 64);
         EXPECT_EQ(outcome.standardError,
                   "usage: ditto -c -z -rsrc --keepParent SRC DST | ditto -x -z --rsrc SRC DST\n");
@@ -610,8 +610,8 @@ TEST(CommandLineTest, OnlyTheTwoArgumentVectorsAreTaken) {
 
 TEST(CommandLineTest, CallsNoOtherProgram) {
     TemporaryFolder folder;
-    WriteFile(folder / "D/a", "a");
-    if (!HasProgram("strace")) {
+    writeFile(folder / "D/a", "a");
+    if (!hasProgram("strace")) {
         GTEST_SKIP() << "strace is not installed";
     }
     for (const std::string& line : {"-c -z -rsrc --keepParent " + (folder / "D") + " " + (folder / "d"),
@@ -620,10 +620,10 @@ TEST(CommandLineTest, CallsNoOtherProgram) {
         if (std::system(("strace -f -e trace=execve -o " + trace + " " ZPK_DITTO " " + line).c_str()) != 0) {
             GTEST_SKIP() << "processes cannot be traced here";
         }
-        std::string calls = ReadFile(trace);
+        std::string calls = readFile(trace);
         EXPECT_EQ(calls.find("execve("), calls.rfind("execve(")) << calls;
     }
-    EXPECT_EQ(ReadFile(folder / "out/D/a"), "a");
+    EXPECT_EQ(readFile(folder / "out/D/a"), "a");
 }
 
 }  // namespace

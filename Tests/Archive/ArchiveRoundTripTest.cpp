@@ -20,7 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 using namespace zpk_test;
 
-std::string RandomText(std::size_t size, unsigned seed) {
+std::string randomText(std::size_t size, unsigned seed) {
     std::string text(size, '\0');
     std::uint64_t state = seed * 2654435761U + 1;
     for (char& byte : text) {
@@ -30,36 +30,36 @@ std::string RandomText(std::size_t size, unsigned seed) {
     return text;
 }
 
-void SetTime(const std::string& path, time_t seconds) {
+void setTime(const std::string& path, time_t seconds) {
     timespec times[2] = {{seconds, 0}, {seconds, 0}};
     ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW), 0) << path;
 }
 
 /// A folder with every kind of thing that an archive carries.
-void MakeTree(const std::string& root) {
-    WriteFile(root + "/plain.txt", "hello\n");
-    WriteFile(root + "/empty", "");
-    WriteFile(root + "/large.bin", RandomText(3 * 1024 * 1024 + 17, 1));
-    WriteFile(root + "/sub/deeper/program", "#!/bin/sh\n");
-    WriteFile(root + "/linked", "one file, three names\n");
+void makeTree(const std::string& root) {
+    writeFile(root + "/plain.txt", "hello\n");
+    writeFile(root + "/empty", "");
+    writeFile(root + "/large.bin", randomText(3 * 1024 * 1024 + 17, 1));
+    writeFile(root + "/sub/deeper/program", "#!/bin/sh\n");
+    writeFile(root + "/linked", "one file, three names\n");
     fs::create_hard_link(root + "/linked", root + "/sub/linked too");
     fs::create_hard_link(root + "/linked", root + "/zz");
     fs::create_symlink("plain.txt", root + "/to plain");
     fs::create_symlink("/nowhere/at all", root + "/dangling");
     fs::create_symlink("../..", root + "/sub/upwards");
-    WriteFile(root + "/name\nwith newline", "n");
-    WriteFile(root + "/not \xff\xfe utf-8", "x");
-    WriteFile(root + "/-c", "an option's name");
-    WriteFile(root + "/" + std::string(255, 'L'), "long");
+    writeFile(root + "/name\nwith newline", "n");
+    writeFile(root + "/not \xff\xfe utf-8", "x");
+    writeFile(root + "/-c", "an option's name");
+    writeFile(root + "/" + std::string(255, 'L'), "long");
     fs::create_directories(root + "/empty folder");
-    WriteFile(root + "/readonly/inside", "kept");
+    writeFile(root + "/readonly/inside", "kept");
     chmod((root + "/sub/deeper/program").c_str(), 0755);
     chmod((root + "/plain.txt").c_str(), 0640);
     chmod((root + "/empty").c_str(), 0);
     chmod((root + "/empty folder").c_str(), 01777);
     time_t time = 1000000001;
     for (const char* name : {"/plain.txt", "/to plain", "/large.bin", "/empty folder", "/readonly", "/sub"}) {
-        SetTime(root + name, time);
+        setTime(root + name, time);
         time += 3600;
     }
     chmod((root + "/readonly").c_str(), 0555);
@@ -67,7 +67,7 @@ void MakeTree(const std::string& root) {
 
 class ArchiveRoundTripTest : public ::testing::Test {
 protected:
-    void SetUp() override { MakeTree(m_tree); }
+    void SetUp() override { makeTree(m_tree); }
     void TearDown() override { chmod((m_tree + "/readonly").c_str(), 0755); }
 
     TemporaryFolder m_folder;
@@ -77,33 +77,33 @@ protected:
 };
 
 TEST_F(ArchiveRoundTripTest, EverythingComesBack) {
-    Outcome created = Create(m_tree, m_archive);
+    Outcome created = create(m_tree, m_archive);
     EXPECT_EQ(created.exitStatus, 0) << created.standardError;
-    Outcome extracted = Extract(m_archive, m_target);
+    Outcome extracted = extract(m_archive, m_target);
     EXPECT_EQ(extracted.exitStatus, 0) << extracted.standardError;
     EXPECT_EQ(created.standardError + extracted.standardError, "");
-    EXPECT_EQ(Snapshot(m_tree), Snapshot(m_target + "/Data"));
+    EXPECT_EQ(snapshot(m_tree), snapshot(m_target + "/Data"));
 }
 
 TEST_F(ArchiveRoundTripTest, ExtractingTwiceOverItselfGivesTheSame) {
-    ASSERT_EQ(Create(m_tree, m_archive).exitStatus, 0);
-    ASSERT_EQ(Extract(m_archive, m_target).exitStatus, 0);
-    Outcome again = Extract(m_archive, m_target);
+    ASSERT_EQ(create(m_tree, m_archive).exitStatus, 0);
+    ASSERT_EQ(extract(m_archive, m_target).exitStatus, 0);
+    Outcome again = extract(m_archive, m_target);
     EXPECT_EQ(again.exitStatus, 0) << again.standardError;
-    EXPECT_EQ(Snapshot(m_tree), Snapshot(m_target + "/Data"));
+    EXPECT_EQ(snapshot(m_tree), snapshot(m_target + "/Data"));
 }
 
 TEST_F(ArchiveRoundTripTest, SameTreeGivesSameBytes) {
     std::string copy = m_folder / "elsewhere/Data";
     fs::create_directories(m_folder / "elsewhere");
-    Shell("cp -a '" + m_tree + "' '" + copy + "'");
-    ASSERT_EQ(Create(m_tree, m_archive).exitStatus, 0);
-    ASSERT_EQ(Create(copy, m_folder / "second.dat").exitStatus, 0);
-    EXPECT_TRUE(ReadFile(m_archive) == ReadFile(m_folder / "second.dat"));
+    shell("cp -a '" + m_tree + "' '" + copy + "'");
+    ASSERT_EQ(create(m_tree, m_archive).exitStatus, 0);
+    ASSERT_EQ(create(copy, m_folder / "second.dat").exitStatus, 0);
+    EXPECT_TRUE(readFile(m_archive) == readFile(m_folder / "second.dat"));
 }
 
 TEST_F(ArchiveRoundTripTest, ListNamesMembersInOrderWithoutTouchingDisk) {
-    ASSERT_EQ(Create(m_tree, m_archive).exitStatus, 0);
+    ASSERT_EQ(create(m_tree, m_archive).exitStatus, 0);
     KeepingSink sink;
     std::vector<std::string> names;
     std::map<std::string, zpk_archive::MemberDescription> members;
@@ -117,7 +117,7 @@ TEST_F(ArchiveRoundTripTest, ListNamesMembersInOrderWithoutTouchingDisk) {
     EXPECT_TRUE(good);
     ASSERT_FALSE(names.empty());
     EXPECT_EQ(names.front(), "Data");
-    EXPECT_EQ(names.size(), Snapshot(m_tree).size() + 1);
+    EXPECT_EQ(names.size(), snapshot(m_tree).size() + 1);
     EXPECT_EQ(members["Data/large.bin"].size, 3U * 1024 * 1024 + 17);
     EXPECT_EQ(members["Data/large.bin"].type, zpk_archive::MemberType::RegularFile);
     EXPECT_EQ(members["Data/plain.txt"].permissions, 0640U);
@@ -130,7 +130,7 @@ TEST_F(ArchiveRoundTripTest, ListNamesMembersInOrderWithoutTouchingDisk) {
 }
 
 TEST_F(ArchiveRoundTripTest, SystemToolsUnpackOurs) {
-    ASSERT_EQ(Create(m_tree, m_archive).exitStatus, 0);
+    ASSERT_EQ(create(m_tree, m_archive).exitStatus, 0);
     struct Row {
         const char* program;
         std::string line;
@@ -141,15 +141,15 @@ TEST_F(ArchiveRoundTripTest, SystemToolsUnpackOurs) {
              {"bsdtar", "bsdtar -xpf '" + m_archive + "'"},
              {"pigz", "pigz -dc" + in + " | bsdtar -xpf -"},
          }) {
-        if (!HasProgram(row.program)) {
+        if (!hasProgram(row.program)) {
             GTEST_SKIP() << row.program << " is not installed";
         }
         SCOPED_TRACE(row.program);
         std::string target = m_folder / (std::string("by ") + row.program);
         fs::create_directories(target);
-        Shell("cd '" + target + "'; umask 0; " + row.line);
+        shell("cd '" + target + "'; umask 0; " + row.line);
         // GNU cpio sets no times of links, and not all of folders.
-        EXPECT_EQ(Snapshot(m_tree, false), Snapshot(target + "/Data", false));
+        EXPECT_EQ(snapshot(m_tree, false), snapshot(target + "/Data", false));
         chmod((target + "/Data/readonly").c_str(), 0755);
     }
 }
@@ -163,14 +163,14 @@ struct Packing {
 class ForeignArchiveTest : public ArchiveRoundTripTest, public ::testing::WithParamInterface<Packing> {};
 
 TEST_P(ForeignArchiveTest, UnpacksToTheSameTree) {
-    if (!HasProgram(GetParam().program)) {
+    if (!hasProgram(GetParam().program)) {
         GTEST_SKIP() << GetParam().program << " is not installed";
     }
     setenv("ARCHIVE", m_archive.c_str(), 1);
-    Shell("cd '" + m_folder.path() + "'; " + GetParam().line);
-    Outcome extracted = Extract(m_archive, m_target);
+    shell("cd '" + m_folder.path() + "'; " + GetParam().line);
+    Outcome extracted = extract(m_archive, m_target);
     EXPECT_EQ(extracted.exitStatus, 0) << extracted.standardError;
-    EXPECT_EQ(Snapshot(m_tree), Snapshot(m_target + "/Data"));
+    EXPECT_EQ(snapshot(m_tree), snapshot(m_target + "/Data"));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -213,7 +213,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& row) { return std::string(row.param.name); });
 
 /// The other byte order of a binary archive: each header is thirteen 16-bit words.
-std::string SwapHeaders(std::string archive) {
+std::string swapHeaders(std::string archive) {
     auto word = [&](std::size_t at) {
         return static_cast<std::size_t>(static_cast<unsigned char>(archive[at])) |
                static_cast<std::size_t>(static_cast<unsigned char>(archive[at + 1])) << 8;
@@ -230,32 +230,32 @@ std::string SwapHeaders(std::string archive) {
 }
 
 TEST_F(ArchiveRoundTripTest, BinaryArchiveOfTheOtherByteOrder) {
-    if (!HasProgram("cpio")) {
+    if (!hasProgram("cpio")) {
         GTEST_SKIP() << "cpio is not installed";
     }
-    Shell("cd '" + m_folder.path() + "'; find Data -print0 | cpio -0 -o --quiet 2>/dev/null -H bin > little");
-    std::string little = ReadFile(m_folder / "little");
-    std::string big = SwapHeaders(little);
+    shell("cd '" + m_folder.path() + "'; find Data -print0 | cpio -0 -o --quiet 2>/dev/null -H bin > little");
+    std::string little = readFile(m_folder / "little");
+    std::string big = swapHeaders(little);
     ASSERT_EQ(big.substr(0, 2), std::string("\x71\xc7"));
-    WriteFile(m_archive, big);
-    Outcome extracted = Extract(m_archive, m_target);
+    writeFile(m_archive, big);
+    Outcome extracted = extract(m_archive, m_target);
     EXPECT_EQ(extracted.exitStatus, 0) << extracted.standardError;
-    EXPECT_EQ(Snapshot(m_tree), Snapshot(m_target + "/Data"));
+    EXPECT_EQ(snapshot(m_tree), snapshot(m_target + "/Data"));
 }
 
 TEST_F(ArchiveRoundTripTest, OwnArchiveFollowedByForeignMembers) {
-    Shell("cd '" + m_folder.path() + "'; bsdtar --format cpio -cf plain Data");
-    ASSERT_EQ(Create(m_tree, m_archive).exitStatus, 0);
+    shell("cd '" + m_folder.path() + "'; bsdtar --format cpio -cf plain Data");
+    ASSERT_EQ(create(m_tree, m_archive).exitStatus, 0);
     // The trailing data of a second archive after the end mark is no concern of the first.
-    Shell("cd '" + m_folder.path() + "'; (cat Data.dat; gzip -c < plain) > both");
-    Outcome extracted = Extract(m_folder / "both", m_target);
+    shell("cd '" + m_folder.path() + "'; (cat Data.dat; gzip -c < plain) > both");
+    Outcome extracted = extract(m_folder / "both", m_target);
     EXPECT_EQ(extracted.exitStatus, 0) << extracted.standardError;
-    EXPECT_EQ(Snapshot(m_tree), Snapshot(m_target + "/Data"));
+    EXPECT_EQ(snapshot(m_tree), snapshot(m_target + "/Data"));
 }
 
 TEST(ArchiveCreateTest, TopLevelNameIsTheSourcesLastComponent) {
     TemporaryFolder folder;
-    WriteFile(folder / "Info/a", "a");
+    writeFile(folder / "Info/a", "a");
     fs::create_directory_symlink(folder / "Info", folder / "Alias");
     struct Row {
         std::string source;
@@ -283,25 +283,25 @@ TEST(ArchiveCreateTest, TopLevelNameIsTheSourcesLastComponent) {
 
 TEST(ArchiveCreateTest, SourceWithoutNameOrMissingLeavesTheOldArchive) {
     TemporaryFolder folder;
-    WriteFile(folder / "old.dat", "old");
+    writeFile(folder / "old.dat", "old");
     fs::create_directory(folder / "TRAILER!!!");
     for (const std::string& source :
          {std::string("/"), folder / "missing", folder / "TRAILER!!!", std::string()}) {
-        Outcome outcome = Create(source, folder / "old.dat");
+        Outcome outcome = create(source, folder / "old.dat");
         EXPECT_EQ(outcome.exitStatus, 1) << source;
         EXPECT_EQ(std::count(outcome.standardError.begin(), outcome.standardError.end(), '\n'), 1)
             << outcome.standardError;
     }
-    EXPECT_EQ(ReadFile(folder / "old.dat"), "old");
+    EXPECT_EQ(readFile(folder / "old.dat"), "old");
     EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), fs::directory_iterator()), 2);
 }
 
 TEST(ArchiveCreateTest, FailedOutputLeavesNothing) {
     TemporaryFolder folder;
-    WriteFile(folder / "Data/a", RandomText(5000000, 2));
-    WriteFile(folder / "out.dat/in the way", "");
-    EXPECT_EQ(Create(folder / "Data", folder / "missing/out.dat").exitStatus, 1);
-    Outcome isFolder = Create(folder / "Data", folder / "out.dat");
+    writeFile(folder / "Data/a", randomText(5000000, 2));
+    writeFile(folder / "out.dat/in the way", "");
+    EXPECT_EQ(create(folder / "Data", folder / "missing/out.dat").exitStatus, 1);
+    Outcome isFolder = create(folder / "Data", folder / "out.dat");
     EXPECT_EQ(isFolder.exitStatus, 1);
     EXPECT_NE(isFolder.standardError.find("out.dat: Is a directory"), std::string::npos);
     EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), fs::directory_iterator()), 2);
@@ -309,7 +309,7 @@ TEST(ArchiveCreateTest, FailedOutputLeavesNothing) {
 
 TEST(ArchiveCreateTest, SpecialFilesAreReportedAndLeftOut) {
     TemporaryFolder folder;
-    WriteFile(folder / "D/file", "kept");
+    writeFile(folder / "D/file", "kept");
     ASSERT_EQ(mkfifo((folder / "D/fifo").c_str(), 0600), 0);
     int listening = socket(AF_UNIX, SOCK_STREAM, 0);
     sockaddr_un address{};
@@ -318,63 +318,63 @@ TEST(ArchiveCreateTest, SpecialFilesAreReportedAndLeftOut) {
     ASSERT_LT(path.size(), sizeof(address.sun_path));
     std::memcpy(address.sun_path, path.c_str(), path.size());
     ASSERT_EQ(bind(listening, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
-    Outcome outcome = Create(folder / "D", folder / "d.dat");
+    Outcome outcome = create(folder / "D", folder / "d.dat");
     close(listening);
     EXPECT_EQ(outcome.exitStatus, 1);
     EXPECT_EQ(outcome.standardError,
               "ditto: D/fifo: devices, FIFOs and sockets are not packed\n"
               "ditto: D/socket: devices, FIFOs and sockets are not packed\n");
-    ASSERT_EQ(Extract(folder / "d.dat", folder / "out").exitStatus, 0);
-    EXPECT_EQ(ReadFile(folder / "out/D/file"), "kept");
+    ASSERT_EQ(extract(folder / "d.dat", folder / "out").exitStatus, 0);
+    EXPECT_EQ(readFile(folder / "out/D/file"), "kept");
 }
 
 TEST(ArchiveCreateTest, ArchiveInsideItsSourceLeavesItselfOut) {
     TemporaryFolder folder;
-    WriteFile(folder / "D/file", "kept");
-    WriteFile(folder / "D/self.dat", "the archive of last time");
-    Outcome outcome = Create(folder / "D", folder / "D/self.dat");
+    writeFile(folder / "D/file", "kept");
+    writeFile(folder / "D/self.dat", "the archive of last time");
+    Outcome outcome = create(folder / "D", folder / "D/self.dat");
     EXPECT_EQ(outcome.exitStatus, 0);
     EXPECT_NE(outcome.standardError.find("the archive itself is left out"), std::string::npos);
-    ASSERT_EQ(Extract(folder / "D/self.dat", folder / "out").exitStatus, 0);
-    EXPECT_EQ(Snapshot(folder / "out/D").size(), 1U);
+    ASSERT_EQ(extract(folder / "D/self.dat", folder / "out").exitStatus, 0);
+    EXPECT_EQ(snapshot(folder / "out/D").size(), 1U);
 }
 
 TEST(ArchiveCreateTest, EightGibibytesIsRefusedAndTheRestIsPacked) {
     TemporaryFolder folder;
-    WriteFile(folder / "D/a", "a");
-    WriteFile(folder / "D/big", "");
-    WriteFile(folder / "D/c", "c");
+    writeFile(folder / "D/a", "a");
+    writeFile(folder / "D/big", "");
+    writeFile(folder / "D/c", "c");
     fs::resize_file(folder / "D/big", std::uintmax_t{1} << 33);
-    Outcome outcome = Create(folder / "D", folder / "d.dat");
+    Outcome outcome = create(folder / "D", folder / "d.dat");
     EXPECT_EQ(outcome.exitStatus, 1);
     EXPECT_EQ(outcome.standardError, "ditto: D/big: a CPIO archive cannot hold a file of 8 GiB or more\n");
-    ASSERT_EQ(Extract(folder / "d.dat", folder / "out").exitStatus, 0);
-    EXPECT_EQ(ReadFile(folder / "out/D/a") + ReadFile(folder / "out/D/c"), "ac");
+    ASSERT_EQ(extract(folder / "d.dat", folder / "out").exitStatus, 0);
+    EXPECT_EQ(readFile(folder / "out/D/a") + readFile(folder / "out/D/c"), "ac");
     EXPECT_FALSE(fs::exists(folder / "out/D/big"));
 }
 
 TEST(ArchiveCreateTest, UnreadableFileIsReportedAndTheRestIsPacked) {
     TemporaryFolder folder;
-    WriteFile(folder / "D/a", "a");
-    WriteFile(folder / "D/locked", "b");
+    writeFile(folder / "D/a", "a");
+    writeFile(folder / "D/locked", "b");
     chmod((folder / "D/locked").c_str(), 0);
     chmod(folder.path().c_str(), 0777);
     Outcome outcome =
-        RunProgram({ZPK_DITTO, "-c", "-z", "-rsrc", "--keepParent", folder / "D", folder / "d.dat"}, [] {
+        runProgram({ZPK_DITTO, "-c", "-z", "-rsrc", "--keepParent", folder / "D", folder / "d.dat"}, [] {
             if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) {
                 _exit(126);
             }
         });
     EXPECT_EQ(outcome.exitStatus, 1);
     EXPECT_EQ(outcome.standardError, "ditto: D/locked: Permission denied\n");
-    ASSERT_EQ(Extract(folder / "d.dat", folder / "out").exitStatus, 0);
-    EXPECT_EQ(ReadFile(folder / "out/D/a"), "a");
+    ASSERT_EQ(extract(folder / "d.dat", folder / "out").exitStatus, 0);
+    EXPECT_EQ(readFile(folder / "out/D/a"), "a");
 }
 
 TEST(ArchiveCreateTest, FileThatChangesItsSizeIsReportedAndTheArchiveStaysSound) {
     TemporaryFolder folder;
-    WriteFile(folder / "D/a changing", RandomText(1000, 3));
-    WriteFile(folder / "D/z", "z");
+    writeFile(folder / "D/a changing", randomText(1000, 3));
+    writeFile(folder / "D/z", "z");
     struct Row {
         off_t start;
         off_t step;
@@ -396,13 +396,13 @@ TEST(ArchiveCreateTest, FileThatChangesItsSizeIsReportedAndTheArchiveStaysSound)
                     }
                 }
             }
-            Outcome outcome = Create(folder / "D", folder / "d.dat");
+            Outcome outcome = create(folder / "D", folder / "d.dat");
             kill(changer, SIGKILL);
             waitpid(changer, nullptr, 0);
             seen = outcome.standardError.find(row.reason) != std::string::npos;
             EXPECT_EQ(outcome.exitStatus, outcome.standardError.empty() ? 0 : 1);
-            ASSERT_EQ(Extract(folder / "d.dat", folder / "out").exitStatus, 0);
-            EXPECT_EQ(ReadFile(folder / "out/D/z"), "z");
+            ASSERT_EQ(extract(folder / "d.dat", folder / "out").exitStatus, 0);
+            EXPECT_EQ(readFile(folder / "out/D/z"), "z");
         }
         EXPECT_TRUE(seen);
     }
@@ -410,17 +410,17 @@ TEST(ArchiveCreateTest, FileThatChangesItsSizeIsReportedAndTheArchiveStaysSound)
 
 TEST(ArchiveSparseTest, FileOverFourGibibytesComesBackWithItsHoles) {
     TemporaryFolder folder;
-    WriteFile(folder / "D/sparse", "start");
+    writeFile(folder / "D/sparse", "start");
     std::uintmax_t size = (std::uintmax_t{1} << 32) + 12345;
     fs::resize_file(folder / "D/sparse", size);
     int file = open((folder / "D/sparse").c_str(), O_WRONLY);
     ASSERT_EQ(pwrite(file, "middle", 6, (off_t{1} << 31) + 1), 6);
     ASSERT_EQ(pwrite(file, "end", 3, (off_t{1} << 32) + 100), 3);
     close(file);
-    Outcome created = Create(folder / "D", folder / "d.dat");
+    Outcome created = create(folder / "D", folder / "d.dat");
     ASSERT_EQ(created.exitStatus, 0) << created.standardError;
     EXPECT_LT(created.peakMemory, 64 * 1024);
-    Outcome extracted = Extract(folder / "d.dat", folder / "out");
+    Outcome extracted = extract(folder / "d.dat", folder / "out");
     ASSERT_EQ(extracted.exitStatus, 0) << extracted.standardError;
     EXPECT_LT(extracted.peakMemory, 64 * 1024);
     struct stat status {};
@@ -444,17 +444,17 @@ TEST(ArchiveSparseTest, ZerosAtEveryAlignmentComeBackExactly) {
     for (std::size_t before : {0U, 1U, 4095U, 4096U, 4097U, 1048575U}) {
         for (std::size_t zeros : {1U, 4096U, 16384U, 16385U, 70000U, 1200000U}) {
             for (std::size_t after : {0U, 1U, 4096U}) {
-                WriteFile(folder / ("D/" + std::to_string(row++)),
+                writeFile(folder / ("D/" + std::to_string(row++)),
                           std::string(before, 'b') + std::string(zeros, '\0') + std::string(after, 'a'));
             }
         }
     }
-    ASSERT_EQ(Create(folder / "D", folder / "d.dat").exitStatus, 0);
-    ASSERT_EQ(Extract(folder / "d.dat", folder / "out").exitStatus, 0);
-    EXPECT_EQ(Snapshot(folder / "D"), Snapshot(folder / "out/D"));
+    ASSERT_EQ(create(folder / "D", folder / "d.dat").exitStatus, 0);
+    ASSERT_EQ(extract(folder / "d.dat", folder / "out").exitStatus, 0);
+    EXPECT_EQ(snapshot(folder / "D"), snapshot(folder / "out/D"));
 }
 
-std::string GetAttribute(const std::string& path, const std::string& name) {
+std::string getAttribute(const std::string& path, const std::string& name) {
     char value[70000];
     ssize_t size = getxattr(path.c_str(), name.c_str(), value, sizeof(value));
     return size < 0 ? "absent" : std::string(value, static_cast<std::size_t>(size));
@@ -463,14 +463,14 @@ std::string GetAttribute(const std::string& path, const std::string& name) {
 class ArchiveAttributeTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        WriteFile(m_folder / "D/file", "contents");
-        if (!Set("D/file", "user.probe", "x")) {
+        writeFile(m_folder / "D/file", "contents");
+        if (!set("D/file", "user.probe", "x")) {
             GTEST_SKIP() << "the file system has no user attributes";
         }
         removexattr((m_folder / "D/file").c_str(), "user.probe");
     }
 
-    bool Set(const std::string& path, const std::string& name, const std::string& value) {
+    bool set(const std::string& path, const std::string& name, const std::string& value) {
         return setxattr((m_folder / path).c_str(), name.c_str(), value.data(), value.size(), 0) == 0;
     }
 
@@ -480,63 +480,63 @@ protected:
 TEST_F(ArchiveAttributeTest, ComeBackOnFilesAndFolders) {
     const std::string finderInfo = std::string("TEXTttxt") + std::string(24, '\1');
     fs::create_directories(m_folder / "D/sub");
-    WriteFile(m_folder / "D/sub/read only", "r");
-    ASSERT_TRUE(Set("D/file", "user.com.apple.FinderInfo", finderInfo));
-    ASSERT_TRUE(Set("D/file", "user.com.apple.ResourceFork", "fork\0bytes"));
-    ASSERT_TRUE(Set("D/file", "user.comment", "a remark"));
-    ASSERT_TRUE(Set("D/file", "user.empty", ""));
-    ASSERT_TRUE(Set("D/sub", "user.on.folder", "yes"));
-    ASSERT_TRUE(Set("D", "user.on.top", "top"));
-    ASSERT_TRUE(Set("D/sub/read only", "user.x", std::string(3000, 'v')));
+    writeFile(m_folder / "D/sub/read only", "r");
+    ASSERT_TRUE(set("D/file", "user.com.apple.FinderInfo", finderInfo));
+    ASSERT_TRUE(set("D/file", "user.com.apple.ResourceFork", "fork\0bytes"));
+    ASSERT_TRUE(set("D/file", "user.comment", "a remark"));
+    ASSERT_TRUE(set("D/file", "user.empty", ""));
+    ASSERT_TRUE(set("D/sub", "user.on.folder", "yes"));
+    ASSERT_TRUE(set("D", "user.on.top", "top"));
+    ASSERT_TRUE(set("D/sub/read only", "user.x", std::string(3000, 'v')));
     chmod((m_folder / "D/sub/read only").c_str(), 0444);
-    SetTime(m_folder / "D/file", 1100000000);
-    ASSERT_EQ(Create(m_folder / "D", m_folder / "d.dat").exitStatus, 0);
+    setTime(m_folder / "D/file", 1100000000);
+    ASSERT_EQ(create(m_folder / "D", m_folder / "d.dat").exitStatus, 0);
     chmod(m_folder.path().c_str(), 0777);
-    Outcome extracted = Extract(m_folder / "d.dat", m_folder / "out", [] {
+    Outcome extracted = extract(m_folder / "d.dat", m_folder / "out", [] {
         if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) {
             _exit(126);
         }
     });
     EXPECT_EQ(extracted.exitStatus, 0);
     EXPECT_EQ(extracted.standardError, "");
-    EXPECT_EQ(Snapshot(m_folder / "D"), Snapshot(m_folder / "out/D"));
+    EXPECT_EQ(snapshot(m_folder / "D"), snapshot(m_folder / "out/D"));
     std::string file = m_folder / "out/D/file";
-    EXPECT_EQ(GetAttribute(file, "user.com.apple.FinderInfo"), finderInfo);
-    EXPECT_EQ(GetAttribute(file, "user.com.apple.ResourceFork"), "fork");
-    EXPECT_EQ(GetAttribute(file, "user.comment"), "a remark");
-    EXPECT_EQ(GetAttribute(file, "user.empty"), "");
-    EXPECT_EQ(GetAttribute(m_folder / "out/D/sub", "user.on.folder"), "yes");
-    EXPECT_EQ(GetAttribute(m_folder / "out/D", "user.on.top"), "top");
-    EXPECT_EQ(GetAttribute(m_folder / "out/D/sub/read only", "user.x"), std::string(3000, 'v'));
+    EXPECT_EQ(getAttribute(file, "user.com.apple.FinderInfo"), finderInfo);
+    EXPECT_EQ(getAttribute(file, "user.com.apple.ResourceFork"), "fork");
+    EXPECT_EQ(getAttribute(file, "user.comment"), "a remark");
+    EXPECT_EQ(getAttribute(file, "user.empty"), "");
+    EXPECT_EQ(getAttribute(m_folder / "out/D/sub", "user.on.folder"), "yes");
+    EXPECT_EQ(getAttribute(m_folder / "out/D", "user.on.top"), "top");
+    EXPECT_EQ(getAttribute(m_folder / "out/D/sub/read only", "user.x"), std::string(3000, 'v'));
 }
 
 TEST_F(ArchiveAttributeTest, OddValuesOfThePlacedAttributesComeBack) {
-    ASSERT_TRUE(Set("D/file", "user.com.apple.FinderInfo", "short"));
-    ASSERT_TRUE(Set("D/file", "user.com.apple.ResourceFork", ""));
-    WriteFile(m_folder / "D/zero", "");
-    ASSERT_TRUE(Set("D/zero", "user.com.apple.FinderInfo", std::string(32, '\0')));
-    ASSERT_EQ(Create(m_folder / "D", m_folder / "d.dat").exitStatus, 0);
-    ASSERT_EQ(Extract(m_folder / "d.dat", m_folder / "out").exitStatus, 0);
-    EXPECT_EQ(GetAttribute(m_folder / "out/D/file", "user.com.apple.FinderInfo"), "short");
-    EXPECT_EQ(GetAttribute(m_folder / "out/D/file", "user.com.apple.ResourceFork"), "");
-    EXPECT_EQ(GetAttribute(m_folder / "out/D/zero", "user.com.apple.FinderInfo"), std::string(32, '\0'));
+    ASSERT_TRUE(set("D/file", "user.com.apple.FinderInfo", "short"));
+    ASSERT_TRUE(set("D/file", "user.com.apple.ResourceFork", ""));
+    writeFile(m_folder / "D/zero", "");
+    ASSERT_TRUE(set("D/zero", "user.com.apple.FinderInfo", std::string(32, '\0')));
+    ASSERT_EQ(create(m_folder / "D", m_folder / "d.dat").exitStatus, 0);
+    ASSERT_EQ(extract(m_folder / "d.dat", m_folder / "out").exitStatus, 0);
+    EXPECT_EQ(getAttribute(m_folder / "out/D/file", "user.com.apple.FinderInfo"), "short");
+    EXPECT_EQ(getAttribute(m_folder / "out/D/file", "user.com.apple.ResourceFork"), "");
+    EXPECT_EQ(getAttribute(m_folder / "out/D/zero", "user.com.apple.FinderInfo"), std::string(32, '\0'));
 }
 
 TEST_F(ArchiveAttributeTest, RealFileOfTheCompanionsNameSurvivesBesideAttributes) {
-    WriteFile(m_folder / "D/._file", "an ordinary file");
-    ASSERT_TRUE(Set("D/file", "user.a", "b"));
-    ASSERT_EQ(Create(m_folder / "D", m_folder / "d.dat").exitStatus, 0);
-    ASSERT_EQ(Extract(m_folder / "d.dat", m_folder / "out").exitStatus, 0);
-    EXPECT_EQ(ReadFile(m_folder / "out/D/._file"), "an ordinary file");
-    EXPECT_EQ(GetAttribute(m_folder / "out/D/file", "user.a"), "b");
+    writeFile(m_folder / "D/._file", "an ordinary file");
+    ASSERT_TRUE(set("D/file", "user.a", "b"));
+    ASSERT_EQ(create(m_folder / "D", m_folder / "d.dat").exitStatus, 0);
+    ASSERT_EQ(extract(m_folder / "d.dat", m_folder / "out").exitStatus, 0);
+    EXPECT_EQ(readFile(m_folder / "out/D/._file"), "an ordinary file");
+    EXPECT_EQ(getAttribute(m_folder / "out/D/file", "user.a"), "b");
 }
 
 TEST_F(ArchiveAttributeTest, CompanionMayComeAnywhereAndStaysWithoutItsFile) {
-    ASSERT_TRUE(Set("D/file", "user.a", "b"));
-    ASSERT_EQ(Create(m_folder / "D", m_folder / "d.dat").exitStatus, 0);
-    Shell("cd '" + m_folder.path() +
+    ASSERT_TRUE(set("D/file", "user.a", "b"));
+    ASSERT_EQ(create(m_folder / "D", m_folder / "d.dat").exitStatus, 0);
+    shell("cd '" + m_folder.path() +
           "'; gzip -dc < d.dat > plain; mkdir parts; cd parts; cpio -id --quiet < ../plain");
-    std::string companion = ReadFile(m_folder / "parts/D/._file");
+    std::string companion = readFile(m_folder / "parts/D/._file");
     RawMember file{"D/file", S_IFREG | 0400, "contents"};
     RawMember other{"D/other", S_IFREG | 0644, "other"};
     RawMember attributes{"D/._file", S_IFREG | 0, companion};
@@ -551,11 +551,11 @@ TEST_F(ArchiveAttributeTest, CompanionMayComeAnywhereAndStaysWithoutItsFile) {
                                            {"alone", {attributes, other}, false}}) {
         SCOPED_TRACE(row.name);
         std::string out = m_folder / (std::string("out ") + row.name);
-        WriteFile(m_folder / "raw", MakeOdc(row.members));
-        Outcome outcome = Extract(m_folder / "raw", out);
+        writeFile(m_folder / "raw", makeOdc(row.members));
+        Outcome outcome = extract(m_folder / "raw", out);
         EXPECT_EQ(outcome.exitStatus, 0) << outcome.standardError;
         EXPECT_EQ(fs::exists(out + "/D/._file"), !row.joined);
-        EXPECT_EQ(GetAttribute(out + "/D/file", "user.a"), row.joined ? "b" : "absent");
+        EXPECT_EQ(getAttribute(out + "/D/file", "user.a"), row.joined ? "b" : "absent");
     }
 }
 
@@ -565,25 +565,25 @@ TEST_F(ArchiveAttributeTest, WhatTheFileSystemRefusesIsKeptAsAFile) {
         std::system(("mount -t ramfs none '" + mountPoint.path() + "' 2>/dev/null").c_str()) != 0) {
         GTEST_SKIP() << "cannot mount a file system without attributes";
     }
-    ASSERT_TRUE(Set("D/file", "user.a", "b"));
-    EXPECT_EQ(Create(m_folder / "D", m_folder / "d.dat").exitStatus, 0);
-    Outcome outcome = Extract(m_folder / "d.dat", mountPoint.path());
+    ASSERT_TRUE(set("D/file", "user.a", "b"));
+    EXPECT_EQ(create(m_folder / "D", m_folder / "d.dat").exitStatus, 0);
+    Outcome outcome = extract(m_folder / "d.dat", mountPoint.path());
     EXPECT_EQ(outcome.exitStatus, 0);
     EXPECT_EQ(outcome.standardError,
               "ditto: D/file: warning: its extended attributes are kept in the file ._file (Operation not "
               "supported)\n");
-    EXPECT_EQ(ReadFile(mountPoint / "D/file"), "contents");
-    EXPECT_EQ(ReadFile(mountPoint / "D/._file").substr(0, 4), std::string("\0\5\x16\7", 4));
-    Shell("umount '" + mountPoint.path() + "'");
+    EXPECT_EQ(readFile(mountPoint / "D/file"), "contents");
+    EXPECT_EQ(readFile(mountPoint / "D/._file").substr(0, 4), std::string("\0\5\x16\7", 4));
+    shell("umount '" + mountPoint.path() + "'");
 }
 
 TEST_F(ArchiveAttributeTest, NameTooLongForACompanionIsAnError) {
     std::string name(254, 'n');
-    WriteFile(m_folder / ("D/" + name), "kept");
-    ASSERT_TRUE(Set("D/" + name, "user.a", "b"));
-    EXPECT_EQ(Create(m_folder / "D", m_folder / "d.dat").exitStatus, 1);
-    ASSERT_EQ(Extract(m_folder / "d.dat", m_folder / "out").exitStatus, 0);
-    EXPECT_EQ(ReadFile(m_folder / ("out/D/" + name)), "kept");
+    writeFile(m_folder / ("D/" + name), "kept");
+    ASSERT_TRUE(set("D/" + name, "user.a", "b"));
+    EXPECT_EQ(create(m_folder / "D", m_folder / "d.dat").exitStatus, 1);
+    ASSERT_EQ(extract(m_folder / "d.dat", m_folder / "out").exitStatus, 0);
+    EXPECT_EQ(readFile(m_folder / ("out/D/" + name)), "kept");
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include <cstring>
 #include <thread>
 
-#include "Tests/Archive/ArchiveFixture.h"
 #include "Archive/AppleDouble.h"
 #include "Archive/BlockPipeline.h"
 #include "Archive/BoundedErrorLog.h"
@@ -14,6 +13,7 @@
 #include "Archive/GzipMember.h"
 #include "Archive/InputFile.h"
 #include "Archive/MemberName.h"
+#include "Tests/Archive/ArchiveFixture.h"
 
 namespace {
 
@@ -186,7 +186,7 @@ TEST(GzipMemberTest, StatedSizesAreReadBackAndIncredibleOnesIgnored) {
                                            {{100, kMemberPlainSize + 1}, false},
                                            {{0xffffffffU, 0xffffffffU}, false}}) {
         auto header = makeMemberHeader(row.sizes);
-        zpk_test::WriteFile(folder / "h", {reinterpret_cast<const char*>(header.data()), header.size()});
+        zpk_test::writeFile(folder / "h", {reinterpret_cast<const char*>(header.data()), header.size()});
         InputFile input(folder / "h");
         std::optional<MemberSizes> sizes = readMemberHeader(input);
         ASSERT_EQ(sizes.has_value(), row.believed) << row.sizes.packed;
@@ -205,7 +205,7 @@ TEST(GzipMemberTest, DamagedAndEndlessHeadersAreRefused) {
          {start, start + '\xe0' + rest, std::string("\x1f\x8b\x07\0", 4) + rest,
           start + '\x04' + rest + "\xff\xff", start + '\x08' + rest + "name without end",
           start + '\x08' + rest + std::string(300000, 'n'), start + '\x02' + rest + "xx"}) {
-        zpk_test::WriteFile(folder / "h", header);
+        zpk_test::writeFile(folder / "h", header);
         InputFile input(folder / "h");
         EXPECT_THROW(readMemberHeader(input), ArchiveFailure);
     }

@@ -10,7 +10,7 @@
 namespace zpk_test {
 
 /// `text` with everything that a regular expression would take for more than itself escaped.
-inline std::string RegexFor(const std::string& text) {
+inline std::string regexFor(const std::string& text) {
     std::string regex;
     for (const char character : text) {
         if (std::string("\\^$.|?*+()[]{}").find(character) != std::string::npos) {
@@ -23,10 +23,10 @@ inline std::string RegexFor(const std::string& text) {
 
 /// The whole report of a failed assertion, for `testing::MatchesRegex`. `line` is a regular
 /// expression too: a number where the line is fixed, any number by default.
-inline std::string AssertionReport(const std::string& file, const std::string& function,
+inline std::string assertionReport(const std::string& file, const std::string& function,
                                    const std::string& expression, const std::string& line = "[0-9]+") {
-    return RegexFor(std::string(program_invocation_short_name) + ": " + file + ":") + line +
-           RegexFor(": " + function + ": Assertion `" + expression + "' failed.\n");
+    return regexFor(std::string(program_invocation_short_name) + ": " + file + ":") + line +
+           regexFor(": " + function + ": Assertion `" + expression + "' failed.\n");
 }
 
 }  // namespace zpk_test

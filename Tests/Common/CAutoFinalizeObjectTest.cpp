@@ -21,15 +21,15 @@ namespace varno_zpk {
 
 class AutoFinalizeObjectTest : public testing::Test {
 protected:
-    static const std::vector<CBaseObject*>& Registered() {
+    static const std::vector<CBaseObject*>& registered() {
         return CAutoFinalizeObject::s_AutoFinalizeObjects;
     }
 
-    static bool AllFinalized() { return CAutoFinalizeObject::s_AllObjectsFinalized; }
+    static bool allFinalized() { return CAutoFinalizeObject::s_AllObjectsFinalized; }
 
-    [[noreturn]] static void FinalizeAndExit() {
+    [[noreturn]] static void finalizeAndExit() {
         CAutoFinalizeObject::FinalizeAllObjects();
-        std::fprintf(stderr, "registered %zu\n", Registered().size());
+        std::fprintf(stderr, "registered %zu\n", registered().size());
         std::exit(0);
     }
 
@@ -38,7 +38,7 @@ protected:
     public:
         explicit Singleton(const std::string& name) : m_name(name) {}
         ~Singleton() override {
-            std::fprintf(stderr, "destroy %s of %zu\n", m_name.c_str(), Registered().size());
+            std::fprintf(stderr, "destroy %s of %zu\n", m_name.c_str(), registered().size());
         }
         void AutoFinalizeObjectFinalize() override { std::fprintf(stderr, "finalize %s\n", m_name.c_str()); }
 
@@ -88,14 +88,14 @@ protected:
 };
 
 TEST_F(AutoFinalizeObjectTest, HookFollowsTheTwoDestructors) {
-    EXPECT_EQ(zpk_test::VirtualSlot(&CAutoFinalizeObject::AutoFinalizeObjectFinalize), 3u);
+    EXPECT_EQ(zpk_test::virtualSlot(&CAutoFinalizeObject::AutoFinalizeObjectFinalize), 3u);
     EXPECT_TRUE(std::has_virtual_destructor_v<CAutoFinalizeObject>);
     EXPECT_EQ(sizeof(CAutoFinalizeObject), sizeof(void*));
 }
 
 TEST_F(AutoFinalizeObjectTest, StartsEmptyAndNotFinalized) {
-    EXPECT_TRUE(Registered().empty());
-    EXPECT_FALSE(AllFinalized());
+    EXPECT_TRUE(registered().empty());
+    EXPECT_FALSE(allFinalized());
 }
 
 TEST_F(AutoFinalizeObjectTest, RegistersInOrderOfConstructionAndUnregistersOnDestruction) {
@@ -103,16 +103,16 @@ TEST_F(AutoFinalizeObjectTest, RegistersInOrderOfConstructionAndUnregistersOnDes
     {
         CAutoFinalizeObject b;
         CAutoFinalizeObject c;
-        EXPECT_EQ(Registered(), (std::vector<CBaseObject*>{&a, &b, &c}));
+        EXPECT_EQ(registered(), (std::vector<CBaseObject*>{&a, &b, &c}));
     }
     CAutoFinalizeObject d;
-    EXPECT_EQ(Registered(), (std::vector<CBaseObject*>{&a, &d}));
+    EXPECT_EQ(registered(), (std::vector<CBaseObject*>{&a, &d}));
 }
 
 TEST_F(AutoFinalizeObjectTest, DefaultHookDoesNothing) {
     CAutoFinalizeObject object;
     object.AutoFinalizeObjectFinalize();
-    EXPECT_EQ(Registered(), (std::vector<CBaseObject*>{&object}));
+    EXPECT_EQ(registered(), (std::vector<CBaseObject*>{&object}));
 }
 
 TEST_F(AutoFinalizeObjectTest, FinalizesFirstCreatedFirstThenDestroysLastCreatedFirst) {
@@ -121,7 +121,7 @@ TEST_F(AutoFinalizeObjectTest, FinalizesFirstCreatedFirstThenDestroysLastCreated
             new Singleton("A");
             new Singleton("B");
             new Singleton("C");
-            FinalizeAndExit();
+            finalizeAndExit();
         },
         testing::ExitedWithCode(0),
         testing::Eq("finalize A\nfinalize B\nfinalize C\n"
@@ -129,7 +129,7 @@ TEST_F(AutoFinalizeObjectTest, FinalizesFirstCreatedFirstThenDestroysLastCreated
 }
 
 TEST_F(AutoFinalizeObjectTest, NothingRegisteredIsNothingToFinalize) {
-    EXPECT_EXIT(FinalizeAndExit(), testing::ExitedWithCode(0), testing::Eq("registered 0\n"));
+    EXPECT_EXIT(finalizeAndExit(), testing::ExitedWithCode(0), testing::Eq("registered 0\n"));
 }
 
 TEST_F(AutoFinalizeObjectTest, DestroyedObjectIsNotFinalized) {
@@ -139,7 +139,7 @@ TEST_F(AutoFinalizeObjectTest, DestroyedObjectIsNotFinalized) {
             const auto* b = new Singleton("B");
             new Singleton("C");
             delete b;
-            FinalizeAndExit();
+            finalizeAndExit();
         },
         testing::ExitedWithCode(0),
         testing::Eq(
@@ -152,7 +152,7 @@ TEST_F(AutoFinalizeObjectTest, ThrowingFinalizerStopsNeitherTheOthersNorTheDestr
             new ThrowsException("A");
             new ThrowsNumber("B");
             new Singleton("C");
-            FinalizeAndExit();
+            finalizeAndExit();
         },
         testing::ExitedWithCode(0),
         testing::Eq("finalize A\nfinalize B\nfinalize C\n"
@@ -164,7 +164,7 @@ TEST_F(AutoFinalizeObjectTest, FinalizerMayUseSingletonsFinalizedBeforeIt) {
         {
             auto* a = new Singleton("A");
             new UsesAnother(a);
-            FinalizeAndExit();
+            finalizeAndExit();
         },
         testing::ExitedWithCode(0),
         testing::Eq("finalize A\nused: finalize A\ndestroy A of 1\nregistered 0\n"));
@@ -174,9 +174,9 @@ TEST_F(AutoFinalizeObjectTest, ThrowingDestructorAborts) {
     EXPECT_DEATH(
         {
             new ThrowsWhenDestroyed;
-            FinalizeAndExit();
+            finalizeAndExit();
         },
-        testing::MatchesRegex(zpk_test::AssertionReport(
+        testing::MatchesRegex(zpk_test::assertionReport(
             "Common/CBaseObjectUtil.cpp",
             "static void varno_zpk::CBaseObjectUtil::Destroy(std::vector<varno_zpk::CBaseObject*>&)", "0")));
 }
@@ -187,7 +187,7 @@ TEST_F(AutoFinalizeObjectTest, SecondFinalizationAborts) {
             CAutoFinalizeObject::FinalizeAllObjects();
             CAutoFinalizeObject::FinalizeAllObjects();
         },
-        testing::MatchesRegex(zpk_test::AssertionReport(
+        testing::MatchesRegex(zpk_test::assertionReport(
             "Common/CAutoFinalizeObject.cpp",
             "static void varno_zpk::CAutoFinalizeObject::FinalizeAllObjects()", "!s_AllObjectsFinalized")));
 }
@@ -198,7 +198,7 @@ TEST_F(AutoFinalizeObjectTest, ConstructionAfterFinalizationAborts) {
             CAutoFinalizeObject::FinalizeAllObjects();
             CAutoFinalizeObject late;
         },
-        testing::MatchesRegex(zpk_test::AssertionReport(
+        testing::MatchesRegex(zpk_test::assertionReport(
             "Common/CAutoFinalizeObject.cpp", "varno_zpk::CAutoFinalizeObject::CAutoFinalizeObject()",
             "!s_AllObjectsFinalized")));
 }
@@ -209,7 +209,7 @@ TEST_F(AutoFinalizeObjectTest, ConstructionInAFinalizerAborts) {
             new MakesSingleton;
             CAutoFinalizeObject::FinalizeAllObjects();
         },
-        testing::MatchesRegex(zpk_test::AssertionReport(
+        testing::MatchesRegex(zpk_test::assertionReport(
             "Common/CAutoFinalizeObject.cpp", "varno_zpk::CAutoFinalizeObject::CAutoFinalizeObject()",
             "!s_AllObjectsFinalized")));
 }

@@ -89,7 +89,7 @@ TEST(BaseObjectUtilTest, DestroyAbortsAtTheFirstDestructorThatThrows) {
         },
         testing::MatchesRegex(
             "destroyed\n" +
-            zpk_test::AssertionReport(
+            zpk_test::assertionReport(
                 "Common/CBaseObjectUtil.cpp",
                 "static void varno_zpk::CBaseObjectUtil::Destroy(std::vector<varno_zpk::CBaseObject*>&)",
                 "0")));

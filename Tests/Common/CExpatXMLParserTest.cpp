@@ -24,32 +24,32 @@ namespace {
 
 using namespace varno_zpk;
 using namespace std::string_literals;
-using zpk_test::TreeText;
-using zpk_test::VirtualSlot;
+using zpk_test::treeText;
+using zpk_test::virtualSlot;
 
-const char* const MALFORMED = "malformed";
+const char* const kMalformed = "malformed";
 
-std::string TreeTextOf(const std::unique_ptr<CXMLDocument>& document) {
-    return document != nullptr ? TreeText(*document->GetRootElement()) : MALFORMED;
+std::string treeTextOf(const std::unique_ptr<CXMLDocument>& document) {
+    return document != nullptr ? treeText(*document->GetRootElement()) : kMalformed;
 }
 
-std::string TreeOfText(const std::string& xml) {
-    return TreeTextOf(
+std::string treeOfText(const std::string& xml) {
+    return treeTextOf(
         std::unique_ptr<CXMLDocument>(CExpatXMLParser().CreateXMLDocumentWithXMLContents(xml.c_str())));
 }
 
 /// The tree of a file with these bytes.
-std::string TreeOfFile(const std::string& bytes) {
+std::string treeOfFile(const std::string& bytes) {
     const zpk_test::TemporaryFolder folder;
-    zpk_test::WriteFile(folder / "in.xml", bytes);
-    return TreeTextOf(std::unique_ptr<CXMLDocument>(
+    zpk_test::writeFile(folder / "in.xml", bytes);
+    return treeTextOf(std::unique_ptr<CXMLDocument>(
         CExpatXMLParser().CreateXMLDocumentWithPath((folder / "in.xml").c_str())));
 }
 
 class DefaultParserAccess : public CXMLParser {
 public:
-    static CXMLParser* Current() { return s_DefaultParser; }
-    static void Replace(CXMLParser* parser) { s_DefaultParser = parser; }
+    static CXMLParser* current() { return s_DefaultParser; }
+    static void replace(CXMLParser* parser) { s_DefaultParser = parser; }
 };
 
 /// A default parser that tells when it is deleted.
@@ -63,19 +63,19 @@ private:
 };
 
 TEST(CXMLParserTest, VirtualOperationsAreInSlotOrder) {
-    EXPECT_EQ(VirtualSlot(&CXMLParser::CreateXMLDocumentWithPath), 3u);
-    EXPECT_EQ(VirtualSlot(&CXMLParser::CreateXMLDocumentWithXMLContents), 4u);
-    EXPECT_EQ(VirtualSlot(&CXMLParser::WriteXMLDocumentToFile), 5u);
-    EXPECT_EQ(VirtualSlot(&CXMLParser::WriteXMLDocumentToString), 6u);
+    EXPECT_EQ(virtualSlot(&CXMLParser::CreateXMLDocumentWithPath), 3u);
+    EXPECT_EQ(virtualSlot(&CXMLParser::CreateXMLDocumentWithXMLContents), 4u);
+    EXPECT_EQ(virtualSlot(&CXMLParser::WriteXMLDocumentToFile), 5u);
+    EXPECT_EQ(virtualSlot(&CXMLParser::WriteXMLDocumentToString), 6u);
     EXPECT_TRUE(std::is_abstract_v<CXMLParser>);
     EXPECT_EQ(sizeof(CExpatXMLParser), sizeof(void*));
 }
 
 TEST(CXMLParserTest, DefaultParserIsMadeOnFirstUseAndKept) {
-    EXPECT_EQ(DefaultParserAccess::Current(), nullptr);
+    EXPECT_EQ(DefaultParserAccess::current(), nullptr);
     CXMLParser* parser = CXMLParser::GetDefaultParser();
     EXPECT_NE(dynamic_cast<CExpatXMLParser*>(parser), nullptr);
-    EXPECT_EQ(DefaultParserAccess::Current(), parser);
+    EXPECT_EQ(DefaultParserAccess::current(), parser);
     EXPECT_EQ(CXMLParser::GetDefaultParser(), parser);
     CXMLParser::Finalize();
 }
@@ -83,10 +83,10 @@ TEST(CXMLParserTest, DefaultParserIsMadeOnFirstUseAndKept) {
 TEST(CXMLParserTest, FinalizeDeletesTheDefaultParser) {
     int deaths = 0;
     CXMLParser::Finalize();
-    DefaultParserAccess::Replace(new WatchedParser(deaths));
+    DefaultParserAccess::replace(new WatchedParser(deaths));
     CXMLParser::Finalize();
     EXPECT_EQ(deaths, 1);
-    EXPECT_EQ(DefaultParserAccess::Current(), nullptr);
+    EXPECT_EQ(DefaultParserAccess::current(), nullptr);
     CXMLParser::Finalize();
     EXPECT_EQ(deaths, 1);
     EXPECT_NE(CXMLParser::GetDefaultParser(), nullptr);
@@ -103,14 +103,14 @@ void PrintTo(const Row& row, std::ostream* out) {
     *out << row.name;
 }
 
-std::string RowName(const ::testing::TestParamInfo<Row>& row) {
+std::string rowName(const ::testing::TestParamInfo<Row>& row) {
     return row.param.name;
 }
 
 class CExpatXMLParserTextTest : public ::testing::TestWithParam<Row> {};
 
 TEST_P(CExpatXMLParserTextTest, TextGivesTheTree) {
-    EXPECT_EQ(TreeOfText(GetParam().xml), GetParam().tree);
+    EXPECT_EQ(treeOfText(GetParam().xml), GetParam().tree);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -128,7 +128,7 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"OutsideTheRootLeavesNothing", "\n <a/> \n", "a[]"},
         Row{"CarriageReturnReferenceIsDroppedBetweenElements", "<a>&#xD;<b/>&#xD;</a>", "a[b[]]"},
         Row{"NoBreakSpaceIsText", "<a>\xC2\xA0<b/></a>", "a['\xC2\xA0' b[]]"}),
-    RowName);
+    rowName);
 
 INSTANTIATE_TEST_SUITE_P(
     Text, CExpatXMLParserTextTest,
@@ -144,7 +144,7 @@ INSTANTIATE_TEST_SUITE_P(
             "a['wx' b['y'] 'z']"},
         Row{"EmptyCdataIsNoText", "<a><![CDATA[]]></a>", "a[]"},
         Row{"ManyBytesOfUTF8", "<a>\xE6\x97\xA5\xF0\x9F\x98\x80</a>", "a['\xE6\x97\xA5\xF0\x9F\x98\x80']"}),
-    RowName);
+    rowName);
 
 INSTANTIATE_TEST_SUITE_P(
     Structure, CExpatXMLParserTextTest,
@@ -164,28 +164,28 @@ INSTANTIATE_TEST_SUITE_P(
                       Row{"DeclaredEncodingOfATextDoesNotCount",
                           "<?xml version='1.0' encoding='ISO-8859-1'?><a>\xC3\xA9</a>", "a['\xC3\xA9']"},
                       Row{"NamesAreCaseSensitive", "<a><B/><b/></a>", "a[B[] b[]]"}),
-    RowName);
+    rowName);
 
 INSTANTIATE_TEST_SUITE_P(
     Malformed, CExpatXMLParserTextTest,
     ::testing::Values(
-        Row{"Empty", "", MALFORMED}, Row{"OnlyWhiteSpace", " \n", MALFORMED},
-        Row{"NoRoot", "<?xml version='1.0'?><!--c-->", MALFORMED}, Row{"TwoRoots", "<a/><b/>", MALFORMED},
-        Row{"TextOutsideTheRoot", "<a/>x", MALFORMED}, Row{"Unclosed", "<a><b></b>", MALFORMED},
-        Row{"WrongEndTag", "<a></b>", MALFORMED}, Row{"SameAttributeTwice", "<a x='1' x='2'/>", MALFORMED},
-        Row{"UnquotedAttribute", "<a x=1/>", MALFORMED}, Row{"UndefinedEntity", "<a>&e;</a>", MALFORMED},
-        Row{"BareAmpersand", "<a>&</a>", MALFORMED}, Row{"LessThanInAnAttribute", "<a x='<'/>", MALFORMED},
-        Row{"ControlCharacter", "<a>\x01</a>", MALFORMED}, Row{"ReferenceToNUL", "<a>&#0;</a>", MALFORMED},
-        Row{"InvalidUTF8", "<a>\xC3\x28</a>", MALFORMED}, Row{"OverlongUTF8", "<a>\xC0\xAF</a>", MALFORMED},
-        Row{"SurrogateInUTF8", "<a>\xED\xA0\x80</a>", MALFORMED},
-        Row{"DeclarationNotAtTheStart", " <?xml version='1.0'?><a/>", MALFORMED},
-        Row{"EntityThatHoldsItself", "<!DOCTYPE a [<!ENTITY e '&e;'>]><a>&e;</a>", MALFORMED}),
-    RowName);
+        Row{"Empty", "", kMalformed}, Row{"OnlyWhiteSpace", " \n", kMalformed},
+        Row{"NoRoot", "<?xml version='1.0'?><!--c-->", kMalformed}, Row{"TwoRoots", "<a/><b/>", kMalformed},
+        Row{"TextOutsideTheRoot", "<a/>x", kMalformed}, Row{"Unclosed", "<a><b></b>", kMalformed},
+        Row{"WrongEndTag", "<a></b>", kMalformed}, Row{"SameAttributeTwice", "<a x='1' x='2'/>", kMalformed},
+        Row{"UnquotedAttribute", "<a x=1/>", kMalformed}, Row{"UndefinedEntity", "<a>&e;</a>", kMalformed},
+        Row{"BareAmpersand", "<a>&</a>", kMalformed}, Row{"LessThanInAnAttribute", "<a x='<'/>", kMalformed},
+        Row{"ControlCharacter", "<a>\x01</a>", kMalformed}, Row{"ReferenceToNUL", "<a>&#0;</a>", kMalformed},
+        Row{"InvalidUTF8", "<a>\xC3\x28</a>", kMalformed}, Row{"OverlongUTF8", "<a>\xC0\xAF</a>", kMalformed},
+        Row{"SurrogateInUTF8", "<a>\xED\xA0\x80</a>", kMalformed},
+        Row{"DeclarationNotAtTheStart", " <?xml version='1.0'?><a/>", kMalformed},
+        Row{"EntityThatHoldsItself", "<!DOCTYPE a [<!ENTITY e '&e;'>]><a>&e;</a>", kMalformed}),
+    rowName);
 
 class CExpatXMLParserFileTest : public ::testing::TestWithParam<Row> {};
 
 TEST_P(CExpatXMLParserFileTest, BytesGiveTheTree) {
-    EXPECT_EQ(TreeOfFile(GetParam().xml), GetParam().tree);
+    EXPECT_EQ(treeOfFile(GetParam().xml), GetParam().tree);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -201,16 +201,17 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"Windows1252FromTheHostsTables", "<?xml version='1.0' encoding='windows-1252'?><a>\x80</a>",
             "a['\xE2\x82\xAC']"},
         Row{"ByteThatTheEncodingDoesNotHave", "<?xml version='1.0' encoding='windows-1252'?><a>\x81</a>",
-            MALFORMED},
-        Row{"EncodingOfSeveralBytes", "<?xml version='1.0' encoding='Shift_JIS'?><a>\x93\xFA</a>", MALFORMED},
-        Row{"EncodingThatDoesNotHoldASCII", "<?xml version='1.0' encoding='IBM037'?><a/>", MALFORMED},
-        Row{"StatefulEncoding", "<?xml version='1.0' encoding='UTF-7'?><a>+AGE-</a>", MALFORMED},
-        Row{"UnknownEncoding", "<?xml version='1.0' encoding='no-such-thing'?><a/>", MALFORMED},
-        Row{"EncodingThatContradictsTheBytes", "<?xml version='1.0' encoding='UTF-16'?><a/>", MALFORMED},
-        Row{"OddNumberOfBytesInUTF16", "\xFF\xFE<\0a\0/\0>\0\x20"s, MALFORMED},
-        Row{"NULByteInText", "<a>x\0y</a>"s, MALFORMED}, Row{"NULByteAfterTheRoot", "<a/>\0"s, MALFORMED},
-        Row{"EmptyFile", "", MALFORMED}, Row{"NULBytesOnly", std::string(5000, '\0'), MALFORMED}),
-    RowName);
+            kMalformed},
+        Row{"EncodingOfSeveralBytes", "<?xml version='1.0' encoding='Shift_JIS'?><a>\x93\xFA</a>",
+            kMalformed},
+        Row{"EncodingThatDoesNotHoldASCII", "<?xml version='1.0' encoding='IBM037'?><a/>", kMalformed},
+        Row{"StatefulEncoding", "<?xml version='1.0' encoding='UTF-7'?><a>+AGE-</a>", kMalformed},
+        Row{"UnknownEncoding", "<?xml version='1.0' encoding='no-such-thing'?><a/>", kMalformed},
+        Row{"EncodingThatContradictsTheBytes", "<?xml version='1.0' encoding='UTF-16'?><a/>", kMalformed},
+        Row{"OddNumberOfBytesInUTF16", "\xFF\xFE<\0a\0/\0>\0\x20"s, kMalformed},
+        Row{"NULByteInText", "<a>x\0y</a>"s, kMalformed}, Row{"NULByteAfterTheRoot", "<a/>\0"s, kMalformed},
+        Row{"EmptyFile", "", kMalformed}, Row{"NULBytesOnly", std::string(5000, '\0'), kMalformed}),
+    rowName);
 
 TEST(CExpatXMLParserTest, RootOfAReadDocumentHasNoParent) {
     CExpatXMLParser parser;
@@ -234,7 +235,7 @@ TEST(CExpatXMLParserTest, WhatIsNoReadableFileGivesNull) {
 
 TEST(CExpatXMLParserTest, UnreadableFileGivesNull) {
     const zpk_test::TemporaryFolder folder;
-    zpk_test::WriteFile(folder / "in.xml", "<a/>");
+    zpk_test::writeFile(folder / "in.xml", "<a/>");
     ASSERT_EQ(chmod(folder.path().c_str(), 0755), 0);
     ASSERT_EQ(chmod((folder / "in.xml").c_str(), 0), 0);
     // Root reads every file, so the test goes on as nobody.
@@ -248,17 +249,17 @@ TEST(CExpatXMLParserTest, UnreadableFileGivesNull) {
 
 TEST(CExpatXMLParserTest, FileIsReadThroughALink) {
     const zpk_test::TemporaryFolder folder;
-    zpk_test::WriteFile(folder / "in.xml", "<a/>");
+    zpk_test::writeFile(folder / "in.xml", "<a/>");
     ASSERT_EQ(symlink("in.xml", (folder / "link").c_str()), 0);
     const std::unique_ptr<CXMLDocument> document(
         CExpatXMLParser().CreateXMLDocumentWithPath((folder / "link").c_str()));
-    EXPECT_EQ(TreeTextOf(document), "a[]");
+    EXPECT_EQ(treeTextOf(document), "a[]");
 }
 
 TEST(CExpatXMLParserTest, ReadingLeavesNoDescriptorOpen) {
     const zpk_test::TemporaryFolder folder;
-    zpk_test::WriteFile(folder / "good.xml", "<a/>");
-    zpk_test::WriteFile(folder / "bad.xml", "<a");
+    zpk_test::writeFile(folder / "good.xml", "<a/>");
+    zpk_test::writeFile(folder / "bad.xml", "<a");
     const int before = dup(0);
     close(before);
     for (const char* name : {"good.xml", "bad.xml"}) {
@@ -275,13 +276,13 @@ TEST(CExpatXMLParserTest, EveryBlockSizeGivesTheSameTree) {
         "<a x='1&amp;\r\n2'>\r\n <b>\xE6\x97\xA5&e;&#x42;]]&gt;<![CDATA[ ]] ]]>\r\n</b> <!-- c --> "
         "<d/>t\r</a>\r\n";
     const zpk_test::TemporaryFolder folder;
-    zpk_test::WriteFile(folder / "in.xml", xml);
-    const std::string expected = TreeOfFile(xml);
+    zpk_test::writeFile(folder / "in.xml", xml);
+    const std::string expected = treeOfFile(xml);
     EXPECT_EQ(expected, "a(x='1& 2')[b['\xE6\x97\xA5in!B]]> ]] \n'] d[] 't\n']");
     for (std::size_t blockSize = 1; blockSize <= xml.size() + 1; ++blockSize) {
         const int descriptor = open((folder / "in.xml").c_str(), O_RDONLY | O_CLOEXEC);
         ASSERT_GE(descriptor, 0);
-        EXPECT_EQ(TreeTextOf(CExpatXMLParser::CreateCXMLNodeWithFile(descriptor, blockSize)), expected)
+        EXPECT_EQ(treeTextOf(CExpatXMLParser::CreateCXMLNodeWithFile(descriptor, blockSize)), expected)
             << blockSize;
         close(descriptor);
     }
@@ -289,7 +290,7 @@ TEST(CExpatXMLParserTest, EveryBlockSizeGivesTheSameTree) {
 
 TEST(CExpatXMLParserTest, FileTakenInSeveralBlocksMayBeMalformedInAny) {
     const zpk_test::TemporaryFolder folder;
-    zpk_test::WriteFile(folder / "in.xml", "<a><b/></a>x");
+    zpk_test::writeFile(folder / "in.xml", "<a><b/></a>x");
     for (std::size_t blockSize = 1; blockSize <= 13; ++blockSize) {
         const int descriptor = open((folder / "in.xml").c_str(), O_RDONLY | O_CLOEXEC);
         EXPECT_EQ(CExpatXMLParser::CreateCXMLNodeWithFile(descriptor, blockSize), nullptr);
@@ -299,13 +300,13 @@ TEST(CExpatXMLParserTest, FileTakenInSeveralBlocksMayBeMalformedInAny) {
 
 TEST(CExpatXMLParserTest, ExternalEntitiesAreNeverRead) {
     const zpk_test::TemporaryFolder folder;
-    zpk_test::WriteFile(folder / "secret.txt", "secret");
-    zpk_test::WriteFile(folder / "secret.dtd", "<!ENTITY f 'secret'>");
+    zpk_test::writeFile(folder / "secret.txt", "secret");
+    zpk_test::writeFile(folder / "secret.dtd", "<!ENTITY f 'secret'>");
     const std::string path = folder.path();
-    EXPECT_EQ(TreeOfText("<!DOCTYPE a [<!ENTITY e SYSTEM 'file://" + path + "/secret.txt'>]><a>x&e;y</a>"),
+    EXPECT_EQ(treeOfText("<!DOCTYPE a [<!ENTITY e SYSTEM 'file://" + path + "/secret.txt'>]><a>x&e;y</a>"),
               "a['xy']");
-    EXPECT_EQ(TreeOfText("<!DOCTYPE a SYSTEM 'file://" + path + "/secret.dtd'><a>x&f;y</a>"), "a['xy']");
-    EXPECT_EQ(TreeOfText("<!DOCTYPE a [<!ENTITY % p SYSTEM '" + path + "/secret.dtd'> %p;]><a>x&f;y</a>"),
+    EXPECT_EQ(treeOfText("<!DOCTYPE a SYSTEM 'file://" + path + "/secret.dtd'><a>x&f;y</a>"), "a['xy']");
+    EXPECT_EQ(treeOfText("<!DOCTYPE a [<!ENTITY % p SYSTEM '" + path + "/secret.dtd'> %p;]><a>x&f;y</a>"),
               "a['xy']");
 }
 
@@ -314,9 +315,9 @@ TEST(CExpatXMLParserHostileTest, EveryTruncationIsMalformed) {
         "<?xml version='1.0' encoding='UTF-8'?><!DOCTYPE a [<!ENTITY e 'v'>]><a x='1'><b>t&e;\xC3\xA9</b>"
         "<!--c--><![CDATA[d]]></a>";
     for (std::size_t length = 0; length < xml.size(); ++length) {
-        EXPECT_EQ(TreeOfText(xml.substr(0, length)), MALFORMED) << length;
+        EXPECT_EQ(treeOfText(xml.substr(0, length)), kMalformed) << length;
     }
-    EXPECT_NE(TreeOfText(xml), MALFORMED);
+    EXPECT_NE(treeOfText(xml), kMalformed);
 }
 
 TEST(CExpatXMLParserHostileTest, ChangedAndRandomBytesNeverCrash) {
@@ -339,7 +340,7 @@ TEST(CExpatXMLParserHostileTest, ChangedAndRandomBytesNeverCrash) {
     }
 }
 
-std::string Repeated(const std::string& piece, std::size_t count) {
+std::string repeated(const std::string& piece, std::size_t count) {
     std::string text;
     text.reserve(piece.size() * count);
     while (count-- != 0) {
@@ -349,16 +350,16 @@ std::string Repeated(const std::string& piece, std::size_t count) {
 }
 
 TEST(CExpatXMLParserHostileTest, NestingIsBounded) {
-    const auto nested = [](std::size_t depth) { return Repeated("<a>", depth) + Repeated("</a>", depth); };
-    EXPECT_NE(TreeOfText(nested(CExpatTreeBuilder::MAXIMUM_DEPTH)), MALFORMED);
-    EXPECT_EQ(TreeOfText(nested(CExpatTreeBuilder::MAXIMUM_DEPTH + 1)), MALFORMED);
-    EXPECT_EQ(TreeOfText(nested(1000000)), MALFORMED);
-    EXPECT_EQ(TreeOfText(Repeated("<a>", 1000000)), MALFORMED);
+    const auto nested = [](std::size_t depth) { return repeated("<a>", depth) + repeated("</a>", depth); };
+    EXPECT_NE(treeOfText(nested(CExpatTreeBuilder::kMaximumDepth)), kMalformed);
+    EXPECT_EQ(treeOfText(nested(CExpatTreeBuilder::kMaximumDepth + 1)), kMalformed);
+    EXPECT_EQ(treeOfText(nested(1000000)), kMalformed);
+    EXPECT_EQ(treeOfText(repeated("<a>", 1000000)), kMalformed);
 }
 
 TEST(CExpatXMLParserHostileTest, WideTreesAreNotDeep) {
     const std::size_t count = 20000;
-    const auto document = CExpatXMLParser::CreateCXMLNodeWithText("<a>" + Repeated("<b/>", count) + "</a>");
+    const auto document = CExpatXMLParser::CreateCXMLNodeWithText("<a>" + repeated("<b/>", count) + "</a>");
     ASSERT_NE(document, nullptr);
     EXPECT_EQ(document->GetRootElement()->GetChildCount(), count);
 }
@@ -369,12 +370,12 @@ TEST(CExpatXMLParserHostileTest, BillionLaughsAreRefused) {
         const std::string inner = "&e" + std::to_string(level - 1) + ";";
         xml += "<!ENTITY e" + std::to_string(level) + " '" + inner + inner + "'>";
     }
-    EXPECT_EQ(TreeOfText(xml + "]><a>&e39;</a>"), MALFORMED);
-    EXPECT_EQ(TreeOfText(xml + "]><a x='&e39;'/>"), MALFORMED);
+    EXPECT_EQ(treeOfText(xml + "]><a>&e39;</a>"), kMalformed);
+    EXPECT_EQ(treeOfText(xml + "]><a x='&e39;'/>"), kMalformed);
 }
 
 /// A document type of `count` entities, each naming the one before; the last one is `&e<count-1>;`.
-std::string ChainOfEntities(std::size_t count) {
+std::string chainOfEntities(std::size_t count) {
     std::string xml = "<!DOCTYPE a [<!ENTITY e0 'x'>";
     for (std::size_t level = 1; level < count; ++level) {
         xml += "<!ENTITY e" + std::to_string(level) + " '&e" + std::to_string(level - 1) + ";'>";
@@ -383,48 +384,48 @@ std::string ChainOfEntities(std::size_t count) {
 }
 
 TEST(CExpatXMLParserHostileTest, TakesAsManyEntitiesAsTheBoundAllows) {
-    const std::string chain = ChainOfEntities(CExpatTreeBuilder::MAXIMUM_ENTITIES);
-    const std::string last = "&e" + std::to_string(CExpatTreeBuilder::MAXIMUM_ENTITIES - 1) + ";";
-    EXPECT_EQ(TreeOfText(chain + "<a>" + last + "</a>"), TreeOfText("<a>x</a>"));
-    EXPECT_EQ(TreeOfText(chain + "<a x='" + last + "'/>"), TreeOfText("<a x='x'/>"));
+    const std::string chain = chainOfEntities(CExpatTreeBuilder::kMaximumEntities);
+    const std::string last = "&e" + std::to_string(CExpatTreeBuilder::kMaximumEntities - 1) + ";";
+    EXPECT_EQ(treeOfText(chain + "<a>" + last + "</a>"), treeOfText("<a>x</a>"));
+    EXPECT_EQ(treeOfText(chain + "<a x='" + last + "'/>"), treeOfText("<a x='x'/>"));
 }
 
 TEST(CExpatXMLParserHostileTest, OneEntityOverTheBoundIsMalformed) {
-    const std::string chain = ChainOfEntities(CExpatTreeBuilder::MAXIMUM_ENTITIES + 1);
-    EXPECT_EQ(TreeOfText(chain + "<a/>"), MALFORMED);
+    const std::string chain = chainOfEntities(CExpatTreeBuilder::kMaximumEntities + 1);
+    EXPECT_EQ(treeOfText(chain + "<a/>"), kMalformed);
 }
 
 TEST(CExpatXMLParserHostileTest, ParameterEntitiesCountToo) {
     std::string xml = "<!DOCTYPE a [";
-    for (std::size_t level = 0; level <= CExpatTreeBuilder::MAXIMUM_ENTITIES; ++level) {
+    for (std::size_t level = 0; level <= CExpatTreeBuilder::kMaximumEntities; ++level) {
         xml += "<!ENTITY % p" + std::to_string(level) + " ''>";
     }
-    EXPECT_EQ(TreeOfText(xml + "]><a/>"), MALFORMED);
+    EXPECT_EQ(treeOfText(xml + "]><a/>"), kMalformed);
 }
 
 TEST(CExpatXMLParserHostileTest, LongChainOfEntitiesDoesNotExhaustTheStack) {
-    const std::string chain = ChainOfEntities(30000);
-    EXPECT_EQ(TreeOfText(chain + "<a>&e29999;</a>"), MALFORMED);
-    EXPECT_EQ(TreeOfText(chain + "<a x='&e29999;'/>"), MALFORMED);
+    const std::string chain = chainOfEntities(30000);
+    EXPECT_EQ(treeOfText(chain + "<a>&e29999;</a>"), kMalformed);
+    EXPECT_EQ(treeOfText(chain + "<a x='&e29999;'/>"), kMalformed);
 }
 
 TEST(CExpatXMLParserHostileTest, AttributeDefaultsCannotFillTheMemory) {
     const std::string value(100000, 'v');
     const std::string start = "<!DOCTYPE a [<!ATTLIST b x CDATA '" + value + "'>]><a>";
-    EXPECT_NE(TreeOfText(start + Repeated("<b/>", 10) + "</a>"), MALFORMED);
-    EXPECT_EQ(TreeOfText(start + Repeated("<b/>", 20000) + "</a>"), MALFORMED);
+    EXPECT_NE(treeOfText(start + repeated("<b/>", 10) + "</a>"), kMalformed);
+    EXPECT_EQ(treeOfText(start + repeated("<b/>", 20000) + "</a>"), kMalformed);
 }
 
 TEST(CExpatXMLParserHostileTest, ElementsInEntitiesCannotFillTheMemory) {
-    std::string xml = "<!DOCTYPE a [<!ENTITY e0 '" + Repeated("<b/>", 1000) + "'><!ENTITY e1 '" +
-                      Repeated("&e0;", 1000) + "'>]><a>&e1;</a>";
-    EXPECT_EQ(TreeOfText(xml), MALFORMED);
+    std::string xml = "<!DOCTYPE a [<!ENTITY e0 '" + repeated("<b/>", 1000) + "'><!ENTITY e1 '" +
+                      repeated("&e0;", 1000) + "'>]><a>&e1;</a>";
+    EXPECT_EQ(treeOfText(xml), kMalformed);
 }
 
 TEST(CExpatXMLParserHostileTest, HugeTokensAreReadInLinearTime) {
     const std::string value(8 << 20, 'v');
     const zpk_test::TemporaryFolder folder;
-    zpk_test::WriteFile(folder / "in.xml", "<a x='" + value + "'>" + value + "<!--" + value + "--></a>");
+    zpk_test::writeFile(folder / "in.xml", "<a x='" + value + "'>" + value + "<!--" + value + "--></a>");
     const auto start = std::chrono::steady_clock::now();
     const std::unique_ptr<CXMLDocument> document(
         CExpatXMLParser().CreateXMLDocumentWithPath((folder / "in.xml").c_str()));

@@ -15,7 +15,7 @@
 
 using varno_zpk::CFileManagerLow;
 using zpk_test::TemporaryFolder;
-using zpk_test::WriteFile;
+using zpk_test::writeFile;
 
 namespace {
 
@@ -35,25 +35,25 @@ private:
     std::filesystem::path m_previous;
 };
 
-std::string Converted(const std::string& path) {
+std::string converted(const std::string& path) {
     std::string out("earlier");
     CFileManagerLow::ConvertRelToAbsPath(path.c_str(), out);
     return out;
 }
 
-std::vector<std::string> Contents(const std::string& folder) {
+std::vector<std::string> contents(const std::string& folder) {
     std::vector<std::string> names;
     CFileManagerLow::GetFolderContents(folder.c_str(), names);
     return names;
 }
 
-std::vector<std::string> SortedContents(const std::string& folder) {
-    std::vector<std::string> names = Contents(folder);
+std::vector<std::string> sortedContents(const std::string& folder) {
+    std::vector<std::string> names = contents(folder);
     std::sort(names.begin(), names.end());
     return names;
 }
 
-std::vector<std::string> ReadOrder(const std::string& folder) {
+std::vector<std::string> readOrder(const std::string& folder) {
     std::vector<std::string> names;
     DIR* stream = opendir(folder.c_str());
     EXPECT_NE(stream, nullptr);
@@ -68,7 +68,7 @@ std::vector<std::string> ReadOrder(const std::string& folder) {
 }
 
 /// For a child process: gives up the right to read everything, then lists.
-[[noreturn]] void ExitWithCountAsNobody(const std::string& folder) {
+[[noreturn]] void exitWithCountAsNobody(const std::string& folder) {
     if (geteuid() == 0 && setuid(kNobody) != 0) {
         _exit(99);
     }
@@ -119,7 +119,7 @@ TEST(FileManagerLowTest, AbsolutePathIsOnlyStandardized) {
         {"/\xFF/\xE6\x97\xA5/../\xC3", "/\xFF/\xC3"},
     };
     for (const auto& row : rows) {
-        EXPECT_EQ(Converted(row.path), row.expected) << row.path;
+        EXPECT_EQ(converted(row.path), row.expected) << row.path;
     }
 }
 
@@ -146,22 +146,22 @@ TEST(FileManagerLowTest, RelativePathIsTakenFromTheWorkingFolder) {
         {"\xFF", root + "/a/b/\xFF"},
     };
     for (const auto& row : rows) {
-        EXPECT_EQ(Converted(row.path), row.expected) << row.path;
+        EXPECT_EQ(converted(row.path), row.expected) << row.path;
     }
 }
 
 TEST(FileManagerLowTest, RelativePathFromTheRootHasOneSeparator) {
     const WorkingFolder working("/");
-    EXPECT_EQ(Converted("x"), "/x");
-    EXPECT_EQ(Converted("../x"), "/x");
-    EXPECT_EQ(Converted(""), "/");
+    EXPECT_EQ(converted("x"), "/x");
+    EXPECT_EQ(converted("../x"), "/x");
+    EXPECT_EQ(converted(""), "/");
 }
 
 TEST(FileManagerLowTest, ParentOfALinkIsTakenFromTheText) {
     const TemporaryFolder temporary;
     std::filesystem::create_directories(temporary / "far/away");
     std::filesystem::create_symlink(temporary / "far/away", temporary / "link");
-    EXPECT_EQ(Converted(temporary / "link/../x"), temporary / "x");
+    EXPECT_EQ(converted(temporary / "link/../x"), temporary / "x");
 }
 
 TEST(FileManagerLowTest, RelativePathStaysRelativeWithoutAWorkingFolder) {
@@ -169,9 +169,9 @@ TEST(FileManagerLowTest, RelativePathStaysRelativeWithoutAWorkingFolder) {
     std::filesystem::create_directory(temporary / "gone");
     const WorkingFolder working(temporary / "gone");
     std::filesystem::remove(temporary / "gone");
-    EXPECT_EQ(Converted("x/../y/"), "y");
-    EXPECT_EQ(Converted("~/x"), "~/x");
-    EXPECT_EQ(Converted("/a/../x"), "/x");
+    EXPECT_EQ(converted("x/../y/"), "y");
+    EXPECT_EQ(converted("~/x"), "~/x");
+    EXPECT_EQ(converted("/a/../x"), "/x");
 }
 
 TEST(FileManagerLowTest, PathMayLieInTheOutput) {
@@ -189,33 +189,33 @@ TEST(FileManagerLowTest, DeepPathIsStandardized) {
     for (int i = 0; i < 2000; ++i) {
         expected += "/a";
     }
-    EXPECT_EQ(Converted(path), expected);
+    EXPECT_EQ(converted(path), expected);
 }
 
 TEST(FileManagerLowTest, FolderContentsAreTheNamesOfAllEntries) {
     const TemporaryFolder folder;
-    WriteFile(folder / "file", "");
-    WriteFile(folder / ".hidden", "");
-    WriteFile(folder / "sub/deep", "");
-    WriteFile(folder / "\xFF\n", "");
+    writeFile(folder / "file", "");
+    writeFile(folder / ".hidden", "");
+    writeFile(folder / "sub/deep", "");
+    writeFile(folder / "\xFF\n", "");
     std::filesystem::create_symlink("nowhere", folder / "dangling");
-    EXPECT_EQ(SortedContents(folder.path()),
+    EXPECT_EQ(sortedContents(folder.path()),
               (std::vector<std::string>{".hidden", "dangling", "file", "sub", "\xFF\n"}));
 }
 
 TEST(FileManagerLowTest, FolderContentsKeepTheOrderOfTheFileSystem) {
     const TemporaryFolder folder;
     for (int i = 0; i < 200; ++i) {
-        WriteFile(folder / std::to_string(i * 7919 % 200), "");
+        writeFile(folder / std::to_string(i * 7919 % 200), "");
     }
-    const std::vector<std::string> names = Contents(folder.path());
+    const std::vector<std::string> names = contents(folder.path());
     EXPECT_EQ(names.size(), 200u);
-    EXPECT_EQ(names, ReadOrder(folder.path()));
+    EXPECT_EQ(names, readOrder(folder.path()));
 }
 
 TEST(FileManagerLowTest, FolderContentsReplaceEarlierEntries) {
     const TemporaryFolder folder;
-    WriteFile(folder / "file", "");
+    writeFile(folder / "file", "");
     std::vector<std::string> names{"earlier", "still earlier"};
     CFileManagerLow::GetFolderContents(folder.path().c_str(), names);
     EXPECT_EQ(names, (std::vector<std::string>{"file"}));
@@ -223,7 +223,7 @@ TEST(FileManagerLowTest, FolderContentsReplaceEarlierEntries) {
 
 TEST(FileManagerLowTest, WhatIsNoFolderHasNoContents) {
     const TemporaryFolder folder;
-    WriteFile(folder / "file", "");
+    writeFile(folder / "file", "");
     std::filesystem::create_symlink("nowhere", folder / "dangling");
     std::filesystem::create_directory(folder / "empty");
     for (const std::string& path :
@@ -236,17 +236,17 @@ TEST(FileManagerLowTest, WhatIsNoFolderHasNoContents) {
 
 TEST(FileManagerLowTest, FolderThatMayNotBeReadHasNoContents) {
     const TemporaryFolder folder;
-    WriteFile(folder / "closed/file", "");
+    writeFile(folder / "closed/file", "");
     ASSERT_EQ(chmod(folder.path().c_str(), 0755), 0);
-    EXPECT_EXIT(ExitWithCountAsNobody(folder / "closed"), testing::ExitedWithCode(1), "");
+    EXPECT_EXIT(exitWithCountAsNobody(folder / "closed"), testing::ExitedWithCode(1), "");
     ASSERT_EQ(chmod((folder / "closed").c_str(), 0), 0);
-    EXPECT_EXIT(ExitWithCountAsNobody(folder / "closed"), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(exitWithCountAsNobody(folder / "closed"), testing::ExitedWithCode(0), "");
     chmod((folder / "closed").c_str(), 0755);
 }
 
 TEST(FileManagerLowTest, OnlyAFolderItselfIsAFolder) {
     const TemporaryFolder folder;
-    WriteFile(folder / "file", "");
+    writeFile(folder / "file", "");
     std::filesystem::create_directory(folder / "sub");
     std::filesystem::create_directory_symlink("sub", folder / "link");
     std::filesystem::create_symlink("nowhere", folder / "dangling");

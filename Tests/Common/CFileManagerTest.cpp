@@ -14,7 +14,7 @@
 
 using varno_zpk::CAutoFinalizeObject;
 using varno_zpk::CFileManager;
-using zpk_test::AssertionReport;
+using zpk_test::assertionReport;
 using zpk_test::TemporaryFolder;
 
 namespace {
@@ -34,7 +34,7 @@ TEST(FileManagerTest, IsASingletonWithoutFieldsOrVirtualOperationsOfItsOwn) {
     EXPECT_FALSE(std::is_copy_constructible_v<CFileManager>);
     EXPECT_FALSE(std::is_copy_assignable_v<CFileManager>);
     EXPECT_EQ(sizeof(CFileManager), sizeof(CAutoFinalizeObject));
-    EXPECT_EQ(zpk_test::VirtualSlot(&CFileManager::AutoFinalizeObjectFinalize), 3u);
+    EXPECT_EQ(zpk_test::virtualSlot(&CFileManager::AutoFinalizeObjectFinalize), 3u);
     EXPECT_TRUE((std::is_same_v<decltype(&CFileManager::AutoFinalizeObjectFinalize),
                                 void (CAutoFinalizeObject::*)()>));
 }
@@ -54,7 +54,7 @@ TEST(FileManagerTest, IsDestroyedByTheFinalizationOfAllSingletons) {
             // The old manager is gone, so a new one is tried, and it is too late for that.
             CFileManager::GetManager();
         },
-        testing::MatchesRegex(AssertionReport("Common/CAutoFinalizeObject.cpp",
+        testing::MatchesRegex(assertionReport("Common/CAutoFinalizeObject.cpp",
                                               "varno_zpk::CAutoFinalizeObject::CAutoFinalizeObject()",
                                               "!s_AllObjectsFinalized")));
 }
@@ -66,18 +66,18 @@ TEST(FileManagerTest, SecondManagerAborts) {
             CFileManager second;
         },
         testing::MatchesRegex(
-            AssertionReport(kSource, "varno_zpk::CFileManager::CFileManager()", "s_Manager==NULL")));
+            assertionReport(kSource, "varno_zpk::CFileManager::CFileManager()", "s_Manager==NULL")));
 }
 
 TEST(FileManagerTest, DestructionOfAManagerThatIsNotTheSingleOneAborts) {
     EXPECT_DEATH({ CFileManager unregistered; },
-                 testing::MatchesRegex(AssertionReport(
+                 testing::MatchesRegex(assertionReport(
                      kSource, "virtual varno_zpk::CFileManager::~CFileManager()", "s_Manager==this")));
 }
 
 TEST(FileManagerTest, ForwardsToTheLowerLayer) {
     const TemporaryFolder folder;
-    zpk_test::WriteFile(folder / "sub/file", "");
+    zpk_test::writeFile(folder / "sub/file", "");
     CFileManager* manager = CFileManager::GetManager();
 
     std::string path;

@@ -35,10 +35,10 @@ using varno_zpk::CResourceBundlePrivateManager;
 using varno_zpk::CVariableManager;
 using varno_zpk::CVariableValueFinder;
 using varno_zpk::ILocalizer;
-using zpk_test::CaptureStreams;
+using zpk_test::captureStreams;
 using zpk_test::TemporaryFolder;
-using zpk_test::VirtualSlot;
-using zpk_test::WriteFile;
+using zpk_test::virtualSlot;
+using zpk_test::writeFile;
 
 /// Knows the one variable $Name$.
 class NameFinder : public CVariableValueFinder {
@@ -53,15 +53,15 @@ public:
 class LocalizerTest : public testing::Test {
 protected:
     LocalizerTest() {
-        WriteFile(m_folder / "en/ZPKStringTable.def",
+        writeFile(m_folder / "en/ZPKStringTable.def",
                   "ZPKString_OK=OK;hello=\"Hello $Name$!\";price=\"5 $ only\";\"$Name$\"=found;");
-        WriteFile(m_folder / "ja/ZPKStringTable.def", "ZPKString_OK=\"了解\";hello=\"$Name$ さん\";");
+        writeFile(m_folder / "ja/ZPKStringTable.def", "ZPKString_OK=\"了解\";hello=\"$Name$ さん\";");
         CResourceBundle::AddDefaultBundlePath(m_folder.path().c_str());
     }
     ~LocalizerTest() override { delete CResourceBundlePrivateManager::GetManager(); }
 
-    static std::string Text(const char* key) { return CLocalizer::GetLocalizer()->Localize(key); }
-    static std::string Text(const char* key, const char* language) {
+    static std::string text(const char* key) { return CLocalizer::GetLocalizer()->Localize(key); }
+    static std::string text(const char* key, const char* language) {
         return CLocalizer::GetLocalizer()->Localize(key, language);
     }
 
@@ -69,16 +69,16 @@ protected:
 };
 
 TEST_F(LocalizerTest, GivesTheTextOfTheCurrentLanguage) {
-    EXPECT_EQ(Text("ZPKString_OK"), "OK");
+    EXPECT_EQ(text("ZPKString_OK"), "OK");
     CResourceBundle::SetCurrentLanguage("ja");
-    EXPECT_EQ(Text("ZPKString_OK"), "了解");
+    EXPECT_EQ(text("ZPKString_OK"), "了解");
 }
 
 TEST_F(LocalizerTest, MissingKeyStandsForItself) {
     const char* key = "ZPKString_Missing";
     EXPECT_EQ(CLocalizer::GetLocalizer()->Localize(key), key);
     CResourceBundle::ClearAllDefaultBundles();
-    EXPECT_EQ(Text("ZPKString_OK"), "ZPKString_OK");
+    EXPECT_EQ(text("ZPKString_OK"), "ZPKString_OK");
 }
 
 TEST_F(LocalizerTest, WithoutALanguageTheKeyIsNeitherLookedUpNorExpanded) {
@@ -90,46 +90,46 @@ TEST_F(LocalizerTest, WithoutALanguageTheKeyIsNeitherLookedUpNorExpanded) {
 }
 
 TEST_F(LocalizerTest, LanguageIsUsedForTheOneText) {
-    EXPECT_EQ(Text("ZPKString_OK", "ja"), "了解");
+    EXPECT_EQ(text("ZPKString_OK", "ja"), "了解");
     EXPECT_STREQ(CResourceBundle::GetCurrentLanguage(), "en");
-    EXPECT_EQ(Text("ZPKString_OK"), "OK");
-    EXPECT_EQ(Text("ZPKString_OK", CResourceBundle::GetCurrentLanguage()), "OK");
-    EXPECT_EQ(Text("ZPKString_Missing", "ja"), "ZPKString_Missing");
+    EXPECT_EQ(text("ZPKString_OK"), "OK");
+    EXPECT_EQ(text("ZPKString_OK", CResourceBundle::GetCurrentLanguage()), "OK");
+    EXPECT_EQ(text("ZPKString_Missing", "ja"), "ZPKString_Missing");
     EXPECT_STREQ(CResourceBundle::GetCurrentLanguage(), "en");
 }
 
 TEST_F(LocalizerTest, LanguageWithoutAFolderGivesTheAlternativeLanguage) {
     CResourceBundle::SetAlternativeLanguage("ja");
-    EXPECT_EQ(Text("ZPKString_OK", "xx"), "了解");
-    EXPECT_EQ(Text("ZPKString_OK"), "OK");
+    EXPECT_EQ(text("ZPKString_OK", "xx"), "了解");
+    EXPECT_EQ(text("ZPKString_OK"), "OK");
 }
 
 TEST_F(LocalizerTest, LanguageMakesTheBundlesChooseAgainOnTheWayInAndBack) {
     CResourceBundle::SetCurrentLanguage("fr");
-    EXPECT_EQ(Text("ZPKString_OK"), "OK") << "from the alternative language";
-    WriteFile(m_folder / "fr/ZPKStringTable.def", "ZPKString_OK=Bien;");
-    EXPECT_EQ(Text("ZPKString_OK"), "OK") << "the bundle has chosen";
-    EXPECT_EQ(Text("ZPKString_OK", "ja"), "了解");
-    EXPECT_EQ(Text("ZPKString_OK"), "Bien");
+    EXPECT_EQ(text("ZPKString_OK"), "OK") << "from the alternative language";
+    writeFile(m_folder / "fr/ZPKStringTable.def", "ZPKString_OK=Bien;");
+    EXPECT_EQ(text("ZPKString_OK"), "OK") << "the bundle has chosen";
+    EXPECT_EQ(text("ZPKString_OK", "ja"), "了解");
+    EXPECT_EQ(text("ZPKString_OK"), "Bien");
 }
 
 TEST_F(LocalizerTest, VariablesAreExpanded) {
     const NameFinder finder;
-    CaptureStreams([] {
-        EXPECT_EQ(Text("hello"), "Hello Zephyr!");
-        EXPECT_EQ(Text("hello", "ja"), "Zephyr さん");
-        EXPECT_EQ(Text("price"), "5 $ only");
-        EXPECT_EQ(Text("no key $Name$"), "no key Zephyr") << "a key without a text is expanded too";
+    captureStreams([] {
+        EXPECT_EQ(text("hello"), "Hello Zephyr!");
+        EXPECT_EQ(text("hello", "ja"), "Zephyr さん");
+        EXPECT_EQ(text("price"), "5 $ only");
+        EXPECT_EQ(text("no key $Name$"), "no key Zephyr") << "a key without a text is expanded too";
     });
 }
 
 TEST_F(LocalizerTest, VariablesWithoutAFinderStayAsTheyAre) {
-    EXPECT_EQ(Text("hello"), "Hello $Name$!");
+    EXPECT_EQ(text("hello"), "Hello $Name$!");
 }
 
 TEST_F(LocalizerTest, LookupComesBeforeTheExpansion) {
     const NameFinder finder;
-    EXPECT_EQ(Text("$Name$"), "found");
+    EXPECT_EQ(text("$Name$"), "found");
 }
 
 TEST_F(LocalizerTest, ExpandedTextLivesUntilTheNextExpansion) {
@@ -168,7 +168,7 @@ TEST_F(LocalizerTest, DefaultLocalizerIsMadeAgainAfterItsDestruction) {
     CLocalizer* placeholder = CDefaultLocalizer::GetLocalizer();
     delete CLocalizer::GetLocalizer();
     const CLocalizer* const freed = CDefaultLocalizer::GetLocalizer();
-    EXPECT_EQ(Text("ZPKString_OK"), "OK");
+    EXPECT_EQ(text("ZPKString_OK"), "OK");
     EXPECT_NE(CLocalizer::GetLocalizer(), freed);
     EXPECT_EQ(CLocalizer::GetLocalizer(), CLocalizer::GetLocalizer());
     delete freed;
@@ -192,13 +192,13 @@ TEST_F(LocalizerTest, UtilityLeavesATextThatIsNoKeyAlone) {
 TEST_F(LocalizerTest, UtilityExpandsATextThatIsNoKey) {
     const NameFinder finder;
     std::string text = "I am $Name$";
-    CaptureStreams([&] { CLocalizerUtil::Localize(CLocalizer::GetLocalizer(), text); });
+    captureStreams([&] { CLocalizerUtil::Localize(CLocalizer::GetLocalizer(), text); });
     EXPECT_EQ(text, "I am Zephyr");
 }
 
 TEST_F(LocalizerTest, FinalizationDestroysTheLocalizer) {
     const auto finalize = [] {
-        Text("ZPKString_OK", "ja");
+        text("ZPKString_OK", "ja");
         CDefaultLocalizer::GetLocalizer();
         CAutoFinalizeObject::FinalizeAllObjects();
         // The leak checker, where there is one, runs at this exit.
@@ -242,19 +242,19 @@ using LocalizeKeyInLanguage = const char* (Class::*)(const char*, const char*);
 
 TEST(LocalizerSlotTest, Interface) {
     // The destructor takes the first two places.
-    EXPECT_EQ(VirtualSlot<LocalizeKey<ILocalizer>>(&ILocalizer::Localize), 3u);
-    EXPECT_EQ(VirtualSlot<LocalizeKeyInLanguage<ILocalizer>>(&ILocalizer::Localize), 4u);
-    EXPECT_EQ(VirtualSlot(&ILocalizer::GetDefaultLocalizeLanguage), 5u);
-    EXPECT_EQ(VirtualSlot(&ILocalizer::GetLocalizeLanguageCount), 6u);
-    EXPECT_EQ(VirtualSlot(&ILocalizer::GetLocalizeLanguageAt), 7u);
+    EXPECT_EQ(virtualSlot<LocalizeKey<ILocalizer>>(&ILocalizer::Localize), 3u);
+    EXPECT_EQ(virtualSlot<LocalizeKeyInLanguage<ILocalizer>>(&ILocalizer::Localize), 4u);
+    EXPECT_EQ(virtualSlot(&ILocalizer::GetDefaultLocalizeLanguage), 5u);
+    EXPECT_EQ(virtualSlot(&ILocalizer::GetLocalizeLanguageCount), 6u);
+    EXPECT_EQ(virtualSlot(&ILocalizer::GetLocalizeLanguageAt), 7u);
 }
 
 TEST(LocalizerSlotTest, DefaultLocalizer) {
-    EXPECT_EQ(VirtualSlot(&CDefaultLocalizer::AutoFinalizeObjectFinalize), 3u);
-    EXPECT_EQ(VirtualSlot<LocalizeKey<CDefaultLocalizer>>(&CDefaultLocalizer::Localize), 4u);
-    EXPECT_EQ(VirtualSlot<LocalizeKeyInLanguage<CDefaultLocalizer>>(&CDefaultLocalizer::Localize), 5u);
-    EXPECT_EQ(VirtualSlot(&CDefaultLocalizer::GetLocalizeLanguageCount), 6u);
-    EXPECT_EQ(VirtualSlot(&CDefaultLocalizer::GetLocalizeLanguageAt), 7u);
+    EXPECT_EQ(virtualSlot(&CDefaultLocalizer::AutoFinalizeObjectFinalize), 3u);
+    EXPECT_EQ(virtualSlot<LocalizeKey<CDefaultLocalizer>>(&CDefaultLocalizer::Localize), 4u);
+    EXPECT_EQ(virtualSlot<LocalizeKeyInLanguage<CDefaultLocalizer>>(&CDefaultLocalizer::Localize), 5u);
+    EXPECT_EQ(virtualSlot(&CDefaultLocalizer::GetLocalizeLanguageCount), 6u);
+    EXPECT_EQ(virtualSlot(&CDefaultLocalizer::GetLocalizeLanguageAt), 7u);
 }
 
 TEST(LocalizerSlotTest, ClassTree) {

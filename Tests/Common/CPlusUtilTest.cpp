@@ -45,7 +45,7 @@ public:
 
 }  // namespace zpk_test
 
-using zpk_test::CaptureStreams;
+using zpk_test::captureStreams;
 using zpk_test::CrateOfPlums;
 using zpk_test::Pear;
 using zpk_test::Plum;
@@ -57,7 +57,7 @@ TEST(DownCastTest, RightClassIsGivenInSilence) {
     Plum plum;
     CBaseObject* object = &plum;
     Plum* cast = nullptr;
-    const auto captured = CaptureStreams([&] { cast = DOWN_CAST(Plum*, object); });
+    const auto captured = captureStreams([&] { cast = DOWN_CAST(Plum*, object); });
     EXPECT_EQ(cast, &plum);
     EXPECT_EQ(captured.standardError, "");
     EXPECT_EQ(captured.standardOutput, "");
@@ -68,7 +68,7 @@ TEST(DownCastTest, PointerThatMovesInsideTheObjectIsNoError) {
     CBaseObject* object = &crate;
     ASSERT_NE(static_cast<void*>(object), static_cast<void*>(&crate));
     CrateOfPlums* cast = nullptr;
-    const auto captured = CaptureStreams([&] { cast = DOWN_CAST(CrateOfPlums*, object); });
+    const auto captured = captureStreams([&] { cast = DOWN_CAST(CrateOfPlums*, object); });
     EXPECT_EQ(cast, &crate);
     EXPECT_EQ(captured.standardError, "");
 }
@@ -76,7 +76,7 @@ TEST(DownCastTest, PointerThatMovesInsideTheObjectIsNoError) {
 TEST(DownCastTest, NullStaysNullInSilence) {
     CBaseObject* object = nullptr;
     Plum* cast = reinterpret_cast<Plum*>(alignof(Plum));
-    const auto captured = CaptureStreams([&] { cast = DOWN_CAST(Plum*, object); });
+    const auto captured = captureStreams([&] { cast = DOWN_CAST(Plum*, object); });
     EXPECT_EQ(cast, nullptr);
     EXPECT_EQ(captured.standardError, "");
 }
@@ -85,7 +85,7 @@ TEST(DownCastTest, WrongClassIsReportedAndCastAllTheSame) {
     Pear pear;
     CBaseObject* object = &pear;
     Plum* cast = nullptr;
-    const auto captured = CaptureStreams([&] {
+    const auto captured = captureStreams([&] {
 #line 100
         cast = DOWN_CAST(Plum*, object);
     });
@@ -99,7 +99,7 @@ TEST(DownCastTest, WrongClassIsReportedAndCastAllTheSame) {
 TEST(DownCastTest, ReportNamesConstantPointerTypes) {
     const Pear pear;
     const CBaseObject* object = &pear;
-    const auto captured = CaptureStreams([&] {
+    const auto captured = captureStreams([&] {
 #line 200
         static_cast<void>(DOWN_CAST(const Plum*, object));
     });
@@ -125,7 +125,7 @@ TEST(DownCastTest, EveryCastLeavesItsPlaceInTheGlobals) {
 
 TEST(FopenSTest, OpensAFileThatIsThere) {
     const zpk_test::TemporaryFolder folder;
-    zpk_test::WriteFile(folder / "file", "text");
+    zpk_test::writeFile(folder / "file", "text");
     std::FILE* file = nullptr;
     ASSERT_EQ(fopen_s(&file, (folder / "file").c_str(), "r"), 0);
     ASSERT_NE(file, nullptr);

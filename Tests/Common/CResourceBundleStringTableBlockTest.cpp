@@ -19,26 +19,26 @@
 namespace {
 
 using zpk_test::Entries;
-using zpk_test::FaultLine;
-using zpk_test::ParseContents;
+using zpk_test::faultLine;
+using zpk_test::parseContents;
 using zpk_test::ParsedTable;
 using zpk_test::TemporaryFolder;
 
-constexpr std::size_t BLOCK_SIZE = 10240;
-constexpr std::size_t SHORTEST_PADDING = 3;
+constexpr std::size_t kBlockSize = 10240;
+constexpr std::size_t kShortestPadding = 3;
 
 /// One comment line of `size` bytes, which shifts what follows and leaves its columns alone.
-std::string Padding(std::size_t size) {
-    return "//" + std::string(size - SHORTEST_PADDING, '.') + "\n";
+std::string padding(std::size_t size) {
+    return "//" + std::string(size - kShortestPadding, '.') + "\n";
 }
 
 /// Puts each byte of the table, and the end of the file, first behind the end of the first and of the
 /// second block.
-void ExpectSameAtEveryShift(const std::string& path, const std::string& table, const ParsedTable& expected) {
+void expectSameAtEveryShift(const std::string& path, const std::string& table, const ParsedTable& expected) {
     for (std::size_t blocks = 1; blocks <= 2; ++blocks) {
         for (std::size_t opening = 0; opening <= table.size(); ++opening) {
-            const std::string contents = Padding(blocks * BLOCK_SIZE - opening) + table;
-            ASSERT_EQ(ParseContents(path, contents), expected)
+            const std::string contents = padding(blocks * kBlockSize - opening) + table;
+            ASSERT_EQ(parseContents(path, contents), expected)
                 << "byte " << opening << " opens block " << blocks;
         }
     }
@@ -51,7 +51,7 @@ struct Row {
     std::size_t faults;
 };
 
-const Row ROWS[] = {
+const Row kRows[] = {
     {"Delimiters", "a=1;b=2;", {{"a", "1"}, {"b", "2"}}, 0},
     {"CarriageReturnAndLineFeed", "a\r\n=\r\n1\r\n;\r\nx;", {{"a", "1"}}, 1},
     {"CarriageReturnsAlone", "a\r=\r\r1;\rx;", {{"a", "1"}}, 1},
@@ -87,48 +87,48 @@ TEST_P(StringTableBlockTest, EndOfABlockDoesNotShow) {
     const std::string path = folder / "table";
     const Row& row = GetParam();
 
-    const ParsedTable expected = ParseContents(path, Padding(SHORTEST_PADDING) + row.table);
+    const ParsedTable expected = parseContents(path, padding(kShortestPadding) + row.table);
     EXPECT_EQ(expected.entries, row.entries);
     const auto faults = std::count(expected.standardOutput.begin(), expected.standardOutput.end(), '\n');
     EXPECT_EQ(static_cast<std::size_t>(faults), row.faults) << expected;
-    ExpectSameAtEveryShift(path, row.table, expected);
+    expectSameAtEveryShift(path, row.table, expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, StringTableBlockTest, testing::ValuesIn(ROWS),
+INSTANTIATE_TEST_SUITE_P(Rows, StringTableBlockTest, testing::ValuesIn(kRows),
                          [](const auto& row) { return std::string(row.param.name); });
 
 TEST(StringTableBlockTest, WholeTableAtEveryShift) {
     const TemporaryFolder folder;
     const std::string path = folder / "table";
     std::string table;
-    for (const Row& row : ROWS) {
+    for (const Row& row : kRows) {
         table += row.table + "\n";
     }
-    ExpectSameAtEveryShift(path, table, ParseContents(path, Padding(SHORTEST_PADDING) + table));
+    expectSameAtEveryShift(path, table, parseContents(path, padding(kShortestPadding) + table));
 }
 
 TEST(StringTableBlockTest, ByteThatOpensABlockCanBePutBack) {
     const TemporaryFolder folder;
     const std::string path = folder / "table";
-    const std::string beforeSlash = "k=" + std::string(BLOCK_SIZE - 3, 'x');
-    const ParsedTable afterSlash = ParseContents(path, beforeSlash + "/y;");
+    const std::string beforeSlash = "k=" + std::string(kBlockSize - 3, 'x');
+    const ParsedTable afterSlash = parseContents(path, beforeSlash + "/y;");
     EXPECT_EQ(afterSlash.entries, (Entries{{"k", beforeSlash.substr(2) + "y"}}));
-    EXPECT_EQ(afterSlash.standardOutput, FaultLine(path, 1, BLOCK_SIZE + 1, "Syntax error."));
+    EXPECT_EQ(afterSlash.standardOutput, faultLine(path, 1, kBlockSize + 1, "Syntax error."));
 
-    const std::string beforeReturn = "k=" + std::string(BLOCK_SIZE - 3, 'x');
-    const ParsedTable afterReturn = ParseContents(path, beforeReturn + "\ry;z;");
+    const std::string beforeReturn = "k=" + std::string(kBlockSize - 3, 'x');
+    const ParsedTable afterReturn = parseContents(path, beforeReturn + "\ry;z;");
     EXPECT_EQ(afterReturn.entries, (Entries{{"k", beforeReturn.substr(2) + "y"}}));
-    EXPECT_EQ(afterReturn.standardOutput, FaultLine(path, 2, 4, "Syntax error."));
+    EXPECT_EQ(afterReturn.standardOutput, faultLine(path, 2, 4, "Syntax error."));
 }
 
 TEST(StringTableBlockTest, FileOfWholeBlocksEndsLikeAnyOther) {
     const TemporaryFolder folder;
     const std::string path = folder / "table";
-    for (const std::size_t size : {BLOCK_SIZE - 1, BLOCK_SIZE, BLOCK_SIZE + 1, 2 * BLOCK_SIZE}) {
+    for (const std::size_t size : {kBlockSize - 1, kBlockSize, kBlockSize + 1, 2 * kBlockSize}) {
         const std::string cutOff = "k=" + std::string(size - 2, 'x');
-        const ParsedTable table = ParseContents(path, cutOff);
+        const ParsedTable table = parseContents(path, cutOff);
         EXPECT_EQ(table.entries, Entries());
-        EXPECT_EQ(table.standardOutput, FaultLine(path, 1, static_cast<int>(size), "Syntax error."));
+        EXPECT_EQ(table.standardOutput, faultLine(path, 1, static_cast<int>(size), "Syntax error."));
     }
 }
 
@@ -136,13 +136,13 @@ TEST(StringTableBlockTest, ColumnsCountOverBlocks) {
     const TemporaryFolder folder;
     const std::string path = folder / "table";
     const std::string mark = "\xEF\xBB\xBF";
-    EXPECT_EQ(ParseContents(path, mark + std::string(3 * BLOCK_SIZE, ' ') + "key;").standardOutput,
-              FaultLine(path, 1, 3 + 3 * BLOCK_SIZE + 4, "Syntax error."));
-    EXPECT_EQ(ParseContents(path, mark + "\n" + std::string(3 * BLOCK_SIZE, ' ') + "key;").standardOutput,
-              FaultLine(path, 2, 3 * BLOCK_SIZE + 4, "Syntax error."));
+    EXPECT_EQ(parseContents(path, mark + std::string(3 * kBlockSize, ' ') + "key;").standardOutput,
+              faultLine(path, 1, 3 + 3 * kBlockSize + 4, "Syntax error."));
+    EXPECT_EQ(parseContents(path, mark + "\n" + std::string(3 * kBlockSize, ' ') + "key;").standardOutput,
+              faultLine(path, 2, 3 * kBlockSize + 4, "Syntax error."));
 }
 
-std::string RandomTable(std::mt19937& random, const std::string& alphabet, std::size_t size) {
+std::string randomTable(std::mt19937& random, const std::string& alphabet, std::size_t size) {
     std::uniform_int_distribution<std::size_t> index(0, alphabet.size() - 1);
     std::string table(size, '\0');
     std::generate(table.begin(), table.end(), [&] { return alphabet[index(random)]; });
@@ -155,10 +155,10 @@ TEST(StringTableBlockTest, RandomTablesOfDelicateBytes) {
     std::mt19937 random(20240501);
     const std::string alphabet = "ab =;\"/*\\nq\t\r\n==;;";
     for (int round = 0; round < 60; ++round) {
-        const std::string table = RandomTable(random, alphabet, 40);
-        const ParsedTable expected = ParseContents(path, Padding(SHORTEST_PADDING) + table);
+        const std::string table = randomTable(random, alphabet, 40);
+        const ParsedTable expected = parseContents(path, padding(kShortestPadding) + table);
         for (std::size_t opening = 0; opening <= table.size(); ++opening) {
-            ASSERT_EQ(ParseContents(path, Padding(BLOCK_SIZE - opening) + table), expected)
+            ASSERT_EQ(parseContents(path, padding(kBlockSize - opening) + table), expected)
                 << testing::PrintToString(table) << " shifted by " << opening;
         }
     }
@@ -173,12 +173,12 @@ TEST(StringTableBlockTest, RandomBytes) {
         everyByte.push_back(static_cast<char>(byte));
     }
     for (int round = 0; round < 100; ++round) {
-        const std::size_t size = std::uniform_int_distribution<std::size_t>(0, 3 * BLOCK_SIZE)(random);
-        const std::string bytes = RandomTable(random, everyByte, size);
-        const ParsedTable expected = ParseContents(path, Padding(SHORTEST_PADDING) + bytes);
+        const std::size_t size = std::uniform_int_distribution<std::size_t>(0, 3 * kBlockSize)(random);
+        const std::string bytes = randomTable(random, everyByte, size);
+        const ParsedTable expected = parseContents(path, padding(kShortestPadding) + bytes);
         EXPECT_EQ(expected.result, 0);
-        const std::size_t shift = std::uniform_int_distribution<std::size_t>(4, BLOCK_SIZE)(random);
-        ASSERT_EQ(ParseContents(path, Padding(shift) + bytes), expected) << "round " << round;
+        const std::size_t shift = std::uniform_int_distribution<std::size_t>(4, kBlockSize)(random);
+        ASSERT_EQ(parseContents(path, padding(shift) + bytes), expected) << "round " << round;
     }
 }
 

@@ -27,12 +27,12 @@ using varno_zpk::CResourceBundleStringElement;
 using varno_zpk::CResourceBundleStringTableParser;
 using zpk_test::Entries;
 using zpk_test::Entry;
-using zpk_test::FaultLine;
-using zpk_test::ParseContents;
+using zpk_test::faultLine;
+using zpk_test::parseContents;
 using zpk_test::ParsedTable;
-using zpk_test::ParseFile;
+using zpk_test::parseFile;
 using zpk_test::TemporaryFolder;
-using zpk_test::WriteFile;
+using zpk_test::writeFile;
 using namespace std::string_literals;
 
 struct Fault {
@@ -41,11 +41,11 @@ struct Fault {
     std::string message;
 };
 
-Fault Syntax(int line, int byte) {
+Fault syntax(int line, int byte) {
     return {line, byte, "Syntax error."};
 }
 
-Fault Escape(int line, int byte) {
+Fault escape(int line, int byte) {
     return {line, byte, "Not supported escape sequence charactor."};
 }
 
@@ -56,9 +56,9 @@ struct Row {
     std::vector<Fault> faults;
 };
 
-const std::string BOM = "\xEF\xBB\xBF";
+const std::string kBom = "\xEF\xBB\xBF";
 
-const Row ROWS[] = {
+const Row kRows[] = {
     // Texts.
     {"KeyAndValue", "key = value;", {{"key", "value"}}, {}},
     {"EntriesKeepFileOrder", "b=1;a=2;\nc=3;", {{"b", "1"}, {"a", "2"}, {"c", "3"}}, {}},
@@ -79,33 +79,33 @@ const Row ROWS[] = {
      {{"a=b", "c;d=e/f//g/*h*/"}},
      {}},
     {"TabInQuotesIsDropped", "key = \"a\tb\";", {{"key", "ab"}}, {}},
-    {"LineEndsInQuotesAreDroppedAndCounted", "key = \"a\nb\rc\r\nd\";e;", {{"key", "abcd"}}, {Syntax(4, 5)}},
-    {"QuotedValueOverTwoLines", "key = \"one\ntwo\";\nx;", {{"key", "onetwo"}}, {Syntax(3, 2)}},
+    {"LineEndsInQuotesAreDroppedAndCounted", "key = \"a\nb\rc\r\nd\";e;", {{"key", "abcd"}}, {syntax(4, 5)}},
+    {"QuotedValueOverTwoLines", "key = \"one\ntwo\";\nx;", {{"key", "onetwo"}}, {syntax(3, 2)}},
 
     // Escapes.
     {"EscapesInQuotes", R"(key = "\"\\\n\t";)", {{"key", "\"\\\n\t"}}, {}},
     {"EscapesOutsideQuotes", R"(k\"\\\n\t = \"\\\n\tx;)", {{"k\"\\\n\t", "\"\\\n\tx"}}, {}},
     {"EscapedTabIsARealTab", R"(key = "a\tb";)", {{"key", "a\tb"}}, {}},
-    {"UnknownEscapeInQuotes", R"(key = "x\qy";)", {{"key", "xqy"}}, {Escape(1, 10)}},
-    {"UnknownEscapeOutsideQuotes", R"(key = \x;)", {{"key", "x"}}, {Escape(1, 8)}},
+    {"UnknownEscapeInQuotes", R"(key = "x\qy";)", {{"key", "xqy"}}, {escape(1, 10)}},
+    {"UnknownEscapeOutsideQuotes", R"(key = \x;)", {{"key", "x"}}, {escape(1, 8)}},
     {"UnknownEscapeIsReadAgainAsABlank",
      "k=a\\ b;l=\"a\\ b\";",
      {{"k", "ab"}, {"l", "a b"}},
-     {Escape(1, 5), Escape(1, 13)}},
-    {"UnknownEscapeIsReadAgainAsATab", "k=\"a\\\tb\";", {{"k", "ab"}}, {Escape(1, 6)}},
+     {escape(1, 5), escape(1, 13)}},
+    {"UnknownEscapeIsReadAgainAsATab", "k=\"a\\\tb\";", {{"k", "ab"}}, {escape(1, 6)}},
     {"UnknownEscapeIsReadAgainAsALineEnd",
      "k=a\\\r\nb;l=\"\\\nc\";x;",
      {{"k", "ab"}, {"l", "c"}},
-     {Escape(1, 5), Escape(2, 7), Syntax(3, 5)}},
+     {escape(1, 5), escape(2, 7), syntax(3, 5)}},
     {"UnknownEscapeIsReadAgainAsADelimiter",
      R"(k=a\;b\==c;)",
      {{"k", "a"}},
-     {Escape(1, 5), Escape(1, 8), Syntax(1, 9), Syntax(1, 11)}},
-    {"UnknownEscapeIsReadAgainAsASlash", R"(k=a\/b;)", {{"k", "ab"}}, {Escape(1, 5), Syntax(1, 6)}},
-    {"UnknownEscapeIsReadAgainAsAComment", "k=a\\//b;\nc;", {{"k", "ac"}}, {Escape(1, 5)}},
-    {"CapitalLettersAreNoEscapes", R"(k="\N\T";)", {{"k", "NT"}}, {Escape(1, 5), Escape(1, 7)}},
-    {"BackslashAtEndOfFile", R"(key = a\)", {}, {Escape(1, 8), Syntax(1, 8)}},
-    {"BackslashAtEndOfFileInQuotes", R"(k="\)", {}, {Escape(1, 4), Syntax(1, 4)}},
+     {escape(1, 5), escape(1, 8), syntax(1, 9), syntax(1, 11)}},
+    {"UnknownEscapeIsReadAgainAsASlash", R"(k=a\/b;)", {{"k", "ab"}}, {escape(1, 5), syntax(1, 6)}},
+    {"UnknownEscapeIsReadAgainAsAComment", "k=a\\//b;\nc;", {{"k", "ac"}}, {escape(1, 5)}},
+    {"CapitalLettersAreNoEscapes", R"(k="\N\T";)", {{"k", "NT"}}, {escape(1, 5), escape(1, 7)}},
+    {"BackslashAtEndOfFile", R"(key = a\)", {}, {escape(1, 8), syntax(1, 8)}},
+    {"BackslashAtEndOfFileInQuotes", R"(k="\)", {}, {escape(1, 4), syntax(1, 4)}},
 
     // Comments.
     {"CommentsBetweenPieces", "key /* note */ = value; // end", {{"key", "value"}}, {}},
@@ -114,7 +114,7 @@ const Row ROWS[] = {
      "//a=1;\nb=2;//c=3;\rd=4;//e=5;\r\nf=6;",
      {{"b", "2"}, {"d", "4"}, {"f", "6"}},
      {}},
-    {"BlockCommentOverLines", "/* a=1;\n b=2;\r\n c=3;\r*/d=4;e;", {{"d", "4"}}, {Syntax(4, 8)}},
+    {"BlockCommentOverLines", "/* a=1;\n b=2;\r\n c=3;\r*/d=4;e;", {{"d", "4"}}, {syntax(4, 8)}},
     {"AsteriskOfTheOpenerDoesNotClose", "/*/ a=1; */ b=2;", {{"b", "2"}}, {}},
     {"ShortestBlockComment", "/**/a=1;", {{"a", "1"}}, {}},
     {"SeveralAsterisksClose", "/***/a=1;/* **/b=2;/****/c=3;", {{"a", "1"}, {"b", "2"}, {"c", "3"}}, {}},
@@ -124,43 +124,43 @@ const Row ROWS[] = {
     {"UnclosedBlockCommentEndsSilently", "a=1; /* b=2;", {{"a", "1"}}, {}},
     {"UnclosedOpenerEndsSilently", "a=1; /*", {{"a", "1"}}, {}},
     {"LineCommentAtEndOfFile", "a=1; //", {{"a", "1"}}, {}},
-    {"LoneSlashInText", "key = a/b;", {{"key", "ab"}}, {Syntax(1, 9)}},
-    {"LoneSlashBeforeText", "/key = value;", {{"key", "value"}}, {Syntax(1, 2)}},
-    {"LoneSlashBeforeADelimiter", "key = a/;", {{"key", "a"}}, {Syntax(1, 9)}},
-    {"LoneSlashBeforeAQuote", "k=/\"a b\";", {{"k", "a b"}}, {Syntax(1, 4)}},
-    {"LoneSlashBeforeALineEnd", "k=a/\r\nb;c;", {{"k", "ab"}}, {Syntax(1, 5), Syntax(2, 4)}},
-    {"LoneSlashBeforeABackslash", R"(k=a/\nb;)", {{"k", "a\nb"}}, {Syntax(1, 5)}},
-    {"LoneSlashAtEndOfFile", "a=1;/", {{"a", "1"}}, {Syntax(1, 5)}},
+    {"LoneSlashInText", "key = a/b;", {{"key", "ab"}}, {syntax(1, 9)}},
+    {"LoneSlashBeforeText", "/key = value;", {{"key", "value"}}, {syntax(1, 2)}},
+    {"LoneSlashBeforeADelimiter", "key = a/;", {{"key", "a"}}, {syntax(1, 9)}},
+    {"LoneSlashBeforeAQuote", "k=/\"a b\";", {{"k", "a b"}}, {syntax(1, 4)}},
+    {"LoneSlashBeforeALineEnd", "k=a/\r\nb;c;", {{"k", "ab"}}, {syntax(1, 5), syntax(2, 4)}},
+    {"LoneSlashBeforeABackslash", R"(k=a/\nb;)", {{"k", "a\nb"}}, {syntax(1, 5)}},
+    {"LoneSlashAtEndOfFile", "a=1;/", {{"a", "1"}}, {syntax(1, 5)}},
 
     // Faulty entries.
     {"EmptyKeyIsDroppedSilently", "= value;\"\" = value;/**/=value;a=b;", {{"a", "b"}}, {}},
     {"EmptyValueIsAnEntry", "key = ;kez = \"\";", {{"key", ""}, {"kez", ""}}, {}},
-    {"KeyWithoutValue", "key;a=1;", {{"a", "1"}}, {Syntax(1, 4)}},
-    {"ValueEndedByAnEqualsSign", "a = b = c;d=1;", {{"d", "1"}}, {Syntax(1, 7), Syntax(1, 10)}},
-    {"LoneSemicolon", "a=1;;b=2;", {{"a", "1"}, {"b", "2"}}, {Syntax(1, 5)}},
-    {"OnlyDelimiters", "==;;", {}, {Syntax(1, 2), Syntax(1, 3), Syntax(1, 4)}},
-    {"ValueCutOffByTheEndOfFile", "a=1;\nkey = value", {{"a", "1"}}, {Syntax(2, 11)}},
-    {"ValueCutOffAfterALineEnd", "key = value\n", {}, {Syntax(2, 0)}},
-    {"QuotedValueCutOffByTheEndOfFile", "key = \"value;", {}, {Syntax(1, 13)}},
-    {"EmptyValueCutOffByTheEndOfFile", "key =", {}, {Syntax(1, 5)}},
+    {"KeyWithoutValue", "key;a=1;", {{"a", "1"}}, {syntax(1, 4)}},
+    {"ValueEndedByAnEqualsSign", "a = b = c;d=1;", {{"d", "1"}}, {syntax(1, 7), syntax(1, 10)}},
+    {"LoneSemicolon", "a=1;;b=2;", {{"a", "1"}, {"b", "2"}}, {syntax(1, 5)}},
+    {"OnlyDelimiters", "==;;", {}, {syntax(1, 2), syntax(1, 3), syntax(1, 4)}},
+    {"ValueCutOffByTheEndOfFile", "a=1;\nkey = value", {{"a", "1"}}, {syntax(2, 11)}},
+    {"ValueCutOffAfterALineEnd", "key = value\n", {}, {syntax(2, 0)}},
+    {"QuotedValueCutOffByTheEndOfFile", "key = \"value;", {}, {syntax(1, 13)}},
+    {"EmptyValueCutOffByTheEndOfFile", "key =", {}, {syntax(1, 5)}},
     {"KeyCutOffByTheEndOfFileIsSilent", "a=1;\nkey", {{"a", "1"}}, {}},
     {"QuotedKeyCutOffByTheEndOfFileIsSilent", "\"key;", {}, {}},
 
     // Line numbers.
-    {"LineFeedsCount", "\n\n a;", {}, {Syntax(3, 3)}},
-    {"LoneCarriageReturnsCount", "\r\r a;", {}, {Syntax(3, 3)}},
-    {"PairsCountOnce", "\r\n\r\n a;", {}, {Syntax(3, 3)}},
-    {"LineFeedBeforeCarriageReturnCountsTwice", "\n\r a;", {}, {Syntax(3, 3)}},
-    {"CarriageReturnBeforeAPairCountsTwice", "\r\r\n a;", {}, {Syntax(3, 3)}},
-    {"CarriageReturnAtEndOfFileCounts", "a=b\r", {}, {Syntax(2, 0)}},
-    {"ColumnsCountBytes", "é\t; ;", {}, {Syntax(1, 4), Syntax(1, 6)}},
+    {"LineFeedsCount", "\n\n a;", {}, {syntax(3, 3)}},
+    {"LoneCarriageReturnsCount", "\r\r a;", {}, {syntax(3, 3)}},
+    {"PairsCountOnce", "\r\n\r\n a;", {}, {syntax(3, 3)}},
+    {"LineFeedBeforeCarriageReturnCountsTwice", "\n\r a;", {}, {syntax(3, 3)}},
+    {"CarriageReturnBeforeAPairCountsTwice", "\r\r\n a;", {}, {syntax(3, 3)}},
+    {"CarriageReturnAtEndOfFileCounts", "a=b\r", {}, {syntax(2, 0)}},
+    {"ColumnsCountBytes", "é\t; ;", {}, {syntax(1, 4), syntax(1, 6)}},
 
     // Start of the file.
-    {"ByteOrderMarkIsSkipped", BOM + "a=1;", {{"a", "1"}}, {}},
-    {"ByteOrderMarkOnly", BOM, {}, {}},
-    {"ByteOrderMarkCountsInTheColumn", BOM + "key;\nkey;", {}, {Syntax(1, 7), Syntax(2, 4)}},
-    {"SecondByteOrderMarkIsText", BOM + BOM + "a=1;", {{BOM + "a", "1"}}, {}},
-    {"LaterByteOrderMarkIsText", "a=" + BOM + ";", {{"a", BOM}}, {}},
+    {"ByteOrderMarkIsSkipped", kBom + "a=1;", {{"a", "1"}}, {}},
+    {"ByteOrderMarkOnly", kBom, {}, {}},
+    {"ByteOrderMarkCountsInTheColumn", kBom + "key;\nkey;", {}, {syntax(1, 7), syntax(2, 4)}},
+    {"SecondByteOrderMarkIsText", kBom + kBom + "a=1;", {{kBom + "a", "1"}}, {}},
+    {"LaterByteOrderMarkIsText", "a=" + kBom + ";", {{"a", kBom}}, {}},
     {"HalfAByteOrderMarkIsText", "\xEF\xBB=1;", {{"\xEF\xBB", "1"}}, {}},
     {"FirstByteOfAMarkIsText", "\xEF=1;", {{"\xEF", "1"}}, {}},
     {"OtherEncodingsAreNotRecognised",
@@ -171,9 +171,9 @@ const Row ROWS[] = {
        "1"}},
      {}},
     {"ThreeBytesAreAnEntry", "a=;", {{"a", ""}}, {}},
-    {"ThreeBytesOfFaults", ";;;", {}, {Syntax(1, 1), Syntax(1, 2), Syntax(1, 3)}},
+    {"ThreeBytesOfFaults", ";;;", {}, {syntax(1, 1), syntax(1, 2), syntax(1, 3)}},
     {"WellFormedFile",
-     BOM + "// English\n\"ZPKString_OK\" = \"OK\";\nZPKString_DISCCHECK_CANCEL = \"Cancel\";\n",
+     kBom + "// English\n\"ZPKString_OK\" = \"OK\";\nZPKString_DISCCHECK_CANCEL = \"Cancel\";\n",
      {{"ZPKString_OK", "OK"}, {"ZPKString_DISCCHECK_CANCEL", "Cancel"}},
      {}},
 };
@@ -188,12 +188,12 @@ TEST_P(StringTableFormatTest, GivesEntriesAndFaults) {
     ParsedTable expected;
     expected.entries = row.entries;
     for (const Fault& fault : row.faults) {
-        expected.standardOutput += FaultLine(path, fault.line, fault.byte, fault.message);
+        expected.standardOutput += faultLine(path, fault.line, fault.byte, fault.message);
     }
-    EXPECT_EQ(ParseContents(path, row.contents), expected);
+    EXPECT_EQ(parseContents(path, row.contents), expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, StringTableFormatTest, testing::ValuesIn(ROWS),
+INSTANTIATE_TEST_SUITE_P(Rows, StringTableFormatTest, testing::ValuesIn(kRows),
                          [](const auto& row) { return std::string(row.param.name); });
 
 void PrintTo(const Row& row, std::ostream* stream) {
@@ -204,22 +204,22 @@ TEST(StringTableParserTest, FilesBelowThreeBytesAreEmptyAndSilent) {
     const TemporaryFolder folder;
     for (const std::string contents : {"", "a", ";", "=", "/", "\\", "\"", "\n", "a;", ";;", "=;", "//", "/a",
                                        "\\q", "\r\n", "\xEF", "\xEF\xBB"}) {
-        EXPECT_EQ(ParseContents(folder / "table", contents), ParsedTable()) << contents;
+        EXPECT_EQ(parseContents(folder / "table", contents), ParsedTable()) << contents;
     }
 }
 
 TEST(StringTableParserTest, MessagesNameThePathAsPassed) {
     const TemporaryFolder folder;
-    WriteFile(folder / "sub/table", "a;;");
+    writeFile(folder / "sub/table", "a;;");
     const std::string path = folder / "sub/../sub//table";
-    EXPECT_EQ(ParseFile(path).standardOutput,
-              FaultLine(path, 1, 2, "Syntax error.") + FaultLine(path, 1, 3, "Syntax error."));
+    EXPECT_EQ(parseFile(path).standardOutput,
+              faultLine(path, 1, 2, "Syntax error.") + faultLine(path, 1, 3, "Syntax error."));
 }
 
 TEST(StringTableParserTest, MessageToTheByte) {
     const TemporaryFolder folder;
     const std::string path = folder / "table";
-    EXPECT_EQ(ParseContents(path, "a;\\q;").standardOutput,
+    EXPECT_EQ(parseContents(path, "a;\\q;").standardOutput,
               "[path=" + path + ":line=1:byte=2]Syntax error.\n" + "[path=" + path +
                   ":line=1:byte=4]Not supported escape sequence charactor.\n" + "[path=" + path +
                   ":line=1:byte=5]Syntax error.\n");
@@ -227,8 +227,8 @@ TEST(StringTableParserTest, MessageToTheByte) {
 
 TEST(StringTableParserTest, AppendsToTheList) {
     const TemporaryFolder folder;
-    WriteFile(folder / "one", "a=1;");
-    WriteFile(folder / "two", "b=2;");
+    writeFile(folder / "one", "a=1;");
+    writeFile(folder / "two", "b=2;");
     std::vector<CBaseObject*> elements;
     CResourceBundleStringTableParser parser;
     EXPECT_EQ(parser.Parse((folder / "one").c_str(), elements), 0);
@@ -241,7 +241,7 @@ TEST(StringTableParserTest, AppendsToTheList) {
 
 TEST(StringTableParserTest, OpenFileIsReadFromWhereItStands) {
     const TemporaryFolder folder;
-    WriteFile(folder / "table", "skip;a=1;");
+    writeFile(folder / "table", "skip;a=1;");
     std::FILE* file = nullptr;
     ASSERT_EQ(varno_zpk::fopen_s(&file, (folder / "table").c_str(), "r"), 0);
     ASSERT_EQ(std::fseek(file, 5, SEEK_SET), 0);
@@ -253,7 +253,7 @@ TEST(StringTableParserTest, OpenFileIsReadFromWhereItStands) {
     CBaseObjectUtil::Destroy(elements);
 }
 
-ParsedTable Failed(int error) {
+ParsedTable failed(int error) {
     ParsedTable table;
     table.result = error;
     return table;
@@ -261,17 +261,17 @@ ParsedTable Failed(int error) {
 
 TEST(StringTableParserTest, FileThatCannotBeOpenedGivesTheSystemsErrorNumber) {
     const TemporaryFolder folder;
-    WriteFile(folder / "file", "a=1;");
-    EXPECT_EQ(ParseFile(folder / "missing"), Failed(ENOENT));
-    EXPECT_EQ(ParseFile(folder / "file/below"), Failed(ENOTDIR));
-    EXPECT_EQ(ParseFile(""), Failed(ENOENT));
-    EXPECT_EQ(ParseFile(folder / std::string(300, 'x')), Failed(ENAMETOOLONG));
+    writeFile(folder / "file", "a=1;");
+    EXPECT_EQ(parseFile(folder / "missing"), failed(ENOENT));
+    EXPECT_EQ(parseFile(folder / "file/below"), failed(ENOTDIR));
+    EXPECT_EQ(parseFile(""), failed(ENOENT));
+    EXPECT_EQ(parseFile(folder / std::string(300, 'x')), failed(ENAMETOOLONG));
 }
 
 TEST(StringTableParserTest, UnreadableFileGivesTheSystemsErrorNumber) {
     const TemporaryFolder folder;
     const std::string path = folder / "table";
-    WriteFile(path, "a=1;");
+    writeFile(path, "a=1;");
     ASSERT_EQ(chmod(path.c_str(), 0), 0);
     const auto parse = [&path] {
         // Root reads everything, so it becomes nobody first.
@@ -287,27 +287,27 @@ TEST(StringTableParserTest, UnreadableFileGivesTheSystemsErrorNumber) {
 
 TEST(StringTableParserTest, FolderOpensAndReadsAsEmpty) {
     const TemporaryFolder folder;
-    EXPECT_EQ(ParseFile(folder.path()), ParsedTable());
+    EXPECT_EQ(parseFile(folder.path()), ParsedTable());
 }
 
-std::ptrdiff_t OpenDescriptors() {
+std::ptrdiff_t openDescriptors() {
     return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
 TEST(StringTableParserTest, ClosesTheFile) {
     const TemporaryFolder folder;
-    WriteFile(folder / "table", "a=1;b");
-    const std::ptrdiff_t before = OpenDescriptors();
-    ParseFile(folder / "table");
-    EXPECT_EQ(OpenDescriptors(), before);
+    writeFile(folder / "table", "a=1;b");
+    const std::ptrdiff_t before = openDescriptors();
+    parseFile(folder / "table");
+    EXPECT_EQ(openDescriptors(), before);
 }
 
 TEST(StringTableParserTest, TextsLongerThanABlock) {
     const TemporaryFolder folder;
     const std::string key(10239, 'k');
     const std::string value(50001, 'v');
-    EXPECT_EQ(ParseContents(folder / "table", key + "=\"" + value + "\";").entries, (Entries{{key, value}}));
-    EXPECT_EQ(ParseContents(folder / "table", key + "=" + value + ";").entries, (Entries{{key, value}}));
+    EXPECT_EQ(parseContents(folder / "table", key + "=\"" + value + "\";").entries, (Entries{{key, value}}));
+    EXPECT_EQ(parseContents(folder / "table", key + "=" + value + ";").entries, (Entries{{key, value}}));
 }
 
 TEST(StringTableParserTest, ElementCopiesItsTexts) {

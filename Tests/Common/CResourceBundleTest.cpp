@@ -41,9 +41,9 @@ using varno_zpk::CResourceBundlePrivateManager;
 using varno_zpk::CResourceBundleStringElement;
 using varno_zpk::CResourceBundleStringTable;
 using zpk_test::CapturedStreams;
-using zpk_test::CaptureStreams;
+using zpk_test::captureStreams;
 using zpk_test::TemporaryFolder;
-using zpk_test::WriteFile;
+using zpk_test::writeFile;
 
 /// A manager of the test's own, which it takes down with all its bundles.
 class ResourceBundleTest : public testing::Test {
@@ -51,17 +51,19 @@ protected:
     ~ResourceBundleTest() override { delete CResourceBundlePrivateManager::GetManager(); }
 
     /// Writes the table `name` (`<code>/<file>`, or a file of the root) of the bundle.
-    void WriteTable(const std::string& name, const std::string& contents) const {
-        WriteFile(m_bundle + "/" + name, contents);
+    void writeTable(const std::string& name, const std::string& contents) const {
+        writeFile(m_bundle + "/" + name, contents);
     }
-    void MakeFolder(const std::string& name) const {
+    void makeFolder(const std::string& name) const {
         std::filesystem::create_directories(m_bundle + "/" + name);
     }
-    void AddBundle() const { CResourceBundle::AddDefaultBundlePath(m_bundle.c_str()); }
-    CResourceBundle* Bundle() const { return CResourceBundle::GetResourceBundleWithPath(m_bundle.c_str()); }
+    void addBundle() const { CResourceBundle::AddDefaultBundlePath(m_bundle.c_str()); }
+    CResourceBundle* theBundle() const {
+        return CResourceBundle::GetResourceBundleWithPath(m_bundle.c_str());
+    }
 
-    static std::string Text(const char* key) { return CResourceBundle::GetLocalizedString(key); }
-    static std::string Text(const char* key, const char* table) {
+    static std::string localized(const char* key) { return CResourceBundle::GetLocalizedString(key); }
+    static std::string localized(const char* key, const char* table) {
         return CResourceBundle::GetLocalizedString(key, table);
     }
 
@@ -85,9 +87,9 @@ TEST_F(ResourceBundleTest, StartsWithTheBasicLanguagesAndNoDefaultBundle) {
 // The bundles.
 
 TEST_F(ResourceBundleTest, PathIsTheIdentityOfABundle) {
-    CResourceBundle* bundle = Bundle();
+    CResourceBundle* bundle = theBundle();
     EXPECT_EQ(bundle->GetPath(), m_bundle);
-    EXPECT_EQ(Bundle(), bundle);
+    EXPECT_EQ(theBundle(), bundle);
     // Compared byte by byte, however the file system sees them.
     EXPECT_NE(CResourceBundle::GetResourceBundleWithPath((m_bundle + "/").c_str()), bundle);
     EXPECT_NE(CResourceBundle::GetResourceBundleWithPath((m_folder / "uilang").c_str()), bundle);
@@ -109,14 +111,14 @@ TEST_F(ResourceBundleTest, DefaultBundlesKeepTheOrderOfAdditionAndAreAddedOnce) 
 
 TEST_F(ResourceBundleTest, DefaultBundleIndexPastTheCountThrows) {
     EXPECT_THROW(CResourceBundle::GetDefaultBundleAt(0), std::out_of_range);
-    AddBundle();
-    EXPECT_EQ(CResourceBundle::GetDefaultBundleAt(0), Bundle());
+    addBundle();
+    EXPECT_EQ(CResourceBundle::GetDefaultBundleAt(0), theBundle());
     EXPECT_THROW(CResourceBundle::GetDefaultBundleAt(1), std::out_of_range);
     EXPECT_THROW(CResourceBundle::GetDefaultBundleAt(static_cast<std::size_t>(-1)), std::out_of_range);
 }
 
 TEST_F(ResourceBundleTest, ClearedDefaultBundlesStayLoaded) {
-    AddBundle();
+    addBundle();
     CResourceBundle* bundle = CResourceBundle::GetDefaultBundleAt(0);
     CResourceBundle::ClearAllDefaultBundles();
     EXPECT_EQ(CResourceBundle::GetDefaultBundleCount(), 0u);
@@ -124,7 +126,7 @@ TEST_F(ResourceBundleTest, ClearedDefaultBundlesStayLoaded) {
               nullptr);
     EXPECT_EQ(CResourceBundlePrivateManager::GetManager()->FindLoadedBundleWithPath(m_bundle.c_str()),
               bundle);
-    EXPECT_EQ(Bundle(), bundle);
+    EXPECT_EQ(theBundle(), bundle);
 }
 
 TEST_F(ResourceBundleTest, BundleRegistersItselfForItsLife) {
@@ -146,125 +148,125 @@ TEST_F(ResourceBundleTest, KeyItselfComesBackWithoutBundles) {
 }
 
 TEST_F(ResourceBundleTest, MissedKeyComesBackAsTheSamePointerSilently) {
-    WriteTable("en/ZPKStringTable.def", "a=1;");
-    AddBundle();
+    writeTable("en/ZPKStringTable.def", "a=1;");
+    addBundle();
     CResourceBundle::AddDefaultBundlePath((m_folder / "missing").c_str());
     const std::string key = "b";
-    const CapturedStreams streams = CaptureStreams([&] {
+    const CapturedStreams streams = captureStreams([&] {
         EXPECT_EQ(CResourceBundle::GetLocalizedString(key.c_str()), key.c_str());
         EXPECT_EQ(CResourceBundle::GetLocalizedString(key.c_str(), "missing.def"), key.c_str());
-        EXPECT_EQ(CResourceBundle::GetLocalizedString(key.c_str(), nullptr, Bundle()), key.c_str());
+        EXPECT_EQ(CResourceBundle::GetLocalizedString(key.c_str(), nullptr, theBundle()), key.c_str());
     });
     EXPECT_EQ(streams.standardOutput, "");
     EXPECT_EQ(streams.standardError, "");
 }
 
 TEST_F(ResourceBundleTest, HitIsTracedToTheByte) {
-    WriteTable("en/ZPKStringTable.def", "key = \"a %s text\";");
-    AddBundle();
-    const CapturedStreams streams = CaptureStreams([] { EXPECT_EQ(Text("key"), "a %s text"); });
+    writeTable("en/ZPKStringTable.def", "key = \"a %s text\";");
+    addBundle();
+    const CapturedStreams streams = captureStreams([] { EXPECT_EQ(localized("key"), "a %s text"); });
     EXPECT_EQ(streams.standardOutput, "");
     EXPECT_EQ(streams.standardError, "CResourceBundleStringTable::GetStringForKey: " + m_bundle +
                                          "/en/ZPKStringTable.def: ZPKStringTable.def: 'key'='a %s text'\n");
 }
 
 TEST_F(ResourceBundleTest, EveryHitIsTraced) {
-    WriteTable("en/table.def", "key=1;");
-    AddBundle();
+    writeTable("en/table.def", "key=1;");
+    addBundle();
     const std::string line =
         "CResourceBundleStringTable::GetStringForKey: " + m_bundle + "/en/table.def: table.def: 'key'='1'\n";
-    const CapturedStreams streams = CaptureStreams([] {
-        EXPECT_EQ(Text("key", "table.def"), "1");
-        EXPECT_EQ(Text("key", "table.def"), "1");
+    const CapturedStreams streams = captureStreams([] {
+        EXPECT_EQ(localized("key", "table.def"), "1");
+        EXPECT_EQ(localized("key", "table.def"), "1");
     });
     EXPECT_EQ(streams.standardError, line + line);
 }
 
 TEST_F(ResourceBundleTest, FaultsAreReportedWhenTheTableIsFirstLoaded) {
-    WriteTable("en/ZPKStringTable.def", "a;b=2;");
-    AddBundle();
+    writeTable("en/ZPKStringTable.def", "a;b=2;");
+    addBundle();
     const std::string fault = "[path=" + m_bundle + "/en/ZPKStringTable.def:line=1:byte=2]Syntax error.\n";
-    EXPECT_EQ(CaptureStreams([] { EXPECT_EQ(Text("b"), "2"); }).standardOutput, fault);
-    EXPECT_EQ(CaptureStreams([] { EXPECT_EQ(Text("b"), "2"); }).standardOutput, "");
+    EXPECT_EQ(captureStreams([] { EXPECT_EQ(localized("b"), "2"); }).standardOutput, fault);
+    EXPECT_EQ(captureStreams([] { EXPECT_EQ(localized("b"), "2"); }).standardOutput, "");
 }
 
 TEST_F(ResourceBundleTest, TextIsTheOneStoredInTheTable) {
-    WriteTable("en/ZPKStringTable.def", "a=1;");
-    AddBundle();
+    writeTable("en/ZPKStringTable.def", "a=1;");
+    addBundle();
     const char* text = CResourceBundle::GetLocalizedString("a");
     EXPECT_EQ(CResourceBundle::GetLocalizedString("a"), text);
     EXPECT_STREQ(text, "1");
 }
 
 TEST_F(ResourceBundleTest, PlatformTableWinsOverTheDefaultTable) {
-    WriteTable("en/ZPKPlatformStringTable.def", "both=platform;");
-    WriteTable("en/ZPKStringTable.def", "both=default;one=default;");
-    AddBundle();
-    EXPECT_EQ(Text("both"), "platform");
-    EXPECT_EQ(Text("one"), "default");
+    writeTable("en/ZPKPlatformStringTable.def", "both=platform;");
+    writeTable("en/ZPKStringTable.def", "both=default;one=default;");
+    addBundle();
+    EXPECT_EQ(localized("both"), "platform");
+    EXPECT_EQ(localized("one"), "default");
 }
 
 TEST_F(ResourceBundleTest, EmptyTextIsAHit) {
-    WriteTable("en/ZPKPlatformStringTable.def", "key=;");
-    WriteTable("en/ZPKStringTable.def", "key=default;");
-    AddBundle();
-    EXPECT_EQ(Text("key"), "");
+    writeTable("en/ZPKPlatformStringTable.def", "key=;");
+    writeTable("en/ZPKStringTable.def", "key=default;");
+    addBundle();
+    EXPECT_EQ(localized("key"), "");
 }
 
 TEST_F(ResourceBundleTest, RootTablesAreTheLastSource) {
-    WriteTable("ZPKPlatformStringTable.def", "a=root platform;b=root platform;");
-    WriteTable("ZPKStringTable.def", "a=root;b=root;c=root;");
-    WriteTable("en/ZPKStringTable.def", "a=en;");
-    AddBundle();
-    EXPECT_EQ(Text("a"), "en");
-    EXPECT_EQ(Text("b"), "rootplatform");
-    EXPECT_EQ(Text("c"), "root");
+    writeTable("ZPKPlatformStringTable.def", "a=root platform;b=root platform;");
+    writeTable("ZPKStringTable.def", "a=root;b=root;c=root;");
+    writeTable("en/ZPKStringTable.def", "a=en;");
+    addBundle();
+    EXPECT_EQ(localized("a"), "en");
+    EXPECT_EQ(localized("b"), "rootplatform");
+    EXPECT_EQ(localized("c"), "root");
 }
 
 TEST_F(ResourceBundleTest, RootTablesServeWithoutAnyLanguageFolder) {
-    WriteTable("ZPKStringTable.def", "a=root;");
-    AddBundle();
-    EXPECT_EQ(Text("a"), "root");
+    writeTable("ZPKStringTable.def", "a=root;");
+    addBundle();
+    EXPECT_EQ(localized("a"), "root");
 }
 
 TEST_F(ResourceBundleTest, TableNameSearchesThatTableOnlyThenThatTableOfTheRoot) {
-    WriteTable("en/ZPKPlatformStringTable.def", "other=1;");
-    WriteTable("en/ZPKStringTable.def", "other=1;root=1;");
-    WriteTable("ZPKStringTable.def", "other=1;");
-    WriteTable("en/named.def", "key=en;");
-    WriteTable("named.def", "key=root;root=root;");
-    AddBundle();
-    EXPECT_EQ(Text("key", "named.def"), "en");
-    EXPECT_EQ(Text("root", "named.def"), "root");
+    writeTable("en/ZPKPlatformStringTable.def", "other=1;");
+    writeTable("en/ZPKStringTable.def", "other=1;root=1;");
+    writeTable("ZPKStringTable.def", "other=1;");
+    writeTable("en/named.def", "key=en;");
+    writeTable("named.def", "key=root;root=root;");
+    addBundle();
+    EXPECT_EQ(localized("key", "named.def"), "en");
+    EXPECT_EQ(localized("root", "named.def"), "root");
     const char* other = "other";
     EXPECT_EQ(CResourceBundle::GetLocalizedString(other, "named.def"), other);
 }
 
 TEST_F(ResourceBundleTest, TablesAskedForInTurnAreKeptApart) {
-    WriteTable("en/one.def", "key=one;");
-    WriteTable("en/two.def", "key=two;");
-    WriteTable("en/ZPKStringTable.def", "key=default;");
-    AddBundle();
+    writeTable("en/one.def", "key=one;");
+    writeTable("en/two.def", "key=two;");
+    writeTable("en/ZPKStringTable.def", "key=default;");
+    addBundle();
     for (int round = 0; round < 2; ++round) {
-        EXPECT_EQ(Text("key", "one.def"), "one");
-        EXPECT_EQ(Text("key", "two.def"), "two");
-        EXPECT_EQ(Text("key"), "default");
-        EXPECT_EQ(Text("key", "ZPKStringTable.def"), "default");
+        EXPECT_EQ(localized("key", "one.def"), "one");
+        EXPECT_EQ(localized("key", "two.def"), "two");
+        EXPECT_EQ(localized("key"), "default");
+        EXPECT_EQ(localized("key", "ZPKStringTable.def"), "default");
     }
 }
 
 TEST_F(ResourceBundleTest, BundleAddedLastWins) {
-    WriteFile(m_folder / "one/en/ZPKStringTable.def", "a=one;b=one;");
-    WriteFile(m_folder / "two/ZPKStringTable.def", "a=two;");
+    writeFile(m_folder / "one/en/ZPKStringTable.def", "a=one;b=one;");
+    writeFile(m_folder / "two/ZPKStringTable.def", "a=two;");
     CResourceBundle::AddDefaultBundlePath((m_folder / "one").c_str());
     CResourceBundle::AddDefaultBundlePath((m_folder / "two").c_str());
-    EXPECT_EQ(Text("a"), "two");
-    EXPECT_EQ(Text("b"), "one");
+    EXPECT_EQ(localized("a"), "two");
+    EXPECT_EQ(localized("b"), "one");
 }
 
 TEST_F(ResourceBundleTest, TextThatReadsLikeItsKeyIsAHit) {
-    WriteFile(m_folder / "one/en/ZPKStringTable.def", "a=one;");
-    WriteFile(m_folder / "two/en/ZPKStringTable.def", "a=a;");
+    writeFile(m_folder / "one/en/ZPKStringTable.def", "a=one;");
+    writeFile(m_folder / "two/en/ZPKStringTable.def", "a=a;");
     CResourceBundle::AddDefaultBundlePath((m_folder / "one").c_str());
     CResourceBundle::AddDefaultBundlePath((m_folder / "two").c_str());
     const char* key = "a";
@@ -273,8 +275,8 @@ TEST_F(ResourceBundleTest, TextThatReadsLikeItsKeyIsAHit) {
 }
 
 TEST_F(ResourceBundleTest, OneBundleCanBeAsked) {
-    WriteFile(m_folder / "one/en/ZPKStringTable.def", "a=one;");
-    WriteFile(m_folder / "two/en/ZPKStringTable.def", "a=two;");
+    writeFile(m_folder / "one/en/ZPKStringTable.def", "a=one;");
+    writeFile(m_folder / "two/en/ZPKStringTable.def", "a=two;");
     CResourceBundle::AddDefaultBundlePath((m_folder / "two").c_str());
     CResourceBundle* one = CResourceBundle::GetResourceBundleWithPath((m_folder / "one").c_str());
     EXPECT_STREQ(CResourceBundle::GetLocalizedString("a", nullptr, one), "one");
@@ -282,134 +284,134 @@ TEST_F(ResourceBundleTest, OneBundleCanBeAsked) {
 }
 
 TEST_F(ResourceBundleTest, MissingTableStaysEmpty) {
-    MakeFolder("en");
-    AddBundle();
-    EXPECT_EQ(Text("a"), "a");
-    WriteTable("en/ZPKStringTable.def", "a=1;");
-    EXPECT_EQ(Text("a"), "a");
+    makeFolder("en");
+    addBundle();
+    EXPECT_EQ(localized("a"), "a");
+    writeTable("en/ZPKStringTable.def", "a=1;");
+    EXPECT_EQ(localized("a"), "a");
     CResourceBundle::SetCurrentLanguage("ja");
     CResourceBundle::SetCurrentLanguage("en");
-    EXPECT_EQ(Text("a"), "a");
+    EXPECT_EQ(localized("a"), "a");
 }
 
 TEST_F(ResourceBundleTest, LoadedTableIsNotReadAgain) {
-    WriteTable("en/ZPKStringTable.def", "a=1;");
-    WriteTable("ja/ZPKStringTable.def", "a=2;");
-    AddBundle();
-    EXPECT_EQ(Text("a"), "1");
-    WriteTable("en/ZPKStringTable.def", "a=3;");
+    writeTable("en/ZPKStringTable.def", "a=1;");
+    writeTable("ja/ZPKStringTable.def", "a=2;");
+    addBundle();
+    EXPECT_EQ(localized("a"), "1");
+    writeTable("en/ZPKStringTable.def", "a=3;");
     CResourceBundle::SetCurrentLanguage("ja");
-    EXPECT_EQ(Text("a"), "2");
+    EXPECT_EQ(localized("a"), "2");
     CResourceBundle::SetCurrentLanguage("en");
-    EXPECT_EQ(Text("a"), "1");
+    EXPECT_EQ(localized("a"), "1");
 }
 
 TEST_F(ResourceBundleTest, FolderInPlaceOfATableIsAnEmptyTable) {
-    MakeFolder("en/ZPKStringTable.def");
-    AddBundle();
-    EXPECT_EQ(Text("a"), "a");
+    makeFolder("en/ZPKStringTable.def");
+    addBundle();
+    EXPECT_EQ(localized("a"), "a");
 }
 
 // Languages.
 
 TEST_F(ResourceBundleTest, AlternativeLanguageStandsInForAMissingFolder) {
-    WriteTable("en/ZPKStringTable.def", "a=en;");
-    AddBundle();
+    writeTable("en/ZPKStringTable.def", "a=en;");
+    addBundle();
     CResourceBundle::SetCurrentLanguage("ja");
-    EXPECT_EQ(Text("a"), "en");
+    EXPECT_EQ(localized("a"), "en");
 }
 
 TEST_F(ResourceBundleTest, AlternativeLanguageDoesNotStandInForAMissingKey) {
-    WriteTable("ja/ZPKStringTable.def", "a=ja;");
-    WriteTable("en/ZPKStringTable.def", "a=en;b=en;c=en;");
-    WriteTable("ZPKStringTable.def", "b=root;");
-    AddBundle();
+    writeTable("ja/ZPKStringTable.def", "a=ja;");
+    writeTable("en/ZPKStringTable.def", "a=en;b=en;c=en;");
+    writeTable("ZPKStringTable.def", "b=root;");
+    addBundle();
     CResourceBundle::SetCurrentLanguage("ja");
-    EXPECT_EQ(Text("a"), "ja");
-    EXPECT_EQ(Text("b"), "root");
-    EXPECT_EQ(Text("c"), "c");
+    EXPECT_EQ(localized("a"), "ja");
+    EXPECT_EQ(localized("b"), "root");
+    EXPECT_EQ(localized("c"), "c");
 }
 
 TEST_F(ResourceBundleTest, FolderWithoutTablesCountsAsLanguageData) {
-    MakeFolder("ja");
-    WriteTable("en/ZPKStringTable.def", "a=en;");
-    AddBundle();
+    makeFolder("ja");
+    writeTable("en/ZPKStringTable.def", "a=en;");
+    addBundle();
     CResourceBundle::SetCurrentLanguage("ja");
-    EXPECT_EQ(Text("a"), "a");
+    EXPECT_EQ(localized("a"), "a");
 }
 
 TEST_F(ResourceBundleTest, SettingTheCurrentLanguageAgainChangesNothing) {
-    WriteTable("en/ZPKStringTable.def", "a=en;");
-    AddBundle();
+    writeTable("en/ZPKStringTable.def", "a=en;");
+    addBundle();
     CResourceBundle::SetCurrentLanguage("ja");
-    EXPECT_EQ(Text("a"), "en");
+    EXPECT_EQ(localized("a"), "en");
     // The folder comes too late: the bundle has made its choice.
-    WriteTable("ja/ZPKStringTable.def", "a=ja;");
+    writeTable("ja/ZPKStringTable.def", "a=ja;");
     CResourceBundle::SetCurrentLanguage("ja");
-    EXPECT_EQ(Text("a"), "en");
+    EXPECT_EQ(localized("a"), "en");
     CResourceBundle::SetCurrentLanguage("fr");
     CResourceBundle::SetCurrentLanguage("ja");
-    EXPECT_EQ(Text("a"), "ja");
+    EXPECT_EQ(localized("a"), "ja");
 }
 
 TEST_F(ResourceBundleTest, AnotherLanguageMakesEveryLoadedBundleChooseAgain) {
-    WriteTable("en/ZPKStringTable.def", "a=en;");
-    WriteTable("ja/ZPKStringTable.def", "a=ja;");
-    WriteFile(m_folder / "other/en/ZPKStringTable.def", "b=en;");
-    WriteFile(m_folder / "other/ja/ZPKStringTable.def", "b=ja;");
-    AddBundle();
+    writeTable("en/ZPKStringTable.def", "a=en;");
+    writeTable("ja/ZPKStringTable.def", "a=ja;");
+    writeFile(m_folder / "other/en/ZPKStringTable.def", "b=en;");
+    writeFile(m_folder / "other/ja/ZPKStringTable.def", "b=ja;");
+    addBundle();
     CResourceBundle* other = CResourceBundle::GetResourceBundleWithPath((m_folder / "other").c_str());
-    EXPECT_EQ(Text("a"), "en");
+    EXPECT_EQ(localized("a"), "en");
     EXPECT_STREQ(CResourceBundle::GetLocalizedString("b", nullptr, other), "en");
     CResourceBundle::SetCurrentLanguage("ja");
     EXPECT_STREQ(CResourceBundle::GetCurrentLanguage(), "ja");
-    EXPECT_EQ(Text("a"), "ja");
+    EXPECT_EQ(localized("a"), "ja");
     EXPECT_STREQ(CResourceBundle::GetLocalizedString("b", nullptr, other), "ja");
 }
 
 TEST_F(ResourceBundleTest, TextsOutliveAChangeOfLanguage) {
-    WriteTable("en/ZPKStringTable.def", "a=en;");
-    WriteTable("ja/ZPKStringTable.def", "a=ja;");
-    AddBundle();
+    writeTable("en/ZPKStringTable.def", "a=en;");
+    writeTable("ja/ZPKStringTable.def", "a=ja;");
+    addBundle();
     const char* text = CResourceBundle::GetLocalizedString("a");
     CResourceBundle::SetCurrentLanguage("ja");
-    EXPECT_EQ(Text("a"), "ja");
+    EXPECT_EQ(localized("a"), "ja");
     EXPECT_STREQ(text, "en");
     CResourceBundle::SetCurrentLanguage("en");
     EXPECT_EQ(CResourceBundle::GetLocalizedString("a"), text);
 }
 
 TEST_F(ResourceBundleTest, AlternativeLanguageComesTooLateForABundleThatHasChosen) {
-    WriteTable("en/ZPKStringTable.def", "a=en;");
-    WriteTable("fr/ZPKStringTable.def", "a=fr;");
-    AddBundle();
+    writeTable("en/ZPKStringTable.def", "a=en;");
+    writeTable("fr/ZPKStringTable.def", "a=fr;");
+    addBundle();
     CResourceBundle::SetCurrentLanguage("ja");
-    EXPECT_EQ(Text("a"), "en");
+    EXPECT_EQ(localized("a"), "en");
     CResourceBundle::SetAlternativeLanguage("fr");
     EXPECT_STREQ(CResourceBundle::GetAlternativeLanguage(), "fr");
-    EXPECT_EQ(Text("a"), "en");
+    EXPECT_EQ(localized("a"), "en");
     CResourceBundle::SetCurrentLanguage("ko");
-    EXPECT_EQ(Text("a"), "fr");
+    EXPECT_EQ(localized("a"), "fr");
 }
 
 TEST_F(ResourceBundleTest, EmptyLanguageHasNoLanguageData) {
-    WriteTable("en/ZPKStringTable.def", "a=en;");
-    WriteTable("ZPKStringTable.def", "a=root;");
-    AddBundle();
+    writeTable("en/ZPKStringTable.def", "a=en;");
+    writeTable("ZPKStringTable.def", "a=root;");
+    addBundle();
     CResourceBundle::SetCurrentLanguage("");
-    EXPECT_EQ(Text("a"), "en");
+    EXPECT_EQ(localized("a"), "en");
     CResourceBundle::SetAlternativeLanguage("");
     CResourceBundle::SetCurrentLanguage("ja");
-    EXPECT_EQ(Text("a"), "root");
+    EXPECT_EQ(localized("a"), "root");
 }
 
 TEST_F(ResourceBundleTest, LanguageIsSpelledAsItsFolder) {
-    WriteTable("zh_CN/ZPKStringTable.def", "a=cn;");
-    AddBundle();
+    writeTable("zh_CN/ZPKStringTable.def", "a=cn;");
+    addBundle();
     CResourceBundle::SetCurrentLanguage("zh_cn");
-    EXPECT_EQ(Text("a"), "a");
+    EXPECT_EQ(localized("a"), "a");
     CResourceBundle::SetCurrentLanguage("zh_CN");
-    EXPECT_EQ(Text("a"), "cn");
+    EXPECT_EQ(localized("a"), "cn");
 }
 
 TEST_F(ResourceBundleTest, CurrentLanguageCanBeSetFromItsOwnText) {
@@ -423,26 +425,26 @@ TEST_F(ResourceBundleTest, CurrentLanguageCanBeSetFromItsOwnText) {
 }
 
 TEST_F(ResourceBundleTest, HasLanguageDataAsksForTheFolderOnly) {
-    MakeFolder("xx");
-    WriteTable("file", "");
-    EXPECT_TRUE(Bundle()->HasLanguageData("xx"));
-    EXPECT_FALSE(Bundle()->HasLanguageData("file"));
-    EXPECT_FALSE(Bundle()->HasLanguageData("missing"));
-    EXPECT_FALSE(Bundle()->HasLanguageData(""));
-    EXPECT_FALSE(Bundle()->HasLanguageData(nullptr));
+    makeFolder("xx");
+    writeTable("file", "");
+    EXPECT_TRUE(theBundle()->HasLanguageData("xx"));
+    EXPECT_FALSE(theBundle()->HasLanguageData("file"));
+    EXPECT_FALSE(theBundle()->HasLanguageData("missing"));
+    EXPECT_FALSE(theBundle()->HasLanguageData(""));
+    EXPECT_FALSE(theBundle()->HasLanguageData(nullptr));
 }
 
 TEST_F(ResourceBundleTest, LanguageDataIsMadeOnceALanguage) {
-    EXPECT_EQ(Bundle()->FindLanguageDataWithLanguage("ja"), nullptr);
-    CResourceBundleLanguageData* data = Bundle()->GetLanguageDataWithLanguage("ja");
+    EXPECT_EQ(theBundle()->FindLanguageDataWithLanguage("ja"), nullptr);
+    CResourceBundleLanguageData* data = theBundle()->GetLanguageDataWithLanguage("ja");
     EXPECT_EQ(data->GetLanguage(), "ja");
-    EXPECT_EQ(Bundle()->GetLanguageDataWithLanguage("ja"), data);
-    EXPECT_EQ(Bundle()->FindLanguageDataWithLanguage("ja"), data);
-    EXPECT_NE(Bundle()->GetLanguageDataWithLanguage("en"), data);
+    EXPECT_EQ(theBundle()->GetLanguageDataWithLanguage("ja"), data);
+    EXPECT_EQ(theBundle()->FindLanguageDataWithLanguage("ja"), data);
+    EXPECT_NE(theBundle()->GetLanguageDataWithLanguage("en"), data);
 }
 
 TEST_F(ResourceBundleTest, TableIsMadeOnceAName) {
-    WriteTable("en/table.def", "a=1;");
+    writeTable("en/table.def", "a=1;");
     CResourceBundleLanguageData data(m_bundle + "/en", "en");
     EXPECT_EQ(data.FindTableNamed("table.def"), nullptr);
     CResourceBundleStringTable* table = data.GetTableNamed("table.def");
@@ -455,12 +457,12 @@ TEST_F(ResourceBundleTest, TableIsMadeOnceAName) {
 
 TEST_F(ResourceBundleTest, LanguagesAreTheFoldersWithADefaultTableInTheOrderOfTheListing) {
     for (const std::string code : {"zh_CN", "en", "ja", "fr", "de", "ar"}) {
-        WriteTable(code + "/ZPKStringTable.def", "a=1;");
+        writeTable(code + "/ZPKStringTable.def", "a=1;");
     }
-    WriteTable("xx/ZPKPlatformStringTable.def", "a=1;");
-    WriteTable("ZPKStringTable.def", "a=1;");
-    WriteTable("Languages.xml", "");
-    MakeFolder("yy");
+    writeTable("xx/ZPKPlatformStringTable.def", "a=1;");
+    writeTable("ZPKStringTable.def", "a=1;");
+    writeTable("Languages.xml", "");
+    makeFolder("yy");
     std::filesystem::create_directory_symlink("en", m_bundle + "/link");
 
     std::vector<std::string> expected;
@@ -471,46 +473,46 @@ TEST_F(ResourceBundleTest, LanguagesAreTheFoldersWithADefaultTableInTheOrderOfTh
     ASSERT_EQ(expected.size(), 6u);
 
     std::vector<std::string> languages;
-    for (std::size_t index = 0; index < Bundle()->GetLanguageCount(); ++index) {
-        languages.emplace_back(Bundle()->GetLanguageAt(index));
+    for (std::size_t index = 0; index < theBundle()->GetLanguageCount(); ++index) {
+        languages.emplace_back(theBundle()->GetLanguageAt(index));
     }
     EXPECT_EQ(languages, expected);
-    EXPECT_THROW(Bundle()->GetLanguageAt(6), std::out_of_range);
+    EXPECT_THROW(theBundle()->GetLanguageAt(6), std::out_of_range);
 }
 
 TEST_F(ResourceBundleTest, FolderWithoutDefaultTableIsNotListedButUsed) {
-    WriteTable("xx/ZPKPlatformStringTable.def", "a=xx;");
-    AddBundle();
-    EXPECT_EQ(Bundle()->GetLanguageCount(), 0u);
-    EXPECT_TRUE(Bundle()->HasLanguageData("xx"));
+    writeTable("xx/ZPKPlatformStringTable.def", "a=xx;");
+    addBundle();
+    EXPECT_EQ(theBundle()->GetLanguageCount(), 0u);
+    EXPECT_TRUE(theBundle()->HasLanguageData("xx"));
     CResourceBundle::SetCurrentLanguage("xx");
-    EXPECT_EQ(Text("a"), "xx");
+    EXPECT_EQ(localized("a"), "xx");
 }
 
 TEST_F(ResourceBundleTest, LanguagesAreSetUpOnce) {
-    EXPECT_EQ(Bundle()->GetLanguageCount(), 0u) << "the folder is missing";
-    WriteTable("en/ZPKStringTable.def", "a=1;");
-    EXPECT_EQ(Bundle()->GetLanguageCount(), 0u);
+    EXPECT_EQ(theBundle()->GetLanguageCount(), 0u) << "the folder is missing";
+    writeTable("en/ZPKStringTable.def", "a=1;");
+    EXPECT_EQ(theBundle()->GetLanguageCount(), 0u);
     CResourceBundle::SetCurrentLanguage("ja");
-    EXPECT_EQ(Bundle()->GetLanguageCount(), 0u);
+    EXPECT_EQ(theBundle()->GetLanguageCount(), 0u);
 }
 
 TEST_F(ResourceBundleTest, LanguageIndexIsCheckedOnFirstUseToo) {
-    WriteTable("en/ZPKStringTable.def", "a=1;");
-    EXPECT_STREQ(Bundle()->GetLanguageAt(0), "en");
-    EXPECT_THROW(Bundle()->GetLanguageAt(1), std::out_of_range);
+    writeTable("en/ZPKStringTable.def", "a=1;");
+    EXPECT_STREQ(theBundle()->GetLanguageAt(0), "en");
+    EXPECT_THROW(theBundle()->GetLanguageAt(1), std::out_of_range);
 }
 
 TEST_F(ResourceBundleTest, UnreadableFolderHasNoLanguagesAndNoTexts) {
-    WriteTable("en/ZPKStringTable.def", "a=1;");
-    AddBundle();
+    writeTable("en/ZPKStringTable.def", "a=1;");
+    addBundle();
     ASSERT_EQ(chmod(m_bundle.c_str(), 0), 0);
     const auto look = [this] {
         // Root reads everything, so it becomes nobody first.
         if (geteuid() == 0 && setuid(65534) != 0) {
             _exit(2);
         }
-        _exit(Bundle()->GetLanguageCount() == 0 && Text("a") == "a" ? 0 : 1);
+        _exit(theBundle()->GetLanguageCount() == 0 && localized("a") == "a" ? 0 : 1);
     };
     EXPECT_EXIT(look(), testing::ExitedWithCode(0), "");
     ASSERT_EQ(chmod(m_bundle.c_str(), 0700), 0);
@@ -525,28 +527,28 @@ TEST_F(ResourceBundleTest, EveryKeyOfALargeTableIsFound) {
         const std::string text = std::to_string(number * 7919 % 1000);
         contents += "key" + text + "=value" + text + ";\n";
     }
-    WriteTable("en/ZPKStringTable.def", contents);
-    AddBundle();
+    writeTable("en/ZPKStringTable.def", contents);
+    addBundle();
     testing::internal::CaptureStderr();
     for (int number = 0; number < 1000; ++number) {
         const std::string text = std::to_string(number);
-        EXPECT_EQ(Text(("key" + text).c_str()), "value" + text);
+        EXPECT_EQ(localized(("key" + text).c_str()), "value" + text);
     }
-    EXPECT_EQ(Text("key1000"), "key1000");
-    EXPECT_EQ(Text("key"), "key");
-    EXPECT_EQ(Text(""), "");
+    EXPECT_EQ(localized("key1000"), "key1000");
+    EXPECT_EQ(localized("key"), "key");
+    EXPECT_EQ(localized(""), "");
     testing::internal::GetCapturedStderr();
 }
 
 TEST_F(ResourceBundleTest, KeysAreUnsignedBytesAndCaseMatters) {
-    WriteTable("en/ZPKStringTable.def",
+    writeTable("en/ZPKStringTable.def",
                "a=1;A=2;ab=3;aB=4;\"a b\"=5;\xC3\xA9=6;\xFF=7;~=8;\x01=9;a\xC3\xA9=10;");
-    AddBundle();
+    addBundle();
     const std::pair<const char*, const char*> texts[] = {
         {"a", "1"},        {"A", "2"},    {"ab", "3"}, {"aB", "4"},   {"a b", "5"},
         {"\xC3\xA9", "6"}, {"\xFF", "7"}, {"~", "8"},  {"\x01", "9"}, {"a\xC3\xA9", "10"}};
     for (const auto& [key, text] : texts) {
-        EXPECT_EQ(Text(key), text);
+        EXPECT_EQ(localized(key), text);
     }
     for (const char* key : {"B", "AB", "Ab", "\xC3", "\xFF\xFF", "", "abc"}) {
         EXPECT_EQ(CResourceBundle::GetLocalizedString(key), key);
@@ -590,12 +592,12 @@ TEST_F(ResourceBundleTest, OfDuplicateKeysTheOneThatTheSortPutsFirstIsFound) {
     }
     std::sort(entries.begin(), entries.end(),
               [](const auto& one, const auto& two) { return one.first < two.first; });
-    WriteTable("en/ZPKStringTable.def", contents);
-    AddBundle();
+    writeTable("en/ZPKStringTable.def", contents);
+    addBundle();
     for (const std::string key : {"key0", "key1", "key2"}) {
         const auto first = std::find_if(entries.begin(), entries.end(),
                                         [&key](const auto& entry) { return entry.first == key; });
-        EXPECT_EQ(Text(key.c_str()), first->second);
+        EXPECT_EQ(localized(key.c_str()), first->second);
     }
 }
 
@@ -612,7 +614,7 @@ TEST_F(ResourceBundleTest, ElementOfAnotherClassIsReportedWithItsPlace) {
 #else
     const Impostor impostor;
     const CapturedStreams streams =
-        CaptureStreams([&] { CResourceBundleStringTable::CompareElementToKey(&impostor, "key"); });
+        captureStreams([&] { CResourceBundleStringTable::CompareElementToKey(&impostor, "key"); });
     EXPECT_TRUE(testing::internal::RE::FullMatch(
         streams.standardError,
         testing::internal::RE(
@@ -627,7 +629,7 @@ TEST_F(ResourceBundleTest, ElementOfAnotherClassIsReportedWithItsPlace) {
 TEST_F(ResourceBundleTest, ManagerIsMadeOnceAndAgainAfterItsDestruction) {
     auto* manager = CResourceBundlePrivateManager::GetManager();
     EXPECT_EQ(CResourceBundlePrivateManager::GetManager(), manager);
-    AddBundle();
+    addBundle();
     CResourceBundle::SetCurrentLanguage("ja");
     CResourceBundle::SetAlternativeLanguage("fr");
     delete manager;
@@ -639,12 +641,13 @@ TEST_F(ResourceBundleTest, ManagerIsMadeOnceAndAgainAfterItsDestruction) {
 }
 
 TEST_F(ResourceBundleTest, FinalizationDestroysTheBundles) {
-    WriteTable("en/ZPKStringTable.def", "a=1;");
-    WriteTable("ZPKStringTable.def", "b=1;");
+    writeTable("en/ZPKStringTable.def", "a=1;");
+    writeTable("ZPKStringTable.def", "b=1;");
     const auto finalize = [this] {
-        AddBundle();
+        addBundle();
         CResourceBundle::GetResourceBundleWithPath("/another");
-        const bool found = Text("a") == "1" && Text("b") == "1" && Bundle()->GetLanguageCount() == 1;
+        const bool found =
+            localized("a") == "1" && localized("b") == "1" && theBundle()->GetLanguageCount() == 1;
         varno_zpk::CAutoFinalizeObject::FinalizeAllObjects();
         // The leak checker, where there is one, runs at this exit.
         std::exit(found ? 0 : 1);

@@ -15,8 +15,8 @@
 using varno_zpk::CAutoFinalizeObject;
 using varno_zpk::CVariableManager;
 using varno_zpk::CVariableValueFinder;
-using zpk_test::AssertionReport;
-using zpk_test::CaptureStreams;
+using zpk_test::assertionReport;
+using zpk_test::captureStreams;
 using zpk_test::MapFinder;
 
 namespace {
@@ -47,7 +47,7 @@ public:
     const char* FindValue(const std::string&, std::string&) override { throw 1; }
 };
 
-CVariableManager& Manager() {
+CVariableManager& manager() {
     return *CVariableManager::GetManager();
 }
 
@@ -64,7 +64,7 @@ TEST(VariableManagerTest, IsASingletonThatAddsNoVirtualOperation) {
     EXPECT_FALSE(std::is_copy_constructible_v<CVariableManager>);
     EXPECT_FALSE(std::is_copy_assignable_v<CVariableManager>);
     EXPECT_EQ(sizeof(CVariableManager), sizeof(CAutoFinalizeObject) + sizeof(std::string));
-    EXPECT_EQ(zpk_test::VirtualSlot(&CVariableManager::AutoFinalizeObjectFinalize), 3u);
+    EXPECT_EQ(zpk_test::virtualSlot(&CVariableManager::AutoFinalizeObjectFinalize), 3u);
 }
 
 TEST(VariableManagerTest, DestroyedManagerIsMadeAgain) {
@@ -83,7 +83,7 @@ TEST(VariableManagerTest, IsDestroyedByTheFinalizationOfAllSingletons) {
             // The old manager is gone, so a new one is tried, and it is too late for that.
             CVariableManager::GetManager();
         },
-        testing::MatchesRegex(AssertionReport("Common/CAutoFinalizeObject.cpp",
+        testing::MatchesRegex(assertionReport("Common/CAutoFinalizeObject.cpp",
                                               "varno_zpk::CAutoFinalizeObject::CAutoFinalizeObject()",
                                               "!s_AllObjectsFinalized")));
 }
@@ -95,7 +95,7 @@ TEST(VariableManagerTest, SecondManagerAborts) {
             CVariableManager second;
         },
         testing::MatchesRegex(
-            AssertionReport(kSource, "varno_zpk::CVariableManager::CVariableManager()", "s_Manager==NULL")));
+            assertionReport(kSource, "varno_zpk::CVariableManager::CVariableManager()", "s_Manager==NULL")));
 }
 
 TEST(VariableManagerTest, DestructionOfAManagerThatIsNotTheSingleOneAborts) {
@@ -104,7 +104,7 @@ TEST(VariableManagerTest, DestructionOfAManagerThatIsNotTheSingleOneAborts) {
             delete CVariableManager::GetManager();
             CVariableManager unregistered;
         },
-        testing::MatchesRegex(AssertionReport(
+        testing::MatchesRegex(assertionReport(
             kSource, "virtual varno_zpk::CVariableManager::~CVariableManager()", "s_Manager==this")));
 }
 
@@ -113,11 +113,11 @@ TEST(VariableManagerTest, TextWithoutAPairIsGivenBackItself) {
     const char* const texts[] = {"", "abc", "a$b", "$", "$a", "a$", "\xFF\xFE"};
     for (const char* text : texts) {
         std::string out("untouched");
-        EXPECT_EQ(Manager().ExpandVariablesInString(text, out, nullptr), text) << text;
-        EXPECT_EQ(Manager().ExpandVariablesInString(text, out, &finder), text) << text;
+        EXPECT_EQ(manager().ExpandVariablesInString(text, out, nullptr), text) << text;
+        EXPECT_EQ(manager().ExpandVariablesInString(text, out, &finder), text) << text;
         EXPECT_EQ(out, "untouched") << text;
-        EXPECT_EQ(Manager().ExpandAndReturnTempString(text), text) << text;
-        EXPECT_EQ(Manager().ExpandAndReturnTempString(text, &finder), text) << text;
+        EXPECT_EQ(manager().ExpandAndReturnTempString(text), text) << text;
+        EXPECT_EQ(manager().ExpandAndReturnTempString(text, &finder), text) << text;
     }
     EXPECT_TRUE(finder.asked.empty());
 }
@@ -146,8 +146,8 @@ TEST(VariableManagerTest, ReferencesAreReplaced) {
         MapFinder finder(
             {{"$A$", "1"}, {"$B$", "2"}, {"$$", "empty"}, {"$ $", "space"}, {"$V$", "$A$"}, {"$E$", ""}});
         std::string out("earlier");
-        CaptureStreams([&] {
-            const char* expanded = Manager().ExpandVariablesInString(row.text, out, &finder);
+        captureStreams([&] {
+            const char* expanded = manager().ExpandVariablesInString(row.text, out, &finder);
             EXPECT_EQ(expanded, out.c_str()) << row.text;
         });
         EXPECT_EQ(out, row.expanded) << row.text;
@@ -157,7 +157,7 @@ TEST(VariableManagerTest, ReferencesAreReplaced) {
 TEST(VariableManagerTest, FinderIsAskedOnceForEachReferenceInOrder) {
     MapFinder finder{{"$B$", "2"}, {"$A$", "1"}, {"$$", ""}};
     std::string out;
-    CaptureStreams([&] { Manager().ExpandVariablesInString("$B$ $A$$$ $B$", out, &finder); });
+    captureStreams([&] { manager().ExpandVariablesInString("$B$ $A$$$ $B$", out, &finder); });
     EXPECT_EQ(finder.asked, (std::vector<std::string>{"$B$", "$A$", "$$", "$B$"}));
 }
 
@@ -165,8 +165,8 @@ TEST(VariableManagerTest, WithoutAFinderReferencesStayInANewCopy) {
     const char* const texts[] = {"x$A$y", "$$", "$A$$B$c$", "$A$b$C"};
     for (const char* text : texts) {
         std::string out("earlier");
-        const auto captured = CaptureStreams([&] {
-            const char* expanded = Manager().ExpandVariablesInString(text, out, nullptr);
+        const auto captured = captureStreams([&] {
+            const char* expanded = manager().ExpandVariablesInString(text, out, nullptr);
             EXPECT_EQ(expanded, out.c_str());
             EXPECT_NE(expanded, text);
         });
@@ -180,7 +180,7 @@ TEST(VariableManagerTest, EveryLookupIsToldOnStandardError) {
     MapFinder finder{{"$A$", "1"}, {"$$", ""}};
     std::string out;
     const auto captured =
-        CaptureStreams([&] { Manager().ExpandVariablesInString("x$A$y$$z", out, &finder); });
+        captureStreams([&] { manager().ExpandVariablesInString("x$A$y$$z", out, &finder); });
     EXPECT_EQ(captured.standardError, "Variable $A$='1'.\nVariable $$=''.\n");
     EXPECT_EQ(captured.standardOutput, "");
 }
@@ -190,17 +190,17 @@ TEST(VariableManagerTest, UnknownVariableIsToldAndStopsTheProgram) {
     EXPECT_DEATH(
         {
             std::string out;
-            Manager().ExpandVariablesInString("x$A$y$B$", out, &finder);
+            manager().ExpandVariablesInString("x$A$y$B$", out, &finder);
         },
-        testing::MatchesRegex(zpk_test::RegexFor("Variable $A$='1'.\nVariable $B$='(null)'.\n") +
-                              AssertionReport(kSource, kLookup, "found != nullptr")));
+        testing::MatchesRegex(zpk_test::regexFor("Variable $A$='1'.\nVariable $B$='(null)'.\n") +
+                              assertionReport(kSource, kLookup, "found != nullptr")));
 }
 
 TEST(VariableManagerTest, ExpandAlwaysFillsTheOutput) {
     const char* const texts[] = {"", "abc", "a$b", "x$A$y"};
     for (const char* text : texts) {
         std::string out("earlier");
-        const char* expanded = Manager().Expand(text, out);
+        const char* expanded = manager().Expand(text, out);
         EXPECT_EQ(expanded, out.c_str());
         EXPECT_EQ(out, text);
     }
@@ -210,7 +210,7 @@ TEST(VariableManagerTest, ExpandUsesTheDefaultFinder) {
     MapFinder finder{{"$A$", "1"}};
     CVariableValueFinder::SetDefaultFinder(&finder);
     std::string out;
-    CaptureStreams([&] { EXPECT_STREQ(Manager().Expand("x$A$y", out), "x1y"); });
+    captureStreams([&] { EXPECT_STREQ(manager().Expand("x$A$y", out), "x1y"); });
     EXPECT_EQ(out, "x1y");
 }
 
@@ -218,58 +218,58 @@ TEST(VariableManagerTest, TempStringUsesTheDefaultFinderOrTheOneGiven) {
     MapFinder byDefault{{"$A$", "default"}};
     MapFinder given{{"$A$", "given"}};
     CVariableValueFinder::SetDefaultFinder(&byDefault);
-    CaptureStreams([&] {
-        EXPECT_STREQ(Manager().ExpandAndReturnTempString("$A$"), "default");
-        EXPECT_STREQ(Manager().ExpandAndReturnTempString("$A$", &given), "given");
-        EXPECT_STREQ(Manager().ExpandAndReturnTempString("$A$", nullptr), "$A$");
+    captureStreams([&] {
+        EXPECT_STREQ(manager().ExpandAndReturnTempString("$A$"), "default");
+        EXPECT_STREQ(manager().ExpandAndReturnTempString("$A$", &given), "given");
+        EXPECT_STREQ(manager().ExpandAndReturnTempString("$A$", nullptr), "$A$");
     });
 }
 
 TEST(VariableManagerTest, TempStringStaysWhenTheNextTextHasNothingToExpand) {
-    const char* expanded = Manager().ExpandAndReturnTempString("x$A$y");
-    Manager().ExpandAndReturnTempString("abc");
+    const char* expanded = manager().ExpandAndReturnTempString("x$A$y");
+    manager().ExpandAndReturnTempString("abc");
     EXPECT_STREQ(expanded, "x$A$y");
 }
 
 TEST(VariableManagerTest, ResultMayBeExpandedAgain) {
     const std::string longText = "x$A$" + std::string(1000, 'y') + "$B$z";
-    const char* first = Manager().ExpandAndReturnTempString(longText.c_str());
-    EXPECT_EQ(Manager().ExpandAndReturnTempString(first), longText);
+    const char* first = manager().ExpandAndReturnTempString(longText.c_str());
+    EXPECT_EQ(manager().ExpandAndReturnTempString(first), longText);
 
     MapFinder finder{{"$A$", "1"}, {"$B$", "2"}};
     std::string out(longText);
-    CaptureStreams([&] { Manager().ExpandVariablesInString(out.c_str(), out, &finder); });
+    captureStreams([&] { manager().ExpandVariablesInString(out.c_str(), out, &finder); });
     EXPECT_EQ(out, "x1" + std::string(1000, 'y') + "2z");
 
     out = "prefix$b";
-    EXPECT_STREQ(Manager().Expand(out.c_str() + 3, out), "fix$b");
+    EXPECT_STREQ(manager().Expand(out.c_str() + 3, out), "fix$b");
 }
 
 TEST(VariableManagerTest, FinderMayGiveATextOfItsOwn) {
     OwnTextFinder finder;
     std::string out;
-    CaptureStreams([&] { EXPECT_STREQ(Manager().ExpandVariablesInString("<$A$>", out, &finder), "<own>"); });
+    captureStreams([&] { EXPECT_STREQ(manager().ExpandVariablesInString("<$A$>", out, &finder), "<own>"); });
 }
 
 TEST(VariableManagerTest, FinderMayUseTheManager) {
     ExpandingFinder finder;
-    CaptureStreams([&] {
-        EXPECT_STREQ(Manager().ExpandAndReturnTempString("a$X$b$Y$c", &finder), "a<inner>b<inner>c");
+    captureStreams([&] {
+        EXPECT_STREQ(manager().ExpandAndReturnTempString("a$X$b$Y$c", &finder), "a<inner>b<inner>c");
     });
 }
 
 TEST(VariableManagerTest, FinderThatThrowsLeavesTheOutput) {
     ThrowingFinder finder;
     std::string out("earlier");
-    EXPECT_THROW(Manager().ExpandVariablesInString("$A$", out, &finder), int);
+    EXPECT_THROW(manager().ExpandVariablesInString("$A$", out, &finder), int);
     EXPECT_EQ(out, "earlier");
 }
 
 TEST(VariableManagerTest, FindValueWithoutAFinderIsTheReferenceItself) {
     const std::string reference("$Name$");
     std::string value("scratch");
-    const auto captured = CaptureStreams(
-        [&] { EXPECT_EQ(Manager().FindValueForVariable(reference, value, nullptr), reference.c_str()); });
+    const auto captured = captureStreams(
+        [&] { EXPECT_EQ(manager().FindValueForVariable(reference, value, nullptr), reference.c_str()); });
     EXPECT_EQ(value, "scratch");
     EXPECT_EQ(captured.standardError, "");
 }
@@ -277,8 +277,8 @@ TEST(VariableManagerTest, FindValueWithoutAFinderIsTheReferenceItself) {
 TEST(VariableManagerTest, FindValueAsksTheFinder) {
     MapFinder finder{{"$Name$", "value"}};
     std::string value;
-    const auto captured = CaptureStreams([&] {
-        const char* found = Manager().FindValueForVariable("$Name$", value, &finder);
+    const auto captured = captureStreams([&] {
+        const char* found = manager().FindValueForVariable("$Name$", value, &finder);
         EXPECT_EQ(found, value.c_str());
     });
     EXPECT_EQ(value, "value");
@@ -291,6 +291,6 @@ TEST(VariableManagerTest, LongTextOfReferencesIsExpanded) {
         text += "a$X$";
     }
     std::string out;
-    Manager().ExpandVariablesInString(text.c_str(), out, nullptr);
+    manager().ExpandVariablesInString(text.c_str(), out, nullptr);
     EXPECT_EQ(out, text);
 }

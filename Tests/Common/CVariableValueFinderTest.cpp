@@ -16,7 +16,7 @@ using varno_zpk::IVariableValueFinder;
 using zpk_test::MapFinder;
 
 TEST(VariableValueFinderInterfaceTest, FindValueFollowsTheTwoDestructors) {
-    EXPECT_EQ(zpk_test::VirtualSlot(&IVariableValueFinder::FindValue), 3u);
+    EXPECT_EQ(zpk_test::virtualSlot(&IVariableValueFinder::FindValue), 3u);
     EXPECT_TRUE(std::has_virtual_destructor_v<IVariableValueFinder>);
     EXPECT_EQ(sizeof(IVariableValueFinder), sizeof(void*));
 }

@@ -13,48 +13,48 @@
 #include "Common/CXMLDocument.h"
 #include "Common/CXMLElement.h"
 #include "Common/CXMLText.h"
-#include "Tests/Support/FailingAllocation.h"
 #include "Tests/Common/XMLTreeText.h"
+#include "Tests/Support/FailingAllocation.h"
 
 namespace {
 
 using namespace varno_zpk;
-using zpk_test::RunWithEachAllocationFailing;
-using zpk_test::TreeText;
+using zpk_test::runWithEachAllocationFailing;
+using zpk_test::treeText;
 
-const char* const LONG_TEXT = "a text that is too long to be kept inside the string object";
+const char* const kLongText = "a text that is too long to be kept inside the string object";
 
-const std::string XML = "<document-element-of-a-name-that-needs-memory attribute-of-such-a-name='" +
-                        std::string(LONG_TEXT) + "' b='2'>" + LONG_TEXT + "<child x='1'><leaf>" + LONG_TEXT +
-                        "</leaf><leaf/></child>t<!-- c -->u</document-element-of-a-name-that-needs-memory>";
+const std::string kXml = "<document-element-of-a-name-that-needs-memory attribute-of-such-a-name='" +
+                         std::string(kLongText) + "' b='2'>" + kLongText + "<child x='1'><leaf>" + kLongText +
+                         "</leaf><leaf/></child>t<!-- c -->u</document-element-of-a-name-that-needs-memory>";
 
 TEST(CXMLAllocationTest, ParsingLeaksNothing) {
     std::string tree;
-    const std::size_t failures = RunWithEachAllocationFailing([&] {
-        const auto document = CExpatXMLParser::CreateCXMLNodeWithText(XML);
+    const std::size_t failures = runWithEachAllocationFailing([&] {
+        const auto document = CExpatXMLParser::CreateCXMLNodeWithText(kXml);
         ASSERT_NE(document, nullptr);
-        tree = TreeText(*document->GetRootElement());
+        tree = treeText(*document->GetRootElement());
     });
     EXPECT_GT(failures, 15u);
-    EXPECT_EQ(tree, TreeText(*CExpatXMLParser::CreateCXMLNodeWithText(XML)->GetRootElement()));
+    EXPECT_EQ(tree, treeText(*CExpatXMLParser::CreateCXMLNodeWithText(kXml)->GetRootElement()));
 }
 
 TEST(CXMLAllocationTest, CloningLeaksNothingAndLeavesTheOriginal) {
-    const auto document = CExpatXMLParser::CreateCXMLNodeWithText(XML);
-    const std::string before = TreeText(*document->GetRootElement());
+    const auto document = CExpatXMLParser::CreateCXMLNodeWithText(kXml);
+    const std::string before = treeText(*document->GetRootElement());
     const std::size_t failures =
-        RunWithEachAllocationFailing([&] { const std::unique_ptr<CXMLNode> copy(document->Clone()); });
+        runWithEachAllocationFailing([&] { const std::unique_ptr<CXMLNode> copy(document->Clone()); });
     EXPECT_GT(failures, 15u);
-    EXPECT_EQ(TreeText(*document->GetRootElement()), before);
+    EXPECT_EQ(treeText(*document->GetRootElement()), before);
 }
 
 TEST(CXMLAllocationTest, FactoriesLeakNothing) {
-    const std::size_t failures = RunWithEachAllocationFailing([&] {
-        delete CXMLNode::CreateElementWithName(LONG_TEXT);
-        delete CXMLNode::CreateElementWithNameWithURI(LONG_TEXT, LONG_TEXT);
-        delete CXMLNode::CreateElementWithNameWithStringValue(LONG_TEXT, LONG_TEXT);
-        delete CXMLNode::CreateAttributeWithNameWithStringValue(LONG_TEXT, LONG_TEXT);
-        delete CXMLNode::CreateTextWithStringValue(LONG_TEXT);
+    const std::size_t failures = runWithEachAllocationFailing([&] {
+        delete CXMLNode::CreateElementWithName(kLongText);
+        delete CXMLNode::CreateElementWithNameWithURI(kLongText, kLongText);
+        delete CXMLNode::CreateElementWithNameWithStringValue(kLongText, kLongText);
+        delete CXMLNode::CreateAttributeWithNameWithStringValue(kLongText, kLongText);
+        delete CXMLNode::CreateTextWithStringValue(kLongText);
         delete CXMLNode::CreateDocumentWithRootElement(nullptr);
     });
     EXPECT_GE(failures, 14u);
@@ -64,19 +64,19 @@ TEST(CXMLAllocationTest, FailedChangesLeaveTheElementWhole) {
     CXMLElement element;
     element.InitWithName("e");
     element.AddChild(CXMLNode::CreateElementWithName("child"));
-    const std::size_t setText = RunWithEachAllocationFailing([&] {
-        EXPECT_EQ(TreeText(element), "e[child[]]");
-        element.SetText(LONG_TEXT);
+    const std::size_t setText = runWithEachAllocationFailing([&] {
+        EXPECT_EQ(treeText(element), "e[child[]]");
+        element.SetText(kLongText);
     });
     EXPECT_GE(setText, 2u);
     element.RemoveAllChildren();
 }
 
 TEST(CXMLAllocationTest, WritingAssignsTheOutputOnlyWhenDone) {
-    const auto document = CExpatXMLParser::CreateCXMLNodeWithText(XML);
+    const auto document = CExpatXMLParser::CreateCXMLNodeWithText(kXml);
     std::string out = "old";
     std::string before = out;
-    const std::size_t failures = RunWithEachAllocationFailing([&] {
+    const std::size_t failures = runWithEachAllocationFailing([&] {
         try {
             CExpatXMLParser().WriteXMLDocumentToString(document.get(), out);
         } catch (const std::bad_alloc&) {

@@ -16,7 +16,7 @@
 namespace {
 
 using namespace varno_zpk;
-using zpk_test::TreeText;
+using zpk_test::treeText;
 
 class WatchedElement : public CXMLElement {
 public:
@@ -87,7 +87,7 @@ TEST(CXMLDocumentTest, CloneHasARootOfItsOwn) {
     const auto& copiedDocument = static_cast<const CXMLDocument&>(*copy);
     document->SetRootElement(nullptr);
     EXPECT_EQ(copy->GetKind(), XMLKIND_DOCUMENT);
-    EXPECT_EQ(TreeText(*copiedDocument.GetRootElement()), "a(x='1')[b[]]");
+    EXPECT_EQ(treeText(*copiedDocument.GetRootElement()), "a(x='1')[b[]]");
 }
 
 TEST(CXMLDocumentTest, CloneOfAnEmptyDocumentIsEmpty) {
@@ -105,10 +105,10 @@ TEST(CXMLDocumentTest, WritesToTextAndFile) {
     document->WriteXMLContents(text);
     EXPECT_EQ(text, expected);
     document->WriteToFile((folder / "out.xml").c_str());
-    EXPECT_EQ(zpk_test::ReadFile(folder / "out.xml"), expected);
+    EXPECT_EQ(zpk_test::readFile(folder / "out.xml"), expected);
     const std::unique_ptr<CXMLDocument> again(CXMLNode::CreateDocumentWithPath((folder / "out.xml").c_str()));
     ASSERT_NE(again, nullptr);
-    EXPECT_EQ(TreeText(*again->GetRootElement()), "a['t']");
+    EXPECT_EQ(treeText(*again->GetRootElement()), "a['t']");
 }
 
 }  // namespace

@@ -20,7 +20,7 @@
 namespace {
 
 using namespace varno_zpk;
-using zpk_test::TreeText;
+using zpk_test::treeText;
 
 /// Counts the living and notes the order of their ends.
 class WatchedNode : public CXMLNode {
@@ -51,11 +51,11 @@ private:
 
 using Labels = std::vector<std::string>;
 
-CXMLText* Text(const char* value) {
+CXMLText* text(const char* value) {
     return CXMLNode::CreateTextWithStringValue(value);
 }
 
-CXMLAttribute* Attribute(const char* name, const char* value) {
+CXMLAttribute* newAttribute(const char* name, const char* value) {
     return CXMLNode::CreateAttributeWithNameWithStringValue(name, value);
 }
 
@@ -75,23 +75,23 @@ TEST_F(CXMLElementTest, TextOfAnElementWithoutTextIsEmptyAndNeverNull) {
 }
 
 TEST_F(CXMLElementTest, SetTextChangesOnlyTheFirstTextChild) {
-    element.AddChild(Text("x"));
+    element.AddChild(text("x"));
     element.AddChild(CXMLNode::CreateElementWithName("child"));
-    element.AddChild(Text("y"));
+    element.AddChild(text("y"));
     element.SetText("a");
-    EXPECT_EQ(TreeText(element), "e['a' child[] 'y']");
+    EXPECT_EQ(treeText(element), "e['a' child[] 'y']");
 }
 
 TEST_F(CXMLElementTest, SetTextAppendsATextWhenThereIsNone) {
     element.AddChild(CXMLNode::CreateElementWithName("child"));
     element.SetText("a");
-    EXPECT_EQ(TreeText(element), "e[child[] 'a']");
+    EXPECT_EQ(treeText(element), "e[child[] 'a']");
     EXPECT_EQ(element.GetFirstChildText(), element.GetChildAtIndex(1));
 }
 
 TEST_F(CXMLElementTest, StringValueIsTheText) {
     element.SetStringValue("first");
-    element.AddChild(Text("second"));
+    element.AddChild(text("second"));
     EXPECT_STREQ(element.GetText(), "first");
     EXPECT_STREQ(element.GetStringValue(), "first");
     EXPECT_EQ(element.GetStringValueString(), "first");
@@ -101,16 +101,16 @@ TEST_F(CXMLElementTest, StringValueIsTheText) {
 TEST_F(CXMLElementTest, SecondAttributeOfANameReplacesTheFirstAndComesLast) {
     Labels deaths;
     element.AddAttribute(new WatchedAttribute("id", "first", deaths));
-    element.AddAttribute(Attribute("x", "1"));
-    element.AddAttribute(Attribute("id", "2"));
+    element.AddAttribute(newAttribute("x", "1"));
+    element.AddAttribute(newAttribute("id", "2"));
     EXPECT_EQ(deaths, Labels{"first"});
-    EXPECT_EQ(TreeText(element), "e(x='1' id='2')[]");
+    EXPECT_EQ(treeText(element), "e(x='1' id='2')[]");
 }
 
 TEST_F(CXMLElementTest, AttributeNamesAreComparedByteByByte) {
-    element.AddAttribute(Attribute("id", "1"));
-    element.AddAttribute(Attribute("ID", "2"));
-    element.AddAttribute(Attribute("id ", "3"));
+    element.AddAttribute(newAttribute("id", "1"));
+    element.AddAttribute(newAttribute("ID", "2"));
+    element.AddAttribute(newAttribute("id ", "3"));
     EXPECT_EQ(element.GetAttributes().size(), 3u);
     EXPECT_STREQ(element.GetAttributeForName("ID")->GetStringValue(), "2");
     EXPECT_EQ(element.GetAttributeForName("Id"), nullptr);
@@ -118,13 +118,13 @@ TEST_F(CXMLElementTest, AttributeNamesAreComparedByteByByte) {
 }
 
 TEST_F(CXMLElementTest, LookUpAndRemovalTakeTheFirstOfEqualNames) {
-    element.AddAttribute(Attribute("a", "1"));
-    element.AddAttribute(Attribute("b", "2"));
-    element.AddAttribute(Attribute("c", "3"));
+    element.AddAttribute(newAttribute("a", "1"));
+    element.AddAttribute(newAttribute("b", "2"));
+    element.AddAttribute(newAttribute("c", "3"));
     element.GetAttributes()[2]->SetName("a");
     EXPECT_STREQ(element.GetAttributeForName("a")->GetStringValue(), "1");
     element.RemoveAttributeForName("a");
-    EXPECT_EQ(TreeText(element), "e(b='2' a='3')[]");
+    EXPECT_EQ(treeText(element), "e(b='2' a='3')[]");
 }
 
 TEST_F(CXMLElementTest, RemovingAnAttributeKeepsTheOrderOfTheRest) {
@@ -134,7 +134,7 @@ TEST_F(CXMLElementTest, RemovingAnAttributeKeepsTheOrderOfTheRest) {
     }
     element.RemoveAttributeForName("b");
     EXPECT_EQ(deaths, Labels{"b"});
-    EXPECT_EQ(TreeText(element), "e(a='' c='')[]");
+    EXPECT_EQ(treeText(element), "e(a='' c='')[]");
     element.RemoveAttributeForName("b");
     EXPECT_EQ(element.GetAttributes().size(), 2u);
     // They must not outlive their list of deaths.
@@ -142,22 +142,22 @@ TEST_F(CXMLElementTest, RemovingAnAttributeKeepsTheOrderOfTheRest) {
 }
 
 TEST_F(CXMLElementTest, AttributesAreNoChildren) {
-    element.AddAttribute(Attribute("a", "1"));
+    element.AddAttribute(newAttribute("a", "1"));
     EXPECT_EQ(element.GetChildCount(), 0u);
     EXPECT_EQ(element.GetChildAtIndex(0), nullptr);
 }
 
 TEST_F(CXMLElementTest, NewAttributeIsAppended) {
-    element.AddAttribute(Attribute("a", "1"));
-    element.AddNewAttribute(std::unique_ptr<CXMLAttribute>(Attribute("b", "2")));
-    EXPECT_EQ(TreeText(element), "e(a='1' b='2')[]");
+    element.AddAttribute(newAttribute("a", "1"));
+    element.AddNewAttribute(std::unique_ptr<CXMLAttribute>(newAttribute("b", "2")));
+    EXPECT_EQ(treeText(element), "e(a='1' b='2')[]");
 }
 
 TEST_F(CXMLElementTest, AddedNodesKnowTheirElement) {
     CXMLDocument document;
     document.InitWithRootElement(nullptr);
     CXMLElement* child = CXMLNode::CreateElementWithName("child");
-    CXMLAttribute* attribute = Attribute("a", "1");
+    CXMLAttribute* attribute = newAttribute("a", "1");
     element.AddChild(child);
     element.AddAttribute(attribute);
     EXPECT_EQ(child->GetRootDocument(), nullptr);
@@ -167,15 +167,15 @@ TEST_F(CXMLElementTest, AddedNodesKnowTheirElement) {
 }
 
 TEST_F(CXMLElementTest, ChildIndexAtTheCountIsNull) {
-    element.AddChild(Text("a"));
-    element.AddChild(Text("b"));
+    element.AddChild(text("a"));
+    element.AddChild(text("b"));
     EXPECT_STREQ(element.GetChildAtIndex(1)->GetStringValue(), "b");
     EXPECT_EQ(element.GetChildAtIndex(element.GetChildCount()), nullptr);
     EXPECT_EQ(element.GetChildAtIndex(0xFFFFFFFFu), nullptr);
 }
 
 TEST_F(CXMLElementTest, AnyKindIsAcceptedAsAChild) {
-    element.AddChild(Attribute("a", "1"));
+    element.AddChild(newAttribute("a", "1"));
     EXPECT_EQ(element.GetChildCount(), 1u);
     std::string text;
     element.GetInnerText(text);
@@ -184,7 +184,7 @@ TEST_F(CXMLElementTest, AnyKindIsAcceptedAsAChild) {
 
 TEST_F(CXMLElementTest, ElementsForNameAreTheDirectOnesInOrder) {
     element.AddChild(CXMLNode::CreateElementWithNameWithStringValue("item", "1"));
-    element.AddChild(Text("item"));
+    element.AddChild(text("item"));
     CXMLElement* other = CXMLNode::CreateElementWithName("other");
     other->AddChild(CXMLNode::CreateElementWithName("item"));
     element.AddChild(other);
@@ -206,7 +206,7 @@ TEST_F(CXMLElementTest, ElementsForNameClearsTheOutputEvenWithoutAMatch) {
 }
 
 TEST_F(CXMLElementTest, ChildAttributeOfTheNameIsNoElement) {
-    element.AddChild(Attribute("item", "1"));
+    element.AddChild(newAttribute("item", "1"));
     std::vector<CXMLNode*> found;
     element.GetElementsForName("item", found);
     EXPECT_TRUE(found.empty());
@@ -214,10 +214,10 @@ TEST_F(CXMLElementTest, ChildAttributeOfTheNameIsNoElement) {
 }
 
 TEST_F(CXMLElementTest, InnerTextIsCollectedDepthFirst) {
-    element.AddChild(Text("a"));
+    element.AddChild(text("a"));
     element.AddChild(CXMLNode::CreateElementWithNameWithStringValue("child", "b"));
-    element.AddChild(Text("c"));
-    element.AddAttribute(Attribute("x", "attribute"));
+    element.AddChild(text("c"));
+    element.AddAttribute(newAttribute("x", "attribute"));
     std::string text = "old";
     element.GetInnerText(text);
     EXPECT_EQ(text, "abc");
@@ -226,13 +226,13 @@ TEST_F(CXMLElementTest, InnerTextIsCollectedDepthFirst) {
 }
 
 TEST_F(CXMLElementTest, SetInnerTextReplacesChildrenAndKeepsAttributes) {
-    element.AddChild(Text("a"));
+    element.AddChild(text("a"));
     element.AddChild(CXMLNode::CreateElementWithNameWithStringValue("child", "b"));
-    element.AddAttribute(Attribute("x", "1"));
+    element.AddAttribute(newAttribute("x", "1"));
     element.SetInnerText("new");
-    EXPECT_EQ(TreeText(element), "e(x='1')['new']");
+    EXPECT_EQ(treeText(element), "e(x='1')['new']");
     element.SetInnerText(element.GetText());
-    EXPECT_EQ(TreeText(element), "e(x='1')['new']");
+    EXPECT_EQ(treeText(element), "e(x='1')['new']");
 }
 
 TEST(CXMLElementLifeTest, DestructionTakesChildrenThenAttributesFrontToBack) {
@@ -265,16 +265,16 @@ TEST(CXMLElementLifeTest, RemoveAllDeletesAndEmpties) {
 
 TEST_F(CXMLElementTest, CloneIsDeepAndApart) {
     CXMLElement* child = CXMLNode::CreateElementWithNameWithStringValue("child", "t");
-    child->AddAttribute(Attribute("x", "1"));
+    child->AddAttribute(newAttribute("x", "1"));
     element.AddChild(child);
-    element.AddChild(Text("u"));
-    element.AddAttribute(Attribute("a", "2"));
-    element.AddAttribute(Attribute("b", "3"));
+    element.AddChild(text("u"));
+    element.AddAttribute(newAttribute("a", "2"));
+    element.AddAttribute(newAttribute("b", "3"));
     const std::unique_ptr<CXMLNode> copy(element.Clone());
     const auto& copiedElement = static_cast<const CXMLElement&>(*copy);
     element.RemoveAllChildren();
     EXPECT_EQ(copy->GetKind(), XMLKIND_ELEMENT);
-    EXPECT_EQ(TreeText(copiedElement), "e(a='2' b='3')[child(x='1')['t'] 'u']");
+    EXPECT_EQ(treeText(copiedElement), "e(a='2' b='3')[child(x='1')['t'] 'u']");
     EXPECT_EQ(copy->GetRootDocument(), nullptr);
 }
 
@@ -289,7 +289,7 @@ void PrintTo(const Misuse& misuse, std::ostream* out) {
     *out << misuse.name;
 }
 
-std::vector<Misuse> Misuses() {
+std::vector<Misuse> misuses() {
     static std::vector<CXMLNode*> found;
     return {
         {"SetText", "void varno_zpk::CXMLElement::SetText(const char*)", "text",
@@ -303,7 +303,7 @@ std::vector<Misuse> Misuses() {
         {"AddAttributeNull", "void varno_zpk::CXMLElement::AddAttribute(varno_zpk::CXMLNode*)",
          "dynamic_cast<CXMLAttribute*>(inAtt)", [](CXMLElement& e) { e.AddAttribute(nullptr); }},
         {"AddAttributeOfAnotherClass", "void varno_zpk::CXMLElement::AddAttribute(varno_zpk::CXMLNode*)",
-         "dynamic_cast<CXMLAttribute*>(inAtt)", [](CXMLElement& e) { e.AddAttribute(Text("t")); }},
+         "dynamic_cast<CXMLAttribute*>(inAtt)", [](CXMLElement& e) { e.AddAttribute(text("t")); }},
         {"AddAttributeWithoutKind", "void varno_zpk::CXMLElement::AddAttribute(varno_zpk::CXMLNode*)",
          "inAtt->GetKind()==XMLKIND_ATTRIBUTE", [](CXMLElement& e) { e.AddAttribute(new CXMLAttribute); }},
         {"RemoveAttributeForName", "void varno_zpk::CXMLElement::RemoveAttributeForName(const char*)", "name",
@@ -321,7 +321,7 @@ std::vector<Misuse> Misuses() {
     };
 }
 
-std::string Quoted(std::string_view text) {
+std::string quoted(std::string_view text) {
     std::string pattern;
     for (const char character : text) {
         if (std::string_view("*()[]+?.\\^$|{}").find(character) != std::string_view::npos) {
@@ -336,13 +336,13 @@ class CXMLElementDeathTest : public ::testing::TestWithParam<Misuse> {};
 
 TEST_P(CXMLElementDeathTest, MisuseStopsTheProgramWithTheReport) {
     const Misuse& misuse = GetParam();
-    const std::string report = ": Common/CXMLElement\\.cpp:[0-9]+: " + Quoted(misuse.function) +
-                               ": Assertion `" + Quoted(misuse.expression) + "' failed\\.\n";
+    const std::string report = ": Common/CXMLElement\\.cpp:[0-9]+: " + quoted(misuse.function) +
+                               ": Assertion `" + quoted(misuse.expression) + "' failed\\.\n";
     CXMLElement element;
     EXPECT_EXIT(misuse.action(element), ::testing::KilledBySignal(SIGABRT), report);
 }
 
-INSTANTIATE_TEST_SUITE_P(Misuse, CXMLElementDeathTest, ::testing::ValuesIn(Misuses()),
+INSTANTIATE_TEST_SUITE_P(Misuse, CXMLElementDeathTest, ::testing::ValuesIn(misuses()),
                          [](const auto& row) { return row.param.name; });
 
 }  // namespace

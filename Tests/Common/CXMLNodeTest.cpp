@@ -18,13 +18,13 @@
 namespace {
 
 using namespace varno_zpk;
-using zpk_test::VirtualSlot;
+using zpk_test::virtualSlot;
 
 /// A node that overrides nothing that it need not.
 class PlainNode : public CXMLNode {
 public:
     CXMLNode* Clone() const override { return new PlainNode; }
-    static const std::string* NullString() { return &s_NullString; }
+    static const std::string* nullString() { return &s_NullString; }
 };
 
 TEST(XMLKINDTest, HasTheFixedNumbersIn32Bits) {
@@ -37,37 +37,37 @@ TEST(XMLKINDTest, HasTheFixedNumbersIn32Bits) {
 }
 
 TEST(CXMLNodeTest, VirtualOperationsAreInSlotOrder) {
-    EXPECT_EQ(VirtualSlot(&CXMLNode::SetName), 3u);
-    EXPECT_EQ(VirtualSlot(&CXMLNode::GetName), 4u);
-    EXPECT_EQ(VirtualSlot(&CXMLNode::GetNameString), 5u);
-    EXPECT_EQ(VirtualSlot(&CXMLNode::SetStringValue), 6u);
-    EXPECT_EQ(VirtualSlot(&CXMLNode::GetStringValue), 7u);
-    EXPECT_EQ(VirtualSlot(&CXMLNode::GetStringValueString), 8u);
-    EXPECT_EQ(VirtualSlot(&CXMLNode::GetIndex), 9u);
-    EXPECT_EQ(VirtualSlot(&CXMLNode::GetChildCount), 10u);
-    EXPECT_EQ(VirtualSlot(&CXMLNode::GetChildAtIndex), 11u);
-    EXPECT_EQ(VirtualSlot(&CXMLNode::Clone), 12u);
+    EXPECT_EQ(virtualSlot(&CXMLNode::SetName), 3u);
+    EXPECT_EQ(virtualSlot(&CXMLNode::GetName), 4u);
+    EXPECT_EQ(virtualSlot(&CXMLNode::GetNameString), 5u);
+    EXPECT_EQ(virtualSlot(&CXMLNode::SetStringValue), 6u);
+    EXPECT_EQ(virtualSlot(&CXMLNode::GetStringValue), 7u);
+    EXPECT_EQ(virtualSlot(&CXMLNode::GetStringValueString), 8u);
+    EXPECT_EQ(virtualSlot(&CXMLNode::GetIndex), 9u);
+    EXPECT_EQ(virtualSlot(&CXMLNode::GetChildCount), 10u);
+    EXPECT_EQ(virtualSlot(&CXMLNode::GetChildAtIndex), 11u);
+    EXPECT_EQ(virtualSlot(&CXMLNode::Clone), 12u);
     EXPECT_TRUE(std::has_virtual_destructor_v<CXMLNode>);
 }
 
 TEST(CXMLNodeTest, SubclassesAddNoSlotsBeforeTheInheritedOnes) {
-    EXPECT_EQ(VirtualSlot(&CXMLElement::SetName), 3u);
-    EXPECT_EQ(VirtualSlot(&CXMLElement::GetChildAtIndex), 11u);
-    EXPECT_EQ(VirtualSlot(&CXMLElement::Clone), 12u);
-    EXPECT_EQ(VirtualSlot(&CXMLAttribute::Clone), 12u);
-    EXPECT_EQ(VirtualSlot(&CXMLText::Clone), 12u);
-    EXPECT_EQ(VirtualSlot(&CXMLDocument::Clone), 12u);
+    EXPECT_EQ(virtualSlot(&CXMLElement::SetName), 3u);
+    EXPECT_EQ(virtualSlot(&CXMLElement::GetChildAtIndex), 11u);
+    EXPECT_EQ(virtualSlot(&CXMLElement::Clone), 12u);
+    EXPECT_EQ(virtualSlot(&CXMLAttribute::Clone), 12u);
+    EXPECT_EQ(virtualSlot(&CXMLText::Clone), 12u);
+    EXPECT_EQ(virtualSlot(&CXMLDocument::Clone), 12u);
 }
 
 TEST(CXMLNodeTest, BaseIgnoresSettersAndGivesTheEmptyString) {
     PlainNode node;
     node.SetName("name");
     node.SetStringValue("value");
-    EXPECT_EQ(&node.GetNameString(), PlainNode::NullString());
-    EXPECT_EQ(&node.GetStringValueString(), PlainNode::NullString());
-    EXPECT_EQ(node.GetName(), PlainNode::NullString()->c_str());
-    EXPECT_EQ(node.GetStringValue(), PlainNode::NullString()->c_str());
-    EXPECT_TRUE(PlainNode::NullString()->empty());
+    EXPECT_EQ(&node.GetNameString(), PlainNode::nullString());
+    EXPECT_EQ(&node.GetStringValueString(), PlainNode::nullString());
+    EXPECT_EQ(node.GetName(), PlainNode::nullString()->c_str());
+    EXPECT_EQ(node.GetStringValue(), PlainNode::nullString()->c_str());
+    EXPECT_TRUE(PlainNode::nullString()->empty());
 }
 
 TEST(CXMLNodeTest, BaseHasNoChildren) {
@@ -165,7 +165,7 @@ TEST(CXMLTextTest, HasAValueAndNoName) {
     text.SetName("ignored");
     text.SetStringValue("v");
     EXPECT_STREQ(text.GetName(), "");
-    EXPECT_EQ(&text.GetNameString(), PlainNode::NullString());
+    EXPECT_EQ(&text.GetNameString(), PlainNode::nullString());
     EXPECT_EQ(text.GetStringValueString(), "v");
     const std::unique_ptr<CXMLNode> copy(text.Clone());
     EXPECT_NE(dynamic_cast<CXMLText*>(copy.get()), nullptr);

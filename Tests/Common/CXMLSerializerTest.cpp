@@ -17,11 +17,11 @@
 namespace {
 
 using namespace varno_zpk;
-using zpk_test::TreeText;
+using zpk_test::treeText;
 
-const std::string DECLARATION = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
+const std::string kDeclaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
 
-std::string Rewritten(const std::string& xml) {
+std::string rewritten(const std::string& xml) {
     const std::unique_ptr<CXMLDocument> document = CExpatXMLParser::CreateCXMLNodeWithText(xml);
     return document != nullptr ? CXMLSerializer::Serialize(*document) : "malformed";
 }
@@ -39,14 +39,14 @@ void PrintTo(const Row& row, std::ostream* out) {
 class CXMLSerializerTest : public ::testing::TestWithParam<Row> {};
 
 TEST_P(CXMLSerializerTest, WritesTheText) {
-    EXPECT_EQ(Rewritten(GetParam().xml), DECLARATION + "\n" + GetParam().written);
+    EXPECT_EQ(rewritten(GetParam().xml), kDeclaration + "\n" + GetParam().written);
 }
 
 TEST_P(CXMLSerializerTest, WhatIsWrittenReadsBackTheSame) {
     const auto first = CExpatXMLParser::CreateCXMLNodeWithText(GetParam().xml);
     const auto second = CExpatXMLParser::CreateCXMLNodeWithText(CXMLSerializer::Serialize(*first));
     ASSERT_NE(second, nullptr);
-    EXPECT_EQ(TreeText(*second->GetRootElement()), TreeText(*first->GetRootElement()));
+    EXPECT_EQ(treeText(*second->GetRootElement()), treeText(*first->GetRootElement()));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -70,24 +70,24 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& row) { return row.param.name; });
 
 TEST(CXMLSerializerTest, CommentsAndInstructionsAreAbsentFromWhatIsWrittenBack) {
-    EXPECT_EQ(Rewritten("<!--1--><?p q?><a x='1'><!--2--><b/><?p q?></a>"),
-              DECLARATION + "\n<a x=\"1\">\n    <b/>\n</a>");
+    EXPECT_EQ(rewritten("<!--1--><?p q?><a x='1'><!--2--><b/><?p q?></a>"),
+              kDeclaration + "\n<a x=\"1\">\n    <b/>\n</a>");
 }
 
 TEST(CXMLSerializerTest, LineFeedInAnAttributeStandsAsItIs) {
-    EXPECT_EQ(Rewritten("<a x='1&#xA;2'/>"), DECLARATION + "\n<a x=\"1\n2\"/>");
+    EXPECT_EQ(rewritten("<a x='1&#xA;2'/>"), kDeclaration + "\n<a x=\"1\n2\"/>");
 }
 
 TEST(CXMLSerializerTest, DocumentWithoutARootIsJustTheDeclaration) {
     CXMLDocument document;
     document.InitWithRootElement(nullptr);
-    EXPECT_EQ(CXMLSerializer::Serialize(document), DECLARATION);
+    EXPECT_EQ(CXMLSerializer::Serialize(document), kDeclaration);
 }
 
 TEST(CXMLSerializerTest, NamespaceAddressIsNotWritten) {
     CXMLDocument document;
     document.InitWithRootElement(CXMLNode::CreateElementWithNameWithURI("p:a", "urn:x"));
-    EXPECT_EQ(CXMLSerializer::Serialize(document), DECLARATION + "\n<p:a/>");
+    EXPECT_EQ(CXMLSerializer::Serialize(document), kDeclaration + "\n<p:a/>");
 }
 
 TEST(CXMLSerializerTest, ChildrenOfOtherKindsLeaveNoTrace) {
@@ -96,11 +96,11 @@ TEST(CXMLSerializerTest, ChildrenOfOtherKindsLeaveNoTrace) {
     document.InitWithRootElement(root);
     root->AddChild(CXMLNode::CreateAttributeWithNameWithStringValue("x", "1"));
     root->AddChild(CXMLNode::CreateDocumentWithRootElement(nullptr));
-    EXPECT_EQ(CXMLSerializer::Serialize(document), DECLARATION + "\n<a/>");
+    EXPECT_EQ(CXMLSerializer::Serialize(document), kDeclaration + "\n<a/>");
 }
 
 TEST(CXMLSerializerTest, NeighbouringTextsAreWrittenOneAfterTheOther) {
-    EXPECT_EQ(Rewritten("<a>x<!--c-->y</a>"), DECLARATION + "\n<a>xy</a>");
+    EXPECT_EQ(rewritten("<a>x<!--c-->y</a>"), kDeclaration + "\n<a>xy</a>");
 }
 
 TEST(CXMLSerializerTest, DeepestReadableTreeIsClonedAndWritten) {

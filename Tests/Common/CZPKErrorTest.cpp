@@ -16,7 +16,7 @@ using varno_zpk::CZPKStatus;
 namespace {
 
 /// The status that the error refers to: its one field, a reference, after the base class.
-const CZPKStatus* StatusOf(const CZPKError& error) {
+const CZPKStatus* statusOf(const CZPKError& error) {
     static_assert(sizeof(CZPKError) == sizeof(std::runtime_error) + sizeof(void*));
     const CZPKStatus* status = nullptr;
     std::memcpy(&status, reinterpret_cast<const char*>(&error) + sizeof(std::runtime_error), sizeof(status));
@@ -28,7 +28,7 @@ const CZPKStatus* StatusOf(const CZPKError& error) {
 TEST(ZPKErrorTest, DefaultIsTheUndefinedError) {
     const CZPKError error;
     EXPECT_EQ(error.GetStatus(), "Undefined Error occurs.");
-    EXPECT_EQ(StatusOf(error), &CZPKStatus::ERROR_UNDEFINED_BEHAVIOR_HAPPEND);
+    EXPECT_EQ(statusOf(error), &CZPKStatus::ERROR_UNDEFINED_BEHAVIOR_HAPPEND);
     EXPECT_STREQ(error.what(), "");
 }
 
@@ -41,16 +41,16 @@ TEST(ZPKErrorTest, WhatIsEmptyWhileTheStatusHasItsText) {
 TEST(ZPKErrorTest, SameConstantIsTheSameObject) {
     const CZPKError first(CZPKStatus::ERROR_FAILED_LOAD_LANGUAGES);
     const CZPKError second(CZPKStatus::ERROR_FAILED_LOAD_LANGUAGES);
-    EXPECT_EQ(StatusOf(first), &CZPKStatus::ERROR_FAILED_LOAD_LANGUAGES);
-    EXPECT_EQ(StatusOf(first), StatusOf(second));
+    EXPECT_EQ(statusOf(first), &CZPKStatus::ERROR_FAILED_LOAD_LANGUAGES);
+    EXPECT_EQ(statusOf(first), statusOf(second));
 }
 
 TEST(ZPKErrorTest, EqualTextOfAnotherStatusIsAnotherObject) {
     const CZPKStatus twin("Failed load Languages.xml");
     const CZPKError error(twin);
     EXPECT_EQ(error.GetStatus(), CZPKStatus::ERROR_FAILED_LOAD_LANGUAGES.GetStatus());
-    EXPECT_EQ(StatusOf(error), &twin);
-    EXPECT_NE(StatusOf(error), &CZPKStatus::ERROR_FAILED_LOAD_LANGUAGES);
+    EXPECT_EQ(statusOf(error), &twin);
+    EXPECT_NE(statusOf(error), &CZPKStatus::ERROR_FAILED_LOAD_LANGUAGES);
 }
 
 TEST(ZPKErrorTest, RefersToTheStatusInsteadOfCopyingIt) {
@@ -67,13 +67,13 @@ TEST(ZPKErrorTest, ThrownByValueItIsCaughtAsARuntimeErrorWithItsStatus) {
         EXPECT_STREQ(caught.what(), "");
         const auto* error = dynamic_cast<const CZPKError*>(&caught);
         ASSERT_NE(error, nullptr);
-        EXPECT_EQ(StatusOf(*error), &CZPKStatus::ERROR_FAILED_EXTRACT);
+        EXPECT_EQ(statusOf(*error), &CZPKStatus::ERROR_FAILED_EXTRACT);
     }
 }
 
 TEST(ZPKErrorTest, AddsNoVirtualOperation) {
     EXPECT_TRUE(std::has_virtual_destructor_v<CZPKError>);
-    EXPECT_EQ(zpk_test::VirtualSlot(&CZPKError::what), 3u);
+    EXPECT_EQ(zpk_test::virtualSlot(&CZPKError::what), 3u);
     EXPECT_TRUE((std::is_same_v<decltype(&CZPKError::what), decltype(&std::runtime_error::what)>));
     EXPECT_TRUE((std::is_same_v<decltype(&CZPKError::GetStatus), std::string (CZPKError::*)() const>));
 }

@@ -33,27 +33,27 @@ using varno_zpk::CResourceBundleStringElement;
 using varno_zpk::CResourceBundleStringTable;
 using varno_zpk::CResourceBundleStringTableParser;
 using zpk_test::FailingAllocation;
-using zpk_test::LiveAllocations;
+using zpk_test::liveAllocations;
 using zpk_test::TemporaryFolder;
-using zpk_test::WriteFile;
+using zpk_test::writeFile;
 
-constexpr int ENTRY_COUNT = 6;
+constexpr int kEntryCount = 6;
 
 /// Texts too long to be stored without an allocation; "0", "1", ... in their first byte.
-std::string TableContents() {
+std::string tableContents() {
     std::string contents;
-    for (int index = 0; index < ENTRY_COUNT; ++index) {
+    for (int index = 0; index < kEntryCount; ++index) {
         const std::string number = std::to_string(index);
         contents += number + std::string(40, 'k') + "=\"" + number + std::string(100, 'v') + "\";\n";
     }
     return contents;
 }
 
-std::ptrdiff_t OpenDescriptors() {
+std::ptrdiff_t openDescriptors() {
     return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
-int ParseWithFailure(const std::string& path, std::size_t number, std::vector<CBaseObject*>& elements) {
+int parseWithFailure(const std::string& path, std::size_t number, std::vector<CBaseObject*>& elements) {
     const FailingAllocation failing(number);
     return CResourceBundleStringTableParser().Parse(path.c_str(), elements);
 }
@@ -61,16 +61,16 @@ int ParseWithFailure(const std::string& path, std::size_t number, std::vector<CB
 TEST(LocalizationAllocationTest, ParseGivesMinusOneAndKeepsTheEntriesBefore) {
     const TemporaryFolder folder;
     const std::string path = folder / "table";
-    WriteFile(path, TableContents());
+    writeFile(path, tableContents());
 
     std::size_t mostEntriesBeforeFailure = 0;
     for (std::size_t number = 1;; ++number) {
         ASSERT_LT(number, 1000u) << "the parse never succeeds";
-        const std::ptrdiff_t descriptors = OpenDescriptors();
-        const std::size_t live = LiveAllocations();
+        const std::ptrdiff_t descriptors = openDescriptors();
+        const std::size_t live = liveAllocations();
         {
             std::vector<CBaseObject*> elements;
-            const int result = ParseWithFailure(path, number, elements);
+            const int result = parseWithFailure(path, number, elements);
             for (std::size_t index = 0; index < elements.size(); ++index) {
                 const auto* element = DOWN_CAST(CResourceBundleStringElement*, elements[index]);
                 EXPECT_EQ(element->GetValue(), std::to_string(index) + std::string(100, 'v'));
@@ -78,21 +78,21 @@ TEST(LocalizationAllocationTest, ParseGivesMinusOneAndKeepsTheEntriesBefore) {
             const std::size_t count = elements.size();
             CBaseObjectUtil::Destroy(elements);
             if (result == 0) {
-                EXPECT_EQ(count, static_cast<std::size_t>(ENTRY_COUNT));
+                EXPECT_EQ(count, static_cast<std::size_t>(kEntryCount));
                 break;
             }
             ASSERT_EQ(result, -1) << "allocation " << number;
             mostEntriesBeforeFailure = std::max(mostEntriesBeforeFailure, count);
         }
-        EXPECT_EQ(LiveAllocations(), live) << "allocation " << number;
-        EXPECT_EQ(OpenDescriptors(), descriptors) << "allocation " << number;
+        EXPECT_EQ(liveAllocations(), live) << "allocation " << number;
+        EXPECT_EQ(openDescriptors(), descriptors) << "allocation " << number;
     }
-    EXPECT_EQ(mostEntriesBeforeFailure, static_cast<std::size_t>(ENTRY_COUNT - 1));
+    EXPECT_EQ(mostEntriesBeforeFailure, static_cast<std::size_t>(kEntryCount - 1));
 }
 
 /// Whether the table could be made; leaks count as failures either way.
-bool MakeTableWithFailure(const std::string& path, std::size_t number) {
-    const std::size_t live = LiveAllocations();
+bool makeTableWithFailure(const std::string& path, std::size_t number) {
+    const std::size_t live = liveAllocations();
     bool made = false;
     try {
         const FailingAllocation failing(number);
@@ -100,22 +100,22 @@ bool MakeTableWithFailure(const std::string& path, std::size_t number) {
         made = true;
     } catch (const std::bad_alloc&) {
     }
-    EXPECT_EQ(LiveAllocations(), live) << "allocation " << number;
+    EXPECT_EQ(liveAllocations(), live) << "allocation " << number;
     return made;
 }
 
 TEST(LocalizationAllocationTest, TableThatCannotBeMadeLeaksNothing) {
     const TemporaryFolder folder;
-    WriteFile(folder / "table", TableContents());
-    EXPECT_FALSE(MakeTableWithFailure(folder / "table", 1));
+    writeFile(folder / "table", tableContents());
+    EXPECT_FALSE(makeTableWithFailure(folder / "table", 1));
     for (std::size_t number = 2; number < 200; ++number) {
-        MakeTableWithFailure(folder / "table", number);
+        makeTableWithFailure(folder / "table", number);
     }
-    EXPECT_TRUE(MakeTableWithFailure(folder / "table", 100000));
+    EXPECT_TRUE(makeTableWithFailure(folder / "table", 100000));
 }
 
 /// Looks a key up in fresh bundles. Gives the text, or nothing when an exception came out.
-std::string LookUpWithFailure(const std::string& bundlePath, const std::string& key, std::size_t number) {
+std::string lookUpWithFailure(const std::string& bundlePath, const std::string& key, std::size_t number) {
     std::string text;
     const std::unique_ptr<CResourceBundlePrivateManager> manager(CResourceBundlePrivateManager::GetManager());
     try {
@@ -130,21 +130,21 @@ std::string LookUpWithFailure(const std::string& bundlePath, const std::string& 
 
 TEST(LocalizationAllocationTest, LookupEitherThrowsOrGivesATextAndLeaksNothing) {
     const TemporaryFolder folder;
-    WriteFile(folder / "UILang/en/ZPKStringTable.def", TableContents());
+    writeFile(folder / "UILang/en/ZPKStringTable.def", tableContents());
     const std::string key = "5" + std::string(40, 'k');
     const std::string value = "5" + std::string(100, 'v');
     // The other singletons are made first, so that they do not count as leaks.
-    ASSERT_EQ(LookUpWithFailure(folder / "UILang", key, 100000), value);
+    ASSERT_EQ(lookUpWithFailure(folder / "UILang", key, 100000), value);
 
-    const std::size_t live = LiveAllocations();
+    const std::size_t live = liveAllocations();
     bool thrown = false;
     for (std::size_t number = 1; number < 200; ++number) {
-        const std::string text = LookUpWithFailure(folder / "UILang", key, number);
+        const std::string text = lookUpWithFailure(folder / "UILang", key, number);
         thrown = thrown || text.empty();
         EXPECT_TRUE(text.empty() || text == key || text == value) << text;
     }
     EXPECT_TRUE(thrown);
-    EXPECT_EQ(LiveAllocations(), live);
+    EXPECT_EQ(liveAllocations(), live);
 }
 
 }  // namespace

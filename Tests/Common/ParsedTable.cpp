@@ -27,10 +27,10 @@ std::ostream& operator<<(std::ostream& stream, const ParsedTable& table) {
                   << table.standardError;
 }
 
-ParsedTable ParseFile(const std::string& path) {
+ParsedTable parseFile(const std::string& path) {
     ParsedTable table;
     std::vector<CBaseObject*> elements;
-    const CapturedStreams streams = CaptureStreams([&] {
+    const CapturedStreams streams = captureStreams([&] {
         CResourceBundleStringTableParser parser;
         table.result = parser.Parse(path.c_str(), elements);
     });
@@ -44,12 +44,12 @@ ParsedTable ParseFile(const std::string& path) {
     return table;
 }
 
-ParsedTable ParseContents(const std::string& path, const std::string& contents) {
-    WriteFile(path, contents);
-    return ParseFile(path);
+ParsedTable parseContents(const std::string& path, const std::string& contents) {
+    writeFile(path, contents);
+    return parseFile(path);
 }
 
-std::string FaultLine(const std::string& path, int line, int byte, const std::string& message) {
+std::string faultLine(const std::string& path, int line, int byte, const std::string& message) {
     return "[path=" + path + ":line=" + std::to_string(line) + ":byte=" + std::to_string(byte) + "]" +
            message + "\n";
 }

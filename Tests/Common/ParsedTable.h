@@ -27,12 +27,12 @@ struct ParsedTable {
 std::ostream& operator<<(std::ostream& stream, const ParsedTable& table);
 
 /// Parses the file with the streams captured.
-ParsedTable ParseFile(const std::string& path);
+ParsedTable parseFile(const std::string& path);
 
 /// Parses `contents`, put into the file `path`.
-ParsedTable ParseContents(const std::string& path, const std::string& contents);
+ParsedTable parseContents(const std::string& path, const std::string& contents);
 
 /// The line that reports a fault.
-std::string FaultLine(const std::string& path, int line, int byte, const std::string& message);
+std::string faultLine(const std::string& path, int line, int byte, const std::string& message);
 
 }  // namespace zpk_test

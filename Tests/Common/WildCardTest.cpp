@@ -13,22 +13,22 @@ using varno_zpk::WildCard;
 namespace {
 
 /// The rules of matching one by one, every star tried with every length: slow and plainly right.
-bool MatchesByTheRules(const char* pattern, const char* text) {
+bool matchesByTheRules(const char* pattern, const char* text) {
     switch (*pattern) {
         case '\0':
             return *text == '\0';
         case '?':
-            return *text != '\0' && MatchesByTheRules(pattern + 1, text + 1);
+            return *text != '\0' && matchesByTheRules(pattern + 1, text + 1);
         case '*':
-            return MatchesByTheRules(pattern + 1, text) ||
-                   (*text != '\0' && MatchesByTheRules(pattern, text + 1));
+            return matchesByTheRules(pattern + 1, text) ||
+                   (*text != '\0' && matchesByTheRules(pattern, text + 1));
         default:
-            return *pattern == *text && MatchesByTheRules(pattern + 1, text + 1);
+            return *pattern == *text && matchesByTheRules(pattern + 1, text + 1);
     }
 }
 
 /// All texts of up to `length` of the given letters, the empty one first.
-std::vector<std::string> AllTexts(const std::string& letters, std::size_t length) {
+std::vector<std::string> allTexts(const std::string& letters, std::size_t length) {
     std::vector<std::string> texts{""};
     std::size_t first = 0;
     for (std::size_t size = 1; size <= length; ++size) {
@@ -42,16 +42,16 @@ std::vector<std::string> AllTexts(const std::string& letters, std::size_t length
     return texts;
 }
 
-void ExpectTheRulesFor(const std::vector<std::string>& patterns, const std::vector<std::string>& texts) {
+void expectTheRulesFor(const std::vector<std::string>& patterns, const std::vector<std::string>& texts) {
     for (const std::string& pattern : patterns) {
         for (const std::string& text : texts) {
-            ASSERT_EQ(WildCard::Match(pattern, text), MatchesByTheRules(pattern.c_str(), text.c_str()))
+            ASSERT_EQ(WildCard::Match(pattern, text), matchesByTheRules(pattern.c_str(), text.c_str()))
                 << "pattern '" << pattern << "' text '" << text << "'";
         }
     }
 }
 
-std::string Repeated(const std::string& part, int count) {
+std::string repeated(const std::string& part, int count) {
     std::string text;
     for (int i = 0; i < count; ++i) {
         text += part;
@@ -121,11 +121,11 @@ TEST(WildCardTest, MatchReadsEachTextUpToItsFirstZeroByte) {
 }
 
 TEST(WildCardTest, FollowsTheRulesOnAllSmallInputs) {
-    ExpectTheRulesFor(AllTexts("ab*?", 5), AllTexts("ab", 6));
+    expectTheRulesFor(allTexts("ab*?", 5), allTexts("ab", 6));
 }
 
 TEST(WildCardTest, FollowsTheRulesOnTextsThatHoldPatternCharacters) {
-    ExpectTheRulesFor(AllTexts("a*?", 5), AllTexts("a*?", 4));
+    expectTheRulesFor(allTexts("a*?", 5), allTexts("a*?", 4));
 }
 
 TEST(WildCardTest, FollowsTheRulesOnRandomInputs) {
@@ -141,7 +141,7 @@ TEST(WildCardTest, FollowsTheRulesOnRandomInputs) {
     for (int i = 0; i < 100000; ++i) {
         const std::string pattern = randomText("aab?**", 9);
         const std::string text = randomText("aab", 14);
-        const bool expected = MatchesByTheRules(pattern.c_str(), text.c_str());
+        const bool expected = matchesByTheRules(pattern.c_str(), text.c_str());
         ASSERT_EQ(WildCard::Match(pattern, text), expected)
             << "pattern '" << pattern << "' text '" << text << "'";
         matches += expected ? 1 : 0;
@@ -152,10 +152,10 @@ TEST(WildCardTest, FollowsTheRulesOnRandomInputs) {
 // Retrying every star would take longer than the age of the universe here.
 TEST(WildCardTest, ManyStarsOnALongTextComeToAnEnd) {
     const std::string text(100000, 'a');
-    EXPECT_FALSE(WildCard::Match(Repeated("*a", 1000) + "*b", text));
-    EXPECT_TRUE(WildCard::Match(Repeated("*a", 1000) + "*", text));
-    EXPECT_FALSE(WildCard::Match("b" + Repeated("*", 100000), text));
-    EXPECT_TRUE(WildCard::Match(Repeated("*", 100000), text));
+    EXPECT_FALSE(WildCard::Match(repeated("*a", 1000) + "*b", text));
+    EXPECT_TRUE(WildCard::Match(repeated("*a", 1000) + "*", text));
+    EXPECT_FALSE(WildCard::Match("b" + repeated("*", 100000), text));
+    EXPECT_TRUE(WildCard::Match(repeated("*", 100000), text));
     EXPECT_FALSE(WildCard::Match("*" + std::string(1000, 'a') + "b", text));
-    EXPECT_FALSE(WildCard::Match(Repeated("*?a", 1000) + "b*", text));
+    EXPECT_FALSE(WildCard::Match(repeated("*?a", 1000) + "b*", text));
 }

@@ -10,7 +10,7 @@
 namespace zpk_test {
 
 /// A tree in one line, every node apart: `a(id='1' x='2')[b[] 'text' 'more']`.
-inline std::string TreeText(const varno_zpk::CXMLElement& element) {
+inline std::string treeText(const varno_zpk::CXMLElement& element) {
     std::string out = element.GetNameString();
     std::string separator;
     if (!element.GetAttributes().empty()) {
@@ -26,7 +26,7 @@ inline std::string TreeText(const varno_zpk::CXMLElement& element) {
     for (const varno_zpk::CXMLNode* child : element.GetChildren()) {
         out += separator;
         out += child->GetKind() == varno_zpk::XMLKIND_ELEMENT
-                   ? TreeText(static_cast<const varno_zpk::CXMLElement&>(*child))
+                   ? treeText(static_cast<const varno_zpk::CXMLElement&>(*child))
                    : "'" + child->GetStringValueString() + "'";
         separator = " ";
     }

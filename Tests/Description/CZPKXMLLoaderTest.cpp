@@ -30,7 +30,7 @@ public:
     ~WatchedParser() override { m_isFinalized = true; }
 
     /// Takes the parser over, in the place of the one before.
-    static void Install(WatchedParser* parser) {
+    static void install(WatchedParser* parser) {
         Finalize();
         s_DefaultParser = parser;
         parser->m_isFinalized = false;
@@ -83,22 +83,22 @@ private:
 
 class CZPKXMLLoaderTest : public ::testing::Test {
 protected:
-    CZPKXMLLoaderTest() { WatchedParser::Install(new WatchedParser(isFinalized)); }
+    CZPKXMLLoaderTest() { WatchedParser::install(new WatchedParser(isFinalized)); }
     ~CZPKXMLLoaderTest() override { CXMLParser::Finalize(); }
 
-    std::string File(const std::string& xml) const {
-        zpk_test::WriteFile(folder / "description.xml", xml);
+    std::string file(const std::string& xml) const {
+        zpk_test::writeFile(folder / "description.xml", xml);
         return folder / "description.xml";
     }
 
-    std::unique_ptr<CStartupType> LoadStartup(const std::string& xml) const {
-        return std::unique_ptr<CStartupType>(CZPKXMLLoader::LoadStartupXML(File(xml)));
+    std::unique_ptr<CStartupType> loadStartup(const std::string& xml) const {
+        return std::unique_ptr<CStartupType>(CZPKXMLLoader::LoadStartupXML(file(xml)));
     }
-    std::unique_ptr<CUpdateInfoType> LoadCondition(const std::string& xml) const {
-        return std::unique_ptr<CUpdateInfoType>(CZPKXMLLoader::LoadConditionXML(File(xml)));
+    std::unique_ptr<CUpdateInfoType> loadCondition(const std::string& xml) const {
+        return std::unique_ptr<CUpdateInfoType>(CZPKXMLLoader::LoadConditionXML(file(xml)));
     }
-    std::unique_ptr<const CLanguagesType> LoadLanguages(const std::string& xml) const {
-        return CZPKXMLLoader::LoadLanguagesXML(File(xml));
+    std::unique_ptr<const CLanguagesType> loadLanguages(const std::string& xml) const {
+        return CZPKXMLLoader::LoadLanguagesXML(file(xml));
     }
 
     bool isFinalized = false;
@@ -143,7 +143,7 @@ TEST(DescriptionClassesTest, HaveNoVirtualOperations) {
 }
 
 template <typename... Members>
-bool AreInOrder(const Members&... members) {
+bool areInOrder(const Members&... members) {
     const std::vector<const void*> places{&members...};
     return std::is_sorted(places.begin(), places.end());
 }
@@ -153,25 +153,25 @@ TEST(DescriptionClassesTest, MembersAreInOrder) {
     element.AddAttribute(CXMLNode::CreateAttributeWithNameWithStringValue("FallBackCode", "en"));
     element.AddChild(CXMLNode::CreateTextWithStringValue(" "));
     const CUpdateInfoType info(&element);
-    EXPECT_TRUE(AreInOrder(info.xmlVersion, info.conditions, info.targetItems));
+    EXPECT_TRUE(areInOrder(info.xmlVersion, info.conditions, info.targetItems));
     const CConditionsType conditions(&element);
     EXPECT_TRUE(
-        AreInOrder(conditions.registries, conditions.uimLogs, conditions.uninstallXmls, conditions.discs));
+        areInOrder(conditions.registries, conditions.uimLogs, conditions.uninstallXmls, conditions.discs));
     const CStartupType startup(&element);
-    EXPECT_TRUE(AreInOrder(startup.exec, startup.param));
+    EXPECT_TRUE(areInOrder(startup.exec, startup.param));
     const CLanguagesType languages(element);
-    EXPECT_TRUE(AreInOrder(languages.languages, languages.fallBackCode));
+    EXPECT_TRUE(areInOrder(languages.languages, languages.fallBackCode));
 }
 
 TEST_F(CZPKXMLLoaderTest, StartupRootMayHaveAnyName) {
-    const auto startup = LoadStartup("<anything Exec='a' Param='b'/>");
+    const auto startup = loadStartup("<anything Exec='a' Param='b'/>");
     ASSERT_NE(startup, nullptr);
     EXPECT_EQ(startup->exec, "a");
     EXPECT_EQ(startup->param, "b");
 }
 
 TEST_F(CZPKXMLLoaderTest, StartupWithoutAttributesHasEmptyTexts) {
-    const auto startup = LoadStartup("<Startup/>");
+    const auto startup = loadStartup("<Startup/>");
     ASSERT_NE(startup, nullptr);
     EXPECT_EQ(startup->exec, "");
     EXPECT_EQ(startup->param, "");
@@ -179,14 +179,14 @@ TEST_F(CZPKXMLLoaderTest, StartupWithoutAttributesHasEmptyTexts) {
 
 TEST_F(CZPKXMLLoaderTest, StartupIgnoresOtherAttributesAndContent) {
     const auto startup =
-        LoadStartup("<s exec='x' PARAM='y' Exec='$Data$/Setup &amp; more' Other='z'>t<s Param='deep'/></s>");
+        loadStartup("<s exec='x' PARAM='y' Exec='$Data$/Setup &amp; more' Other='z'>t<s Param='deep'/></s>");
     ASSERT_NE(startup, nullptr);
     EXPECT_EQ(startup->exec, "$Data$/Setup & more");
     EXPECT_EQ(startup->param, "");
 }
 
 TEST_F(CZPKXMLLoaderTest, LanguagesKeepTheirOrder) {
-    const auto languages = LoadLanguages(
+    const auto languages = loadLanguages(
         "<L FallBackCode='en' x='1'>\n <Language Code='ja'/>\n t <Other Code='no'/>\n"
         " <Language x='2' Code='en'><Language Code='deep'/></Language><Language Code=''/>\n</L>");
     ASSERT_NE(languages, nullptr);
@@ -198,7 +198,7 @@ TEST_F(CZPKXMLLoaderTest, LanguagesKeepTheirOrder) {
 }
 
 TEST_F(CZPKXMLLoaderTest, LanguagesRootWithOnlyWhiteSpaceHasAnEmptyList) {
-    const auto languages = LoadLanguages("<Languages FallBackCode='en'>\n</Languages>");
+    const auto languages = loadLanguages("<Languages FallBackCode='en'>\n</Languages>");
     ASSERT_NE(languages, nullptr);
     EXPECT_EQ(languages->fallBackCode, "en");
     EXPECT_TRUE(languages->languages.empty());
@@ -206,7 +206,7 @@ TEST_F(CZPKXMLLoaderTest, LanguagesRootWithOnlyWhiteSpaceHasAnEmptyList) {
 
 TEST_F(CZPKXMLLoaderTest, LanguageOneLevelDeeperIsNotSeen) {
     const auto languages =
-        LoadLanguages("<Languages FallBackCode='en'><Group><Language Code='ja'/></Group></Languages>");
+        loadLanguages("<Languages FallBackCode='en'><Group><Language Code='ja'/></Group></Languages>");
     ASSERT_NE(languages, nullptr);
     EXPECT_TRUE(languages->languages.empty());
 }
@@ -224,7 +224,7 @@ class LanguagesFailureTest : public CZPKXMLLoaderTest,
                              public ::testing::WithParamInterface<FailingLanguages> {};
 
 TEST_P(LanguagesFailureTest, GivesAnEmptyHolderAndFinalizesTheParser) {
-    EXPECT_EQ(LoadLanguages(GetParam().xml), nullptr);
+    EXPECT_EQ(loadLanguages(GetParam().xml), nullptr);
     EXPECT_TRUE(isFinalized);
 }
 
@@ -249,7 +249,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& row) { return row.param.name; });
 
 TEST_F(CZPKXMLLoaderTest, ConditionRootMayBeEmpty) {
-    const auto info = LoadCondition("<anything/>");
+    const auto info = loadCondition("<anything/>");
     ASSERT_NE(info, nullptr);
     EXPECT_EQ(info->xmlVersion, "");
     EXPECT_EQ(info->conditions, nullptr);
@@ -257,7 +257,7 @@ TEST_F(CZPKXMLLoaderTest, ConditionRootMayBeEmpty) {
 }
 
 template <typename Entry>
-std::string Joined(const std::vector<std::unique_ptr<Entry>>& entries, std::string Entry::*text) {
+std::string joined(const std::vector<std::unique_ptr<Entry>>& entries, std::string Entry::*text) {
     std::string joined;
     for (const auto& entry : entries) {
         joined += *entry.*text + ";";
@@ -266,7 +266,7 @@ std::string Joined(const std::vector<std::unique_ptr<Entry>>& entries, std::stri
 }
 
 TEST_F(CZPKXMLLoaderTest, ConditionListsKeepTheirOrder) {
-    const auto info = LoadCondition(
+    const auto info = loadCondition(
         "<UpdateInfo XmlVersion='1.0' x='y'>\n<Conditions x='y'>"
         "<Disc FilePath='d1'/><Registry KeyName='r1'/><UIMLog Signature='u1' KeyName='no'/>\n"
         "<UninstallXml AppName='x1'/><!-- c --><Registry KeyName='r2'/><Unknown KeyName='no'/>"
@@ -277,57 +277,57 @@ TEST_F(CZPKXMLLoaderTest, ConditionListsKeepTheirOrder) {
     ASSERT_NE(info, nullptr);
     EXPECT_EQ(info->xmlVersion, "1.0");
     ASSERT_NE(info->conditions, nullptr);
-    EXPECT_EQ(Joined(info->conditions->registries, &CRegistryType::keyName), "r1;r2;");
-    EXPECT_EQ(Joined(info->conditions->uimLogs, &CUIMLogType::signature), "u1;u2;");
-    EXPECT_EQ(Joined(info->conditions->uninstallXmls, &CUninstallXMLType::appName), "x1;x2;");
-    EXPECT_EQ(Joined(info->conditions->discs, &CDiscType::filePath), "d1;d2;");
+    EXPECT_EQ(joined(info->conditions->registries, &CRegistryType::keyName), "r1;r2;");
+    EXPECT_EQ(joined(info->conditions->uimLogs, &CUIMLogType::signature), "u1;u2;");
+    EXPECT_EQ(joined(info->conditions->uninstallXmls, &CUninstallXMLType::appName), "x1;x2;");
+    EXPECT_EQ(joined(info->conditions->discs, &CDiscType::filePath), "d1;d2;");
     ASSERT_NE(info->targetItems, nullptr);
     EXPECT_EQ(info->targetItems->GetDisplayNameList(), (std::vector<std::string>{"i1", "", "i2"}));
 }
 
 TEST_F(CZPKXMLLoaderTest, LastConditionsAndTargetItemsWin) {
-    const auto info = LoadCondition(
+    const auto info = loadCondition(
         "<u><TargetItems><ItemInfo DisplayName='old'/></TargetItems>"
         "<Conditions><Disc FilePath='old'/><UIMLog Signature='old'/></Conditions>"
         "<TargetItems><ItemInfo DisplayName='new'/></TargetItems>"
         "<Conditions><Disc FilePath='new'/></Conditions></u>");
     ASSERT_NE(info, nullptr);
-    EXPECT_EQ(Joined(info->conditions->discs, &CDiscType::filePath), "new;");
+    EXPECT_EQ(joined(info->conditions->discs, &CDiscType::filePath), "new;");
     EXPECT_TRUE(info->conditions->uimLogs.empty());
     EXPECT_EQ(info->targetItems->GetDisplayNameList(), std::vector<std::string>{"new"});
 }
 
 TEST_F(CZPKXMLLoaderTest, EntriesCountOnlyUnderTheirOwnParent) {
-    const auto info = LoadCondition(
+    const auto info = loadCondition(
         "<u><ItemInfo DisplayName='no'/><Disc FilePath='no'/>"
         "<TargetItems><Registry KeyName='no'/><Conditions/></TargetItems>"
         "<Conditions><ItemInfo DisplayName='no'/><Disc><Disc FilePath='deep'/></Disc></Conditions></u>");
     ASSERT_NE(info, nullptr);
     EXPECT_TRUE(info->conditions->registries.empty());
-    EXPECT_EQ(Joined(info->conditions->discs, &CDiscType::filePath), ";");
+    EXPECT_EQ(joined(info->conditions->discs, &CDiscType::filePath), ";");
     EXPECT_TRUE(info->targetItems->items.empty());
 }
 
 TEST_F(CZPKXMLLoaderTest, DiscWithoutAPathIsAnEntryWithAnEmptyPath) {
-    const auto info = LoadCondition("<u><Conditions><Disc/></Conditions></u>");
+    const auto info = loadCondition("<u><Conditions><Disc/></Conditions></u>");
     ASSERT_NE(info, nullptr);
-    EXPECT_EQ(Joined(info->conditions->discs, &CDiscType::filePath), ";");
+    EXPECT_EQ(joined(info->conditions->discs, &CDiscType::filePath), ";");
 }
 
 TEST_F(CZPKXMLLoaderTest, NamesInOtherCapitalsAreNotRecognised) {
-    const auto info = LoadCondition(
+    const auto info = loadCondition(
         "<u><conditions/><Targetitems/><Conditions><UimLog Signature='s'/><UIMLOG Signature='s'/>"
         "<UninstallXML AppName='a'/><uninstallXml AppName='a'/><registry KeyName='k'/>"
         "<UIMLog signature='s'/></Conditions></u>");
     ASSERT_NE(info, nullptr);
-    EXPECT_EQ(Joined(info->conditions->uimLogs, &CUIMLogType::signature), ";");
+    EXPECT_EQ(joined(info->conditions->uimLogs, &CUIMLogType::signature), ";");
     EXPECT_TRUE(info->conditions->uninstallXmls.empty());
     EXPECT_TRUE(info->conditions->registries.empty());
     EXPECT_EQ(info->targetItems, nullptr);
 }
 
 TEST_F(CZPKXMLLoaderTest, TargetItemsWithoutItemsGiveAnEmptyList) {
-    const auto info = LoadCondition("<u><TargetItems/></u>");
+    const auto info = loadCondition("<u><TargetItems/></u>");
     ASSERT_NE(info, nullptr);
     ASSERT_NE(info->targetItems, nullptr);
     EXPECT_TRUE(info->targetItems->GetDisplayNameList().empty());
@@ -338,29 +338,29 @@ TEST_F(CZPKXMLLoaderTest, ThousandsOfEntriesLoad) {
     for (int index = 0; index < 20000; ++index) {
         xml += "<UIMLog Signature='" + std::to_string(index) + "'/>";
     }
-    const auto info = LoadCondition(xml + "</Conditions></u>");
+    const auto info = loadCondition(xml + "</Conditions></u>");
     ASSERT_NE(info, nullptr);
     ASSERT_EQ(info->conditions->uimLogs.size(), 20000u);
     EXPECT_EQ(info->conditions->uimLogs[19999]->signature, "19999");
 }
 
 TEST_F(CZPKXMLLoaderTest, SuccessFinalizesTheParserForEachFile) {
-    delete CZPKXMLLoader::LoadConditionXML(File("<u/>"));
+    delete CZPKXMLLoader::LoadConditionXML(file("<u/>"));
     EXPECT_TRUE(isFinalized);
-    WatchedParser::Install(new WatchedParser(isFinalized));
-    delete CZPKXMLLoader::LoadStartupXML(File("<s/>"));
+    WatchedParser::install(new WatchedParser(isFinalized));
+    delete CZPKXMLLoader::LoadStartupXML(file("<s/>"));
     EXPECT_TRUE(isFinalized);
-    WatchedParser::Install(new WatchedParser(isFinalized));
-    EXPECT_NE(LoadLanguages("<l FallBackCode='en'> </l>"), nullptr);
+    WatchedParser::install(new WatchedParser(isFinalized));
+    EXPECT_NE(loadLanguages("<l FallBackCode='en'> </l>"), nullptr);
     EXPECT_TRUE(isFinalized);
 }
 
 TEST_F(CZPKXMLLoaderTest, FailureFinalizesTheParserOnlyForLanguages) {
-    EXPECT_EQ(LoadCondition("<u>"), nullptr);
+    EXPECT_EQ(loadCondition("<u>"), nullptr);
     EXPECT_FALSE(isFinalized);
-    EXPECT_EQ(LoadStartup("<s>"), nullptr);
+    EXPECT_EQ(loadStartup("<s>"), nullptr);
     EXPECT_FALSE(isFinalized);
-    EXPECT_EQ(LoadLanguages("<l>"), nullptr);
+    EXPECT_EQ(loadLanguages("<l>"), nullptr);
     EXPECT_TRUE(isFinalized);
 }
 
@@ -375,7 +375,7 @@ TEST_F(CZPKXMLLoaderTest, MissingFileFailsLikeAMalformedOne) {
 }
 
 TEST_F(CZPKXMLLoaderTest, DocumentWithoutARootFails) {
-    WatchedParser::Install(new RootlessParser(isFinalized));
+    WatchedParser::install(new RootlessParser(isFinalized));
     EXPECT_EQ(CZPKXMLLoader::LoadConditionXML("any"), nullptr);
     EXPECT_EQ(CZPKXMLLoader::LoadStartupXML("any"), nullptr);
     EXPECT_FALSE(isFinalized);
@@ -384,7 +384,7 @@ TEST_F(CZPKXMLLoaderTest, DocumentWithoutARootFails) {
 }
 
 TEST_F(CZPKXMLLoaderTest, ExceptionOfTheParserIsCaught) {
-    WatchedParser::Install(new ThrowingParser(isFinalized));
+    WatchedParser::install(new ThrowingParser(isFinalized));
     EXPECT_EQ(CZPKXMLLoader::LoadConditionXML("any"), nullptr);
     EXPECT_EQ(CZPKXMLLoader::LoadStartupXML("any"), nullptr);
     EXPECT_FALSE(isFinalized);
@@ -394,11 +394,11 @@ TEST_F(CZPKXMLLoaderTest, ExceptionOfTheParserIsCaught) {
 
 TEST_F(CZPKXMLLoaderTest, TreeIsDeletedBeforeTheParser) {
     std::vector<std::string> events;
-    WatchedParser::Install(new CountingParser(isFinalized, events));
+    WatchedParser::install(new CountingParser(isFinalized, events));
     delete CZPKXMLLoader::LoadStartupXML("the path");
     EXPECT_EQ(events, (std::vector<std::string>{"the path", "tree deleted", "parser deleted"}));
     events.clear();
-    WatchedParser::Install(new CountingParser(isFinalized, events));
+    WatchedParser::install(new CountingParser(isFinalized, events));
     EXPECT_EQ(CZPKXMLLoader::LoadLanguagesXML("the path"), nullptr);
     EXPECT_EQ(events, (std::vector<std::string>{"the path", "tree deleted", "parser deleted"}));
 }

@@ -10,9 +10,9 @@
 #include "Tests/InstallerCore/ZPKCoreFixture.h"
 
 namespace fs = std::filesystem;
-using zpk_test::ReadFile;
+using zpk_test::readFile;
 using zpk_test::TestBundle;
-using zpk_test::WriteFile;
+using zpk_test::writeFile;
 
 namespace {
 
@@ -76,7 +76,7 @@ TEST_F(ZPKConditionsTest, ListInBinaryFormIsRead) {
     const std::string path = m_library + "/Preferences/com.varno.ic_installer.plist";
     ASSERT_EQ(std::system(("plistutil -i '" + path + "' -o '" + path + ".bin'").c_str()), 0);
     fs::rename(path + ".bin", path);
-    ASSERT_EQ(ReadFile(path).substr(0, 6), "bplist");
+    ASSERT_EQ(readFile(path).substr(0, 6), "bplist");
     EXPECT_TRUE(check("<U><Conditions><UIMLog Signature='sig.1'/></Conditions></U>"));
 }
 
@@ -161,8 +161,8 @@ TEST_F(ZPKConditionsTest, UnmetConditionsListTheProductsAfterCleaningUp) {
     addConditions(kProducts);
     addSetup("setup");
     pack();
-    WriteFile(m_bundle.resource("UILang/Languages.xml"), "<L FallBackCode='en'><Language Code='en'/></L>");
-    WriteFile(m_bundle.resource("UILang/en/ZPKStringTable.def"),
+    writeFile(m_bundle.resource("UILang/Languages.xml"), "<L FallBackCode='en'><Language Code='en'/></L>");
+    writeFile(m_bundle.resource("UILang/en/ZPKStringTable.def"),
               "\"ZPKString_UPDATE_FAILURE\" = \"Only:\\n%s\\n(100 %)\";");
     bool staged = true;
     m_frontEnd.onLog = [&](const std::string& line) {
@@ -194,7 +194,7 @@ protected:
 
 TEST_F(ZPKDiscSequenceTest, FoundDiscInstalls) {
     pack();
-    WriteFile(m_folder / "disc/right.txt", "");
+    writeFile(m_folder / "disc/right.txt", "");
     m_volumes.volumes = {{m_folder / "disc", true}};
     bool conditionFileGone = false;
     m_frontEnd.onDiscWindow = [&](const auto& actions) {
@@ -232,7 +232,7 @@ TEST_F(ZPKDiscSequenceTest, WrongDiscIsToldAndAnotherMayBeTried) {
     int presses = 0;
     m_frontEnd.onDiscWindow = [&](const auto& actions) {
         if (++presses == 2) {
-            WriteFile(m_folder / "disc/right.txt", "");
+            writeFile(m_folder / "disc/right.txt", "");
         }
         actions.pushSearch();
     };
@@ -257,10 +257,10 @@ TEST_F(ZPKDiscSequenceTest, BrokenSearchFormEndsWithoutInstalling) {
 class RunningCopy {
 public:
     RunningCopy(const std::string& bundle, const std::string& name, const std::string& strings = "") {
-        WriteFile(bundle + "/Contents/Info.plist",
+        writeFile(bundle + "/Contents/Info.plist",
                   "<plist><dict><key>CFBundleName</key><string>" + name + "</string></dict></plist>");
         if (!strings.empty()) {
-            WriteFile(bundle + "/Contents/Resources/InfoPlist.strings",
+            writeFile(bundle + "/Contents/Resources/InfoPlist.strings",
                       "\"CFBundleName\" = \"" + strings + "\";");
         }
         const std::string program = bundle + "/Contents/Linux/Program";
@@ -292,7 +292,7 @@ TEST_F(ZPKConditionsTest, AloneRuns) {
 
 TEST_F(ZPKConditionsTest, SecondCopyEndsInSilenceBeforeStaging) {
     const RunningCopy other(m_folder / "Other.app", TestBundle::name());
-    WriteFile(m_staging + "/of the other", "");
+    writeFile(m_staging + "/of the other", "");
     pack();
     m_frontEnd.run(m_core);
     EXPECT_EQ(m_frontEnd.log().back(), "terminate");
@@ -312,7 +312,7 @@ TEST_F(ZPKConditionsTest, LocalizedNameOfTheOtherCounts) {
 }
 
 TEST_F(ZPKConditionsTest, TopLevelStringsFileNamesThisOne) {
-    WriteFile(m_bundle.resource("InfoPlist.strings"),
+    writeFile(m_bundle.resource("InfoPlist.strings"),
               "CFBundleName = \"Einrichtung für Grün" + std::to_string(getpid()) + "\";");
     const RunningCopy identifier(m_folder / "A.app", TestBundle::name());
     EXPECT_FALSE(m_door.isAlreadyExecuting());
@@ -321,13 +321,13 @@ TEST_F(ZPKConditionsTest, TopLevelStringsFileNamesThisOne) {
 }
 
 TEST_F(ZPKConditionsTest, StringsFileWithoutNameFallsBackToTheIdentifier) {
-    WriteFile(m_bundle.resource("InfoPlist.strings"), "Other = \"x\";");
+    writeFile(m_bundle.resource("InfoPlist.strings"), "Other = \"x\";");
     const RunningCopy other(m_folder / "A.app", TestBundle::name());
     EXPECT_TRUE(m_door.isAlreadyExecuting());
 }
 
 TEST_F(ZPKConditionsTest, IdentifierWithoutADotNamesNothing) {
-    WriteFile(m_bundle.path() + "/Contents/Info.plist", "<plist><dict><key>CFBundleIdentifier</key><string>" +
+    writeFile(m_bundle.path() + "/Contents/Info.plist", "<plist><dict><key>CFBundleIdentifier</key><string>" +
                                                             TestBundle::name() + "</string></dict></plist>");
     const RunningCopy other(m_folder / "A.app", TestBundle::name());
     EXPECT_FALSE(m_door.isAlreadyExecuting());

@@ -85,11 +85,11 @@ protected:
     }
 
     void addStartup(const std::string& attributes) {
-        WriteFile(m_folder / "source/Info/Startup.xml", "<Startup " + attributes + "/>");
+        writeFile(m_folder / "source/Info/Startup.xml", "<Startup " + attributes + "/>");
     }
 
     void addConditions(const std::string& contents) {
-        WriteFile(m_folder / "source/Info/Condition.xml", "<UpdateInfo>" + contents + "</UpdateInfo>");
+        writeFile(m_folder / "source/Info/Condition.xml", "<UpdateInfo>" + contents + "</UpdateInfo>");
     }
 
     void pack() {
@@ -102,16 +102,16 @@ protected:
     /// Writes a condition description and checks it.
     bool check(const std::string& contents) {
         const std::string path = m_folder / "Condition.xml";
-        WriteFile(path, contents);
+        writeFile(path, contents);
         return m_door.check(path);
     }
 
     void installSoftwareList(const std::string& contents) {
-        WriteFile(m_library + "/Preferences/com.varno.ic_installer.plist", contents);
+        writeFile(m_library + "/Preferences/com.varno.ic_installer.plist", contents);
     }
 
     void installUninstallDescription(const std::string& name) {
-        WriteFile(m_library + "/Application Support/Varno_Inc_IC/Tandemset/Uninstall/" + name, "");
+        writeFile(m_library + "/Application Support/Varno_Inc_IC/Tandemset/Uninstall/" + name, "");
     }
 
     bool setupHasRun() const { return std::filesystem::exists(m_folder / "record"); }

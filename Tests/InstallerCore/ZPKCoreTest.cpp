@@ -12,12 +12,12 @@
 #include "Tests/Support/CapturedStreams.h"
 
 namespace fs = std::filesystem;
-using zpk_test::ReadFile;
-using zpk_test::WriteFile;
+using zpk_test::readFile;
+using zpk_test::writeFile;
 
 namespace {
 
-void MakeExecutable(const std::string& path) {
+void makeExecutable(const std::string& path) {
     fs::permissions(path, fs::perms::owner_all);
 }
 
@@ -36,16 +36,16 @@ class FindProgramTest : public ZPKCoreTest, public ::testing::WithParamInterface
 
 TEST_P(FindProgramTest, FollowsTheDescriptionThenThePayload) {
     const std::string staging = m_folder / "staging";
-    WriteFile(staging + "/Data/setup", "");
-    MakeExecutable(staging + "/Data/setup");
+    writeFile(staging + "/Data/setup", "");
+    makeExecutable(staging + "/Data/setup");
     const std::string app = staging + "/Data/sub/Setup.app/Contents/";
-    WriteFile(app + "Info.plist",
+    writeFile(app + "Info.plist",
               "<plist><dict><key>CFBundleExecutable</key><string>Main</string></dict></plist>");
-    WriteFile(app + "Linux/Main", "");
-    MakeExecutable(app + "Linux/Main");
-    WriteFile(staging + "/Data/sub/Empty.app/Contents/Info.plist", "<plist><dict/></plist>");
+    writeFile(app + "Linux/Main", "");
+    makeExecutable(app + "Linux/Main");
+    writeFile(staging + "/Data/sub/Empty.app/Contents/Info.plist", "<plist><dict/></plist>");
     if (GetParam().startup != nullptr) {
-        WriteFile(staging + "/Info/Startup.xml", GetParam().startup);
+        writeFile(staging + "/Info/Startup.xml", GetParam().startup);
     }
 
     Parameters params = Lines{"left from before"};
@@ -83,23 +83,23 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& row) { return row.param.name; });
 
 TEST_F(ZPKCoreTest, EveryDataTokenIsReplaced) {
-    WriteFile(m_folder / "s/Info/Startup.xml", R"(<S Exec="$Data$/a/$Data$/b$Data"/>)");
+    writeFile(m_folder / "s/Info/Startup.xml", R"(<S Exec="$Data$/a/$Data$/b$Data"/>)");
     const std::string data = m_folder / "s/Data";
     EXPECT_EQ(m_door.find(m_folder / "s", nullptr), data + "/a/" + data + "/b$Data");
 }
 
 TEST_F(ZPKCoreTest, DataTokenInTheStagingPathIsNotReplacedAgain) {
-    WriteFile(m_folder / "$Data$/Info/Startup.xml", R"(<S Exec="$Data$/x"/>)");
+    writeFile(m_folder / "$Data$/Info/Startup.xml", R"(<S Exec="$Data$/x"/>)");
     EXPECT_EQ(m_door.find(m_folder / "$Data$", nullptr), m_folder / "$Data$/Data/x");
 }
 
 TEST_F(ZPKCoreTest, ScanPassesOverWhatIsNoProgram) {
     const std::string data = m_folder / "s/Data/";
-    WriteFile(data + ".hidden", "");
-    MakeExecutable(data + ".hidden");
-    WriteFile(data + "text", "");
+    writeFile(data + ".hidden", "");
+    makeExecutable(data + ".hidden");
+    writeFile(data + "text", "");
     fs::create_directories(data + "folder");
-    WriteFile(data + "Empty.app/Contents/Info.plist", "<plist><dict/></plist>");
+    writeFile(data + "Empty.app/Contents/Info.plist", "<plist><dict/></plist>");
     fs::create_symlink("nowhere", data + "dangling");
     Parameters params;
     EXPECT_EQ(m_door.find(m_folder / "s", &params), std::nullopt);
@@ -108,10 +108,10 @@ TEST_F(ZPKCoreTest, ScanPassesOverWhatIsNoProgram) {
 
 TEST_F(ZPKCoreTest, ScanTakesTheMainProgramOfABundle) {
     const std::string app = m_folder / "s/Data/Any.app/Contents/";
-    WriteFile(app + "Info.plist",
+    writeFile(app + "Info.plist",
               "<plist><dict><key>CFBundleExecutable</key><string>Main</string></dict></plist>");
-    WriteFile(app + "Linux/Main", "");
-    MakeExecutable(app + "Linux/Main");
+    writeFile(app + "Linux/Main", "");
+    makeExecutable(app + "Linux/Main");
     EXPECT_EQ(m_door.find(m_folder / "s", nullptr), app + "Linux/Main");
 }
 
@@ -122,23 +122,23 @@ TEST_F(ZPKCoreTest, MissingPayloadGivesNothing) {
 // Running the program
 
 TEST_F(ZPKCoreTest, NothingToExecuteDoesNothing) {
-    const auto streams = zpk_test::CaptureStreams([this] { m_door.execute(std::nullopt, Lines{"x"}); });
+    const auto streams = zpk_test::captureStreams([this] { m_door.execute(std::nullopt, Lines{"x"}); });
     EXPECT_EQ(streams.standardOutput + streams.standardError, "");
 }
 
 TEST_F(ZPKCoreTest, ExecuteWaitsAndPassesEachArgumentAsItIs) {
     m_door.execute(ZPK_TEST_SETUP, Lines{"-a -b", "", "'\"$x\n"});
-    EXPECT_EQ(ReadFile(m_folder / "record"), std::string(ZPK_TEST_SETUP) + "\n[-a -b]\n[]\n['\"$x\n]\n");
+    EXPECT_EQ(readFile(m_folder / "record"), std::string(ZPK_TEST_SETUP) + "\n[-a -b]\n[]\n['\"$x\n]\n");
 }
 
 TEST_F(ZPKCoreTest, ExecuteWithoutParametersPassesNone) {
     m_door.execute(ZPK_TEST_SETUP, std::nullopt);
-    EXPECT_EQ(ReadFile(m_folder / "record"), std::string(ZPK_TEST_SETUP) + "\n");
+    EXPECT_EQ(readFile(m_folder / "record"), std::string(ZPK_TEST_SETUP) + "\n");
 }
 
 TEST_F(ZPKCoreTest, ProgramThatCannotStartIsNamedOnStandardError) {
     const auto streams =
-        zpk_test::CaptureStreams([this] { m_door.execute(m_folder / "none", std::nullopt); });
+        zpk_test::captureStreams([this] { m_door.execute(m_folder / "none", std::nullopt); });
     EXPECT_EQ(streams.standardError,
               "Zephyrkit: cannot start " + (m_folder / "none") + ": No such file or directory\n");
 }
@@ -183,9 +183,9 @@ TEST_F(ZPKCoreTest, ExtractTaskOfMissingArchiveStillEndsTheLoop) {
 // The sequence
 
 TEST_F(ZPKCoreTest, MenuTitlesAreLocalizedInOrder) {
-    WriteFile(m_bundle.resource("UILang/Languages.xml"),
+    writeFile(m_bundle.resource("UILang/Languages.xml"),
               R"(<L FallBackCode="fr"><Language Code="en"/><Language Code="fr"/></L>)");
-    WriteFile(m_bundle.resource("UILang/fr/ZPKStringTable.def"), "ZPKString_ShowAll = Tout;");
+    writeFile(m_bundle.resource("UILang/fr/ZPKStringTable.def"), "ZPKString_ShowAll = Tout;");
     m_core.awakeFromNib();
     EXPECT_EQ(logged({"menu"}),
               (Lines{"menu 0=ZPKString_AboutZephyrkit", "menu 1=ZPKString_Preferences",
@@ -205,7 +205,7 @@ TEST_F(ZPKCoreTest, WholeRunInItsOrder) {
                      "bar: determinate", "progress: title=ZPKString_FILE_EXTRACT", "modal: begin",
                      "bar: value=10", "bar: redraw", "bar: value=40", "bar: redraw", "bar: value=100",
                      "bar: redraw", "modal: end -1001", "progress: close", "progress: gone", "terminate"}));
-    EXPECT_EQ(ReadFile(m_folder / "record"), m_staging + "/Data/setup\n[a b]\n");
+    EXPECT_EQ(readFile(m_folder / "record"), m_staging + "/Data/setup\n[a b]\n");
     EXPECT_FALSE(fs::exists(m_staging));
 }
 
@@ -246,8 +246,8 @@ TEST_F(ZPKCoreTest, FullBarStaysForOneSecond) {
 }
 
 TEST_F(ZPKCoreTest, OldStagingFolderIsReplaced) {
-    WriteFile(m_staging + "/Data/old", "left by an interrupted run");
-    MakeExecutable(m_staging + "/Data/old");
+    writeFile(m_staging + "/Data/old", "left by an interrupted run");
+    makeExecutable(m_staging + "/Data/old");
     pack();
     m_frontEnd.run(m_core);
     EXPECT_FALSE(fs::exists(m_staging));

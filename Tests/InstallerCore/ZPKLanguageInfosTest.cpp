@@ -11,7 +11,7 @@
 #include "Common/CResourceBundle.h"
 #include "Tests/InstallerCore/ZPKCoreFixture.h"
 
-using zpk_test::WriteFile;
+using zpk_test::writeFile;
 
 namespace {
 
@@ -52,11 +52,11 @@ TEST(PreferredLocalizationsOfLongListTest, TimeGrowsWithItsLengthAlone) {
 class ZPKLanguageInfosTest : public zpk_test::ZPKCoreFixture {
 protected:
     ZPKLanguageInfosTest() {
-        WriteFile(m_bundle.resource("UILang/Languages.xml"),
+        writeFile(m_bundle.resource("UILang/Languages.xml"),
                   "<L FallBackCode='de'><Language Code='en'/><Language Code='ja'/><Language Code='zh_CN'/>"
                   "<Language Code='nl'/></L>");
         for (const char* code : {"en", "ja", "zh_CN", "de"}) {
-            WriteFile(m_bundle.resource(std::string("UILang/") + code + "/ZPKStringTable.def"),
+            writeFile(m_bundle.resource(std::string("UILang/") + code + "/ZPKStringTable.def"),
                       std::string("ZPKString_ShowAll = ") + code + ";");
         }
     }
@@ -87,7 +87,7 @@ TEST_F(ZPKLanguageInfosTest, ListIsComputedOnceAndKept) {
 }
 
 TEST_F(ZPKLanguageInfosTest, UnloadableListGivesNone) {
-    WriteFile(m_bundle.resource("UILang/Languages.xml"), "<L/>");
+    writeFile(m_bundle.resource("UILang/Languages.xml"), "<L/>");
     setenv("LC_ALL", "ja_JP.UTF-8", 1);
     EXPECT_EQ(ZPKLanguageInfos().languageCount(), 0u);
 }

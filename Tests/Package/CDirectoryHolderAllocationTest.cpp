@@ -15,18 +15,18 @@ namespace {
 using varno_zpk::CDirectoryHolder;
 using zpk_test::FailingAllocation;
 using zpk_test::TemporaryFolder;
-using zpk_test::WriteFile;
+using zpk_test::writeFile;
 
 using Paths = std::vector<std::string>;
 
-bool Exists(const std::string& path) {
+bool exists(const std::string& path) {
     struct stat attributes;
     return ::lstat(path.c_str(), &attributes) == 0;
 }
 
 /// Runs `action` with its N-th allocation failing; true when that came out as an exception.
 template <typename Action>
-bool FailsAtAllocation(std::size_t number, Action action) {
+bool failsAtAllocation(std::size_t number, Action action) {
     const FailingAllocation failing(number);
     try {
         action();
@@ -36,24 +36,24 @@ bool FailsAtAllocation(std::size_t number, Action action) {
     return false;
 }
 
-constexpr std::size_t moreThanEver = 10'000;
+constexpr std::size_t kMoreThanEver = 10'000;
 
 TEST(CDirectoryHolderAllocationTest, FailureWhileMakingAFolderDeletesIt) {
     const TemporaryFolder folder;
     const std::string path = folder / "a folder whose path does not fit into a short string";
     const auto make = [&] { const CDirectoryHolder holder(path, ""); };
     std::size_t number = 1;
-    for (; number < moreThanEver; ++number) {
+    for (; number < kMoreThanEver; ++number) {
         // An old folder is what is still there when the very first step fails.
-        WriteFile(path + "/old", "old");
-        if (!FailsAtAllocation(number, make)) {
+        writeFile(path + "/old", "old");
+        if (!failsAtAllocation(number, make)) {
             break;
         }
-        EXPECT_FALSE(Exists(path)) << "failing allocation " << number;
+        EXPECT_FALSE(exists(path)) << "failing allocation " << number;
     }
     EXPECT_GT(number, 3u) << "some allocations were seen to fail";
-    ASSERT_LT(number, moreThanEver);
-    EXPECT_TRUE(Exists(path) && !Exists(path + "/old"));
+    ASSERT_LT(number, kMoreThanEver);
+    EXPECT_TRUE(exists(path) && !exists(path + "/old"));
 }
 
 TEST(CDirectoryHolderAllocationTest, FailureInAListDeletesTheFoldersMadeBefore) {
@@ -64,28 +64,28 @@ TEST(CDirectoryHolderAllocationTest, FailureInAListDeletesTheFoldersMadeBefore) 
     // For each folder, whether it was seen to fail and be left as it was, those before it being gone.
     std::vector<bool> sawLeft(paths.size());
     std::size_t number = 1;
-    for (; number < moreThanEver; ++number) {
+    for (; number < kMoreThanEver; ++number) {
         for (const std::string& path : paths) {
-            WriteFile(path + "/old", "old");
+            writeFile(path + "/old", "old");
         }
-        if (!FailsAtAllocation(number, make)) {
+        if (!failsAtAllocation(number, make)) {
             break;
         }
         std::size_t gone = 0;
-        while (gone < paths.size() && !Exists(paths[gone])) {
+        while (gone < paths.size() && !exists(paths[gone])) {
             ++gone;
         }
         for (std::size_t index = gone + 1; index < paths.size(); ++index) {
-            EXPECT_TRUE(Exists(paths[index] + "/old")) << "not reached, failing allocation " << number;
+            EXPECT_TRUE(exists(paths[index] + "/old")) << "not reached, failing allocation " << number;
         }
-        if (gone < paths.size() && Exists(paths[gone] + "/old")) {
+        if (gone < paths.size() && exists(paths[gone] + "/old")) {
             sawLeft[gone] = true;
         }
     }
-    ASSERT_LT(number, moreThanEver);
+    ASSERT_LT(number, kMoreThanEver);
     EXPECT_EQ(sawLeft, std::vector<bool>(paths.size(), true));
     for (const std::string& path : paths) {
-        EXPECT_TRUE(Exists(path) && !Exists(path + "/old")) << path;
+        EXPECT_TRUE(exists(path) && !exists(path + "/old")) << path;
     }
 }
 
@@ -96,15 +96,15 @@ TEST(CDirectoryHolderAllocationTest, FailureWhileDeletingIsSwallowedAndEndsIt) {
     std::size_t number = 1;
     bool sawTheRestLeft = false;
     for (;; ++number) {
-        ASSERT_LT(number, moreThanEver);
+        ASSERT_LT(number, kMoreThanEver);
         auto holder = std::make_unique<CDirectoryHolder>(paths, paths);
         bool allGranted = false;
         {
             const FailingAllocation failing(number);
             holder.reset();
-            allGranted = !FailingAllocation::HasFailed();
+            allGranted = !FailingAllocation::hasFailed();
         }
-        const bool isThere[] = {Exists(paths[0]), Exists(paths[1]), Exists(paths[2])};
+        const bool isThere[] = {exists(paths[0]), exists(paths[1]), exists(paths[2])};
         EXPECT_TRUE(isThere[0] <= isThere[1] && isThere[1] <= isThere[2]) << "what follows a failure stays";
         sawTheRestLeft |= isThere[2];
         if (allGranted) {

@@ -20,17 +20,17 @@ namespace {
 
 using varno_zpk::CZPKUtil;
 using zpk_test::CapturedStreams;
-using zpk_test::CaptureStreams;
-using zpk_test::ReadFile;
+using zpk_test::captureStreams;
+using zpk_test::readFile;
 using zpk_test::ScopedEnvironment;
 using zpk_test::TemporaryFolder;
-using zpk_test::WriteFile;
+using zpk_test::writeFile;
 
 /// A main bundle whose archive tool only records how it was started.
 class CZPKUtilArchiveToolTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        WriteFile(m_folder / "A.app/Contents/Info.plist", "<plist><dict/></plist>");
+        writeFile(m_folder / "A.app/Contents/Info.plist", "<plist><dict/></plist>");
         std::filesystem::create_directories(m_folder / "A.app/Contents/Helpers");
         std::filesystem::copy_file(ZPK_PROBE_TOOL, m_tool);
         ZPKBundle::setMainBundle(*ZPKBundle::bundleWithPath(m_folder / "A.app"));
@@ -38,7 +38,7 @@ protected:
 
     /// What the tool was started with, one argument a line.
     std::string arguments() const {
-        std::string report = ReadFile(m_report);
+        std::string report = readFile(m_report);
         std::replace(report.begin(), report.end(), '\0', '\n');
         const std::string opener = "arguments\n";
         EXPECT_TRUE(report.starts_with(opener)) << report;
@@ -53,25 +53,25 @@ protected:
 
 TEST_F(CZPKUtilArchiveToolTest, CompressSpellsTheResourceOptionWithOneDash) {
     const CapturedStreams streams =
-        CaptureStreams([] { CZPKUtil::Compress("/a folder/Data", "/b \"quoted\"/Data.dat"); });
+        captureStreams([] { CZPKUtil::Compress("/a folder/Data", "/b \"quoted\"/Data.dat"); });
     EXPECT_EQ(arguments(), "-c\n-z\n-rsrc\n--keepParent\n/a folder/Data\n/b \"quoted\"/Data.dat\n");
     EXPECT_EQ(streams.standardOutput, "probe output\n");
     EXPECT_EQ(streams.standardError, "probe error\n");
 }
 
 TEST_F(CZPKUtilArchiveToolTest, ExtractSpellsTheResourceOptionWithTwoDashesAndSwallowsErrors) {
-    const CapturedStreams streams = CaptureStreams([] { CZPKUtil::Extract("/s;rm/Data.dat", ""); });
+    const CapturedStreams streams = captureStreams([] { CZPKUtil::Extract("/s;rm/Data.dat", ""); });
     EXPECT_EQ(arguments(), "-x\n-z\n--rsrc\n/s;rm/Data.dat\n\n");
     EXPECT_EQ(streams.standardOutput, "probe output\n");
     EXPECT_EQ(streams.standardError, "");
-    EXPECT_NE(ReadFile(m_report).find("\nerrors pipe:"), std::string::npos);
+    EXPECT_NE(readFile(m_report).find("\nerrors pipe:"), std::string::npos);
 }
 
 TEST_F(CZPKUtilArchiveToolTest, BothWaitForTheTool) {
     const ScopedEnvironment slow("ZPK_PROBE_END", "slow");
     for (const auto operation : {&CZPKUtil::Compress, &CZPKUtil::Extract}) {
         std::filesystem::remove(m_report + ".end");
-        CaptureStreams([&] { operation("src", "dst"); });
+        captureStreams([&] { operation("src", "dst"); });
         EXPECT_TRUE(std::filesystem::exists(m_report + ".end"));
     }
 }
@@ -79,7 +79,7 @@ TEST_F(CZPKUtilArchiveToolTest, BothWaitForTheTool) {
 TEST_F(CZPKUtilArchiveToolTest, FailingToolIsNotReported) {
     for (const char* const end : {"1", "255", "signal"}) {
         const ScopedEnvironment failing("ZPK_PROBE_END", end);
-        const CapturedStreams streams = CaptureStreams([] { CZPKUtil::Extract("src", "dst"); });
+        const CapturedStreams streams = captureStreams([] { CZPKUtil::Extract("src", "dst"); });
         EXPECT_EQ(streams.standardError, "") << end;
     }
 }
@@ -90,7 +90,7 @@ TEST_F(CZPKUtilArchiveToolTest, MissingToolIsSilentAndNoOtherIsTaken) {
     std::filesystem::copy_file(ZPK_PROBE_TOOL, m_folder / "path/ditto");
     const ScopedEnvironment path("PATH", m_folder / "path");
     ASSERT_EQ(::chdir((m_folder / "path").c_str()), 0);
-    const CapturedStreams streams = CaptureStreams([] {
+    const CapturedStreams streams = captureStreams([] {
         CZPKUtil::Compress("src", "dst");
         CZPKUtil::Extract("src", "dst");
     });
@@ -104,7 +104,7 @@ TEST_F(CZPKUtilArchiveToolTest, ExtractWorksOnAnotherThreadDespiteInterruptions)
     action.sa_handler = [](int) {};
     ::sigaction(SIGUSR1, &action, nullptr);
     bool waited = false;
-    CaptureStreams([&] {
+    captureStreams([&] {
         std::thread worker([&] {
             CZPKUtil::Extract("src", "dst");
             waited = std::filesystem::exists(m_report + ".end");

@@ -14,11 +14,11 @@
 namespace {
 
 using varno_zpk::CZPKUtil;
-using zpk_test::ReadFile;
+using zpk_test::readFile;
 using zpk_test::TemporaryFolder;
-using zpk_test::WriteFile;
+using zpk_test::writeFile;
 
-mode_t ModeOf(const std::string& path) {
+mode_t modeOf(const std::string& path) {
     struct stat attributes;
     EXPECT_EQ(::lstat(path.c_str(), &attributes), 0) << path;
     return attributes.st_mode & 07777;
@@ -30,61 +30,61 @@ TEST(CZPKUtilFileTest, MakeDirectoryMakesMissingParentsWithAllPermissions) {
     EXPECT_TRUE(CZPKUtil::MakeDirectoryWithIntermediateDirectories(folder / "a/b/c"));
     ::umask(before);
     for (const char* const path : {"a", "a/b", "a/b/c"}) {
-        EXPECT_EQ(ModeOf(folder / path), 0777u) << path;
+        EXPECT_EQ(modeOf(folder / path), 0777u) << path;
     }
     EXPECT_TRUE(CZPKUtil::MakeDirectoryWithIntermediateDirectories(folder / "a/b/c")) << "already there";
 }
 
 TEST(CZPKUtilFileTest, MakeDirectoryFailsOnAFile) {
     const TemporaryFolder folder;
-    WriteFile(folder / "file", "kept");
+    writeFile(folder / "file", "kept");
     EXPECT_FALSE(CZPKUtil::MakeDirectoryWithIntermediateDirectories(folder / "file"));
     EXPECT_FALSE(CZPKUtil::MakeDirectoryWithIntermediateDirectories(folder / "file/below"));
     EXPECT_FALSE(CZPKUtil::MakeDirectoryWithIntermediateDirectories(""));
-    EXPECT_EQ(ReadFile(folder / "file"), "kept");
+    EXPECT_EQ(readFile(folder / "file"), "kept");
 }
 
 TEST(CZPKUtilFileTest, CopyOntoAnExistingFolderReplacesItEntirely) {
     const TemporaryFolder folder;
-    WriteFile(folder / "source/new", "new");
-    WriteFile(folder / "target/old", "old");
-    WriteFile(folder / "target/new/below", "old");
+    writeFile(folder / "source/new", "new");
+    writeFile(folder / "target/old", "old");
+    writeFile(folder / "target/new/below", "old");
     EXPECT_TRUE(CZPKUtil::Copy(folder / "source", folder / "target"));
-    EXPECT_EQ(ReadFile(folder / "target/new"), "new");
+    EXPECT_EQ(readFile(folder / "target/new"), "new");
     EXPECT_FALSE(std::filesystem::exists(folder / "target/old"));
-    EXPECT_EQ(ReadFile(folder / "source/new"), "new");
+    EXPECT_EQ(readFile(folder / "source/new"), "new");
 }
 
 TEST(CZPKUtilFileTest, CopyMakesTheParentFolderAndReplacesAnything) {
     const TemporaryFolder folder;
-    WriteFile(folder / "source", "new");
-    WriteFile(folder / "outside", "kept");
+    writeFile(folder / "source", "new");
+    writeFile(folder / "outside", "kept");
     EXPECT_TRUE(CZPKUtil::Copy(folder / "source", folder / "a/b/copy"));
-    EXPECT_EQ(ReadFile(folder / "a/b/copy"), "new");
+    EXPECT_EQ(readFile(folder / "a/b/copy"), "new");
     std::filesystem::create_symlink(folder / "outside", folder / "link");
     std::filesystem::create_symlink("nowhere", folder / "dangling");
     for (const char* const destination : {"link", "dangling", "a"}) {
         EXPECT_TRUE(CZPKUtil::Copy(folder / "source", folder / destination)) << destination;
         EXPECT_TRUE(std::filesystem::is_regular_file(std::filesystem::symlink_status(folder / destination)));
-        EXPECT_EQ(ReadFile(folder / destination), "new") << destination;
+        EXPECT_EQ(readFile(folder / destination), "new") << destination;
     }
-    EXPECT_EQ(ReadFile(folder / "outside"), "kept");
+    EXPECT_EQ(readFile(folder / "outside"), "kept");
     ASSERT_EQ(::chdir(folder.path().c_str()), 0);
     EXPECT_TRUE(CZPKUtil::Copy("source", "relative"));
     EXPECT_TRUE(CZPKUtil::Copy("source", "x/y/relative"));
-    EXPECT_EQ(ReadFile(folder / "x/y/relative"), "new");
+    EXPECT_EQ(readFile(folder / "x/y/relative"), "new");
 }
 
 TEST(CZPKUtilFileTest, CopyOfAMissingItemRemovesTheTargetAllTheSame) {
     const TemporaryFolder folder;
-    WriteFile(folder / "target", "old");
+    writeFile(folder / "target", "old");
     EXPECT_FALSE(CZPKUtil::Copy(folder / "missing", folder / "target"));
     EXPECT_FALSE(std::filesystem::exists(folder / "target"));
 }
 
 TEST(CZPKUtilFileTest, CopyNeverDeletesItsOwnSource) {
     const TemporaryFolder folder;
-    WriteFile(folder / "tree/sub/file", "kept");
+    writeFile(folder / "tree/sub/file", "kept");
     std::filesystem::create_directory_symlink("tree", folder / "link");
     ASSERT_EQ(::chdir((folder / "tree").c_str()), 0);
     EXPECT_FALSE(CZPKUtil::Copy(folder / "tree", folder / "tree"));
@@ -93,27 +93,27 @@ TEST(CZPKUtilFileTest, CopyNeverDeletesItsOwnSource) {
     EXPECT_FALSE(CZPKUtil::Copy("sub/file", folder / "link/sub"));
     EXPECT_FALSE(CZPKUtil::Copy("sub", "./sub"));
     EXPECT_FALSE(CZPKUtil::Copy(folder / "tree", folder / "tree/sub/inside"));
-    EXPECT_EQ(ReadFile(folder / "tree/sub/file"), "kept");
+    EXPECT_EQ(readFile(folder / "tree/sub/file"), "kept");
     EXPECT_TRUE(CZPKUtil::Copy(folder / "tree", folder / "tree2")) << "a name that only begins alike";
 }
 
 TEST(CZPKUtilFileTest, CopyBelowAMissingFolderMayEndInAnyName) {
     const TemporaryFolder folder;
-    WriteFile(folder / "source", "new");
+    writeFile(folder / "source", "new");
     // Taken for a path from the root, this name would be a folder that holds the source.
     const std::string name = std::filesystem::path(folder.path()).relative_path().begin()->string();
     EXPECT_TRUE(CZPKUtil::Copy(folder / "source", folder / ("missing/" + name)));
-    EXPECT_EQ(ReadFile(folder / ("missing/" + name)), "new");
+    EXPECT_EQ(readFile(folder / ("missing/" + name)), "new");
     ASSERT_EQ(::chdir(folder.path().c_str()), 0);
     EXPECT_FALSE(CZPKUtil::Copy("source", "source//"));
-    EXPECT_EQ(ReadFile(folder / "source"), "new");
+    EXPECT_EQ(readFile(folder / "source"), "new");
 }
 
 TEST(CZPKUtilFileTest, DeleteFileAndDeleteFolderRemoveWhateverIsThere) {
     const TemporaryFolder folder;
     for (const auto remove : {&CZPKUtil::DeleteFile, &CZPKUtil::DeleteFolder}) {
-        WriteFile(folder / "tree/sub/file", "x");
-        WriteFile(folder / "file", "x");
+        writeFile(folder / "tree/sub/file", "x");
+        writeFile(folder / "file", "x");
         EXPECT_TRUE(remove(folder / "tree"));
         EXPECT_TRUE(remove(folder / "file"));
         EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
@@ -125,7 +125,7 @@ TEST(CZPKUtilFileTest, DeleteFileAndDeleteFolderRemoveWhateverIsThere) {
 TEST(CZPKUtilFileTest, FilePathListHoldsWhatIsNoFolder) {
     const TemporaryFolder folder;
     for (const char* const name : {"a/1", "a/b/2", "a/b/.hidden", "top", "with blank", "\xFF\n"}) {
-        WriteFile(folder / ("volume/" + std::string(name)), "x");
+        writeFile(folder / ("volume/" + std::string(name)), "x");
     }
     std::filesystem::create_directories(folder / "volume/empty/empty");
     std::filesystem::create_symlink("../top", folder / "volume/a/link");
@@ -158,7 +158,7 @@ TEST(CZPKUtilFileTest, FilePathListOfEmptySubfoldersIsEmpty) {
 
 TEST(CZPKUtilFileTest, ExistenceOfFilesAndFolders) {
     const TemporaryFolder folder;
-    WriteFile(folder / "file", "x");
+    writeFile(folder / "file", "x");
     std::filesystem::create_directory_symlink(".", folder / "link");
     std::filesystem::create_symlink("nowhere", folder / "dangling");
     struct Row {

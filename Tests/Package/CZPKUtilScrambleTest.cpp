@@ -18,13 +18,13 @@
 namespace {
 
 using varno_zpk::CZPKUtil;
-using zpk_test::ReadFile;
+using zpk_test::readFile;
 using zpk_test::TemporaryFolder;
-using zpk_test::WriteFile;
+using zpk_test::writeFile;
 
-constexpr std::size_t rotation = 102400;
+constexpr std::size_t kRotation = 102400;
 
-std::string Pattern(std::size_t length) {
+std::string pattern(std::size_t length) {
     std::string bytes(length, '\0');
     unsigned int state = 7;
     for (char& byte : bytes) {
@@ -34,20 +34,20 @@ std::string Pattern(std::size_t length) {
     return bytes;
 }
 
-std::string Scrambled(const std::string& plain) {
-    return plain.size() > rotation ? plain.substr(rotation) + plain.substr(0, rotation) : plain;
+std::string scrambled(const std::string& plain) {
+    return plain.size() > kRotation ? plain.substr(kRotation) + plain.substr(0, kRotation) : plain;
 }
 
 class CZPKUtilRotationTest : public ::testing::TestWithParam<std::size_t> {};
 
 TEST_P(CZPKUtilRotationTest, UnscramblingGivesTheFileBack) {
     const TemporaryFolder folder;
-    const std::string plain = Pattern(GetParam());
-    WriteFile(folder / "plain", plain);
+    const std::string plain = pattern(GetParam());
+    writeFile(folder / "plain", plain);
     CZPKUtil::Fake(folder / "plain", folder / "scrambled");
-    EXPECT_TRUE(ReadFile(folder / "scrambled") == Scrambled(plain));
+    EXPECT_TRUE(readFile(folder / "scrambled") == scrambled(plain));
     CZPKUtil::Unfake(folder / "scrambled", folder / "again");
-    EXPECT_TRUE(ReadFile(folder / "again") == plain);
+    EXPECT_TRUE(readFile(folder / "again") == plain);
 }
 
 INSTANTIATE_TEST_SUITE_P(Sizes, CZPKUtilRotationTest,
@@ -56,60 +56,60 @@ INSTANTIATE_TEST_SUITE_P(Sizes, CZPKUtilRotationTest,
 
 TEST(CZPKUtilScrambleTest, OneByteOverTheRotationStartsWithTheLastByte) {
     const TemporaryFolder folder;
-    const std::string plain = std::string(rotation, 'a') + "z";
-    WriteFile(folder / "plain", plain);
+    const std::string plain = std::string(kRotation, 'a') + "z";
+    writeFile(folder / "plain", plain);
     CZPKUtil::Fake(folder / "plain", folder / "scrambled");
-    EXPECT_TRUE(ReadFile(folder / "scrambled") == "z" + std::string(rotation, 'a'));
+    EXPECT_TRUE(readFile(folder / "scrambled") == "z" + std::string(kRotation, 'a'));
 }
 
 TEST(CZPKUtilScrambleTest, ScrambledFormIsARotationNotAnInvolution) {
     const TemporaryFolder folder;
-    const std::string plain = Pattern(3 * rotation + 5);
-    WriteFile(folder / "file", plain);
+    const std::string plain = pattern(3 * kRotation + 5);
+    writeFile(folder / "file", plain);
     CZPKUtil::Fake(folder / "file", folder / "once");
     CZPKUtil::Fake(folder / "once", folder / "twice");
-    EXPECT_TRUE(ReadFile(folder / "twice") == Scrambled(Scrambled(plain)));
+    EXPECT_TRUE(readFile(folder / "twice") == scrambled(scrambled(plain)));
     CZPKUtil::Unfake(folder / "file", folder / "unscrambled");
-    EXPECT_TRUE(ReadFile(folder / "unscrambled") ==
-                plain.substr(plain.size() - rotation) + plain.substr(0, plain.size() - rotation));
+    EXPECT_TRUE(readFile(folder / "unscrambled") ==
+                plain.substr(plain.size() - kRotation) + plain.substr(0, plain.size() - kRotation));
 }
 
 TEST(CZPKUtilScrambleTest, UnfakeReplacesAnExistingFileOnlyForALargeSource) {
     const TemporaryFolder folder;
-    for (const std::size_t size : {std::size_t{0}, std::size_t{5}, rotation}) {
-        WriteFile(folder / "small", Pattern(size));
-        WriteFile(folder / "destination", "old");
+    for (const std::size_t size : {std::size_t{0}, std::size_t{5}, kRotation}) {
+        writeFile(folder / "small", pattern(size));
+        writeFile(folder / "destination", "old");
         CZPKUtil::Unfake(folder / "small", folder / "destination");
-        EXPECT_EQ(ReadFile(folder / "destination"), "old") << size;
+        EXPECT_EQ(readFile(folder / "destination"), "old") << size;
     }
-    const std::string plain = Pattern(rotation + 1);
-    WriteFile(folder / "large", Scrambled(plain));
-    WriteFile(folder / "destination", std::string(500000, 'o'));
+    const std::string plain = pattern(kRotation + 1);
+    writeFile(folder / "large", scrambled(plain));
+    writeFile(folder / "destination", std::string(500000, 'o'));
     CZPKUtil::Unfake(folder / "large", folder / "destination");
-    EXPECT_TRUE(ReadFile(folder / "destination") == plain);
+    EXPECT_TRUE(readFile(folder / "destination") == plain);
 }
 
 TEST(CZPKUtilScrambleTest, FakeReplacesAnExistingFileOfAnySize) {
     const TemporaryFolder folder;
-    for (const std::size_t size : {std::size_t{0}, std::size_t{5}, rotation + 1}) {
-        WriteFile(folder / "source", Pattern(size));
-        WriteFile(folder / "destination", std::string(500000, 'o'));
+    for (const std::size_t size : {std::size_t{0}, std::size_t{5}, kRotation + 1}) {
+        writeFile(folder / "source", pattern(size));
+        writeFile(folder / "destination", std::string(500000, 'o'));
         CZPKUtil::Fake(folder / "source", folder / "destination");
-        EXPECT_TRUE(ReadFile(folder / "destination") == Scrambled(Pattern(size))) << size;
+        EXPECT_TRUE(readFile(folder / "destination") == scrambled(pattern(size))) << size;
     }
 }
 
 TEST(CZPKUtilScrambleTest, MissingSourceLeavesAnEmptyFileOrNone) {
     const TemporaryFolder folder;
     CZPKUtil::Fake(folder / "missing", folder / "scrambled");
-    EXPECT_EQ(ReadFile(folder / "scrambled"), "");
+    EXPECT_EQ(readFile(folder / "scrambled"), "");
     CZPKUtil::Unfake(folder / "missing", folder / "plain");
     EXPECT_FALSE(std::filesystem::exists(folder / "plain"));
-    WriteFile(folder / "existing", "old");
+    writeFile(folder / "existing", "old");
     CZPKUtil::Unfake(folder / "missing", folder / "existing");
-    EXPECT_EQ(ReadFile(folder / "existing"), "old");
+    EXPECT_EQ(readFile(folder / "existing"), "old");
     CZPKUtil::Fake(folder / "missing", folder / "existing");
-    EXPECT_EQ(ReadFile(folder / "existing"), "");
+    EXPECT_EQ(readFile(folder / "existing"), "");
     std::filesystem::create_symlink("nowhere", folder / "dangling");
     CZPKUtil::Unfake(folder / "dangling", folder / "plain");
     EXPECT_FALSE(std::filesystem::exists(std::filesystem::symlink_status(folder / "plain")));
@@ -118,39 +118,39 @@ TEST(CZPKUtilScrambleTest, MissingSourceLeavesAnEmptyFileOrNone) {
 TEST(CZPKUtilScrambleTest, UnreadableSourceCountsAsMissing) {
     const TemporaryFolder folder;
     ::chmod(folder.path().c_str(), 0777);
-    for (const std::size_t size : {std::size_t{5}, 2 * rotation}) {
+    for (const std::size_t size : {std::size_t{5}, 2 * kRotation}) {
         std::filesystem::remove(folder / "closed");
-        WriteFile(folder / "closed", Pattern(size));
+        writeFile(folder / "closed", pattern(size));
         ::chmod((folder / "closed").c_str(), 0000);
-        EXPECT_TRUE(zpk_test::AnswerWithoutPrivileges([&] {
+        EXPECT_TRUE(zpk_test::answerWithoutPrivileges([&] {
             CZPKUtil::Unfake(folder / "closed", folder / "plain");
             CZPKUtil::Fake(folder / "closed", folder / "scrambled");
             return true;
         }));
         EXPECT_FALSE(std::filesystem::exists(folder / "plain")) << size;
-        EXPECT_EQ(ReadFile(folder / "scrambled"), "") << size;
+        EXPECT_EQ(readFile(folder / "scrambled"), "") << size;
     }
 }
 
 TEST(CZPKUtilScrambleTest, SourceBehindALinkIsTheFileItself) {
     const TemporaryFolder folder;
-    for (const std::size_t size : {std::size_t{5}, 2 * rotation}) {
-        const std::string plain = Pattern(size);
-        WriteFile(folder / "elsewhere/file", Scrambled(plain));
+    for (const std::size_t size : {std::size_t{5}, 2 * kRotation}) {
+        const std::string plain = pattern(size);
+        writeFile(folder / "elsewhere/file", scrambled(plain));
         std::filesystem::remove(folder / "link");
         std::filesystem::create_symlink("elsewhere/file", folder / "link");
         std::filesystem::remove(folder / "plain");
         CZPKUtil::Unfake(folder / "link", folder / "plain");
-        EXPECT_TRUE(ReadFile(folder / "plain") == plain) << size;
+        EXPECT_TRUE(readFile(folder / "plain") == plain) << size;
         EXPECT_FALSE(std::filesystem::is_symlink(folder / "plain")) << size;
     }
 }
 
 TEST(CZPKUtilScrambleTest, DestinationLinkIsReplacedNotWrittenThrough) {
     const TemporaryFolder folder;
-    const std::string plain = Pattern(2 * rotation);
-    WriteFile(folder / "source", plain);
-    WriteFile(folder / "outside", "kept");
+    const std::string plain = pattern(2 * kRotation);
+    writeFile(folder / "source", plain);
+    writeFile(folder / "outside", "kept");
     for (const auto operation : {&CZPKUtil::Fake, &CZPKUtil::Unfake}) {
         std::filesystem::remove(folder / "link");
         std::filesystem::create_symlink("outside", folder / "link");
@@ -158,36 +158,36 @@ TEST(CZPKUtilScrambleTest, DestinationLinkIsReplacedNotWrittenThrough) {
         EXPECT_FALSE(std::filesystem::is_symlink(folder / "link"));
         EXPECT_EQ(std::filesystem::file_size(folder / "link"), plain.size());
     }
-    WriteFile(folder / "small", "small");
+    writeFile(folder / "small", "small");
     std::filesystem::create_symlink("made", folder / "dangling");
     CZPKUtil::Unfake(folder / "small", folder / "dangling");
     EXPECT_FALSE(std::filesystem::exists(folder / "made"))
         << "a small file is not written through a link either";
-    EXPECT_EQ(ReadFile(folder / "outside"), "kept");
+    EXPECT_EQ(readFile(folder / "outside"), "kept");
 }
 
 TEST(CZPKUtilScrambleTest, FileMayBeScrambledInItsOwnPlace) {
     const TemporaryFolder folder;
-    const std::string plain = Pattern(2 * rotation + 3);
-    WriteFile(folder / "file", plain);
+    const std::string plain = pattern(2 * kRotation + 3);
+    writeFile(folder / "file", plain);
     CZPKUtil::Fake(folder / "file", folder / "file");
-    EXPECT_TRUE(ReadFile(folder / "file") == Scrambled(plain));
+    EXPECT_TRUE(readFile(folder / "file") == scrambled(plain));
     CZPKUtil::Unfake(folder / "file", folder / "./file");
-    EXPECT_TRUE(ReadFile(folder / "file") == plain);
-    WriteFile(folder / "file", "small");
+    EXPECT_TRUE(readFile(folder / "file") == plain);
+    writeFile(folder / "file", "small");
     CZPKUtil::Unfake(folder / "file", folder / "file");
     CZPKUtil::Fake(folder / "file", folder / "file");
-    EXPECT_EQ(ReadFile(folder / "file"), "small");
+    EXPECT_EQ(readFile(folder / "file"), "small");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1)
         << "nothing is left beside";
 }
 
 TEST(CZPKUtilScrambleTest, FileInItsOwnPlaceSurvivesAFullDisk) {
     const TemporaryFolder folder;
-    const std::string plain = Pattern(4 * rotation);
-    WriteFile(folder / "file", plain);
+    const std::string plain = pattern(4 * kRotation);
+    writeFile(folder / "file", plain);
     // Stands for a full disk: no file may grow beyond the limit.
-    const rlimit limit{2 * rotation, RLIM_INFINITY};
+    const rlimit limit{2 * kRotation, RLIM_INFINITY};
     ::signal(SIGXFSZ, SIG_IGN);
     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
     CZPKUtil::Fake(folder / "file", folder / "file");
@@ -195,46 +195,46 @@ TEST(CZPKUtilScrambleTest, FileInItsOwnPlaceSurvivesAFullDisk) {
     CZPKUtil::Fake(folder / "file", folder / "partial");
     const rlimit none{RLIM_INFINITY, RLIM_INFINITY};
     ::setrlimit(RLIMIT_FSIZE, &none);
-    EXPECT_TRUE(ReadFile(folder / "file") == plain);
-    EXPECT_TRUE(ReadFile(folder / "partial") == Scrambled(plain).substr(0, 2 * rotation)) << "a part stays";
+    EXPECT_TRUE(readFile(folder / "file") == plain);
+    EXPECT_TRUE(readFile(folder / "partial") == scrambled(plain).substr(0, 2 * kRotation)) << "a part stays";
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 2);
 }
 
 TEST(CZPKUtilScrambleTest, OddSourcesNeitherHangNorCrash) {
     const TemporaryFolder folder;
     ASSERT_EQ(::mkfifo((folder / "fifo").c_str(), 0666), 0);
-    WriteFile(folder / "tree/file", "x");
+    writeFile(folder / "tree/file", "x");
     for (const std::string& source : {folder / "fifo", std::string("/dev/zero"), std::string()}) {
         CZPKUtil::Fake(source, folder / "scrambled");
-        EXPECT_EQ(ReadFile(folder / "scrambled"), "") << source;
+        EXPECT_EQ(readFile(folder / "scrambled"), "") << source;
         CZPKUtil::Unfake(source, folder / "plain");
         EXPECT_FALSE(std::filesystem::exists(folder / "plain")) << source;
     }
     CZPKUtil::Fake(folder / "tree", folder / "scrambled");
-    EXPECT_EQ(ReadFile(folder / "scrambled"), "");
+    EXPECT_EQ(readFile(folder / "scrambled"), "");
     CZPKUtil::Unfake(folder / "tree", folder / "copied");
-    EXPECT_EQ(ReadFile(folder / "copied/file"), "x") << "a folder is small, and copied like any small item";
+    EXPECT_EQ(readFile(folder / "copied/file"), "x") << "a folder is small, and copied like any small item";
 }
 
 TEST(CZPKUtilScrambleTest, DestinationsThatCannotBeWrittenStayAsTheyAre) {
     const TemporaryFolder folder;
-    WriteFile(folder / "source", Pattern(2 * rotation));
-    WriteFile(folder / "tree/file", "kept");
+    writeFile(folder / "source", pattern(2 * kRotation));
+    writeFile(folder / "tree/file", "kept");
     for (const auto operation : {&CZPKUtil::Fake, &CZPKUtil::Unfake}) {
         operation(folder / "source", folder / "tree");
         operation(folder / "source", folder / "missing/destination");
         operation(folder / "source", "");
     }
-    EXPECT_EQ(ReadFile(folder / "tree/file"), "kept");
+    EXPECT_EQ(readFile(folder / "tree/file"), "kept");
     EXPECT_FALSE(std::filesystem::exists(folder / "missing"));
 }
 
 /// A gigabyte without any two equal blocks, written in pieces.
-void WriteGigabyte(const std::string& path) {
-    constexpr std::size_t pieces = 256;
-    std::string piece = Pattern(4 * 1024 * 1024);
+void writeGigabyte(const std::string& path) {
+    constexpr std::size_t kPieces = 256;
+    std::string piece = pattern(4 * 1024 * 1024);
     std::ofstream file(path, std::ios::binary);
-    for (std::size_t index = 0; index < pieces; ++index) {
+    for (std::size_t index = 0; index < kPieces; ++index) {
         for (std::size_t at = 0; at < piece.size(); at += 4096) {
             piece[at] = static_cast<char>(index);
             piece[at + 1] = static_cast<char>(at >> 12);
@@ -246,7 +246,7 @@ void WriteGigabyte(const std::string& path) {
 }
 
 /// True when `file` from `offset` on is `other` from `otherOffset` on, over `length` bytes.
-bool HasSameBytes(const std::string& path, std::streamoff offset, const std::string& otherPath,
+bool hasSameBytes(const std::string& path, std::streamoff offset, const std::string& otherPath,
                   std::streamoff otherOffset, std::size_t length) {
     std::ifstream file(path, std::ios::binary);
     std::ifstream other(otherPath, std::ios::binary);
@@ -266,7 +266,7 @@ bool HasSameBytes(const std::string& path, std::streamoff offset, const std::str
     return true;
 }
 
-long PeakMemoryKilobytes() {
+long peakMemoryKilobytes() {
     rusage usage;
     ::getrusage(RUSAGE_SELF, &usage);
     return usage.ru_maxrss;
@@ -274,20 +274,20 @@ long PeakMemoryKilobytes() {
 
 TEST(CZPKUtilScrambleTest, GigabyteIsRotatedWithoutBeingHeldInMemory) {
     const TemporaryFolder folder;
-    constexpr std::size_t size = 1024 * 1024 * 1024;
-    if (std::filesystem::space(folder.path()).available < 4 * std::uintmax_t{size}) {
+    constexpr std::size_t kSize = 1024 * 1024 * 1024;
+    if (std::filesystem::space(folder.path()).available < 4 * std::uintmax_t{kSize}) {
         GTEST_SKIP() << "too little disk space";
     }
-    WriteGigabyte(folder / "plain");
-    const long before = PeakMemoryKilobytes();
+    writeGigabyte(folder / "plain");
+    const long before = peakMemoryKilobytes();
     CZPKUtil::Fake(folder / "plain", folder / "scrambled");
     CZPKUtil::Unfake(folder / "scrambled", folder / "again");
-    EXPECT_LT(PeakMemoryKilobytes() - before, 4 * 1024);
-    ASSERT_EQ(std::filesystem::file_size(folder / "scrambled"), size);
-    ASSERT_EQ(std::filesystem::file_size(folder / "again"), size);
-    EXPECT_TRUE(HasSameBytes(folder / "scrambled", 0, folder / "plain", rotation, size - rotation));
-    EXPECT_TRUE(HasSameBytes(folder / "scrambled", size - rotation, folder / "plain", 0, rotation));
-    EXPECT_TRUE(HasSameBytes(folder / "again", 0, folder / "plain", 0, size));
+    EXPECT_LT(peakMemoryKilobytes() - before, 4 * 1024);
+    ASSERT_EQ(std::filesystem::file_size(folder / "scrambled"), kSize);
+    ASSERT_EQ(std::filesystem::file_size(folder / "again"), kSize);
+    EXPECT_TRUE(hasSameBytes(folder / "scrambled", 0, folder / "plain", kRotation, kSize - kRotation));
+    EXPECT_TRUE(hasSameBytes(folder / "scrambled", kSize - kRotation, folder / "plain", 0, kRotation));
+    EXPECT_TRUE(hasSameBytes(folder / "again", 0, folder / "plain", 0, kSize));
 }
 
 }  // namespace

@@ -12,15 +12,15 @@ namespace zpk_test {
 
 namespace {
 
-constexpr uid_t nobody = 65534;
+constexpr uid_t kNobody = 65534;
 
 }  // namespace
 
-bool AnswerWithoutPrivileges(const std::function<bool()>& action) {
+bool answerWithoutPrivileges(const std::function<bool()>& action) {
     const pid_t child = ::fork();
     if (child == 0) {
         if (::geteuid() == 0 &&
-            (::setgroups(0, nullptr) != 0 || ::setgid(nobody) != 0 || ::setuid(nobody) != 0)) {
+            (::setgroups(0, nullptr) != 0 || ::setgid(kNobody) != 0 || ::setuid(kNobody) != 0)) {
             ::_exit(2);
         }
         ::_exit(action() ? 0 : 1);
@@ -31,9 +31,9 @@ bool AnswerWithoutPrivileges(const std::function<bool()>& action) {
     return status == 0;
 }
 
-void GiveToUserWithoutPrivileges(const std::string& path) {
+void giveToUserWithoutPrivileges(const std::string& path) {
     if (::geteuid() == 0) {
-        ASSERT_EQ(::lchown(path.c_str(), nobody, nobody), 0) << path;
+        ASSERT_EQ(::lchown(path.c_str(), kNobody, kNobody), 0) << path;
     }
 }
 

@@ -10,9 +10,9 @@ namespace zpk_test {
 
 /// Runs `action` in a child process as the user "nobody" and gives what it answered; as the current
 /// user where that one is not root. For checks that root's rights would make meaningless.
-bool AnswerWithoutPrivileges(const std::function<bool()>& action);
+bool answerWithoutPrivileges(const std::function<bool()>& action);
 
 /// Gives `path` to the user that `AnswerWithoutPrivileges` runs as.
-void GiveToUserWithoutPrivileges(const std::string& path);
+void giveToUserWithoutPrivileges(const std::string& path);
 
 }  // namespace zpk_test

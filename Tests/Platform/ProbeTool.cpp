@@ -19,14 +19,14 @@
 
 namespace {
 
-std::string LinkTarget(const std::string& link) {
+std::string linkTarget(const std::string& link) {
     std::string target(4096, '\0');
     const ssize_t length = ::readlink(link.c_str(), target.data(), target.size());
     target.resize(length < 0 ? 0 : static_cast<std::size_t>(length));
     return target;
 }
 
-std::string OpenDescriptors() {
+std::string openDescriptors() {
     std::vector<int> descriptors;
     DIR* const folder = ::opendir("/proc/self/fd");
     while (const dirent* entry = ::readdir(folder)) {
@@ -44,7 +44,7 @@ std::string OpenDescriptors() {
     return text;
 }
 
-std::string Signals() {
+std::string signals() {
     std::string text;
     sigset_t mask;
     ::sigprocmask(SIG_SETMASK, nullptr, &mask);
@@ -60,25 +60,25 @@ std::string Signals() {
     return text;
 }
 
-void WriteReport(int count, char** arguments) {
+void writeReport(int count, char** arguments) {
     const char* const path = std::getenv("ZPK_PROBE_REPORT");
     if (path == nullptr) {
         return;
     }
-    const std::string descriptors = OpenDescriptors();
+    const std::string descriptors = openDescriptors();
     std::ofstream report(path, std::ios::binary);
     report << "arguments\n";
     for (int index = 1; index < count; ++index) {
         report << arguments[index] << '\0';
     }
-    report << "\nfolder " << LinkTarget("/proc/self/cwd") << "\ndescriptors " << descriptors << "\nsignals "
-           << Signals() << "\nerrors " << LinkTarget("/proc/self/fd/2") << "\n";
+    report << "\nfolder " << linkTarget("/proc/self/cwd") << "\ndescriptors " << descriptors << "\nsignals "
+           << signals() << "\nerrors " << linkTarget("/proc/self/fd/2") << "\n";
 }
 
 }  // namespace
 
 int main(int count, char** arguments) {
-    WriteReport(count, arguments);
+    writeReport(count, arguments);
     std::cout << "probe output" << std::endl;
     std::cerr << "probe error" << std::endl;
     const char* const end = std::getenv("ZPK_PROBE_END");

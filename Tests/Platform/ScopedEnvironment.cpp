@@ -9,7 +9,7 @@ namespace zpk_test {
 
 namespace {
 
-void Set(const std::string& variable, const std::optional<std::string>& value) {
+void set(const std::string& variable, const std::optional<std::string>& value) {
     if (value) {
         ::setenv(variable.c_str(), value->c_str(), 1);
     } else {
@@ -24,11 +24,11 @@ ScopedEnvironment::ScopedEnvironment(const std::string& variable, const std::opt
     if (const char* const before = std::getenv(variable.c_str())) {
         m_before = before;
     }
-    Set(variable, value);
+    set(variable, value);
 }
 
 ScopedEnvironment::~ScopedEnvironment() {
-    Set(m_variable, m_before);
+    set(m_variable, m_before);
 }
 
 }  // namespace zpk_test

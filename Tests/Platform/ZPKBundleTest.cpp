@@ -16,34 +16,34 @@
 
 namespace {
 
-using zpk_test::CaptureStreams;
-using zpk_test::ReadFile;
+using zpk_test::captureStreams;
+using zpk_test::readFile;
 using zpk_test::TemporaryFolder;
-using zpk_test::WriteFile;
+using zpk_test::writeFile;
 
-std::string Information(const std::string& entries) {
+std::string information(const std::string& entries) {
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
            "<!DOCTYPE plist PUBLIC \"-//X//DTD PLIST 1.0//EN\" \"http://example.com/PropertyList-1.0.dtd\">\n"
            "<plist version=\"1.0\"><dict>" +
            entries + "</dict></plist>\n";
 }
 
-std::string Entry(const std::string& key, const std::string& value) {
+std::string entry(const std::string& key, const std::string& value) {
     return "<key>" + key + "</key><string>" + value + "</string>";
 }
 
-void WriteProgram(const std::string& path, mode_t mode = 0755) {
-    WriteFile(path, "#!/bin/sh\n");
+void writeProgram(const std::string& path, mode_t mode = 0755) {
+    writeFile(path, "#!/bin/sh\n");
     ASSERT_EQ(::chmod(path.c_str(), mode), 0);
 }
 
 TEST(ZPKBundleTest, ABundleIsAFolderWithADescription) {
     const TemporaryFolder folder;
-    WriteFile(folder / "Full.app/Contents/Info.plist", Information(""));
-    WriteFile(folder / "Damaged.app/Contents/Info.plist", "<plist");
+    writeFile(folder / "Full.app/Contents/Info.plist", information(""));
+    writeFile(folder / "Damaged.app/Contents/Info.plist", "<plist");
     std::filesystem::create_directories(folder / "Empty.app/Contents");
     std::filesystem::create_directories(folder / "Odd.app/Contents/Info.plist");
-    WriteFile(folder / "File.app", "x");
+    writeFile(folder / "File.app", "x");
     std::filesystem::create_directory_symlink("Full.app", folder / "Link.app");
     struct Row {
         std::string path;
@@ -72,11 +72,11 @@ TEST(ZPKBundleTest, ABundleIsAFolderWithADescription) {
 TEST(ZPKBundleTest, ExecutableIsAProgramInItsOwnFolder) {
     const TemporaryFolder folder;
     const std::string bundle = folder / "Setup.app";
-    WriteProgram(bundle + "/Contents/Linux/Setup");
-    WriteProgram(bundle + "/Contents/Linux/Set up \xE6\x97\xA5");
-    WriteProgram(bundle + "/Contents/Linux/plain", 0644);
-    WriteProgram(bundle + "/Contents/Linux/sub/Setup");
-    WriteProgram(bundle + "/Contents/Setup");
+    writeProgram(bundle + "/Contents/Linux/Setup");
+    writeProgram(bundle + "/Contents/Linux/Set up \xE6\x97\xA5");
+    writeProgram(bundle + "/Contents/Linux/plain", 0644);
+    writeProgram(bundle + "/Contents/Linux/sub/Setup");
+    writeProgram(bundle + "/Contents/Setup");
     std::filesystem::create_symlink("Setup", bundle + "/Contents/Linux/link");
     ASSERT_EQ(::mkfifo((bundle + "/Contents/Linux/fifo").c_str(), 0777), 0);
     struct Row {
@@ -91,7 +91,7 @@ TEST(ZPKBundleTest, ExecutableIsAProgramInItsOwnFolder) {
                         {"", false},          {"fifo", false},
                         {"/bin/true", false}};
     for (const Row& row : rows) {
-        WriteFile(bundle + "/Contents/Info.plist", Information(Entry("CFBundleExecutable", row.name)));
+        writeFile(bundle + "/Contents/Info.plist", information(entry("CFBundleExecutable", row.name)));
         const auto path = ZPKBundle::bundleWithPath(bundle)->executablePath();
         ASSERT_EQ(path.has_value(), row.isProgram) << row.name;
         if (path) {
@@ -99,18 +99,18 @@ TEST(ZPKBundleTest, ExecutableIsAProgramInItsOwnFolder) {
         }
     }
     for (const std::string& information :
-         {Information(""), Information("<key>CFBundleExecutable</key><integer>1</integer>"),
+         {information(""), information("<key>CFBundleExecutable</key><integer>1</integer>"),
           std::string("damaged")}) {
-        WriteFile(bundle + "/Contents/Info.plist", information);
+        writeFile(bundle + "/Contents/Info.plist", information);
         EXPECT_FALSE(ZPKBundle::bundleWithPath(bundle)->executablePath()) << information;
     }
 }
 
 TEST(ZPKBundleTest, IdentifierIsEmptyWithoutOne) {
     const TemporaryFolder folder;
-    WriteFile(folder / "A.app/Contents/Info.plist",
-              Information(Entry("CFBundleIdentifier", "com.varno.Zephyrkit")));
-    WriteFile(folder / "B.app/Contents/Info.plist", Information(""));
+    writeFile(folder / "A.app/Contents/Info.plist",
+              information(entry("CFBundleIdentifier", "com.varno.Zephyrkit")));
+    writeFile(folder / "B.app/Contents/Info.plist", information(""));
     EXPECT_EQ(ZPKBundle::bundleWithPath(folder / "A.app")->bundleIdentifier(), "com.varno.Zephyrkit");
     EXPECT_EQ(ZPKBundle::bundleWithPath(folder / "B.app")->bundleIdentifier(), "");
 }
@@ -118,16 +118,16 @@ TEST(ZPKBundleTest, IdentifierIsEmptyWithoutOne) {
 TEST(ZPKBundleTest, LocalizedNameHasThreeSources) {
     const TemporaryFolder folder;
     const std::string bundle = folder / "My Folder.app";
-    WriteFile(bundle + "/Contents/Info.plist", Information(""));
+    writeFile(bundle + "/Contents/Info.plist", information(""));
     EXPECT_EQ(ZPKBundle::bundleWithPath(bundle)->localizedName(), "My Folder");
-    WriteFile(bundle + "/Contents/Info.plist", Information(Entry("CFBundleName", "Plain &amp; Name")));
+    writeFile(bundle + "/Contents/Info.plist", information(entry("CFBundleName", "Plain &amp; Name")));
     EXPECT_EQ(ZPKBundle::bundleWithPath(bundle)->localizedName(), "Plain & Name");
-    WriteFile(bundle + "/Contents/Resources/InfoPlist.strings", "Other = \"x\";");
+    writeFile(bundle + "/Contents/Resources/InfoPlist.strings", "Other = \"x\";");
     EXPECT_EQ(ZPKBundle::bundleWithPath(bundle)->localizedName(), "Plain & Name");
-    WriteFile(bundle + "/Contents/Resources/InfoPlist.strings",
+    writeFile(bundle + "/Contents/Resources/InfoPlist.strings",
               "CFBundleName = \"\xE5\x90\x8D\xE5\x89\x8D\";");
     EXPECT_EQ(ZPKBundle::bundleWithPath(bundle)->localizedName(), "\xE5\x90\x8D\xE5\x89\x8D");
-    WriteFile(folder / "Bare/Contents/Info.plist", "damaged");
+    writeFile(folder / "Bare/Contents/Info.plist", "damaged");
     EXPECT_EQ(ZPKBundle::bundleWithPath(folder / "Bare")->localizedName(), "Bare");
 }
 
@@ -135,8 +135,8 @@ TEST(ZPKBundleTest, ProgramsBelongToTheInnermostBundle) {
     const TemporaryFolder folder;
     const std::string outer = folder / "Outer.app";
     const std::string inner = outer + "/Contents/Resources/Inner.app";
-    WriteFile(outer + "/Contents/Info.plist", Information(""));
-    WriteFile(inner + "/Contents/Info.plist", Information(""));
+    writeFile(outer + "/Contents/Info.plist", information(""));
+    writeFile(inner + "/Contents/Info.plist", information(""));
     struct Row {
         std::string program;
         std::string bundle;
@@ -158,11 +158,11 @@ TEST(ZPKBundleTest, ProgramsBelongToTheInnermostBundle) {
 }
 
 /// What the program at `path`, a copy of the tool, says of itself.
-std::string OutputOf(const std::string& path, const std::vector<std::string>& arguments = {}) {
+std::string outputOf(const std::string& path, const std::vector<std::string>& arguments = {}) {
     ZPKTask task;
     task.setLaunchPath(path);
     task.setArguments(arguments);
-    return CaptureStreams([&task] {
+    return captureStreams([&task] {
                ASSERT_TRUE(task.launch());
                task.waitUntilExit();
            })
@@ -173,27 +173,27 @@ TEST(ZPKBundleTest, MainBundleIsFoundFromTheProgramsOwnPath) {
     const TemporaryFolder folder;
     const std::string bundle = folder / "My App.app";
     const std::string program = bundle + "/Contents/Linux/Program";
-    WriteFile(bundle + "/Contents/Info.plist", Information(Entry("CFBundleName", "Myself")));
+    writeFile(bundle + "/Contents/Info.plist", information(entry("CFBundleName", "Myself")));
     std::filesystem::create_directories(bundle + "/Contents/Linux");
     std::filesystem::copy_file(ZPK_SELF_TOOL, program);
     std::filesystem::create_symlink(program, folder / "link");
     const std::string expected = "bundle " + bundle + "\napplication Myself\n";
     ASSERT_EQ(::chdir("/"), 0);
-    EXPECT_EQ(OutputOf(program), expected);
-    EXPECT_EQ(OutputOf(folder / "link"), expected);
+    EXPECT_EQ(outputOf(program), expected);
+    EXPECT_EQ(outputOf(folder / "link"), expected);
     ASSERT_EQ(::chdir((bundle + "/Contents").c_str()), 0);
-    EXPECT_EQ(OutputOf("Linux/Program"), expected);
-    EXPECT_EQ(OutputOf(program, {"remove"}), expected);
+    EXPECT_EQ(outputOf("Linux/Program"), expected);
+    EXPECT_EQ(outputOf(program, {"remove"}), expected);
     EXPECT_FALSE(std::filesystem::exists(program));
 }
 
 TEST(ZPKBundleTest, MainBundleOfAProgramThatOnlyLooksRemoved) {
     const TemporaryFolder folder;
     const std::string program = folder / "A.app/Contents/Linux/Program (deleted)";
-    WriteFile(folder / "A.app/Contents/Info.plist", Information(""));
+    writeFile(folder / "A.app/Contents/Info.plist", information(""));
     std::filesystem::create_directories(folder / "A.app/Contents/Linux");
     std::filesystem::copy_file(ZPK_SELF_TOOL, program);
-    EXPECT_EQ(OutputOf(program), "bundle " + (folder / "A.app") + "\napplication A\n");
+    EXPECT_EQ(outputOf(program), "bundle " + (folder / "A.app") + "\napplication A\n");
 }
 
 TEST(ZPKBundleTest, MainBundleOfALoneProgramIsItsFolder) {
@@ -205,7 +205,7 @@ TEST(ZPKBundleTest, MainBundleOfALoneProgramIsItsFolder) {
 
 TEST(ZPKBundleTest, MainBundleMayBeSet) {
     const TemporaryFolder folder;
-    WriteFile(folder / "A.app/Contents/Info.plist", Information(""));
+    writeFile(folder / "A.app/Contents/Info.plist", information(""));
     ZPKBundle::setMainBundle(*ZPKBundle::bundleWithPath(folder / "A.app"));
     EXPECT_EQ(ZPKBundle::mainBundle().helperPath("ditto"), folder / "A.app/Contents/Helpers/ditto");
 }

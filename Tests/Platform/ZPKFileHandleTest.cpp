@@ -14,11 +14,11 @@
 
 namespace {
 
-using zpk_test::ReadFile;
+using zpk_test::readFile;
 using zpk_test::TemporaryFolder;
-using zpk_test::WriteFile;
+using zpk_test::writeFile;
 
-std::string Pattern(std::size_t length) {
+std::string pattern(std::size_t length) {
     std::string bytes(length, '\0');
     unsigned int state = 12345;
     for (char& byte : bytes) {
@@ -30,7 +30,7 @@ std::string Pattern(std::size_t length) {
 
 TEST(ZPKFileHandleTest, ReadsOnlyRegularFilesAndNeverWaits) {
     const TemporaryFolder folder;
-    WriteFile(folder / "file", "12345");
+    writeFile(folder / "file", "12345");
     ASSERT_EQ(::mkfifo((folder / "fifo").c_str(), 0666), 0);
     std::filesystem::create_symlink("file", folder / "link");
     const auto file = ZPKFileHandle::forReadingAtPath(folder / "file");
@@ -47,20 +47,20 @@ TEST(ZPKFileHandleTest, ReadsOnlyRegularFilesAndNeverWaits) {
 
 TEST(ZPKFileHandleTest, ReplacingKeepsOtherNamesAndLinkTargets) {
     const TemporaryFolder folder;
-    WriteFile(folder / "file", "old");
-    WriteFile(folder / "target", "kept");
+    writeFile(folder / "file", "old");
+    writeFile(folder / "target", "kept");
     std::filesystem::create_hard_link(folder / "file", folder / "other");
     std::filesystem::create_symlink("target", folder / "link");
     ASSERT_EQ(::mkfifo((folder / "fifo").c_str(), 0666), 0);
     std::filesystem::create_directory(folder / "folder");
     for (const char* const name : {"file", "link", "fifo", "missing"}) {
         EXPECT_TRUE(ZPKFileHandle::replacingFileAtPath(folder / name)) << name;
-        EXPECT_EQ(ReadFile(folder / name), "") << name;
+        EXPECT_EQ(readFile(folder / name), "") << name;
     }
     EXPECT_FALSE(ZPKFileHandle::replacingFileAtPath(folder / "folder"));
     EXPECT_TRUE(std::filesystem::is_directory(folder / "folder"));
-    EXPECT_EQ(ReadFile(folder / "other"), "old");
-    EXPECT_EQ(ReadFile(folder / "target"), "kept");
+    EXPECT_EQ(readFile(folder / "other"), "old");
+    EXPECT_EQ(readFile(folder / "target"), "kept");
     EXPECT_FALSE(ZPKFileHandle::newFileAt(AT_FDCWD, folder / "file", 0666));
 }
 
@@ -72,8 +72,8 @@ TEST_P(ZPKFileHandleAppendTest, CopiesRangesWhateverTheFileSystems) {
     const std::string otherPlace = std::string(GetParam()) == "same"
                                        ? folder / "source"
                                        : "/dev/shm/zpk-append-" + std::to_string(::getpid());
-    const std::string bytes = Pattern(1'000'003);
-    WriteFile(otherPlace, bytes);
+    const std::string bytes = pattern(1'000'003);
+    writeFile(otherPlace, bytes);
     {
         const auto source = ZPKFileHandle::forReadingAtPath(otherPlace);
         auto destination = ZPKFileHandle::replacingFileAtPath(folder / "destination");
@@ -83,7 +83,7 @@ TEST_P(ZPKFileHandleAppendTest, CopiesRangesWhateverTheFileSystems) {
         EXPECT_TRUE(destination->append(*source, 5, 0));
         EXPECT_FALSE(destination->append(*source, 1'000'000, 4)) << "the source ends before";
     }
-    EXPECT_EQ(ReadFile(folder / "destination"),
+    EXPECT_EQ(readFile(folder / "destination"),
               bytes.substr(700'001) + bytes.substr(0, 700'001) + bytes.substr(1'000'000));
     ::unlink(otherPlace.c_str());
 }
@@ -92,19 +92,19 @@ INSTANTIATE_TEST_SUITE_P(FileSystems, ZPKFileHandleAppendTest, ::testing::Values
 
 TEST(ZPKFileHandleTest, AppendCopiesByHandWhereTheKernelWillNot) {
     const TemporaryFolder folder;
-    WriteFile(folder / "source", Pattern(600'000));
+    writeFile(folder / "source", pattern(600'000));
     const auto source = ZPKFileHandle::forReadingAtPath(folder / "source");
     auto destination = ZPKFileHandle::replacingFileAtPath(folder / "destination");
     ASSERT_TRUE(source && destination);
     // Neither of the kernel's copies writes to a descriptor that appends.
     ASSERT_EQ(::fcntl(destination->descriptor(), F_SETFL, O_APPEND), 0);
     EXPECT_TRUE(destination->append(*source, 1, 599'999));
-    EXPECT_EQ(ReadFile(folder / "destination"), ReadFile(folder / "source").substr(1));
+    EXPECT_EQ(readFile(folder / "destination"), readFile(folder / "source").substr(1));
 }
 
 TEST(ZPKFileHandleTest, AppendReportsAFullDisk) {
     const TemporaryFolder folder;
-    WriteFile(folder / "source", Pattern(100'000));
+    writeFile(folder / "source", pattern(100'000));
     const auto source = ZPKFileHandle::forReadingAtPath(folder / "source");
     auto destination = ZPKFileHandle::replacingFileAtPath(folder / "destination");
     ASSERT_TRUE(source && destination);

@@ -22,25 +22,25 @@
 
 namespace {
 
-using zpk_test::AnswerWithoutPrivileges;
-using zpk_test::GiveToUserWithoutPrivileges;
-using zpk_test::ReadFile;
+using zpk_test::answerWithoutPrivileges;
+using zpk_test::giveToUserWithoutPrivileges;
+using zpk_test::readFile;
 using zpk_test::TemporaryFolder;
-using zpk_test::WriteFile;
+using zpk_test::writeFile;
 
-bool IsThere(const std::string& path) {
+bool isThere(const std::string& path) {
     struct stat attributes;
     return ::lstat(path.c_str(), &attributes) == 0;
 }
 
-mode_t ModeOf(const std::string& path) {
+mode_t modeOf(const std::string& path) {
     struct stat attributes;
     EXPECT_EQ(::lstat(path.c_str(), &attributes), 0) << path;
     return attributes.st_mode & 07777;
 }
 
 /// A chain of folders far longer than any path may be.
-void MakeDeepTree(const std::string& root, int levels) {
+void makeDeepTree(const std::string& root, int levels) {
     ASSERT_EQ(::mkdir(root.c_str(), 0777), 0);
     int folder = ::open(root.c_str(), O_RDONLY | O_DIRECTORY);
     for (int level = 0; level < levels; ++level) {
@@ -56,7 +56,7 @@ void MakeDeepTree(const std::string& root, int levels) {
     ::close(folder);
 }
 
-int DepthOf(const std::string& root) {
+int depthOf(const std::string& root) {
     int folder = ::open(root.c_str(), O_RDONLY | O_DIRECTORY);
     int depth = 0;
     for (int below; (below = ::openat(folder, "d", O_RDONLY | O_DIRECTORY)) >= 0; ++depth) {
@@ -67,7 +67,7 @@ int DepthOf(const std::string& root) {
     return depth;
 }
 
-std::size_t OpenDescriptorCount() {
+std::size_t openDescriptorCount() {
     std::vector<std::string> names;
     ZPKFileManager::contentsOfFolder("/proc/self/fd", names);
     return names.size();
@@ -75,8 +75,8 @@ std::size_t OpenDescriptorCount() {
 
 TEST(ZPKFileManagerTest, QueriesTellItemsApart) {
     const TemporaryFolder folder;
-    WriteFile(folder / "file", "12345");
-    WriteFile(folder / "program", "#!/bin/sh\n");
+    writeFile(folder / "file", "12345");
+    writeFile(folder / "program", "#!/bin/sh\n");
     ::chmod((folder / "program").c_str(), 0755);
     ::chmod((folder / "file").c_str(), 0644);
     std::filesystem::create_symlink("nowhere", folder / "dangling");
@@ -114,14 +114,14 @@ TEST(ZPKFileManagerTest, CreatesIntermediateFoldersUnderTheUmask) {
     const mode_t before = ::umask(027);
     EXPECT_TRUE(ZPKFileManager::createFolderWithIntermediateFolders(folder / "a//b/c/", 0777));
     ::umask(before);
-    EXPECT_EQ(ModeOf(folder / "a"), 0750u);
-    EXPECT_EQ(ModeOf(folder / "a/b"), 0750u);
-    EXPECT_EQ(ModeOf(folder / "a/b/c"), 0750u);
+    EXPECT_EQ(modeOf(folder / "a"), 0750u);
+    EXPECT_EQ(modeOf(folder / "a/b"), 0750u);
+    EXPECT_EQ(modeOf(folder / "a/b/c"), 0750u);
 }
 
 TEST(ZPKFileManagerTest, CreateFolderAcceptsAnExistingFolderAndRefusesAFile) {
     const TemporaryFolder folder;
-    WriteFile(folder / "file", "kept");
+    writeFile(folder / "file", "kept");
     std::filesystem::create_symlink("nowhere", folder / "dangling");
     EXPECT_TRUE(ZPKFileManager::createFolderWithIntermediateFolders(folder.path(), 0777));
     EXPECT_TRUE(ZPKFileManager::createFolderWithIntermediateFolders("/", 0777));
@@ -129,13 +129,13 @@ TEST(ZPKFileManagerTest, CreateFolderAcceptsAnExistingFolderAndRefusesAFile) {
     EXPECT_FALSE(ZPKFileManager::createFolderWithIntermediateFolders(folder / "file/below", 0777));
     EXPECT_FALSE(ZPKFileManager::createFolderWithIntermediateFolders(folder / "dangling", 0777));
     EXPECT_FALSE(ZPKFileManager::createFolderWithIntermediateFolders("", 0777));
-    EXPECT_EQ(ReadFile(folder / "file"), "kept");
+    EXPECT_EQ(readFile(folder / "file"), "kept");
 }
 
 TEST(ZPKFileManagerTest, CreateFolderFailsWhereTheUserMayNotWrite) {
     const TemporaryFolder folder;
     ::chmod(folder.path().c_str(), 0755);
-    EXPECT_EQ(::geteuid() != 0, AnswerWithoutPrivileges([&] {
+    EXPECT_EQ(::geteuid() != 0, answerWithoutPrivileges([&] {
                   return ZPKFileManager::createFolderWithIntermediateFolders(folder / "a/b", 0777);
               }));
 }
@@ -143,35 +143,35 @@ TEST(ZPKFileManagerTest, CreateFolderFailsWhereTheUserMayNotWrite) {
 TEST(ZPKFileManagerTest, RemoveItemTakesFoldersWithEverythingInThem) {
     const TemporaryFolder folder;
     for (int index = 0; index < 300; ++index) {
-        WriteFile(folder / ("tree/sub" + std::to_string(index % 7) + "/file" + std::to_string(index)), "x");
+        writeFile(folder / ("tree/sub" + std::to_string(index % 7) + "/file" + std::to_string(index)), "x");
     }
     ASSERT_EQ(::mkfifo((folder / "tree/fifo").c_str(), 0666), 0);
     EXPECT_TRUE(ZPKFileManager::removeItem(folder / "tree/"));
-    EXPECT_FALSE(IsThere(folder / "tree"));
+    EXPECT_FALSE(isThere(folder / "tree"));
     EXPECT_FALSE(ZPKFileManager::removeItem(folder / "tree"));
 }
 
 TEST(ZPKFileManagerTest, RemoveItemNeverFollowsLinks) {
     const TemporaryFolder folder;
-    WriteFile(folder / "outside/kept", "kept");
-    WriteFile(folder / "tree/file", "x");
+    writeFile(folder / "outside/kept", "kept");
+    writeFile(folder / "tree/file", "x");
     std::filesystem::create_directory_symlink(folder / "outside", folder / "tree/link");
     std::filesystem::create_directory_symlink(folder / "outside", folder / "top");
     EXPECT_TRUE(ZPKFileManager::removeItem(folder / "tree"));
     EXPECT_TRUE(ZPKFileManager::removeItem(folder / "top/"));
-    EXPECT_FALSE(IsThere(folder / "top"));
-    EXPECT_EQ(ReadFile(folder / "outside/kept"), "kept");
+    EXPECT_FALSE(isThere(folder / "top"));
+    EXPECT_EQ(readFile(folder / "outside/kept"), "kept");
 }
 
 TEST(ZPKFileManagerTest, RemoveItemRefusesPathsThatNameNoItem) {
     const TemporaryFolder folder;
-    WriteFile(folder / "tree/sub/file", "x");
+    writeFile(folder / "tree/sub/file", "x");
     for (const std::string& path :
          {std::string(), std::string("/"), folder / "tree/.", folder / "tree/sub/..", folder / "tree/./",
           folder / "missing/file", folder / "tree/sub/file/x", folder / std::string(5000, 'n')}) {
         EXPECT_FALSE(ZPKFileManager::removeItem(path)) << path;
     }
-    EXPECT_EQ(ReadFile(folder / "tree/sub/file"), "x");
+    EXPECT_EQ(readFile(folder / "tree/sub/file"), "x");
 }
 
 TEST(ZPKFileManagerTest, RemoveItemOpensTheUsersOwnClosedFolders) {
@@ -179,15 +179,15 @@ TEST(ZPKFileManagerTest, RemoveItemOpensTheUsersOwnClosedFolders) {
     ::chmod(folder.path().c_str(), 0755);
     for (const mode_t mode : {0000u, 0100u, 0300u, 0400u, 0500u, 0600u}) {
         const std::string tree = folder / ("space" + std::to_string(mode));
-        WriteFile(tree + "/tree/sub/file", "x");
+        writeFile(tree + "/tree/sub/file", "x");
         for (const std::string& path : {tree, tree + "/tree", tree + "/tree/sub", tree + "/tree/sub/file"}) {
-            GiveToUserWithoutPrivileges(path);
+            giveToUserWithoutPrivileges(path);
         }
         ::chmod((tree + "/tree/sub").c_str(), mode);
         ::chmod((tree + "/tree").c_str(), mode);
-        EXPECT_TRUE(AnswerWithoutPrivileges([&] { return ZPKFileManager::removeItem(tree + "/tree"); }))
+        EXPECT_TRUE(answerWithoutPrivileges([&] { return ZPKFileManager::removeItem(tree + "/tree"); }))
             << mode;
-        EXPECT_FALSE(IsThere(tree + "/tree")) << mode;
+        EXPECT_FALSE(isThere(tree + "/tree")) << mode;
     }
 }
 
@@ -197,14 +197,14 @@ TEST(ZPKFileManagerTest, RemoveItemSaysWhenSomethingRemains) {
     }
     const TemporaryFolder folder;
     ::chmod(folder.path().c_str(), 0755);
-    WriteFile(folder / "space/tree/foreign/file", "kept");
-    WriteFile(folder / "space/tree/own/file", "x");
+    writeFile(folder / "space/tree/foreign/file", "kept");
+    writeFile(folder / "space/tree/own/file", "x");
     for (const char* const path : {"space", "space/tree", "space/tree/own", "space/tree/own/file"}) {
-        GiveToUserWithoutPrivileges(folder / path);
+        giveToUserWithoutPrivileges(folder / path);
     }
-    EXPECT_FALSE(AnswerWithoutPrivileges([&] { return ZPKFileManager::removeItem(folder / "space/tree"); }));
-    EXPECT_EQ(ReadFile(folder / "space/tree/foreign/file"), "kept");
-    EXPECT_FALSE(IsThere(folder / "space/tree/own"));
+    EXPECT_FALSE(answerWithoutPrivileges([&] { return ZPKFileManager::removeItem(folder / "space/tree"); }));
+    EXPECT_EQ(readFile(folder / "space/tree/foreign/file"), "kept");
+    EXPECT_FALSE(isThere(folder / "space/tree/own"));
 }
 
 TEST(ZPKFileManagerTest, RemoveItemTakesTreesDeeperThanAnyPath) {
@@ -212,31 +212,31 @@ TEST(ZPKFileManagerTest, RemoveItemTakesTreesDeeperThanAnyPath) {
     const rlimit fewDescriptors{128, 128};
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &fewDescriptors), 0);
     const rlimit smallStack{256 * 1024, 256 * 1024};
-    MakeDeepTree(folder / "deep", 10'000);
+    makeDeepTree(folder / "deep", 10'000);
     ASSERT_EQ(::setrlimit(RLIMIT_STACK, &smallStack), 0);
     bool removed = false;
     std::thread([&] { removed = ZPKFileManager::removeItem(folder / "deep"); }).join();
     EXPECT_TRUE(removed);
-    EXPECT_FALSE(IsThere(folder / "deep"));
+    EXPECT_FALSE(isThere(folder / "deep"));
 }
 
 TEST(ZPKFileManagerTest, RemoveItemLeavesWhatIsMounted) {
     const TemporaryFolder folder;
-    WriteFile(folder / "tree/file", "x");
+    writeFile(folder / "tree/file", "x");
     std::filesystem::create_directories(folder / "tree/mounted");
     std::filesystem::create_directories(folder / "tree/bound");
-    WriteFile(folder / "original/kept", "kept");
+    writeFile(folder / "original/kept", "kept");
     if (::mount("none", (folder / "tree/mounted").c_str(), "tmpfs", 0, nullptr) != 0) {
         GTEST_SKIP() << "may not mount";
     }
     ASSERT_EQ(
         ::mount((folder / "original").c_str(), (folder / "tree/bound").c_str(), nullptr, MS_BIND, nullptr),
         0);
-    WriteFile(folder / "tree/mounted/kept", "kept");
+    writeFile(folder / "tree/mounted/kept", "kept");
     EXPECT_FALSE(ZPKFileManager::removeItem(folder / "tree"));
-    EXPECT_EQ(ReadFile(folder / "tree/mounted/kept"), "kept");
-    EXPECT_EQ(ReadFile(folder / "original/kept"), "kept");
-    EXPECT_FALSE(IsThere(folder / "tree/file"));
+    EXPECT_EQ(readFile(folder / "tree/mounted/kept"), "kept");
+    EXPECT_EQ(readFile(folder / "original/kept"), "kept");
+    EXPECT_FALSE(isThere(folder / "tree/file"));
     ::umount((folder / "tree/mounted").c_str());
     ::umount((folder / "tree/bound").c_str());
 }
@@ -244,7 +244,7 @@ TEST(ZPKFileManagerTest, RemoveItemLeavesWhatIsMounted) {
 TEST(ZPKFileManagerTest, RemoveItemIsNotLedAwayByASwappedLink) {
     const TemporaryFolder folder;
     for (int index = 0; index < 50; ++index) {
-        WriteFile(folder / ("outside/kept" + std::to_string(index)), "kept");
+        writeFile(folder / ("outside/kept" + std::to_string(index)), "kept");
     }
     std::filesystem::create_directory_symlink(folder / "outside", folder / "link");
     std::atomic<bool> done = false;
@@ -256,22 +256,22 @@ TEST(ZPKFileManagerTest, RemoveItemIsNotLedAwayByASwappedLink) {
     });
     for (int round = 0; round < 300; ++round) {
         std::filesystem::create_directories(folder / "tree/sub");
-        WriteFile(folder / "tree/sub/file", "x");
+        writeFile(folder / "tree/sub/file", "x");
         ZPKFileManager::removeItem(folder / "tree");
     }
     done = true;
     swapper.join();
     for (int index = 0; index < 50; ++index) {
-        EXPECT_TRUE(IsThere(folder / ("outside/kept" + std::to_string(index)))) << index;
+        EXPECT_TRUE(isThere(folder / ("outside/kept" + std::to_string(index)))) << index;
     }
 }
 
 TEST(ZPKFileManagerTest, CopyItemKeepsContentsModesTimesAndLinks) {
     const TemporaryFolder folder;
     const std::string large(3'000'000, 'L');
-    WriteFile(folder / "tree/sub/large", large);
-    WriteFile(folder / "tree/empty", "");
-    WriteFile(folder / "tree/readonly/file", "r");
+    writeFile(folder / "tree/sub/large", large);
+    writeFile(folder / "tree/empty", "");
+    writeFile(folder / "tree/readonly/file", "r");
     std::filesystem::create_symlink("sub/large", folder / "tree/link");
     std::filesystem::create_symlink("/nowhere/at all", folder / "tree/dangling");
     ::chmod((folder / "tree/sub/large").c_str(), 0640);
@@ -282,13 +282,13 @@ TEST(ZPKFileManagerTest, CopyItemKeepsContentsModesTimesAndLinks) {
         ASSERT_EQ(::utimensat(AT_FDCWD, (folder / path).c_str(), times, AT_SYMLINK_NOFOLLOW), 0);
     }
     EXPECT_TRUE(ZPKFileManager::copyItem(folder / "tree", folder / "copy"));
-    EXPECT_EQ(ReadFile(folder / "copy/sub/large"), large);
-    EXPECT_EQ(ReadFile(folder / "copy/readonly/file"), "r");
+    EXPECT_EQ(readFile(folder / "copy/sub/large"), large);
+    EXPECT_EQ(readFile(folder / "copy/readonly/file"), "r");
     EXPECT_EQ(std::filesystem::read_symlink(folder / "copy/link"), "sub/large");
     EXPECT_EQ(std::filesystem::read_symlink(folder / "copy/dangling"), "/nowhere/at all");
-    EXPECT_EQ(ModeOf(folder / "copy/sub/large"), 0640u);
-    EXPECT_EQ(ModeOf(folder / "copy/empty"), 0755u) << "set-ID bits do not travel";
-    EXPECT_EQ(ModeOf(folder / "copy/readonly"), 0555u);
+    EXPECT_EQ(modeOf(folder / "copy/sub/large"), 0640u);
+    EXPECT_EQ(modeOf(folder / "copy/empty"), 0755u) << "set-ID bits do not travel";
+    EXPECT_EQ(modeOf(folder / "copy/readonly"), 0555u);
     for (const char* const path : {"copy/sub/large", "copy/link", "copy/sub", "copy"}) {
         struct stat attributes;
         ASSERT_EQ(::lstat((folder / path).c_str(), &attributes), 0);
@@ -299,9 +299,9 @@ TEST(ZPKFileManagerTest, CopyItemKeepsContentsModesTimesAndLinks) {
 
 TEST(ZPKFileManagerTest, CopyItemNeverOverwrites) {
     const TemporaryFolder folder;
-    WriteFile(folder / "source", "new");
-    WriteFile(folder / "file", "old");
-    WriteFile(folder / "tree/x", "new");
+    writeFile(folder / "source", "new");
+    writeFile(folder / "file", "old");
+    writeFile(folder / "tree/x", "new");
     std::filesystem::create_directory(folder / "folder");
     std::filesystem::create_symlink("elsewhere", folder / "dangling");
     for (const char* const source : {"source", "tree"}) {
@@ -310,16 +310,16 @@ TEST(ZPKFileManagerTest, CopyItemNeverOverwrites) {
                 << source << " to " << destination;
         }
     }
-    EXPECT_EQ(ReadFile(folder / "file"), "old");
+    EXPECT_EQ(readFile(folder / "file"), "old");
     EXPECT_TRUE(std::filesystem::is_empty(folder / "folder"));
-    EXPECT_FALSE(IsThere(folder / "elsewhere"));
+    EXPECT_FALSE(isThere(folder / "elsewhere"));
 }
 
 TEST(ZPKFileManagerTest, CopyItemRefusesWhatWouldHangOrNeverEnd) {
     const TemporaryFolder folder;
     ASSERT_EQ(::mkfifo((folder / "fifo").c_str(), 0666), 0);
-    WriteFile(folder / "tree/file", "x");
-    WriteFile(folder / "tree/a/b/file", "x");
+    writeFile(folder / "tree/file", "x");
+    writeFile(folder / "tree/a/b/file", "x");
     ASSERT_EQ(::mkfifo((folder / "tree/fifo").c_str(), 0666), 0);
     const int listener = ::socket(AF_UNIX, SOCK_STREAM, 0);
     sockaddr_un address{};
@@ -334,34 +334,34 @@ TEST(ZPKFileManagerTest, CopyItemRefusesWhatWouldHangOrNeverEnd) {
     EXPECT_FALSE(ZPKFileManager::copyItem(folder / "tree", folder / "tree/inside"));
     EXPECT_FALSE(ZPKFileManager::copyItem(folder / "missing", folder / "copy4"));
     EXPECT_FALSE(ZPKFileManager::copyItem(folder / "tree/file", folder / "missing/copy"));
-    EXPECT_FALSE(IsThere(folder / "copy1") || IsThere(folder / "copy2") || IsThere(folder / "copy3") ||
-                 IsThere(folder / "copy4") || IsThere(folder / "tree/inside"));
+    EXPECT_FALSE(isThere(folder / "copy1") || isThere(folder / "copy2") || isThere(folder / "copy3") ||
+                 isThere(folder / "copy4") || isThere(folder / "tree/inside"));
     EXPECT_FALSE(ZPKFileManager::copyItem(folder / "tree", folder / "copy5"));
-    EXPECT_EQ(ReadFile(folder / "copy5/a/b/file"), "x") << "what can be copied is";
+    EXPECT_EQ(readFile(folder / "copy5/a/b/file"), "x") << "what can be copied is";
 }
 
 TEST(ZPKFileManagerTest, CopyItemSaysWhenAFileCannotBeRead) {
     const TemporaryFolder folder;
     ::chmod(folder.path().c_str(), 0777);
-    WriteFile(folder / "tree/closed", "x");
-    WriteFile(folder / "tree/open", "x");
+    writeFile(folder / "tree/closed", "x");
+    writeFile(folder / "tree/open", "x");
     ::chmod((folder / "tree").c_str(), 0755);
     ::chmod((folder / "tree/open").c_str(), 0644);
     ::chmod((folder / "tree/closed").c_str(), 0000);
     EXPECT_FALSE(
-        AnswerWithoutPrivileges([&] { return ZPKFileManager::copyItem(folder / "tree", folder / "copy"); }));
-    EXPECT_EQ(ReadFile(folder / "copy/open"), "x");
+        answerWithoutPrivileges([&] { return ZPKFileManager::copyItem(folder / "tree", folder / "copy"); }));
+    EXPECT_EQ(readFile(folder / "copy/open"), "x");
 }
 
 TEST(ZPKFileManagerTest, CopyItemTakesTreesDeeperThanAnyPath) {
     const TemporaryFolder folder;
-    MakeDeepTree(folder / "deep", 3'000);
-    const std::size_t before = OpenDescriptorCount();
+    makeDeepTree(folder / "deep", 3'000);
+    const std::size_t before = openDescriptorCount();
     const rlimit fewDescriptors{128, 128};
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &fewDescriptors), 0);
     EXPECT_TRUE(ZPKFileManager::copyItem(folder / "deep", folder / "copy"));
-    EXPECT_EQ(DepthOf(folder / "copy"), 3'000);
-    EXPECT_EQ(OpenDescriptorCount(), before);
+    EXPECT_EQ(depthOf(folder / "copy"), 3'000);
+    EXPECT_EQ(openDescriptorCount(), before);
     ZPKFileManager::removeItem(folder / "copy");
     ZPKFileManager::removeItem(folder / "deep");
 }
@@ -369,7 +369,7 @@ TEST(ZPKFileManagerTest, CopyItemTakesTreesDeeperThanAnyPath) {
 TEST(ZPKFileManagerTest, ContentsOfFolderGivesDirectEntriesInTheirOrder) {
     const TemporaryFolder folder;
     for (const char* const name : {"b", "a", ".hidden", "c/below"}) {
-        WriteFile(folder / name, "x");
+        writeFile(folder / name, "x");
     }
     std::filesystem::create_directory_symlink(folder.path(), folder / "link");
     std::vector<std::string> expected;
@@ -385,7 +385,7 @@ TEST(ZPKFileManagerTest, ContentsOfFolderGivesDirectEntriesInTheirOrder) {
 
 TEST(ZPKFileManagerTest, ContentsOfFolderIsEmptyWhenItCannotBeRead) {
     const TemporaryFolder folder;
-    WriteFile(folder / "file", "x");
+    writeFile(folder / "file", "x");
     for (const std::string& path : {folder / "file", folder / "missing", std::string()}) {
         std::vector<std::string> names{"old"};
         EXPECT_FALSE(ZPKFileManager::contentsOfFolder(path, names)) << path;
@@ -396,7 +396,7 @@ TEST(ZPKFileManagerTest, ContentsOfFolderIsEmptyWhenItCannotBeRead) {
 TEST(ZPKFileManagerTest, SubpathsGiveEachFolderBeforeWhatItHolds) {
     const TemporaryFolder folder;
     for (const char* const name : {"a/1", "a/b/2", "a/b/c/3", "z/4", "top", "\xFF\n name"}) {
-        WriteFile(folder / name, "x");
+        writeFile(folder / name, "x");
     }
     std::filesystem::create_directory_symlink(folder / "a", folder / "z/link");
     std::vector<std::string> expected;
@@ -411,7 +411,7 @@ TEST(ZPKFileManagerTest, SubpathsGiveEachFolderBeforeWhatItHolds) {
 
 TEST(ZPKFileManagerTest, SubpathsLeaveOutWhatIsTooLongOrUnreadable) {
     const TemporaryFolder folder;
-    MakeDeepTree(folder / "deep", 6'000);
+    makeDeepTree(folder / "deep", 6'000);
     std::vector<std::string> paths;
     ZPKFileManager::subpathsOfFolder(folder.path(), paths);
     ASSERT_FALSE(paths.empty());

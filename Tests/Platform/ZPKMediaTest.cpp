@@ -17,13 +17,13 @@ namespace {
 using MediaType = ZPKOpticalDevices::MediaType;
 using Names = std::vector<std::string>;
 using zpk_test::TemporaryFolder;
-using zpk_test::WriteFile;
+using zpk_test::writeFile;
 
-const Names compactDisc = {"ID_CDROM_MEDIA_CD"};
-const Names recordable = {"ID_CDROM_MEDIA_CD_R"};
-const Names rewritable = {"ID_CDROM_MEDIA_CD_RW"};
-const Names dvd = {"ID_CDROM_MEDIA_DVD"};
-const Names audio = {"ID_CDROM_MEDIA_CD", "ID_CDROM_MEDIA_TRACK_COUNT_AUDIO"};
+const Names kCompactDisc = {"ID_CDROM_MEDIA_CD"};
+const Names kRecordable = {"ID_CDROM_MEDIA_CD_R"};
+const Names kRewritable = {"ID_CDROM_MEDIA_CD_RW"};
+const Names kDvd = {"ID_CDROM_MEDIA_DVD"};
+const Names kAudio = {"ID_CDROM_MEDIA_CD", "ID_CDROM_MEDIA_TRACK_COUNT_AUDIO"};
 
 /// A machine whose devices are made up.
 class ZPKMediaTest : public ::testing::Test {
@@ -84,7 +84,7 @@ protected:
 
     /// Mount points of removable media, for the given lines of a mount table.
     Names mounted(const std::string& table) const {
-        WriteFile(m_folder / "mountinfo", table);
+        writeFile(m_folder / "mountinfo", table);
         return ZPKWorkspace::mountedRemovableMedia(ZPKMountTable(m_folder / "mountinfo"));
     }
 
@@ -103,11 +103,11 @@ private:
 };
 
 TEST_F(ZPKMediaTest, MediaTypeTellsDiscsApart) {
-    addDrive("sr0", "11:0", compactDisc);
-    addDrive("sr1", "11:1", recordable);
-    addDrive("sr2", "11:2", rewritable);
-    addDrive("sr3", "11:3", dvd);
-    addDrive("sr4", "11:4", audio);
+    addDrive("sr0", "11:0", kCompactDisc);
+    addDrive("sr1", "11:1", kRecordable);
+    addDrive("sr2", "11:2", kRewritable);
+    addDrive("sr3", "11:3", kDvd);
+    addDrive("sr4", "11:4", kAudio);
     addDrive("sr5", "11:5", {});
     add({"sda", "8:0", false, {}});
     add({"sdb", "8:16", true, {}});
@@ -127,13 +127,13 @@ TEST_F(ZPKMediaTest, MediaTypeTellsDiscsApart) {
 
 TEST_F(ZPKMediaTest, EjectableMediaAreCDsOfAnyKind) {
     EXPECT_EQ(ZPKOpticalDevices::ejectableMediaNames(), Names{});
-    addDrive("sr0", "11:0", compactDisc);
+    addDrive("sr0", "11:0", kCompactDisc);
     addDrive("sr1", "11:1", {});
-    addDrive("sr2", "11:2", dvd);
-    addDrive("sr3", "11:3", recordable);
-    addDrive("sr4", "11:4", audio);
-    addDrive("sr10", "11:10", rewritable);
-    addDrive("sr11", "11:11", audio, false);
+    addDrive("sr2", "11:2", kDvd);
+    addDrive("sr3", "11:3", kRecordable);
+    addDrive("sr4", "11:4", kAudio);
+    addDrive("sr10", "11:10", kRewritable);
+    addDrive("sr11", "11:11", kAudio, false);
     add({"sda", "8:0", false, {}});
     const std::string stick = add({"sdb", "8:16", true, {}});
     add({"sdb1", "8:17", true, {}, "partition"}, stick);
@@ -152,8 +152,8 @@ TEST_F(ZPKMediaTest, DiscsThatComeAndGoAreSeen) {
 }
 
 TEST_F(ZPKMediaTest, MountedRemovableMediaAreGivenInMountOrder) {
-    addDrive("sr0", "11:0", compactDisc);
-    addDrive("sr1", "11:1", dvd, false);
+    addDrive("sr0", "11:0", kCompactDisc);
+    addDrive("sr1", "11:1", kDvd, false);
     add({"sda", "8:0", false, {}});
     const std::string stick = add({"sdb", "8:16", true, {}});
     add({"sdb1", "8:17", true, {}, "partition"}, stick);
@@ -174,7 +174,7 @@ TEST_F(ZPKMediaTest, MountedRemovableMediaAreGivenInMountOrder) {
 }
 
 TEST_F(ZPKMediaTest, BrokenLinesOfTheMountTableHideNothing) {
-    addDrive("sr0", "11:0", compactDisc);
+    addDrive("sr0", "11:0", kCompactDisc);
     EXPECT_EQ(mounted("20 1 8:0 / / rw - ext4 /dev/sda rw\n"
                       "nonsense\n"
                       "23 20 11:0 / /media/one ro - iso9660 /dev/sr0 ro\n"
@@ -192,10 +192,10 @@ TEST(ZPKMountTableTest, MissingTableIsEmpty) {
 TEST(ZPKMountTableTest, PathsLieOnTheDeepestMount) {
     const TemporaryFolder folder;
     for (const char* const name : {"disc/sub/file", "disc2/file"}) {
-        WriteFile(folder / name, "x");
+        writeFile(folder / name, "x");
     }
     std::filesystem::create_symlink("disc/sub", folder / "link");
-    WriteFile(folder / "mountinfo",
+    writeFile(folder / "mountinfo",
               "1 0 8:0 / / rw - ext4 /dev/sda rw\n"
               "2 1 11:9 / " +
                   folder.path() + "/disc ro - iso9660 /dev/sr9 ro\n" + "3 1 11:0 / " + folder.path() +

@@ -10,7 +10,7 @@
 
 namespace {
 
-std::string Repeated(const std::string& text, std::size_t count) {
+std::string repeated(const std::string& text, std::size_t count) {
     std::string result;
     result.reserve(text.size() * count);
     for (std::size_t index = 0; index < count; ++index) {
@@ -19,66 +19,66 @@ std::string Repeated(const std::string& text, std::size_t count) {
     return result;
 }
 
-std::string NestedXML(std::size_t levels) {
-    return "<plist><dict><key>k</key>" + Repeated("<array>", levels) + Repeated("</array>", levels) +
+std::string nestedXml(std::size_t levels) {
+    return "<plist><dict><key>k</key>" + repeated("<array>", levels) + repeated("</array>", levels) +
            "</dict></plist>";
 }
 
-void AppendNumber(std::string& bytes, std::uint64_t number, int width) {
+void appendNumber(std::string& bytes, std::uint64_t number, int width) {
     for (int shift = (width - 1) * 8; shift >= 0; shift -= 8) {
         bytes += static_cast<char>(number >> shift & 0xFF);
     }
 }
 
 /// A binary list of the given objects, four bytes an offset and two a reference.
-std::string Binary(const std::vector<std::string>& objects) {
+std::string binary(const std::vector<std::string>& objects) {
     std::string bytes = "bplist00";
     std::string offsets;
     for (const std::string& object : objects) {
-        AppendNumber(offsets, bytes.size(), 4);
+        appendNumber(offsets, bytes.size(), 4);
         bytes += object;
     }
     const std::size_t table = bytes.size();
     bytes += offsets + std::string(6, '\0') + '\x04' + '\x02';
-    AppendNumber(bytes, objects.size(), 8);
-    AppendNumber(bytes, 0, 8);
-    AppendNumber(bytes, table, 8);
+    appendNumber(bytes, objects.size(), 8);
+    appendNumber(bytes, 0, 8);
+    appendNumber(bytes, table, 8);
     return bytes;
 }
 
-std::string ArrayOf(const std::vector<unsigned int>& references) {
+std::string arrayOf(const std::vector<unsigned int>& references) {
     std::string object(1, static_cast<char>(0xA0 + references.size()));
     for (const unsigned int reference : references) {
-        AppendNumber(object, reference, 2);
+        appendNumber(object, reference, 2);
     }
     return object;
 }
 
 /// `{ "k": object 2 }` with the objects from 2 on.
-std::string BinaryDictionaryOf(std::vector<std::string> objects) {
+std::string binaryDictionaryOf(std::vector<std::string> objects) {
     std::string root = "\xD1";
-    AppendNumber(root, 1, 2);
-    AppendNumber(root, 2, 2);
+    appendNumber(root, 1, 2);
+    appendNumber(root, 2, 2);
     objects.insert(objects.begin(), {root, "\x51k"});
-    return Binary(objects);
+    return binary(objects);
 }
 
 TEST(ZPKPropertyListHostileTest, DeepXMLIsMalformed) {
-    EXPECT_TRUE(ZPKPropertyList::dictionaryWithBytes(NestedXML(100)));
-    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(NestedXML(200)));
-    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(NestedXML(1'000'000)));
+    EXPECT_TRUE(ZPKPropertyList::dictionaryWithBytes(nestedXml(100)));
+    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(nestedXml(200)));
+    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(nestedXml(1'000'000)));
     EXPECT_FALSE(
-        ZPKPropertyList::dictionaryWithBytes("<plist><dict><key>k</key>" + Repeated("<array>", 1'000'000)));
+        ZPKPropertyList::dictionaryWithBytes("<plist><dict><key>k</key>" + repeated("<array>", 1'000'000)));
 }
 
 TEST(ZPKPropertyListHostileTest, DepthCannotBeHidden) {
     const std::string hidden[] = {
-        Repeated("<array><!-- </array> -->", 100'000),
-        Repeated("<array><?x </array>?>", 100'000),
-        Repeated("<array><![CDATA[</array>]]>", 100'000),
-        Repeated("<array a=\"</array>\">", 100'000),
-        Repeated("<array a='/>'>", 100'000),
-        Repeated("<array ><dict\n><key>k</key>", 100'000),
+        repeated("<array><!-- </array> -->", 100'000),
+        repeated("<array><?x </array>?>", 100'000),
+        repeated("<array><![CDATA[</array>]]>", 100'000),
+        repeated("<array a=\"</array>\">", 100'000),
+        repeated("<array a='/>'>", 100'000),
+        repeated("<array ><dict\n><key>k</key>", 100'000),
     };
     for (const std::string& nested : hidden) {
         EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes("<plist><dict><key>k</key>" + nested))
@@ -87,19 +87,19 @@ TEST(ZPKPropertyListHostileTest, DepthCannotBeHidden) {
 }
 
 TEST(ZPKPropertyListHostileTest, DeepTextIsMalformed) {
-    EXPECT_TRUE(ZPKPropertyList::dictionaryWithBytes("k = " + Repeated("(", 100) + Repeated(")", 100) + ";"));
-    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes("k = " + Repeated("(", 1'000'000)));
-    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes("k = " + Repeated("{k=", 1'000'000)));
+    EXPECT_TRUE(ZPKPropertyList::dictionaryWithBytes("k = " + repeated("(", 100) + repeated(")", 100) + ";"));
+    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes("k = " + repeated("(", 1'000'000)));
+    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes("k = " + repeated("{k=", 1'000'000)));
 }
 
 TEST(ZPKPropertyListHostileTest, DeepBinaryIsMalformed) {
     for (const unsigned int levels : {100u, 60'000u}) {
         std::vector<std::string> objects;
         for (unsigned int level = 0; level < levels; ++level) {
-            objects.push_back(ArrayOf({level + 3}));
+            objects.push_back(arrayOf({level + 3}));
         }
         objects.push_back("\x51x");
-        EXPECT_EQ(ZPKPropertyList::dictionaryWithBytes(BinaryDictionaryOf(objects)).has_value(),
+        EXPECT_EQ(ZPKPropertyList::dictionaryWithBytes(binaryDictionaryOf(objects)).has_value(),
                   levels == 100u);
     }
 }
@@ -107,31 +107,31 @@ TEST(ZPKPropertyListHostileTest, DeepBinaryIsMalformed) {
 TEST(ZPKPropertyListHostileTest, RepeatedReferencesDoNotMultiply) {
     std::vector<std::string> objects;
     for (unsigned int level = 0; level < 60; ++level) {
-        objects.push_back(ArrayOf({level + 3, level + 3, level + 3}));
+        objects.push_back(arrayOf({level + 3, level + 3, level + 3}));
     }
     objects.push_back("\x51x");
-    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(BinaryDictionaryOf(objects)));
+    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(binaryDictionaryOf(objects)));
 }
 
 TEST(ZPKPropertyListHostileTest, LongTextsDoNotMultiplyEither) {
     // Twelve megabytes of text, referred to three million times.
     std::vector<std::string> objects;
     for (unsigned int level = 0; level < 13; ++level) {
-        objects.push_back(ArrayOf({level + 3, level + 3, level + 3}));
+        objects.push_back(arrayOf({level + 3, level + 3, level + 3}));
     }
     std::string text = "\x5F\x12";
-    AppendNumber(text, 12'000'000, 4);
+    appendNumber(text, 12'000'000, 4);
     objects.push_back(text + std::string(12'000'000, 'x'));
-    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(BinaryDictionaryOf(objects)));
+    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(binaryDictionaryOf(objects)));
 }
 
 TEST(ZPKPropertyListHostileTest, CirclesAreMalformed) {
-    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(BinaryDictionaryOf({ArrayOf({2})})));
-    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(BinaryDictionaryOf({ArrayOf({3}), ArrayOf({0})})));
+    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(binaryDictionaryOf({arrayOf({2})})));
+    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(binaryDictionaryOf({arrayOf({3}), arrayOf({0})})));
 }
 
 TEST(ZPKPropertyListHostileTest, BinaryNumbersThatDoNotFitTheFileAreMalformed) {
-    const std::string good = BinaryDictionaryOf({"\x51x"});
+    const std::string good = binaryDictionaryOf({"\x51x"});
     ASSERT_TRUE(ZPKPropertyList::dictionaryWithBytes(good));
     for (std::size_t byte = good.size() - 32; byte < good.size(); ++byte) {
         for (const char value : {'\x00', '\x01', '\x7F', '\xFF'}) {
@@ -141,11 +141,11 @@ TEST(ZPKPropertyListHostileTest, BinaryNumbersThatDoNotFitTheFileAreMalformed) {
         }
     }
     EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(
-        BinaryDictionaryOf({"\xAF\x13\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"})));
+        binaryDictionaryOf({"\xAF\x13\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"})));
     EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(
-        BinaryDictionaryOf({"\x5F\x13\x7F\xFF\xFF\xFF\xFF\xFF\xFF\xFF"})));
-    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(BinaryDictionaryOf({"\xDF"})));
-    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(BinaryDictionaryOf({ArrayOf({60'000})})));
+        binaryDictionaryOf({"\x5F\x13\x7F\xFF\xFF\xFF\xFF\xFF\xFF\xFF"})));
+    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(binaryDictionaryOf({"\xDF"})));
+    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(binaryDictionaryOf({arrayOf({60'000})})));
 }
 
 TEST(ZPKPropertyListHostileTest, TextsWithNullCharactersAreMalformed) {
@@ -155,10 +155,10 @@ TEST(ZPKPropertyListHostileTest, TextsWithNullCharactersAreMalformed) {
                                             4),
                                 std::string("\x51\0", 2), std::string("\x62\0a\0\0", 5)};
     for (const std::string& key : keys) {
-        EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(Binary({root, key, "\x51x"})));
-        EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(Binary({root, "\x51k", key})));
+        EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(binary({root, key, "\x51x"})));
+        EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(binary({root, "\x51k", key})));
     }
-    EXPECT_TRUE(ZPKPropertyList::dictionaryWithBytes(Binary({root, std::string("\x62\0a\0b", 5), "\x51x"})));
+    EXPECT_TRUE(ZPKPropertyList::dictionaryWithBytes(binary({root, std::string("\x62\0a\0b", 5), "\x51x"})));
 }
 
 TEST(ZPKPropertyListHostileTest, KeysThatAreNoTextsAreSurvived) {
@@ -174,7 +174,7 @@ TEST(ZPKPropertyListHostileTest, KeysThatAreNoTextsAreSurvived) {
                                 std::string("\x33", 1) + std::string(8, '\0'),
                                 std::string("\xD0", 1)};
     for (const std::string& key : keys) {
-        const auto list = ZPKPropertyList::dictionaryWithBytes(Binary({root, key, "\x51x"}));
+        const auto list = ZPKPropertyList::dictionaryWithBytes(binary({root, key, "\x51x"}));
         EXPECT_FALSE(list && list->stringForKey("k"));
     }
     for (const char* const key :
@@ -185,12 +185,12 @@ TEST(ZPKPropertyListHostileTest, KeysThatAreNoTextsAreSurvived) {
 
 TEST(ZPKPropertyListHostileTest, ManyEntriesAreReadInTime) {
     std::string xml =
-        "<plist><dict><key>k</key><array>" + Repeated("<string>signature</string>", 100'000) + "</array>";
+        "<plist><dict><key>k</key><array>" + repeated("<string>signature</string>", 100'000) + "</array>";
     std::string text = "k = (";
     for (int index = 0; index < 20'000; ++index) {
         xml += "<key>key" + std::to_string(index) + "</key><string>v</string>";
     }
-    text += Repeated("signature, ", 100'000) + ");";
+    text += repeated("signature, ", 100'000) + ");";
     const auto fromXML = ZPKPropertyList::dictionaryWithBytes(xml + "</dict></plist>");
     const auto fromText = ZPKPropertyList::dictionaryWithBytes(text);
     ASSERT_TRUE(fromXML && fromText);

@@ -14,11 +14,11 @@
 namespace {
 
 using zpk_test::TemporaryFolder;
-using zpk_test::WriteFile;
+using zpk_test::writeFile;
 
 using Strings = std::vector<std::string>;
 
-const std::string xmlList =
+const std::string kXmlList =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
     "<!DOCTYPE plist PUBLIC \"-//X//DTD PLIST 1.0//EN\" \"http://example.com/PropertyList-1.0.dtd\">\n"
     "<!-- <dict> in a comment --> <plist version=\"1.0\">\n<dict>\n"
@@ -32,7 +32,7 @@ const std::string xmlList =
     "</dict>\n</plist>\n";
 
 /// The same list as `{ "Varno Utilities": ["first", "second"], "Name": "x" }`, in the binary form.
-const unsigned char binaryList[] = {
+const unsigned char kBinaryList[] = {
     'b',  'p',  'l',  'i', 's', 't', '0', '0', 0xD2, 1,   2,   3,   4,                             // 8
     0x5F, 0x10, 0x0F, 'V', 'a', 'r', 'n', 'o', ' ',  'U', 't', 'i', 'l', 'i', 't', 'i', 'e', 's',  // 13
     0x54, 'N',  'a',  'm', 'e',                                                                    // 31
@@ -44,13 +44,13 @@ const unsigned char binaryList[] = {
     0,    0,    0,    0,   0,   0,   1,   1,   0,    0,   0,   0,   0,   0,   0,   7,   0,   0,
     0,    0,    0,    0,   0,   0,   0,   0,   0,    0,   0,   0,   0,   55};
 
-std::string Binary() {
-    return std::string(std::begin(binaryList), std::end(binaryList));
+std::string binary() {
+    return std::string(std::begin(kBinaryList), std::end(kBinaryList));
 }
 
 TEST(ZPKPropertyListTest, ReadsTheXMLForm) {
     const TemporaryFolder folder;
-    WriteFile(folder / "list.plist", xmlList);
+    writeFile(folder / "list.plist", kXmlList);
     const auto list = ZPKPropertyList::dictionaryWithContentsOfFile(folder / "list.plist");
     ASSERT_TRUE(list);
     EXPECT_EQ(list->stringArrayForKey("Varno Utilities"), (Strings{"first", "second & \xE6\x97\xA5", ""}));
@@ -67,7 +67,7 @@ TEST(ZPKPropertyListTest, ReadsTheXMLForm) {
 }
 
 TEST(ZPKPropertyListTest, ReadsTheXMLFormAfterAByteOrderMarkAndInUTF16) {
-    EXPECT_TRUE(ZPKPropertyList::dictionaryWithBytes("\xEF\xBB\xBF" + xmlList));
+    EXPECT_TRUE(ZPKPropertyList::dictionaryWithBytes("\xEF\xBB\xBF" + kXmlList));
     std::string wide = "\xFF\xFE";
     for (const char character : std::string("<plist><dict><key>k</key><string>v</string></dict></plist>")) {
         wide += character;
@@ -80,7 +80,7 @@ TEST(ZPKPropertyListTest, ReadsTheXMLFormAfterAByteOrderMarkAndInUTF16) {
 
 TEST(ZPKPropertyListTest, ReadsTheBinaryForm) {
     const TemporaryFolder folder;
-    WriteFile(folder / "list.plist", Binary());
+    writeFile(folder / "list.plist", binary());
     const auto list = ZPKPropertyList::dictionaryWithContentsOfFile(folder / "list.plist");
     ASSERT_TRUE(list);
     EXPECT_EQ(list->stringArrayForKey("Varno Utilities"), (Strings{"first", "second"}));
@@ -110,7 +110,7 @@ TEST(ZPKPropertyListTest, MalformedXMLGivesNothing) {
 TEST(ZPKPropertyListTest, UnreadableFilesGiveNothingAndNeverHang) {
     const TemporaryFolder folder;
     ASSERT_EQ(::mkfifo((folder / "fifo").c_str(), 0666), 0);
-    WriteFile(folder / "huge", "a = b;");
+    writeFile(folder / "huge", "a = b;");
     ASSERT_EQ(::truncate((folder / "huge").c_str(), 64 * 1024 * 1024 + 1), 0);
     for (const std::string& path : {folder / "missing", folder / "fifo", folder.path(), folder / "huge",
                                     std::string(), std::string("/dev/zero")}) {
@@ -124,17 +124,17 @@ TEST(ZPKPropertyListTest, EmptyFileHoldsNothing) {
 }
 
 TEST(ZPKPropertyListTest, EveryTruncationIsSurvived) {
-    const std::string binary = Binary();
-    for (std::size_t length = 0; length < xmlList.size(); ++length) {
-        ZPKPropertyList::dictionaryWithBytes(xmlList.substr(0, length));
+    const std::string list = binary();
+    for (std::size_t length = 0; length < kXmlList.size(); ++length) {
+        ZPKPropertyList::dictionaryWithBytes(kXmlList.substr(0, length));
     }
-    for (std::size_t length = 1; length < binary.size(); ++length) {
-        EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(binary.substr(0, length))) << length;
+    for (std::size_t length = 1; length < list.size(); ++length) {
+        EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(list.substr(0, length))) << length;
     }
 }
 
 TEST(ZPKPropertyListTest, EveryFlippedBitIsSurvived) {
-    for (const std::string& good : {xmlList, Binary()}) {
+    for (const std::string& good : {kXmlList, binary()}) {
         for (std::size_t bit = 0; bit < good.size() * 8; ++bit) {
             std::string damaged = good;
             damaged[bit / 8] = static_cast<char>(damaged[bit / 8] ^ (1 << bit % 8));

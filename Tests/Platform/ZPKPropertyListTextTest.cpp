@@ -15,7 +15,7 @@ struct Row {
     std::string value;
 };
 
-std::string Wide(const std::u16string& text, bool bigEndian) {
+std::string wide(const std::u16string& text, bool bigEndian) {
     std::string bytes;
     for (const char16_t unit : u"\uFEFF" + text) {
         const char high = static_cast<char>(unit >> 8);
@@ -57,9 +57,9 @@ TEST(ZPKPropertyListTextTest, ReadsStrings) {
         {"raw newline", "k = \"a\nb\";", "a\nb"},
         {"UTF-8", "k = \"\xC3\xA9\xE6\x97\xA5\xF0\x9F\x98\x80\";", "\xC3\xA9\xE6\x97\xA5\xF0\x9F\x98\x80"},
         {"UTF-8 with its mark", "\xEF\xBB\xBFk = v;", "v"},
-        {"UTF-16 little endian", Wide(u"k = \"\u65e5\U0001F600\";", false), "\xE6\x97\xA5\xF0\x9F\x98\x80"},
-        {"UTF-16 big endian", Wide(u"\"k\" = v;", true), "v"},
-        {"UTF-16 lone surrogate", Wide(u"k = \"\xD83D\";", true), "\xEF\xBF\xBD"},
+        {"UTF-16 little endian", wide(u"k = \"\u65e5\U0001F600\";", false), "\xE6\x97\xA5\xF0\x9F\x98\x80"},
+        {"UTF-16 big endian", wide(u"\"k\" = v;", true), "v"},
+        {"UTF-16 lone surrogate", wide(u"k = \"\xD83D\";", true), "\xEF\xBF\xBD"},
         {"last pair wins", "k = first; k = v;", "v"},
         {"beside other kinds", "a = (1, 2); d = { x = y; z = { q = (r); }; }; b = <0fbd 77>; k = v;", "v"},
     };

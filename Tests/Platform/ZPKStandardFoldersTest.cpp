@@ -17,19 +17,19 @@
 
 namespace {
 
-using zpk_test::AnswerWithoutPrivileges;
-using zpk_test::GiveToUserWithoutPrivileges;
+using zpk_test::answerWithoutPrivileges;
+using zpk_test::giveToUserWithoutPrivileges;
 using zpk_test::ScopedEnvironment;
 using zpk_test::TemporaryFolder;
-using zpk_test::WriteFile;
+using zpk_test::writeFile;
 
 using Folder = std::optional<std::string>;
 
-std::string PrivateName() {
+std::string privateName() {
     return "com.varno.zephyrkit-" + std::to_string(::geteuid());
 }
 
-mode_t ModeOf(const std::string& path) {
+mode_t modeOf(const std::string& path) {
     struct stat attributes;
     return ::lstat(path.c_str(), &attributes) == 0 ? attributes.st_mode & 07777 : 0;
 }
@@ -92,9 +92,9 @@ TEST(ZPKStandardFoldersTest, TemporaryFolderThatOthersMayWriteToGetsAPrivateOne)
         const TemporaryFolder folder;
         const ScopedEnvironment environment("TMPDIR", folder.path());
         ::chmod(folder.path().c_str(), mode);
-        const std::string expected = folder / PrivateName();
+        const std::string expected = folder / privateName();
         EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), expected) << mode;
-        EXPECT_EQ(ModeOf(expected), 0700u) << mode;
+        EXPECT_EQ(modeOf(expected), 0700u) << mode;
         EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), expected) << "found again";
     }
 }
@@ -104,28 +104,28 @@ TEST(ZPKStandardFoldersTest, TemporaryFolderOfAnotherUserGetsAPrivateOne) {
         GTEST_SKIP() << "needs another user's folder";
     }
     const TemporaryFolder folder;
-    GiveToUserWithoutPrivileges(folder.path());
+    giveToUserWithoutPrivileges(folder.path());
     ::chmod(folder.path().c_str(), 0755);
     const ScopedEnvironment environment("TMPDIR", folder.path());
-    EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), folder / PrivateName());
+    EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), folder / privateName());
 }
 
 TEST(ZPKStandardFoldersTest, TemporaryFolderFallsBackToTmp) {
     const TemporaryFolder folder;
-    WriteFile(folder / "file", "x");
+    writeFile(folder / "file", "x");
     std::filesystem::create_symlink("nowhere", folder / "dangling");
     const std::optional<std::string> values[] = {
         std::nullopt, "", "relative", ".", folder / "file", folder / "missing", folder / "dangling"};
     struct stat attributes;
-    const bool wasThere = ::lstat(("/tmp/" + PrivateName()).c_str(), &attributes) == 0;
+    const bool wasThere = ::lstat(("/tmp/" + privateName()).c_str(), &attributes) == 0;
     ASSERT_EQ(::chdir(folder.path().c_str()), 0);
     for (const std::optional<std::string>& value : values) {
         const ScopedEnvironment environment("TMPDIR", value);
-        EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), "/tmp/" + PrivateName())
+        EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), "/tmp/" + privateName())
             << value.value_or("(unset)");
     }
     if (!wasThere) {
-        ::rmdir(("/tmp/" + PrivateName()).c_str());
+        ::rmdir(("/tmp/" + privateName()).c_str());
     }
 }
 
@@ -144,7 +144,7 @@ protected:
 
     TemporaryFolder m_folder;
     ScopedEnvironment m_environment{"TMPDIR", m_folder.path()};
-    std::string m_private = m_folder / PrivateName();
+    std::string m_private = m_folder / privateName();
 };
 
 TEST_F(ZPKStandardFoldersRefusalTest, PreparedLinkIsRefused) {
@@ -155,7 +155,7 @@ TEST_F(ZPKStandardFoldersRefusalTest, PreparedLinkIsRefused) {
 }
 
 TEST_F(ZPKStandardFoldersRefusalTest, PreparedFileIsRefused) {
-    WriteFile(m_private, "x");
+    writeFile(m_private, "x");
     ::chmod(m_private.c_str(), 0700);
     EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), std::nullopt);
 }
@@ -165,7 +165,7 @@ TEST_F(ZPKStandardFoldersRefusalTest, WrongModeIsRefused) {
     for (const mode_t mode : {0755u, 0777u, 0710u, 0701u, 0500u, 0000u}) {
         ::chmod(m_private.c_str(), mode);
         EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), std::nullopt) << mode;
-        EXPECT_EQ(ModeOf(m_private), mode) << "is not repaired";
+        EXPECT_EQ(modeOf(m_private), mode) << "is not repaired";
     }
 }
 
@@ -175,13 +175,13 @@ TEST_F(ZPKStandardFoldersRefusalTest, AnotherOwnersFolderIsRefused) {
     }
     std::filesystem::create_directory(m_private);
     ::chmod(m_private.c_str(), 0700);
-    GiveToUserWithoutPrivileges(m_private);
+    giveToUserWithoutPrivileges(m_private);
     EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), std::nullopt);
 }
 
 TEST_F(ZPKStandardFoldersRefusalTest, FolderThatCannotBeMadeIsNone) {
     ::chmod(m_folder.path().c_str(), 0555);
-    EXPECT_TRUE(::geteuid() != 0 || AnswerWithoutPrivileges([] {
+    EXPECT_TRUE(::geteuid() != 0 || answerWithoutPrivileges([] {
                     return ZPKStandardFolders::temporaryFolder() == std::nullopt;
                 }));
 }
@@ -212,7 +212,7 @@ protected:
 TEST_F(ZPKStandardFoldersNoExecutionTest, CacheFolderIsUsedInstead) {
     const ScopedEnvironment cache("XDG_CACHE_HOME", m_folder / "new/cache/");
     EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), m_folder / "new/cache");
-    EXPECT_EQ(ModeOf(m_folder / "new/cache"), 0700u) << "made when missing";
+    EXPECT_EQ(modeOf(m_folder / "new/cache"), 0700u) << "made when missing";
 }
 
 TEST_F(ZPKStandardFoldersNoExecutionTest, CacheFolderInTheHomeFolderIsUsedInstead) {
@@ -229,11 +229,11 @@ TEST_F(ZPKStandardFoldersNoExecutionTest, CacheFolderThatOthersMayWriteToGetsAPr
     const ScopedEnvironment cache("XDG_CACHE_HOME", m_folder / "cache");
     std::filesystem::create_directory(m_folder / "cache");
     ::chmod((m_folder / "cache").c_str(), 0777);
-    EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), m_folder / ("cache/" + PrivateName()));
+    EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), m_folder / ("cache/" + privateName()));
 }
 
 TEST_F(ZPKStandardFoldersNoExecutionTest, CacheFolderThatIsUnusableMeansNone) {
-    WriteFile(m_folder / "file", "x");
+    writeFile(m_folder / "file", "x");
     for (const std::string& value : {m_folder / "file", m_folder / "file/below", m_mounted + "/cache"}) {
         const ScopedEnvironment cache("XDG_CACHE_HOME", value);
         EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), std::nullopt) << value;

@@ -21,11 +21,11 @@
 
 namespace {
 
-using zpk_test::CaptureStreams;
-using zpk_test::ReadFile;
+using zpk_test::captureStreams;
+using zpk_test::readFile;
 using zpk_test::ScopedEnvironment;
 using zpk_test::TemporaryFolder;
-using zpk_test::WriteFile;
+using zpk_test::writeFile;
 
 /// Runs the probe and reads its report.
 class ZPKTaskTest : public ::testing::Test {
@@ -33,14 +33,14 @@ protected:
     void run(const std::vector<std::string>& arguments = {}) {
         m_task.setLaunchPath(ZPK_PROBE_TOOL);
         m_task.setArguments(arguments);
-        m_streams = CaptureStreams([this] {
+        m_streams = captureStreams([this] {
             EXPECT_TRUE(m_task.launch());
             m_task.waitUntilExit();
         });
     }
 
     std::string line(const std::string& name) const {
-        const std::string report = ReadFile(m_report);
+        const std::string report = readFile(m_report);
         const std::size_t start = report.find("\n" + name + " ");
         EXPECT_NE(start, std::string::npos) << report;
         const std::size_t value = start + name.size() + 2;
@@ -63,13 +63,13 @@ TEST_F(ZPKTaskTest, ArgumentsReachTheChildAsTheyAre) {
     for (const std::string& argument : arguments) {
         expected += argument + '\0';
     }
-    EXPECT_EQ(ReadFile(m_report).substr(0, expected.size() + 8), expected + "\nfolder ");
+    EXPECT_EQ(readFile(m_report).substr(0, expected.size() + 8), expected + "\nfolder ");
     EXPECT_EQ(m_task.terminationStatus(), 0);
 }
 
 TEST_F(ZPKTaskTest, NoArgumentsMeansNone) {
     run();
-    EXPECT_TRUE(ReadFile(m_report).starts_with("arguments\n\nfolder "));
+    EXPECT_TRUE(readFile(m_report).starts_with("arguments\n\nfolder "));
 }
 
 TEST_F(ZPKTaskTest, WorkingFolderAndStreamsAreInherited) {
@@ -158,9 +158,9 @@ TEST_F(ZPKTaskTest, TerminationStatusTellsExitAndSignal) {
 }
 
 TEST_F(ZPKTaskTest, FailedLaunchTellsWhy) {
-    WriteFile(m_folder / "plain", "#!/bin/sh\n");
+    writeFile(m_folder / "plain", "#!/bin/sh\n");
     ::chmod((m_folder / "plain").c_str(), 0644);
-    WriteFile(m_folder / "noformat", "neither program nor script");
+    writeFile(m_folder / "noformat", "neither program nor script");
     ::chmod((m_folder / "noformat").c_str(), 0755);
     struct Row {
         std::string path;

@@ -23,7 +23,7 @@ namespace {
 
 using zpk_test::ScopedEnvironment;
 using zpk_test::TemporaryFolder;
-using zpk_test::WriteFile;
+using zpk_test::writeFile;
 
 TEST(ZPKWorkspaceTest, PreferredLanguagesFollowTheEnvironment) {
     using Value = std::optional<std::string>;
@@ -93,7 +93,7 @@ private:
     pid_t m_process = -1;
 };
 
-std::optional<std::string> NameOf(pid_t process) {
+std::optional<std::string> nameOf(pid_t process) {
     for (const ZPKRunningApplication& application : ZPKWorkspace::runningApplications()) {
         if (application.processIdentifier == process) {
             return application.localizedName;
@@ -102,8 +102,8 @@ std::optional<std::string> NameOf(pid_t process) {
     return std::nullopt;
 }
 
-std::string MakeApplication(const std::string& bundle, const std::string& name, const std::string& program) {
-    WriteFile(bundle + "/Contents/Info.plist",
+std::string makeApplication(const std::string& bundle, const std::string& name, const std::string& program) {
+    writeFile(bundle + "/Contents/Info.plist",
               "<plist><dict><key>CFBundleName</key><string>" + name + "</string></dict></plist>");
     const std::string path = bundle + "/Contents/" + program;
     std::filesystem::create_directories(std::filesystem::path(path).parent_path());
@@ -113,21 +113,21 @@ std::string MakeApplication(const std::string& bundle, const std::string& name, 
 
 TEST(ZPKWorkspaceTest, RunningApplicationsAreTheProcessesOfBundles) {
     const TemporaryFolder folder;
-    const RunningProgram plain(MakeApplication(folder / "My App.app", "N\xC3\xA4me", "Linux/program"));
+    const RunningProgram plain(makeApplication(folder / "My App.app", "N\xC3\xA4me", "Linux/program"));
     const RunningProgram again(folder / "My App.app/Contents/Linux/program");
-    const RunningProgram other(MakeApplication(folder / "Other.app", "Other", "Linux/deep/program"));
-    const RunningProgram helper(MakeApplication(folder / "Helper.app", "Helper", "Helpers/program"));
+    const RunningProgram other(makeApplication(folder / "Other.app", "Other", "Linux/deep/program"));
+    const RunningProgram helper(makeApplication(folder / "Helper.app", "Helper", "Helpers/program"));
     const RunningProgram outside("/bin/sleep");
-    EXPECT_EQ(NameOf(plain.process()), "N\xC3\xA4me");
-    EXPECT_EQ(NameOf(again.process()), "N\xC3\xA4me");
-    EXPECT_EQ(NameOf(other.process()), "Other");
-    EXPECT_EQ(NameOf(helper.process()), std::nullopt);
-    EXPECT_EQ(NameOf(outside.process()), std::nullopt);
+    EXPECT_EQ(nameOf(plain.process()), "N\xC3\xA4me");
+    EXPECT_EQ(nameOf(again.process()), "N\xC3\xA4me");
+    EXPECT_EQ(nameOf(other.process()), "Other");
+    EXPECT_EQ(nameOf(helper.process()), std::nullopt);
+    EXPECT_EQ(nameOf(outside.process()), std::nullopt);
 }
 
 TEST(ZPKWorkspaceTest, RunningApplicationsComeByAscendingProcess) {
     const TemporaryFolder folder;
-    const std::string program = MakeApplication(folder / "A.app", "A", "Linux/program");
+    const std::string program = makeApplication(folder / "A.app", "A", "Linux/program");
     const RunningProgram first(program);
     const RunningProgram second(program);
     const auto applications = ZPKWorkspace::runningApplications();
@@ -139,12 +139,12 @@ TEST(ZPKWorkspaceTest, RunningApplicationsComeByAscendingProcess) {
 
 TEST(ZPKWorkspaceTest, RunningApplicationWhoseProgramIsGoneStillCounts) {
     const TemporaryFolder folder;
-    const std::string program = MakeApplication(folder / "A.app", "A", "Linux/program");
+    const std::string program = makeApplication(folder / "A.app", "A", "Linux/program");
     const RunningProgram running(program);
     std::filesystem::remove(program);
-    EXPECT_EQ(NameOf(running.process()), "A");
+    EXPECT_EQ(nameOf(running.process()), "A");
     std::filesystem::remove_all(folder / "A.app");
-    EXPECT_EQ(NameOf(running.process()), std::nullopt);
+    EXPECT_EQ(nameOf(running.process()), std::nullopt);
 }
 
 }  // namespace

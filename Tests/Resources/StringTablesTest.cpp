@@ -31,13 +31,13 @@ using namespace varno_zpk;
 
 namespace {
 
-const std::string UILANG_FOLDER = ZPK_UILANG_FOLDER;
-const std::string BUNDLE_UILANG_FOLDER = ZPK_BUNDLE_UILANG_FOLDER;
-const std::string TABLE_NAME = "/ZPKStringTable.def";
+const std::string kUilangFolder = ZPK_UILANG_FOLDER;
+const std::string kBundleUilangFolder = ZPK_BUNDLE_UILANG_FOLDER;
+const std::string kTableName = "/ZPKStringTable.def";
 
 using Entries = std::vector<std::pair<std::string, std::string>>;
 
-std::vector<std::string> KnownKeys() {
+std::vector<std::string> knownKeys() {
     return {ZPKSTRING_FILE_EXTRACT,
             ZPKSTRING_OK,
             ZPKSTRING_ERROR,
@@ -71,16 +71,16 @@ struct Table {
     int parseResult = -1;
     Entries entries;
 
-    std::string Text(const std::string& key) const {
+    std::string text(const std::string& key) const {
         const auto entry =
             std::find_if(entries.begin(), entries.end(), [&](const auto& each) { return each.first == key; });
         return entry == entries.end() ? std::string() : entry->second;
     }
 };
 
-std::vector<std::string> LanguageFolders() {
+std::vector<std::string> languageFolders() {
     std::vector<std::string> codes;
-    for (const auto& entry : std::filesystem::directory_iterator(UILANG_FOLDER)) {
+    for (const auto& entry : std::filesystem::directory_iterator(kUilangFolder)) {
         if (entry.is_directory()) {
             codes.push_back(entry.path().filename().string());
         }
@@ -89,13 +89,13 @@ std::vector<std::string> LanguageFolders() {
     return codes;
 }
 
-Table LoadTable(const std::string& code) {
+Table loadTable(const std::string& code) {
     Table table;
     table.code = code;
-    const std::string path = UILANG_FOLDER + "/" + code + TABLE_NAME;
-    table.bytes = zpk_test::ReadFile(path);
+    const std::string path = kUilangFolder + "/" + code + kTableName;
+    table.bytes = zpk_test::readFile(path);
     std::vector<CBaseObject*> elements;
-    const auto captured = zpk_test::CaptureStreams(
+    const auto captured = zpk_test::captureStreams(
         [&] { table.parseResult = CResourceBundleStringTableParser().Parse(path.c_str(), elements); });
     table.messages = captured.standardOutput + captured.standardError;
     for (CBaseObject* object : elements) {
@@ -107,7 +107,7 @@ Table LoadTable(const std::string& code) {
 }
 
 /// The code points of the text; nothing when it is not UTF-8.
-std::optional<std::u32string> Decode(const std::string& text) {
+std::optional<std::u32string> decode(const std::string& text) {
     const iconv_t converter = iconv_open("UTF-32LE", "UTF-8");
     std::string input = text;
     std::u32string points(text.size(), U'\0');
@@ -121,16 +121,16 @@ std::optional<std::u32string> Decode(const std::string& text) {
     return valid ? std::optional(points) : std::nullopt;
 }
 
-bool IsForbiddenControl(char32_t point) {
+bool isForbiddenControl(char32_t point) {
     return (point < 0x20 && point != U'\n') || (point >= 0x7F && point < 0xA0);
 }
 
 /// Hebrew or Arabic.
-bool IsRightToLeftLetter(char32_t point) {
+bool isRightToLeftLetter(char32_t point) {
     return point >= 0x05D0 && point <= 0x064A;
 }
 
-size_t Count(const std::string& text, const std::string& piece) {
+size_t count(const std::string& text, const std::string& piece) {
     size_t count = 0;
     for (size_t at = text.find(piece); at != std::string::npos; at = text.find(piece, at + piece.size())) {
         ++count;
@@ -141,15 +141,15 @@ size_t Count(const std::string& text, const std::string& piece) {
 class StringTablesTest : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
-        for (const std::string& code : LanguageFolders()) {
-            s_tables.push_back(LoadTable(code));
+        for (const std::string& code : languageFolders()) {
+            s_tables.push_back(loadTable(code));
         }
     }
     static void TearDownTestSuite() { s_tables.clear(); }
 
     void SetUp() override { ASSERT_FALSE(s_tables.empty()); }
 
-    static const Table& TableOf(const std::string& code) {
+    static const Table& tableOf(const std::string& code) {
         const auto found = std::find_if(s_tables.begin(), s_tables.end(),
                                         [&](const Table& table) { return table.code == code; });
         if (found == s_tables.end()) {
@@ -162,7 +162,7 @@ protected:
 };
 
 TEST_F(StringTablesTest, OfferedLanguagesAreTheFoldersEachOnce) {
-    const auto description = CZPKXMLLoader::LoadLanguagesXML(UILANG_FOLDER + "/Languages.xml");
+    const auto description = CZPKXMLLoader::LoadLanguagesXML(kUilangFolder + "/Languages.xml");
     ASSERT_TRUE(description);
     std::vector<std::string> offered;
     for (const auto& language : description->languages) {
@@ -171,17 +171,17 @@ TEST_F(StringTablesTest, OfferedLanguagesAreTheFoldersEachOnce) {
     ASSERT_FALSE(offered.empty());
     EXPECT_EQ(offered.front(), "en");
     std::sort(offered.begin(), offered.end());
-    EXPECT_EQ(offered, LanguageFolders());
+    EXPECT_EQ(offered, languageFolders());
 }
 
 TEST_F(StringTablesTest, FallBackLanguageIsEnglish) {
-    const auto description = CZPKXMLLoader::LoadLanguagesXML(UILANG_FOLDER + "/Languages.xml");
+    const auto description = CZPKXMLLoader::LoadLanguagesXML(kUilangFolder + "/Languages.xml");
     ASSERT_TRUE(description);
     EXPECT_EQ(description->fallBackCode, "en");
 }
 
 TEST_F(StringTablesTest, PromisedLanguagesAreThere) {
-    const std::vector<std::string> folders = LanguageFolders();
+    const std::vector<std::string> folders = languageFolders();
     for (const char* code : {"en", "ja", "zh_CN", "zh_TW", "ko", "de", "fr", "es", "it", "pt_BR", "nl", "pl",
                              "ru", "tr", "ar", "he"}) {
         EXPECT_TRUE(std::binary_search(folders.begin(), folders.end(), code)) << code;
@@ -190,11 +190,11 @@ TEST_F(StringTablesTest, PromisedLanguagesAreThere) {
 
 TEST_F(StringTablesTest, BundleTemplateHoldsEveryFileUnchanged) {
     size_t files = 0;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(UILANG_FOLDER)) {
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(kUilangFolder)) {
         if (entry.is_regular_file()) {
-            const auto relative = std::filesystem::relative(entry.path(), UILANG_FOLDER).string();
-            EXPECT_EQ(zpk_test::ReadFile(BUNDLE_UILANG_FOLDER + "/" + relative),
-                      zpk_test::ReadFile(entry.path().string()))
+            const auto relative = std::filesystem::relative(entry.path(), kUilangFolder).string();
+            EXPECT_EQ(zpk_test::readFile(kBundleUilangFolder + "/" + relative),
+                      zpk_test::readFile(entry.path().string()))
                 << relative;
             ++files;
         }
@@ -210,13 +210,13 @@ TEST_F(StringTablesTest, ParserHasNothingToReport) {
 }
 
 TEST_F(StringTablesTest, EachTableHoldsTheKnownKeysOnceAndInOrder) {
-    ASSERT_EQ(KnownKeys().size(), 24U);
+    ASSERT_EQ(knownKeys().size(), 24U);
     for (const Table& table : s_tables) {
         std::vector<std::string> keys;
         for (const auto& [key, text] : table.entries) {
             keys.push_back(key);
         }
-        EXPECT_EQ(keys, KnownKeys()) << table.code;
+        EXPECT_EQ(keys, knownKeys()) << table.code;
     }
 }
 
@@ -241,10 +241,10 @@ TEST_F(StringTablesTest, OnlyTheFontNameMayBeEmpty) {
 
 TEST_F(StringTablesTest, FilesAreUtf8WithoutMarkTabsOrControlCharacters) {
     for (const Table& table : s_tables) {
-        const auto points = Decode(table.bytes);
+        const auto points = decode(table.bytes);
         ASSERT_TRUE(points) << table.code;
         EXPECT_EQ(points->find(U'\uFEFF'), std::u32string::npos) << table.code;
-        EXPECT_TRUE(std::none_of(points->begin(), points->end(), IsForbiddenControl)) << table.code;
+        EXPECT_TRUE(std::none_of(points->begin(), points->end(), isForbiddenControl)) << table.code;
         EXPECT_EQ(table.bytes.back(), '\n') << table.code;
     }
 }
@@ -252,9 +252,9 @@ TEST_F(StringTablesTest, FilesAreUtf8WithoutMarkTabsOrControlCharacters) {
 TEST_F(StringTablesTest, TextsHoldNoControlCharacterButLineFeeds) {
     for (const Table& table : s_tables) {
         for (const auto& [key, text] : table.entries) {
-            const auto points = Decode(text);
+            const auto points = decode(text);
             ASSERT_TRUE(points) << table.code << " " << key;
-            EXPECT_TRUE(std::none_of(points->begin(), points->end(), IsForbiddenControl))
+            EXPECT_TRUE(std::none_of(points->begin(), points->end(), isForbiddenControl))
                 << table.code << " " << key;
         }
     }
@@ -272,16 +272,16 @@ TEST_F(StringTablesTest, TextsNeitherBeginNorEndInBlanks) {
 
 TEST_F(StringTablesTest, UpdateFailureGivesTheProductListLinesOfItsOwn) {
     for (const Table& table : s_tables) {
-        const std::string text = table.Text(ZPKSTRING_UPDATE_FAILURE);
-        EXPECT_EQ(Count(text, "\n%s\n"), 1U) << table.code;
-        EXPECT_EQ(Count(text, "%"), 1U) << table.code;
+        const std::string text = table.text(ZPKSTRING_UPDATE_FAILURE);
+        EXPECT_EQ(count(text, "\n%s\n"), 1U) << table.code;
+        EXPECT_EQ(count(text, "%"), 1U) << table.code;
     }
 }
 
 TEST_F(StringTablesTest, NoOtherTextHoldsAPercentSign) {
     for (const Table& table : s_tables) {
         for (const auto& [key, text] : table.entries) {
-            EXPECT_TRUE(key == ZPKSTRING_UPDATE_FAILURE || Count(text, "%") == 0) << table.code << " " << key;
+            EXPECT_TRUE(key == ZPKSTRING_UPDATE_FAILURE || count(text, "%") == 0) << table.code << " " << key;
         }
     }
 }
@@ -301,18 +301,18 @@ TEST_F(StringTablesTest, DiscMessageNamesTheSearchButtonBetweenQuotationMarks) {
         {"“", "”"}, {"‘", "’"}, {"„", "“"},   {"„", "”"},
         {"”", "”"}, {"«", "»"}, {"「", "」"}, {"«\u00A0", "\u00A0»"}};
     for (const Table& table : s_tables) {
-        const std::string message = table.Text(ZPKSTRING_DISCCHECK_MESSAGE);
-        const std::string button = table.Text(ZPKSTRING_DISCCHECK_START);
+        const std::string message = table.text(ZPKSTRING_DISCCHECK_MESSAGE);
+        const std::string button = table.text(ZPKSTRING_DISCCHECK_START);
         EXPECT_TRUE(std::any_of(
             quotationMarks.begin(), quotationMarks.end(),
-            [&](const auto& marks) { return Count(message, marks.first + button + marks.second) == 1; }))
+            [&](const auto& marks) { return count(message, marks.first + button + marks.second) == 1; }))
             << table.code << ": " << message;
     }
 }
 
 TEST_F(StringTablesTest, ButtonsOfTheDiscWindowDiffer) {
     for (const Table& table : s_tables) {
-        EXPECT_NE(table.Text(ZPKSTRING_DISCCHECK_START), table.Text(ZPKSTRING_DISCCHECK_CANCEL))
+        EXPECT_NE(table.text(ZPKSTRING_DISCCHECK_START), table.text(ZPKSTRING_DISCCHECK_CANCEL))
             << table.code;
     }
 }
@@ -320,7 +320,7 @@ TEST_F(StringTablesTest, ButtonsOfTheDiscWindowDiffer) {
 TEST_F(StringTablesTest, MenuItemsOfTheApplicationNameIt) {
     for (const Table& table : s_tables) {
         for (const char* key : {ZPKSTRING_ABOUTZEPHYRKIT, ZPKSTRING_HIDEZEPHYRKIT, ZPKSTRING_QUITZEPHYRKIT}) {
-            EXPECT_EQ(Count(table.Text(key), "Zephyrkit"), 1U) << table.code << " " << key;
+            EXPECT_EQ(count(table.text(key), "Zephyrkit"), 1U) << table.code << " " << key;
         }
     }
 }
@@ -331,8 +331,8 @@ struct SameAsEnglish {
     const char* reason;
 };
 
-std::vector<SameAsEnglish> TextsThatMayEqualTheEnglishOnes() {
-    std::vector<std::string> folders = LanguageFolders();
+std::vector<SameAsEnglish> textsThatMayEqualTheEnglishOnes() {
+    std::vector<std::string> folders = languageFolders();
     std::set<std::string> all(folders.begin(), folders.end());
     all.erase("en");
     return {
@@ -349,7 +349,7 @@ std::vector<SameAsEnglish> TextsThatMayEqualTheEnglishOnes() {
 
 TEST_F(StringTablesTest, NoTextIsLeftInEnglish) {
     std::set<std::pair<std::string, std::string>> allowed;
-    for (const SameAsEnglish& row : TextsThatMayEqualTheEnglishOnes()) {
+    for (const SameAsEnglish& row : textsThatMayEqualTheEnglishOnes()) {
         for (const std::string& code : row.codes) {
             allowed.emplace(code, row.key);
         }
@@ -357,7 +357,7 @@ TEST_F(StringTablesTest, NoTextIsLeftInEnglish) {
     std::set<std::pair<std::string, std::string>> equal;
     for (const Table& table : s_tables) {
         for (const auto& [key, text] : table.entries) {
-            if (table.code != "en" && text == TableOf("en").Text(key)) {
+            if (table.code != "en" && text == tableOf("en").text(key)) {
                 equal.emplace(table.code, key);
             }
         }
@@ -369,12 +369,12 @@ TEST_F(StringTablesTest, NoTextIsLeftInEnglish) {
 TEST_F(StringTablesTest, RightToLeftParagraphsBeginInTheirOwnScript) {
     const std::set<std::string> notShown = {ZPKSTRING_FONTNAME_FORWIN, ZPKSTRING_FONTSIZE_FORWIN};
     for (const char* code : {"ar", "he"}) {
-        for (const auto& [key, text] : TableOf(code).entries) {
+        for (const auto& [key, text] : tableOf(code).entries) {
             std::istringstream paragraphs(text);
             for (std::string paragraph; notShown.count(key) == 0 && std::getline(paragraphs, paragraph);) {
-                const auto points = Decode(paragraph);
+                const auto points = decode(paragraph);
                 ASSERT_TRUE(points) << code << " " << key;
-                EXPECT_TRUE(points->empty() || paragraph == "%s" || IsRightToLeftLetter(points->front()))
+                EXPECT_TRUE(points->empty() || paragraph == "%s" || isRightToLeftLetter(points->front()))
                     << code << " " << key << ": " << paragraph;
             }
         }
@@ -388,13 +388,13 @@ TEST_F(StringTablesTest, ChineseTablesKeepToTheirOwnForms) {
         {"啟", "启"}, {"權", "权"}, {"產", "产"}, {"統", "统"}, {"識", "识"}, {"後", "后"},
         {"確", "确"}, {"腦", "脑"}, {"們", "们"}, {"這", "这"}, {"個", "个"}, {"來", "来"},
         {"檔", "档"}, {"應", "应"}, {"從", "从"}, {"對", "对"}, {"並", "并"}};
-    const std::string& traditional = TableOf("zh_TW").bytes;
-    const std::string& simplified = TableOf("zh_CN").bytes;
+    const std::string& traditional = tableOf("zh_TW").bytes;
+    const std::string& simplified = tableOf("zh_CN").bytes;
     size_t pairsInUse = 0;
     for (const auto& [traditionalForm, simplifiedForm] : traditionalAndSimplified) {
-        EXPECT_EQ(Count(traditional, simplifiedForm), 0U) << simplifiedForm;
-        EXPECT_EQ(Count(simplified, traditionalForm), 0U) << traditionalForm;
-        pairsInUse += Count(traditional, traditionalForm) > 0 && Count(simplified, simplifiedForm) > 0;
+        EXPECT_EQ(count(traditional, simplifiedForm), 0U) << simplifiedForm;
+        EXPECT_EQ(count(simplified, traditionalForm), 0U) << traditionalForm;
+        pairsInUse += count(traditional, traditionalForm) > 0 && count(simplified, simplifiedForm) > 0;
     }
     EXPECT_GE(pairsInUse, 10U);
 }

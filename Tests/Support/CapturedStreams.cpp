@@ -7,7 +7,7 @@
 
 namespace zpk_test {
 
-CapturedStreams CaptureStreams(const std::function<void()>& action) {
+CapturedStreams captureStreams(const std::function<void()>& action) {
     ::testing::internal::CaptureStdout();
     ::testing::internal::CaptureStderr();
     action();

@@ -15,6 +15,6 @@ struct CapturedStreams {
 };
 
 /// Runs `action` with standard output and standard error (descriptors 1 and 2) sent into files.
-CapturedStreams CaptureStreams(const std::function<void()>& action);
+CapturedStreams captureStreams(const std::function<void()>& action);
 
 }  // namespace zpk_test

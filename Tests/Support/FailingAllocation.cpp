@@ -19,7 +19,7 @@ std::size_t g_deletionCount = 0;
 // Plain storage: recording must not allocate.
 std::array<const void*, 4096> g_deletions;
 
-void* Allocate(std::size_t size) {
+void* allocate(std::size_t size) {
     if (g_allocationsUntilFailure != 0 && --g_allocationsUntilFailure == 0) {
         g_hasFailed = true;
         throw std::bad_alloc();
@@ -32,7 +32,7 @@ void* Allocate(std::size_t size) {
     return memory;
 }
 
-void Free(void* memory) {
+void release(void* memory) {
     if (memory == nullptr) {
         return;
     }
@@ -46,22 +46,22 @@ void Free(void* memory) {
 }  // namespace
 
 void* operator new(std::size_t size) {
-    return Allocate(size);
+    return allocate(size);
 }
 void* operator new[](std::size_t size) {
-    return Allocate(size);
+    return allocate(size);
 }
 void operator delete(void* memory) noexcept {
-    Free(memory);
+    release(memory);
 }
 void operator delete[](void* memory) noexcept {
-    Free(memory);
+    release(memory);
 }
 void operator delete(void* memory, std::size_t) noexcept {
-    Free(memory);
+    release(memory);
 }
 void operator delete[](void* memory, std::size_t) noexcept {
-    Free(memory);
+    release(memory);
 }
 
 namespace zpk_test {
@@ -75,15 +75,15 @@ FailingAllocation::~FailingAllocation() {
     g_allocationsUntilFailure = 0;
 }
 
-bool FailingAllocation::HasFailed() {
+bool FailingAllocation::hasFailed() {
     return g_hasFailed;
 }
 
-std::size_t LiveAllocations() {
+std::size_t liveAllocations() {
     return g_liveAllocations;
 }
 
-std::size_t RunWithEachAllocationFailing(const std::function<void()>& action) {
+std::size_t runWithEachAllocationFailing(const std::function<void()>& action) {
     for (std::size_t count = 1;; ++count) {
         const FailingAllocation failing(count);
         try {
@@ -96,7 +96,7 @@ std::size_t RunWithEachAllocationFailing(const std::function<void()>& action) {
     }
 }
 
-std::vector<const void*> RecordDeletions(const std::function<void()>& action) {
+std::vector<const void*> recordDeletions(const std::function<void()>& action) {
     g_deletionCount = 0;
     g_isRecording = true;
     action();

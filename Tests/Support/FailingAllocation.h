@@ -22,18 +22,18 @@ public:
     FailingAllocation& operator=(const FailingAllocation&) = delete;
 
     /// Whether the allocation was reached since the last one of these was made.
-    static bool HasFailed();
+    static bool hasFailed();
 };
 
 /// Blocks that are allocated and not yet freed.
-std::size_t LiveAllocations();
+std::size_t liveAllocations();
 
 /// Runs `action` again and again, its Nth `new` throwing `std::bad_alloc`, N rising from 1 until it
 /// runs to its end without one failing. `action` must let the exception pass or deal with it.
 /// Returns how many runs met a failing allocation.
-std::size_t RunWithEachAllocationFailing(const std::function<void()>& action);
+std::size_t runWithEachAllocationFailing(const std::function<void()>& action);
 
 /// The addresses that `action` gives to `delete`, in order.
-std::vector<const void*> RecordDeletions(const std::function<void()>& action);
+std::vector<const void*> recordDeletions(const std::function<void()>& action);
 
 }  // namespace zpk_test

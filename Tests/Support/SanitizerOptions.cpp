@@ -21,5 +21,4 @@ const char* __ubsan_default_options() {
 const char* __tsan_default_options() {
     return "halt_on_error=1";
 }
-
 }

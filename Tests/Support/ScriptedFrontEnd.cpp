@@ -10,7 +10,7 @@ namespace zpk_test {
 
 namespace {
 
-std::string Number(double value) {
+std::string number(double value) {
     return std::to_string(static_cast<int>(value));
 }
 
@@ -19,9 +19,9 @@ std::string Number(double value) {
 class ScriptedFrontEnd::Indicator : public ZPKProgressIndicator {
 public:
     explicit Indicator(ScriptedFrontEnd& owner) : m_owner(owner) {}
-    void setMinValue(double value) override { m_owner.note("bar: min=" + Number(value)); }
-    void setMaxValue(double value) override { m_owner.note("bar: max=" + Number(value)); }
-    void setDoubleValue(double value) override { m_owner.note("bar: value=" + Number(value)); }
+    void setMinValue(double value) override { m_owner.note("bar: min=" + number(value)); }
+    void setMaxValue(double value) override { m_owner.note("bar: max=" + number(value)); }
+    void setDoubleValue(double value) override { m_owner.note("bar: value=" + number(value)); }
     void setIndeterminate(bool yes) override {
         m_owner.note(yes ? "bar: indeterminate" : "bar: determinate");
     }

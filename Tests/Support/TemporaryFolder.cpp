@@ -30,7 +30,7 @@ TemporaryFolder::~TemporaryFolder() {
     std::filesystem::remove_all(m_path, ignored);
 }
 
-void WriteFile(const std::string& path, std::string_view contents) {
+void writeFile(const std::string& path, std::string_view contents) {
     std::filesystem::create_directories(std::filesystem::path(path).parent_path());
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file.write(contents.data(), static_cast<std::streamsize>(contents.size()));
@@ -38,7 +38,7 @@ void WriteFile(const std::string& path, std::string_view contents) {
     ASSERT_TRUE(file.good()) << "cannot write " << path;
 }
 
-std::string ReadFile(const std::string& path) {
+std::string readFile(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     EXPECT_TRUE(file.is_open()) << "cannot read " << path;
     return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());

@@ -27,9 +27,9 @@ private:
 };
 
 /// Writes `contents` to `path`, making the parent folders; fails the test when it cannot.
-void WriteFile(const std::string& path, std::string_view contents);
+void writeFile(const std::string& path, std::string_view contents);
 
 /// The bytes of the file; fails the test when it cannot be read.
-std::string ReadFile(const std::string& path);
+std::string readFile(const std::string& path);
 
 }  // namespace zpk_test

@@ -21,7 +21,7 @@ std::string TestBundle::name() {
 }
 
 TestBundle::TestBundle(const std::string& path) : m_path(path) {
-    WriteFile(path + "/Contents/Info.plist",
+    writeFile(path + "/Contents/Info.plist",
               "<plist><dict><key>CFBundleName</key><string>" + name() +
                   "</string><key>CFBundleIdentifier</key><string>com.example." + name() +
                   "</string></dict></plist>");

@@ -11,7 +11,7 @@ namespace zpk_test {
 /// The 1-based place of a virtual operation in its class's table (the two destructors that a class
 /// declares take two places), read from the pointer to member as the Itanium C++ ABI lays it out.
 template <typename Member>
-std::size_t VirtualSlot(Member member) {
+std::size_t virtualSlot(Member member) {
     static_assert(sizeof(member) == 2 * sizeof(std::ptrdiff_t));
     std::ptrdiff_t words[2];
     std::memcpy(words, &member, sizeof(words));

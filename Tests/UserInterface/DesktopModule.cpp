@@ -8,22 +8,22 @@
 
 namespace zpk_test {
 
-std::string DeliveredForms() {
+std::string deliveredForms() {
     return ZPK_TEST_RESOURCE_FOLDER;
 }
 
-ZPKDesktopParameters DesktopParameters() {
+ZPKDesktopParameters desktopParameters() {
     static char name[] = "Zephyrkit";
     static char* arguments[] = {name, nullptr};
     ZPKDesktopParameters parameters;
     parameters.argc = 1;
     parameters.argv = arguments;
-    parameters.resourceFolder = DeliveredForms();
+    parameters.resourceFolder = deliveredForms();
     parameters.applicationName = "Zephyrkit";
     return parameters;
 }
 
-std::unique_ptr<ZPKFrontEnd> OpenDesktop(const ZPKDesktopParameters& parameters) {
+std::unique_ptr<ZPKFrontEnd> openDesktop(const ZPKDesktopParameters& parameters) {
     void* module = dlopen(ZPK_TEST_DESKTOP_MODULE, RTLD_NOW | RTLD_LOCAL);
     if (module == nullptr) {
         ADD_FAILURE() << dlerror();
@@ -37,8 +37,8 @@ std::unique_ptr<ZPKFrontEnd> OpenDesktop(const ZPKDesktopParameters& parameters)
     return std::unique_ptr<ZPKFrontEnd>(entry(parameters));
 }
 
-std::unique_ptr<ZPKFrontEnd> OpenDesktop() {
-    std::unique_ptr<ZPKFrontEnd> frontEnd = OpenDesktop(DesktopParameters());
+std::unique_ptr<ZPKFrontEnd> openDesktop() {
+    std::unique_ptr<ZPKFrontEnd> frontEnd = openDesktop(desktopParameters());
     EXPECT_NE(frontEnd, nullptr);
     return frontEnd;
 }

@@ -14,7 +14,7 @@ namespace zpk_test {
 
 /// The visible window that holds (or is) a widget of that class and name; null without one.
 template <class Widget>
-Widget* FindVisible(const char* name) {
+Widget* findVisible(const char* name) {
     for (QWidget* window : QApplication::topLevelWidgets()) {
         if (!window->isVisible()) {
             continue;
@@ -31,7 +31,7 @@ Widget* FindVisible(const char* name) {
 }
 
 /// Has `action` run inside the next loop.
-inline void InNextLoop(const std::function<void()>& action) {
+inline void inNextLoop(const std::function<void()>& action) {
     QTimer::singleShot(0, qApp, action);
 }
 

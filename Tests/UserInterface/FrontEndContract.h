@@ -77,7 +77,7 @@ TEST_P(FrontEndContract, LetsAnExceptionOfAMessageThrough) {
 
 TEST_P(FrontEndContract, AbortBeforeTheLoopEndsTheNextLoopOnly) {
     std::thread worker;
-    RunWith(*frontEnd, [&] {
+    runWith(*frontEnd, [&] {
         auto window = frontEnd->createProgressWindow();
         frontEnd->abortModal();
         EXPECT_EQ(frontEnd->runModalForWindow(*window), ZPKModalResponseAbort);
@@ -93,7 +93,7 @@ TEST_P(FrontEndContract, AbortBeforeTheLoopEndsTheNextLoopOnly) {
 }
 
 TEST_P(FrontEndContract, AbortFromAWorkerBeforeTheLoopIsNotLost) {
-    RunWith(*frontEnd, [&] {
+    runWith(*frontEnd, [&] {
         auto window = frontEnd->createProgressWindow();
         std::thread([&] { frontEnd->abortModal(); }).join();
         EXPECT_EQ(frontEnd->runModalForWindow(*window), ZPKModalResponseAbort);
@@ -101,7 +101,7 @@ TEST_P(FrontEndContract, AbortFromAWorkerBeforeTheLoopIsNotLost) {
 }
 
 TEST_P(FrontEndContract, AbortThatASessionReceivesEndsTheNextLoop) {
-    RunWith(*frontEnd, [&] {
+    runWith(*frontEnd, [&] {
         auto window = frontEnd->createProgressWindow();
         frontEnd->abortModal();
         {
@@ -113,7 +113,7 @@ TEST_P(FrontEndContract, AbortThatASessionReceivesEndsTheNextLoop) {
 }
 
 TEST_P(FrontEndContract, StopWithoutALoopIsForgotten) {
-    RunWith(*frontEnd, [&] {
+    runWith(*frontEnd, [&] {
         auto window = frontEnd->createProgressWindow();
         frontEnd->stopModal(5);
         frontEnd->abortModal();
@@ -123,7 +123,7 @@ TEST_P(FrontEndContract, StopWithoutALoopIsForgotten) {
 
 TEST_P(FrontEndContract, StopEndsTheInnermostLoop) {
     std::thread worker;
-    RunWith(*frontEnd, [&] {
+    runWith(*frontEnd, [&] {
         auto outer = frontEnd->createProgressWindow();
         auto inner = frontEnd->createProgressWindow();
         worker = std::thread([&] {
@@ -143,7 +143,7 @@ TEST_P(FrontEndContract, StopEndsTheInnermostLoop) {
 
 TEST_P(FrontEndContract, TerminateEndsTheLoopsAndThoseThatCome) {
     std::thread worker;
-    RunWith(*frontEnd, [&] {
+    runWith(*frontEnd, [&] {
         auto window = frontEnd->createProgressWindow();
         worker = std::thread([&] { frontEnd->performOnMainThreadAndWait([&] { frontEnd->terminate(); }); });
         EXPECT_EQ(frontEnd->runModalForWindow(*window), ZPKModalResponseAbort);
@@ -161,7 +161,7 @@ TEST_P(FrontEndContract, PerformFromTheMainThreadRunsDirectly) {
 TEST_P(FrontEndContract, PerformRunsOnTheMainThreadAndWaits) {
     const std::thread::id mainThread = std::this_thread::get_id();
     std::thread worker;
-    RunWith(*frontEnd, [&] {
+    runWith(*frontEnd, [&] {
         auto window = frontEnd->createProgressWindow();
         worker = std::thread([&] {
             std::thread::id seen;
@@ -177,7 +177,7 @@ TEST_P(FrontEndContract, PerformRunsOnTheMainThreadAndWaits) {
 TEST_P(FrontEndContract, AThousandPerformsAllRunInOrder) {
     std::vector<int> seen;
     std::thread worker;
-    RunWith(*frontEnd, [&] {
+    runWith(*frontEnd, [&] {
         auto window = frontEnd->createProgressWindow();
         worker = std::thread([&] {
             for (int at = 0; at < 1000; ++at) {
@@ -197,7 +197,7 @@ TEST_P(FrontEndContract, AThousandPerformsAllRunInOrder) {
 TEST_P(FrontEndContract, AbortWhileAPerformWaitsEndsTheLoopAndStrandsNobody) {
     std::thread performer;
     std::thread aborter;
-    RunWith(*frontEnd, [&] {
+    runWith(*frontEnd, [&] {
         auto window = frontEnd->createProgressWindow();
         std::atomic<bool> hasStarted = false;
         performer = std::thread([&] {
@@ -223,7 +223,7 @@ TEST_P(FrontEndContract, PerformThatWaitsWhenTheRunEndsIsLeftOut) {
     std::atomic<bool> hasRun = false;
     std::atomic<bool> hasAsked = false;
     std::thread worker;
-    RunWith(*frontEnd, [&] {
+    runWith(*frontEnd, [&] {
         worker = std::thread([&] {
             hasAsked = true;
             frontEnd->performOnMainThreadAndWait([&] { hasRun = true; });
@@ -240,7 +240,7 @@ TEST_P(FrontEndContract, PerformThatWaitsWhenTheRunEndsIsLeftOut) {
 
 TEST_P(FrontEndContract, SessionHandlesPerformsAndNeverWaitsLong) {
     std::thread worker;
-    RunWith(*frontEnd, [&] {
+    runWith(*frontEnd, [&] {
         auto window = frontEnd->createProgressWindow();
         window->progressIndicator().setIndeterminate(true);
         window->progressIndicator().startAnimation();
@@ -266,7 +266,7 @@ TEST_P(FrontEndContract, SessionHandlesPerformsAndNeverWaitsLong) {
 }
 
 TEST_P(FrontEndContract, SessionWaitsALittleWhenNothingHappens) {
-    RunWith(*frontEnd, [&] {
+    runWith(*frontEnd, [&] {
         auto window = frontEnd->createProgressWindow();
         auto session = frontEnd->beginModalSessionForWindow(*window);
         int turns = 0;

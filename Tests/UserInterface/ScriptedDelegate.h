@@ -33,7 +33,7 @@ private:
 };
 
 /// Runs the front end with `action` as the last message's work, then terminates.
-inline int RunWith(ZPKFrontEnd& frontEnd, const std::function<void()>& action) {
+inline int runWith(ZPKFrontEnd& frontEnd, const std::function<void()>& action) {
     ScriptedDelegate delegate;
     delegate.onDidFinish = [&] {
         action();

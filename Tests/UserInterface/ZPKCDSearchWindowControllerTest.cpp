@@ -18,7 +18,7 @@
 namespace fs = std::filesystem;
 using zpk_test::ScriptedFrontEnd;
 using zpk_test::TemporaryFolder;
-using zpk_test::WriteFile;
+using zpk_test::writeFile;
 
 namespace {
 
@@ -85,7 +85,7 @@ protected:
     ZPKCDSearchWindowControllerTest() {
         for (const char* file :
              {"Setup.app/Contents/Info.plist", "Sub/one.bin", "top.txt", "Sub/a/b/deep.dat"}) {
-            WriteFile(m_disc + "/" + file, "");
+            writeFile(m_disc + "/" + file, "");
         }
         fs::create_directory(m_disc + "/empty");
         m_volumes.volumes = {{m_disc, true}};
@@ -120,7 +120,7 @@ TEST_F(ZPKCDSearchWindowControllerTest, WindowIsFilledInOrder) {
 }
 
 TEST_F(ZPKCDSearchWindowControllerTest, EmptyFontNameKeepsTheStandardFont) {
-    WriteFile(m_folder / "UILang/en/ZPKStringTable.def", "ZPKString_FontName_ForMac = ;");
+    writeFile(m_folder / "UILang/en/ZPKStringTable.def", "ZPKString_FontName_ForMac = ;");
     varno_zpk::CResourceBundle::AddDefaultBundlePath((m_folder / "UILang").c_str());
     const ZPKCDSearchWindowController controller(m_frontEnd, m_volumes, {}, {});
     const Lines log = m_frontEnd.log();
@@ -233,7 +233,7 @@ TEST_F(ZPKCDSearchWindowControllerTest, ASecondPressSearchesAfresh) {
     ZPKCDSearchWindowController controller(m_frontEnd, m_volumes, {"*.new"}, {});
     controller.pushSearch();
     EXPECT_FALSE(controller.isFind());
-    WriteFile(m_disc + "/late.new", "");
+    writeFile(m_disc + "/late.new", "");
     controller.pushSearch();
     EXPECT_TRUE(controller.isFind());
 }
@@ -273,7 +273,7 @@ TEST_F(ZPKCDSearchWindowControllerTest, ListIsMadeOncePerVolumeAndSearch) {
 TEST_F(ZPKCDSearchWindowControllerTest, ManyStarsOnManyFilesEnd) {
     const std::string name(200, 'a');
     for (int index = 0; index < 300; ++index) {
-        WriteFile(m_disc + "/" + std::to_string(index) + name, "");
+        writeFile(m_disc + "/" + std::to_string(index) + name, "");
     }
     std::string stars;
     for (int index = 0; index < 60; ++index) {

@@ -28,13 +28,13 @@ namespace zpk_test {
 
 namespace {
 
-[[maybe_unused]] const int offscreen = setenv("QT_QPA_PLATFORM", "offscreen", 1);
+[[maybe_unused]] const int kOffscreen = setenv("QT_QPA_PLATFORM", "offscreen", 1);
 
-std::unique_ptr<ZPKFrontEnd> MakeDesktopFrontEnd() {
-    return OpenDesktop();
+std::unique_ptr<ZPKFrontEnd> makeDesktopFrontEnd() {
+    return openDesktop();
 }
 
-std::string ManyLines() {
+std::string manyLines() {
     std::string text;
     for (int line = 0; line < 200; ++line) {
         text += "Product number " + std::to_string(line) + "\n";
@@ -42,11 +42,11 @@ std::string ManyLines() {
     return text;
 }
 
-QString AccessibleName(QWidget* widget) {
+QString accessibleName(QWidget* widget) {
     return QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name);
 }
 
-void ExpectOnScreen(const QWidget* window) {
+void expectOnScreen(const QWidget* window) {
     EXPECT_TRUE(window->screen()->availableGeometry().contains(window->frameGeometry()))
         << window->width() << "x" << window->height();
 }
@@ -54,23 +54,23 @@ void ExpectOnScreen(const QWidget* window) {
 }  // namespace
 
 INSTANTIATE_TEST_SUITE_P(Each, FrontEndContract,
-                         ::testing::Values(FrontEndKind{"Desktop", &MakeDesktopFrontEnd}));
+                         ::testing::Values(FrontEndKind{"Desktop", &makeDesktopFrontEnd}));
 
 class DesktopFrontEnd : public ::testing::Test {
 protected:
-    std::unique_ptr<ZPKFrontEnd> frontEnd = OpenDesktop();
+    std::unique_ptr<ZPKFrontEnd> frontEnd = openDesktop();
 
     /// Runs `script` with the progress window on the screen.
     void withProgressWindow(const std::string& title,
                             const std::function<void(ZPKProgressWindow&, QProgressBar*)>& script) {
-        RunWith(*frontEnd, [&] {
+        runWith(*frontEnd, [&] {
             auto window = frontEnd->createProgressWindow();
             window->center();
             window->progressIndicator().setMinValue(0);
             window->progressIndicator().setMaxValue(100);
             window->setTitle(title);
-            InNextLoop([&] {
-                auto* bar = FindVisible<QProgressBar>("progressIndicator");
+            inNextLoop([&] {
+                auto* bar = findVisible<QProgressBar>("progressIndicator");
                 EXPECT_NE(bar, nullptr);
                 if (bar != nullptr) {
                     script(*window, bar);
@@ -79,16 +79,16 @@ protected:
             });
             EXPECT_EQ(frontEnd->runModalForWindow(*window), ZPKModalResponseAbort);
             window->close();
-            EXPECT_EQ(FindVisible<QProgressBar>("progressIndicator"), nullptr);
+            EXPECT_EQ(findVisible<QProgressBar>("progressIndicator"), nullptr);
         });
     }
 
     /// Runs the alert; `script` sees its box and must answer it.
     void withAlert(const ZPKAlert& alert, const std::function<void(QMessageBox*)>& script) {
-        RunWith(*frontEnd, [&] {
+        runWith(*frontEnd, [&] {
             bool seen = false;
-            InNextLoop([&] {
-                auto* box = FindVisible<QMessageBox>("");
+            inNextLoop([&] {
+                auto* box = findVisible<QMessageBox>("");
                 ASSERT_NE(box, nullptr);
                 seen = true;
                 script(box);
@@ -155,8 +155,8 @@ TEST_F(DesktopProgressWindow, IndeterminateBarIsEndlessWhileAnimated) {
 TEST_F(DesktopProgressWindow, TellsAssistiveToolsItsTitleAndValue) {
     withProgressWindow("Unpacking", [](ZPKProgressWindow& window, QProgressBar* bar) {
         window.progressIndicator().setDoubleValue(40);
-        EXPECT_EQ(AccessibleName(bar), "Unpacking");
-        EXPECT_EQ(AccessibleName(bar->window()), "Unpacking");
+        EXPECT_EQ(accessibleName(bar), "Unpacking");
+        EXPECT_EQ(accessibleName(bar->window()), "Unpacking");
         QAccessibleInterface* interface = QAccessible::queryAccessibleInterface(bar);
         EXPECT_EQ(interface->role(), QAccessible::ProgressBar);
         EXPECT_EQ(interface->valueInterface()->currentValue().toInt(), 40);
@@ -188,9 +188,9 @@ TEST_F(DesktopProgressWindow, LongTitleIsWrappedAndStaysOnTheScreen) {
         auto* label = bar->window()->findChild<QLabel*>("titleLabel");
         EXPECT_GE(label->height(), label->heightForWidth(label->width()));
         EXPECT_GT(label->height(), label->fontMetrics().height() * 3 / 2);
-        window.setTitle(ManyLines() + std::string(5000, 'x'));
+        window.setTitle(manyLines() + std::string(5000, 'x'));
         QTest::qWait(20);
-        ExpectOnScreen(bar->window());
+        expectOnScreen(bar->window());
     });
 }
 
@@ -243,7 +243,7 @@ TEST_F(DesktopAlert, ShowsItsTextsAsTheyStand) {
         EXPECT_EQ(box->escapeButton(), box->buttons().front());
         EXPECT_TRUE(QTest::qWaitForWindowActive(box));
         EXPECT_TRUE(box->buttons().front()->hasFocus());
-        EXPECT_EQ(AccessibleName(box->buttons().front()), "OK & go");
+        EXPECT_EQ(accessibleName(box->buttons().front()), "OK & go");
         box->buttons().front()->click();
     });
 }
@@ -255,10 +255,10 @@ TEST_F(DesktopAlert, IconFollowsTheStyle) {
     } rows[] = {{ZPKAlertStyle::Warning, QMessageBox::Warning},
                 {ZPKAlertStyle::Informational, QMessageBox::Information},
                 {ZPKAlertStyle::Critical, QMessageBox::Critical}};
-    RunWith(*frontEnd, [&] {
+    runWith(*frontEnd, [&] {
         for (const auto& row : rows) {
-            InNextLoop([&] {
-                auto* box = FindVisible<QMessageBox>("");
+            inNextLoop([&] {
+                auto* box = findVisible<QMessageBox>("");
                 EXPECT_EQ(box->icon(), row.icon);
                 box->close();
             });
@@ -270,7 +270,7 @@ TEST_F(DesktopAlert, IconFollowsTheStyle) {
 TEST_F(DesktopAlert, ReturnEscapeAndTheCloseBoxAnswerIt) {
     withAlert({"T", "", "OK"}, [](QMessageBox* box) { QTest::keyClick(box, Qt::Key_Return); });
     const auto again = [&](const std::function<void(QMessageBox*)>& script) {
-        InNextLoop([&] { script(FindVisible<QMessageBox>("")); });
+        inNextLoop([&] { script(findVisible<QMessageBox>("")); });
         frontEnd->runAlert({"T", "", "OK"});
     };
     again([](QMessageBox* box) { QTest::keyClick(box, Qt::Key_Escape); });
@@ -278,12 +278,12 @@ TEST_F(DesktopAlert, ReturnEscapeAndTheCloseBoxAnswerIt) {
 }
 
 TEST_F(DesktopAlert, LongTextsStayOnTheScreen) {
-    const std::string texts[] = {ManyLines(), std::string(20000, 'x'), ManyLines() + std::string(3000, 'y')};
-    RunWith(*frontEnd, [&] {
+    const std::string texts[] = {manyLines(), std::string(20000, 'x'), manyLines() + std::string(3000, 'y')};
+    runWith(*frontEnd, [&] {
         for (const std::string& text : texts) {
-            InNextLoop([&] {
-                auto* box = FindVisible<QMessageBox>("");
-                ExpectOnScreen(box);
+            inNextLoop([&] {
+                auto* box = findVisible<QMessageBox>("");
+                expectOnScreen(box);
                 EXPECT_EQ(box->text().toStdString(), text);
                 EXPECT_TRUE(box->rect().contains(box->buttons().front()->geometry().center()));
                 box->close();
@@ -294,14 +294,14 @@ TEST_F(DesktopAlert, LongTextsStayOnTheScreen) {
 }
 
 TEST_F(DesktopAlert, AbortWaitsForItsAnswer) {
-    RunWith(*frontEnd, [&] {
+    runWith(*frontEnd, [&] {
         auto window = frontEnd->createProgressWindow();
         bool answered = false;
-        InNextLoop([&] {
+        inNextLoop([&] {
             frontEnd->abortModal();
             QTimer::singleShot(30, qApp, [&] {
                 answered = true;
-                FindVisible<QMessageBox>("")->close();
+                findVisible<QMessageBox>("")->close();
             });
             frontEnd->runAlert({"T", "", "OK"});
             EXPECT_TRUE(answered);
@@ -325,15 +325,15 @@ protected:
     /// Runs the window's modal loop, with `script` when it is on the screen; gives its code.
     int run(const std::function<void()>& script) {
         int code = 0;
-        RunWith(*frontEnd, [&] {
+        runWith(*frontEnd, [&] {
             setMenuTitles();
             window = frontEnd->createCDSearchWindow();
             ASSERT_NE(window, nullptr);
             fill();
-            InNextLoop([&] {
-                search = FindVisible<QPushButton>("searchButton");
-                cancel = FindVisible<QPushButton>("cancelButton");
-                list = FindVisible<QPlainTextEdit>("textView");
+            inNextLoop([&] {
+                search = findVisible<QPushButton>("searchButton");
+                cancel = findVisible<QPushButton>("cancelButton");
+                list = findVisible<QPlainTextEdit>("textView");
                 ASSERT_TRUE(search != nullptr && cancel != nullptr && list != nullptr);
                 dialog = qobject_cast<QDialog*>(search->window());
                 script();
@@ -395,9 +395,9 @@ TEST_F(DesktopDiscWindow, ShowsItsTextsAsTheyStand) {
         EXPECT_TRUE(list->isReadOnly());
         EXPECT_EQ(search->text(), "Search && Find");
         EXPECT_EQ(cancel->text(), "Cancel");
-        EXPECT_EQ(AccessibleName(search), "Search & Find");
-        EXPECT_EQ(AccessibleName(list), "Insert <b>the</b> disc & search.");
-        EXPECT_EQ(AccessibleName(dialog), "Disc");
+        EXPECT_EQ(accessibleName(search), "Search & Find");
+        EXPECT_EQ(accessibleName(list), "Insert <b>the</b> disc & search.");
+        EXPECT_EQ(accessibleName(dialog), "Disc");
         EXPECT_EQ(dialog->windowModality(), Qt::ApplicationModal);
     });
 }
@@ -494,7 +494,7 @@ TEST_F(DesktopDiscWindow, QuitCountsAsTheCloseBox) {
 TEST_F(DesktopDiscWindow, HideMinimizesAndAboutTellsTheName) {
     run([&] {
         QTimer::singleShot(10, qApp, [] {
-            auto* box = FindVisible<QMessageBox>("");
+            auto* box = findVisible<QMessageBox>("");
             ASSERT_NE(box, nullptr);
             EXPECT_EQ(box->windowTitle(), "Info & more");
             EXPECT_EQ(box->text(), "Zephyrkit");
@@ -530,11 +530,11 @@ TEST_F(DesktopDiscWindow, FontIsSetAtThePresentSizeAndOnlyWhenItExists) {
 TEST_F(DesktopDiscWindow, LongTextsStayOnTheScreen) {
     run([&] {
         window->close();
-        window->setMessage(ManyLines());
-        window->setProductList(ManyLines() + std::string(5000, 'x'));
+        window->setMessage(manyLines());
+        window->setProductList(manyLines() + std::string(5000, 'x'));
         window->setSearchButtonTitle("A title that is rather long for a button to search with");
         window->makeKeyAndOrderFront();
-        ExpectOnScreen(dialog);
+        expectOnScreen(dialog);
         EXPECT_GE(search->width(), search->sizeHint().width());
         EXPECT_TRUE(dialog->rect().contains(search->geometry().center()));
         EXPECT_GT(list->height(), 40);
@@ -555,15 +555,15 @@ TEST_F(DesktopDiscWindow, ProgressAndAlertOverItTakeTheKeyboardAndGiveItBack) {
         progress->makeKeyAndOrderFront();
         auto session = frontEnd->beginModalSessionForWindow(*progress);
         session->run();
-        QWidget* progressWidget = FindVisible<QProgressBar>("progressIndicator")->window();
+        QWidget* progressWidget = findVisible<QProgressBar>("progressIndicator")->window();
         EXPECT_EQ(QApplication::activeModalWidget(), progressWidget);
         EXPECT_EQ(progressWidget->windowHandle()->transientParent(), dialog->windowHandle());
         session.reset();
         progress->close();
         progress.reset();
         EXPECT_EQ(QApplication::activeModalWidget(), dialog);
-        InNextLoop([&] {
-            auto* box = FindVisible<QMessageBox>("");
+        inNextLoop([&] {
+            auto* box = findVisible<QMessageBox>("");
             EXPECT_EQ(box->parentWidget(), dialog);
             box->close();
         });
@@ -587,15 +587,15 @@ protected:
                     const std::function<void(ZPKFrontEnd&)>& use) {
         for (const char* name : {"MainMenu.ui", "ProgressWindow.ui", "CDSearchWindow.ui"}) {
             std::filesystem::remove_all(folder / name);
-            WriteFile(folder / name, ReadFile(DeliveredForms() + "/" + name));
+            writeFile(folder / name, readFile(deliveredForms() + "/" + name));
         }
         damage(folder / form);
-        ZPKDesktopParameters parameters = DesktopParameters();
+        ZPKDesktopParameters parameters = desktopParameters();
         parameters.resourceFolder = folder.path();
         Outcome outcome;
         ScriptedDelegate delegate;
-        outcome.errors = CaptureStreams([&] {
-                             const std::unique_ptr<ZPKFrontEnd> frontEnd = OpenDesktop(parameters);
+        outcome.errors = captureStreams([&] {
+                             const std::unique_ptr<ZPKFrontEnd> frontEnd = openDesktop(parameters);
                              delegate.onDidFinish = [&] {
                                  use(*frontEnd);
                                  frontEnd->terminate();
@@ -614,7 +614,7 @@ protected:
 
     static std::vector<std::pair<const char*, std::function<void(const std::string&)>>> damages() {
         const auto replaced = [](const std::string& path, const std::string& contents) {
-            WriteFile(path, contents);
+            writeFile(path, contents);
         };
         return {
             {"missing", [](const std::string& path) { std::filesystem::remove(path); }},
@@ -629,7 +629,7 @@ protected:
             {"no window", [=](const std::string& path) { replaced(path, "<ui version=\"4.0\"></ui>"); }},
             {"cut",
              [=](const std::string& path) {
-                 const std::string whole = ReadFile(path);
+                 const std::string whole = readFile(path);
                  replaced(path, whole.substr(0, whole.size() / 2));
              }},
             {"another window",
@@ -681,10 +681,10 @@ TEST_F(DesktopForms, DiscWindowThatCannotBeLoadedGivesNothingAndStatusOne) {
 }
 
 TEST_F(DesktopForms, EveryCutOfAFormIsSurvived) {
-    const std::string whole = ReadFile(DeliveredForms() + "/CDSearchWindow.ui");
+    const std::string whole = readFile(deliveredForms() + "/CDSearchWindow.ui");
     for (std::size_t length = 0; length < whole.size(); length += 97) {
         const Outcome outcome = runWith(
-            "CDSearchWindow.ui", [&](const std::string& path) { WriteFile(path, whole.substr(0, length)); },
+            "CDSearchWindow.ui", [&](const std::string& path) { writeFile(path, whole.substr(0, length)); },
             [](ZPKFrontEnd& frontEnd) { EXPECT_EQ(frontEnd.createCDSearchWindow(), nullptr); });
         expectOneLine(outcome.errors, "CDSearchWindow.ui");
     }

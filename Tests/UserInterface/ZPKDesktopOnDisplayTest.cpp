@@ -30,7 +30,7 @@ namespace zpk_test {
 
 /// What a command prints. The main thread stands still meanwhile, as it does in the launcher's pause
 /// and while the setup program runs.
-std::string OutputOf(const std::string& command) {
+std::string outputOf(const std::string& command) {
     std::string output;
     FILE* pipe = popen(command.c_str(), "r");
     EXPECT_NE(pipe, nullptr);
@@ -43,11 +43,11 @@ std::string OutputOf(const std::string& command) {
 }
 
 /// The same, while the main thread goes on to handle events.
-std::string OutputMeanwhile(const std::string& command) {
+std::string outputMeanwhile(const std::string& command) {
     std::string output;
     std::atomic<bool> isDone = false;
     std::thread runner([&] {
-        output = OutputOf(command);
+        output = outputOf(command);
         isDone = true;
     });
     EXPECT_TRUE(QTest::qWaitFor([&] { return isDone.load(); }, 30000));
@@ -56,27 +56,27 @@ std::string OutputMeanwhile(const std::string& command) {
 }
 
 /// Presses a key at the server, and lets it arrive.
-void PressKey(const std::string& key) {
-    OutputMeanwhile("xdotool key " + key);
+void pressKey(const std::string& key) {
+    outputMeanwhile("xdotool key " + key);
     QTest::qWait(100);
 }
 
 /// What a screen reader finds of the launcher.
-std::string Accessibles() {
-    return OutputMeanwhile(ZPK_TEST_LIST_ACCESSIBLES " Zephyrkit");
+std::string accessibles() {
+    return outputMeanwhile(ZPK_TEST_LIST_ACCESSIBLES " Zephyrkit");
 }
 
-bool IsVisibleAtTheServer(const std::string& title) {
-    return !OutputOf("xdotool search --onlyvisible --name '^" + title + "$' 2>/dev/null").empty();
+bool isVisibleAtTheServer(const std::string& title) {
+    return !outputOf("xdotool search --onlyvisible --name '^" + title + "$' 2>/dev/null").empty();
 }
 
 class DesktopOnDisplay : public ::testing::Test {
 protected:
-    std::unique_ptr<ZPKFrontEnd> frontEnd = OpenDesktop();
+    std::unique_ptr<ZPKFrontEnd> frontEnd = openDesktop();
 
     template <class Widget>
     Widget* waitForActive(const char* name) {
-        Widget* widget = FindVisible<Widget>(name);
+        Widget* widget = findVisible<Widget>(name);
         EXPECT_NE(widget, nullptr);
         EXPECT_TRUE(QTest::qWaitForWindowActive(widget->window()));
         return widget;
@@ -85,7 +85,7 @@ protected:
 
 TEST_F(DesktopOnDisplay, KeysDriveTheDiscWindow) {
     std::vector<std::string> events;
-    RunWith(*frontEnd, [&] {
+    runWith(*frontEnd, [&] {
         auto window = frontEnd->createCDSearchWindow();
         window->center();
         window->setTitle("Disc");
@@ -98,38 +98,38 @@ TEST_F(DesktopOnDisplay, KeysDriveTheDiscWindow) {
                                 frontEnd->stopModal(ZPKModalResponseAbort);
                                 return true;
                             }});
-        InNextLoop([&] {
+        inNextLoop([&] {
             waitForActive<QPushButton>("searchButton");
             for (const char* key : {"Return", "Escape", "Tab", "space", "Tab", "Return", "Tab", "alt+F4"}) {
-                PressKey(key);
+                pressKey(key);
             }
             frontEnd->abortModal();
         });
         frontEnd->runModalForWindow(*window);
-        EXPECT_FALSE(IsVisibleAtTheServer("Disc"));
+        EXPECT_FALSE(isVisibleAtTheServer("Disc"));
     });
     EXPECT_EQ(events, (std::vector<std::string>{"search", "cancel", "cancel", "search", "close"}));
 }
 
 TEST_F(DesktopOnDisplay, KeysDoNotCloseTheProgressWindow) {
-    RunWith(*frontEnd, [&] {
+    runWith(*frontEnd, [&] {
         auto window = frontEnd->createProgressWindow();
         window->setTitle("Unpacking");
-        InNextLoop([&] {
+        inNextLoop([&] {
             auto* bar = waitForActive<QProgressBar>("progressIndicator");
             for (const char* key : {"Escape", "Return", "alt+F4"}) {
-                PressKey(key);
+                pressKey(key);
                 EXPECT_TRUE(bar->isVisible()) << key;
             }
             frontEnd->abortModal();
         });
         frontEnd->runModalForWindow(*window);
-        EXPECT_TRUE(IsVisibleAtTheServer("Unpacking"));
+        EXPECT_TRUE(isVisibleAtTheServer("Unpacking"));
     });
 }
 
 TEST_F(DesktopOnDisplay, ReturnAndEscapeAnswerTheAlert) {
-    RunWith(*frontEnd, [&] {
+    runWith(*frontEnd, [&] {
         for (const char* key : {"Return", "Escape", "space", "alt+F4"}) {
             bool answered = false;
             QTimer::singleShot(0, qApp, [&] {
@@ -140,7 +140,7 @@ TEST_F(DesktopOnDisplay, ReturnAndEscapeAnswerTheAlert) {
                     }
                 });
                 waitForActive<QMessageBox>("");
-                PressKey(key);
+                pressKey(key);
             });
             frontEnd->runAlert({"Text", "", "OK"});
             answered = true;
@@ -149,23 +149,23 @@ TEST_F(DesktopOnDisplay, ReturnAndEscapeAnswerTheAlert) {
 }
 
 TEST_F(DesktopOnDisplay, ClosedWindowIsGoneWhileTheMainThreadStandsStill) {
-    RunWith(*frontEnd, [&] {
+    runWith(*frontEnd, [&] {
         auto window = frontEnd->createProgressWindow();
         window->setTitle("Unpacking");
-        InNextLoop([&] {
+        inNextLoop([&] {
             waitForActive<QProgressBar>("progressIndicator");
             frontEnd->abortModal();
         });
         frontEnd->runModalForWindow(*window);
-        EXPECT_TRUE(IsVisibleAtTheServer("Unpacking"));
+        EXPECT_TRUE(isVisibleAtTheServer("Unpacking"));
         window->close();
-        EXPECT_FALSE(IsVisibleAtTheServer("Unpacking"));
+        EXPECT_FALSE(isVisibleAtTheServer("Unpacking"));
     });
 }
 
 TEST_F(DesktopOnDisplay, LastValueIsSeenAfterTheLoop) {
     std::thread worker;
-    RunWith(*frontEnd, [&] {
+    runWith(*frontEnd, [&] {
         auto window = frontEnd->createProgressWindow();
         window->center();
         window->setTitle("Unpacking");
@@ -173,10 +173,10 @@ TEST_F(DesktopOnDisplay, LastValueIsSeenAfterTheLoop) {
         const auto pixel = [&bar](double share) {
             const int x = bar.left() + static_cast<int>(bar.width() * share);
             const std::string place = std::to_string(x) + "+" + std::to_string(bar.center().y());
-            return OutputOf("import -silent -window root -crop 1x1+" + place +
+            return outputOf("import -silent -window root -crop 1x1+" + place +
                             " -format '%[pixel:p{0,0}]' info:-");
         };
-        InNextLoop([&] {
+        inNextLoop([&] {
             auto* widget = waitForActive<QProgressBar>("progressIndicator");
             bar = QRect(widget->mapToGlobal(QPoint()), widget->size());
             worker = std::thread([&] {
@@ -197,11 +197,11 @@ TEST_F(DesktopOnDisplay, LastValueIsSeenAfterTheLoop) {
 }
 
 TEST_F(DesktopOnDisplay, WindowIsInTheMiddleOfTheScreen) {
-    RunWith(*frontEnd, [&] {
+    runWith(*frontEnd, [&] {
         auto window = frontEnd->createProgressWindow();
         window->center();
         window->setTitle("Unpacking the files of the package");
-        InNextLoop([&] {
+        inNextLoop([&] {
             const QWidget* shown = waitForActive<QProgressBar>("progressIndicator")->window();
             const QPoint off = shown->geometry().center() - shown->screen()->geometry().center();
             EXPECT_LE(std::abs(off.x()), 10);
@@ -218,18 +218,18 @@ protected:
         // No screen reader runs that would ask for it.
         setenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1", 1);
         frontEnd.reset();
-        frontEnd = OpenDesktop();
+        frontEnd = openDesktop();
     }
 };
 
 TEST_F(DesktopForScreenReader, ProgressWindowTellsItsTitleAndValue) {
-    RunWith(*frontEnd, [&] {
+    runWith(*frontEnd, [&] {
         auto window = frontEnd->createProgressWindow();
         window->setTitle("Unpacking");
         window->progressIndicator().setDoubleValue(40);
-        InNextLoop([&] {
+        inNextLoop([&] {
             waitForActive<QProgressBar>("progressIndicator");
-            const std::string found = Accessibles();
+            const std::string found = accessibles();
             EXPECT_NE(found.find("progress bar / Unpacking / value=40"), std::string::npos) << found;
             EXPECT_NE(found.find("label / Unpacking"), std::string::npos) << found;
             EXPECT_EQ(found.find("menu"), std::string::npos) << found;
@@ -240,10 +240,10 @@ TEST_F(DesktopForScreenReader, ProgressWindowTellsItsTitleAndValue) {
 }
 
 TEST_F(DesktopForScreenReader, AlertTellsItsTextAndButton) {
-    RunWith(*frontEnd, [&] {
-        InNextLoop([&] {
+    runWith(*frontEnd, [&] {
+        inNextLoop([&] {
             auto* box = waitForActive<QMessageBox>("");
-            const std::string found = Accessibles();
+            const std::string found = accessibles();
             EXPECT_NE(found.find("alert / "), std::string::npos) << found;
             EXPECT_NE(found.find("label / No <b>room</b>"), std::string::npos) << found;
             EXPECT_NE(found.find("push button / OK / "), std::string::npos) << found;
@@ -254,16 +254,16 @@ TEST_F(DesktopForScreenReader, AlertTellsItsTextAndButton) {
 }
 
 TEST_F(DesktopForScreenReader, DiscWindowTellsItsTextsAndButtons) {
-    RunWith(*frontEnd, [&] {
+    runWith(*frontEnd, [&] {
         auto window = frontEnd->createCDSearchWindow();
         window->setTitle("Disc");
         window->setMessage("Insert the disc.");
         window->setProductList("Suite\nTools");
         window->setSearchButtonTitle("Search");
         window->setCancelButtonTitle("Cancel");
-        InNextLoop([&] {
+        inNextLoop([&] {
             waitForActive<QPushButton>("searchButton");
-            const std::string found = Accessibles();
+            const std::string found = accessibles();
             for (const char* line :
                  {"dialog / Disc", "label / Insert the disc.", "text / Insert the disc. / text=Suite|Tools",
                   "push button / Search / ", "push button / Cancel"}) {
@@ -312,11 +312,11 @@ private:
     pid_t m_server = 0;
 };
 
-void RunUntilTheServerGoesAway() {
+void runUntilTheServerGoesAway() {
     LoneServer server;
     atexit([] { fputs("cleaned up\n", stderr); });
-    const std::unique_ptr<ZPKFrontEnd> frontEnd = OpenDesktop();
-    RunWith(*frontEnd, [&] {
+    const std::unique_ptr<ZPKFrontEnd> frontEnd = openDesktop();
+    runWith(*frontEnd, [&] {
         auto window = frontEnd->createProgressWindow();
         QTimer::singleShot(100, qApp, [&] { server.end(); });
         frontEnd->runModalForWindow(*window);
@@ -324,7 +324,7 @@ void RunUntilTheServerGoesAway() {
 }
 
 TEST(DesktopOnDisplayDeathTest, ServerThatGoesAwayEndsTheProcessInOrder) {
-    EXPECT_EXIT(RunUntilTheServerGoesAway(), ::testing::ExitedWithCode(1), "cleaned up\n");
+    EXPECT_EXIT(runUntilTheServerGoesAway(), ::testing::ExitedWithCode(1), "cleaned up\n");
 }
 
 }  // namespace zpk_test

@@ -21,49 +21,49 @@
 
 namespace zpk_test {
 
-void ClearDisplays() {
+void clearDisplays() {
     for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "WAYLAND_SOCKET", "QT_QPA_PLATFORM",
                              "QT_QPA_PLATFORM_PLUGIN_PATH", "XDG_SESSION_TYPE"}) {
         unsetenv(name);
     }
 }
 
-int RunOnTerminal() {
+int runOnTerminal() {
     ZPKTerminalFrontEnd frontEnd;
-    const int status = RunWith(frontEnd, [&] { frontEnd.runAlert({"on the terminal", "", "OK"}); });
+    const int status = runWith(frontEnd, [&] { frontEnd.runAlert({"on the terminal", "", "OK"}); });
     return status == 0 ? 42 : 1;
 }
 
 /// Opens the desktop and ends with what it shows, or with 3 when there is no display.
-[[noreturn]] void OpenAndExit(const ZPKDesktopParameters& parameters) {
-    const std::unique_ptr<ZPKFrontEnd> frontEnd = OpenDesktop(parameters);
-    exit(frontEnd == nullptr ? 3 : RunWith(*frontEnd, [] {}));
+[[noreturn]] void openAndExit(const ZPKDesktopParameters& parameters) {
+    const std::unique_ptr<ZPKFrontEnd> frontEnd = openDesktop(parameters);
+    exit(frontEnd == nullptr ? 3 : runWith(*frontEnd, [] {}));
 }
 
-ZPKDesktopParameters ParametersWithTerminal() {
-    ZPKDesktopParameters parameters = DesktopParameters();
-    parameters.runWithoutDesktop = RunOnTerminal;
+ZPKDesktopParameters parametersWithTerminal() {
+    ZPKDesktopParameters parameters = desktopParameters();
+    parameters.runWithoutDesktop = runOnTerminal;
     return parameters;
 }
 
 class DesktopStart : public ::testing::Test {
 protected:
-    void SetUp() override { ClearDisplays(); }
+    void SetUp() override { clearDisplays(); }
 };
 
 /// By their name these run first, while the process has no thread but its main thread.
 using DesktopStartDeathTest = DesktopStart;
 
 TEST_F(DesktopStart, WithoutADisplayThereIsNoFrontEnd) {
-    EXPECT_EQ(OpenDesktop(DesktopParameters()), nullptr);
+    EXPECT_EQ(openDesktop(desktopParameters()), nullptr);
 }
 
 TEST_F(DesktopStart, DisplayThatRefusesGivesNoFrontEnd) {
     for (const char* display : {":12345", "no-such-host.invalid:0", "nonsense", ":99999999999"}) {
         setenv("DISPLAY", display, 1);
-        EXPECT_EQ(OpenDesktop(DesktopParameters()), nullptr) << display;
+        EXPECT_EQ(openDesktop(desktopParameters()), nullptr) << display;
         setenv("QT_QPA_PLATFORM", "xcb", 1);
-        EXPECT_EQ(OpenDesktop(DesktopParameters()), nullptr) << display;
+        EXPECT_EQ(openDesktop(desktopParameters()), nullptr) << display;
         unsetenv("QT_QPA_PLATFORM");
     }
 }
@@ -74,7 +74,7 @@ TEST_F(DesktopStart, WaylandThatIsNotThereGivesNoFrontEnd) {
     for (const std::string& display :
          {std::string("wayland-0"), folder / "wayland-0", "/" + std::string(200, 'x')}) {
         setenv("WAYLAND_DISPLAY", display.c_str(), 1);
-        EXPECT_EQ(OpenDesktop(DesktopParameters()), nullptr) << display;
+        EXPECT_EQ(openDesktop(desktopParameters()), nullptr) << display;
     }
 }
 
@@ -97,7 +97,7 @@ TEST_F(DesktopStartDeathTest, DisplayThatOnlyListensEndsInTheRunWithoutDesktop) 
             close(accept(listener, nullptr, nullptr));
         }
     }
-    EXPECT_EXIT(OpenAndExit(ParametersWithTerminal()), ::testing::ExitedWithCode(42),
+    EXPECT_EXIT(openAndExit(parametersWithTerminal()), ::testing::ExitedWithCode(42),
                 "^Cannot use the desktop: [^\n]+\non the terminal\n$");
     kill(compositor, SIGKILL);
     waitpid(compositor, nullptr, 0);
@@ -106,7 +106,7 @@ TEST_F(DesktopStartDeathTest, DisplayThatOnlyListensEndsInTheRunWithoutDesktop) 
 
 TEST_F(DesktopStartDeathTest, PlatformThatDoesNotExistEndsInTheRunWithoutDesktop) {
     setenv("QT_QPA_PLATFORM", "nonsense", 1);
-    EXPECT_EXIT(OpenAndExit(ParametersWithTerminal()), ::testing::ExitedWithCode(42),
+    EXPECT_EXIT(openAndExit(parametersWithTerminal()), ::testing::ExitedWithCode(42),
                 "^Cannot use the desktop: [^\n]*nonsense[^\n]*\non the terminal\n$");
 }
 
@@ -114,18 +114,18 @@ TEST_F(DesktopStartDeathTest, PlatformThatCannotConnectEndsInTheRunWithoutDeskto
     // The probe leaves alone what it does not know, here a list of platforms.
     setenv("QT_QPA_PLATFORM", "xcb;xcb", 1);
     setenv("DISPLAY", ":12345", 1);
-    EXPECT_EXIT(OpenAndExit(ParametersWithTerminal()), ::testing::ExitedWithCode(42), "on the terminal\n$");
+    EXPECT_EXIT(openAndExit(parametersWithTerminal()), ::testing::ExitedWithCode(42), "on the terminal\n$");
 }
 
 TEST_F(DesktopStartDeathTest, PlugInFolderThatIsNotThereIsNoHindrance) {
     setenv("QT_QPA_PLATFORM", "offscreen", 1);
     setenv("QT_QPA_PLATFORM_PLUGIN_PATH", "/nonexistent", 1);
-    EXPECT_EXIT(OpenAndExit(ParametersWithTerminal()), ::testing::ExitedWithCode(0), "^$");
+    EXPECT_EXIT(openAndExit(parametersWithTerminal()), ::testing::ExitedWithCode(0), "^$");
 }
 
 TEST_F(DesktopStartDeathTest, WithoutAnotherWayTheProcessEndsWithOne) {
     setenv("QT_QPA_PLATFORM", "nonsense", 1);
-    EXPECT_EXIT(OpenAndExit(DesktopParameters()), ::testing::ExitedWithCode(1),
+    EXPECT_EXIT(openAndExit(desktopParameters()), ::testing::ExitedWithCode(1),
                 "^Cannot use the desktop: [^\n]+\n$");
 }
 
@@ -138,10 +138,10 @@ TEST_F(DesktopStart, ArgumentsReachTheToolkitAndStayWhole) {
     arguments.push_back(nullptr);
     const std::vector<char*> before = arguments;
     setenv("QT_QPA_PLATFORM", "nonsense", 1);
-    ZPKDesktopParameters parameters = DesktopParameters();
+    ZPKDesktopParameters parameters = desktopParameters();
     parameters.argc = 4;
     parameters.argv = arguments.data();
-    EXPECT_NE(OpenDesktop(parameters), nullptr);
+    EXPECT_NE(openDesktop(parameters), nullptr);
     EXPECT_EQ(arguments, before);
     EXPECT_EQ(parameters.argc, 4);
 }
@@ -158,8 +158,8 @@ TEST_F(DesktopStart, LeavesTheEnvironmentAndTheNumberFormatAlone) {
     };
     const std::vector<std::string> before = environment();
     {
-        const std::unique_ptr<ZPKFrontEnd> frontEnd = OpenDesktop();
-        RunWith(*frontEnd, [&] {
+        const std::unique_ptr<ZPKFrontEnd> frontEnd = openDesktop();
+        runWith(*frontEnd, [&] {
             frontEnd->setInterfaceLanguage("ja");
             const auto window = frontEnd->createProgressWindow();
             window->makeKeyAndOrderFront();

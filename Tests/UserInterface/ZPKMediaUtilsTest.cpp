@@ -75,10 +75,10 @@ private:
     Names m_mounted;
 };
 
-const Names compactDisc{"ID_CDROM_MEDIA", "ID_CDROM_MEDIA_CD"};
-const Names recordable{"ID_CDROM_MEDIA", "ID_CDROM_MEDIA_CD_R"};
-const Names rewritable{"ID_CDROM_MEDIA", "ID_CDROM_MEDIA_CD_RW"};
-const Names dvd{"ID_CDROM_MEDIA", "ID_CDROM_MEDIA_DVD"};
+const Names kCompactDisc{"ID_CDROM_MEDIA", "ID_CDROM_MEDIA_CD"};
+const Names kRecordable{"ID_CDROM_MEDIA", "ID_CDROM_MEDIA_CD_R"};
+const Names kRewritable{"ID_CDROM_MEDIA", "ID_CDROM_MEDIA_CD_RW"};
+const Names kDvd{"ID_CDROM_MEDIA", "ID_CDROM_MEDIA_DVD"};
 
 TEST_F(ZPKMediaUtilsTest, NameIsTheLastComponentOfTheMountedDevice) {
     EXPECT_EQ(ZPKMediaUtils::bsdNameAtPath(mountVolume("sr0")), "sr0");
@@ -87,24 +87,24 @@ TEST_F(ZPKMediaUtilsTest, NameIsTheLastComponentOfTheMountedDevice) {
 }
 
 TEST_F(ZPKMediaUtilsTest, CDROMAndCDRCountWhateverTheDriveSays) {
-    addDrive("sr0", "0", compactDisc, "0");
-    addDrive("sr1", "1", recordable, "0");
-    addDrive("sr2", "2", rewritable, "0");
+    addDrive("sr0", "0", kCompactDisc, "0");
+    addDrive("sr1", "1", kRecordable, "0");
+    addDrive("sr2", "2", kRewritable, "0");
     EXPECT_TRUE(ZPKMediaUtils::isCDMediaAtPath(mountVolume("sr0")));
     EXPECT_TRUE(ZPKMediaUtils::isCDMediaAtPath(mountVolume("sr1")));
     EXPECT_FALSE(ZPKMediaUtils::isCDMediaAtPath(mountVolume("sr2")));
 }
 
 TEST_F(ZPKMediaUtilsTest, OtherCDsCountWhenTheyCanBeEjected) {
-    addDrive("sr2", "2", rewritable);
-    addDrive("sr3", "3", dvd);
+    addDrive("sr2", "2", kRewritable);
+    addDrive("sr3", "3", kDvd);
     EXPECT_EQ(ZPKMediaUtils::CDDevices(), Names{"sr2"});
     EXPECT_TRUE(ZPKMediaUtils::isCDMediaAtPath(mountVolume("sr2")));
     EXPECT_FALSE(ZPKMediaUtils::isCDMediaAtPath(mountVolume("sr3")));
 }
 
 TEST_F(ZPKMediaUtilsTest, BeginningOfTheNameSuffices) {
-    addDrive("sr1", "1", rewritable);
+    addDrive("sr1", "1", kRewritable);
     EXPECT_TRUE(ZPKMediaUtils::isCDMediaAtPath(mountVolume("sr10")));
     EXPECT_TRUE(ZPKMediaUtils::isCDMediaAtPath(mountVolume("sr1p1")));
     EXPECT_FALSE(ZPKMediaUtils::isCDMediaAtPath(mountVolume("sr")));
@@ -112,7 +112,7 @@ TEST_F(ZPKMediaUtilsTest, BeginningOfTheNameSuffices) {
 }
 
 TEST_F(ZPKMediaUtilsTest, NothingMountedThereIsNoDisc) {
-    addDrive("sr0", "0", compactDisc);
+    addDrive("sr0", "0", kCompactDisc);
     EXPECT_FALSE(ZPKMediaUtils::isCDMediaAtPath("/no/such/volume"));
     EXPECT_FALSE(ZPKMediaUtils::isCDMediaAtPath("/"));
 }

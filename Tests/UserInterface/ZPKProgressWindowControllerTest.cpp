@@ -14,7 +14,7 @@ namespace {
 
 using Calls = std::vector<std::string>;
 
-std::string Number(double value) {
+std::string number(double value) {
     return std::to_string(value);
 }
 
@@ -30,9 +30,9 @@ public:
     void close() override { m_calls.emplace_back("close"); }
 
 private:
-    void setMinValue(double value) override { m_calls.push_back("min " + Number(value)); }
-    void setMaxValue(double value) override { m_calls.push_back("max " + Number(value)); }
-    void setDoubleValue(double value) override { m_calls.push_back("value " + Number(value)); }
+    void setMinValue(double value) override { m_calls.push_back("min " + number(value)); }
+    void setMaxValue(double value) override { m_calls.push_back("max " + number(value)); }
+    void setDoubleValue(double value) override { m_calls.push_back("value " + number(value)); }
     void setIndeterminate(bool yes) override { m_calls.emplace_back(yes ? "indeterminate" : "determinate"); }
     void setUsesThreadedAnimation(bool yes) override { m_calls.emplace_back(yes ? "threaded" : "plain"); }
     void startAnimation() override { m_calls.emplace_back("start"); }

@@ -111,12 +111,12 @@ private:
     int m_program = -1;
 };
 
-std::unique_ptr<ZPKFrontEnd> MakeTerminalFrontEnd() {
+std::unique_ptr<ZPKFrontEnd> makeTerminalFrontEnd() {
     return std::make_unique<ZPKTerminalFrontEnd>();
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, FrontEndContract,
-                         ::testing::Values(FrontEndKind{"Terminal", &MakeTerminalFrontEnd}));
+                         ::testing::Values(FrontEndKind{"Terminal", &makeTerminalFrontEnd}));
 
 /// What the disc search window's owner would do.
 struct Asked {
@@ -125,9 +125,9 @@ struct Asked {
     int code = 0;
 };
 
-Asked Ask(ZPKTerminalFrontEnd& frontEnd, bool cancelStops = true) {
+Asked ask(ZPKTerminalFrontEnd& frontEnd, bool cancelStops = true) {
     Asked asked;
-    RunWith(frontEnd, [&] {
+    runWith(frontEnd, [&] {
         auto window = frontEnd.createCDSearchWindow();
         window->center();
         window->setFontName(ZPKCDSearchControl::TextField, "DejaVu Sans");
@@ -241,7 +241,7 @@ TEST_F(TerminalOnPipes, TextCannotCommandTheTerminal) {
 
 TEST_F(TerminalOnPipes, QuestionWithoutATerminalCountsAsCancel) {
     ASSERT_EQ(write(in.writer(), "1\n", 2), 2);
-    const Asked asked = Ask(frontEnd);
+    const Asked asked = ask(frontEnd);
     EXPECT_EQ(asked.searches, 0);
     EXPECT_EQ(asked.cancels, 1);
     EXPECT_EQ(asked.code, ZPKModalResponseAbort);
@@ -249,7 +249,7 @@ TEST_F(TerminalOnPipes, QuestionWithoutATerminalCountsAsCancel) {
 }
 
 TEST_F(TerminalOnPipes, CancelThatStopsNothingStillEndsTheLoop) {
-    EXPECT_EQ(Ask(frontEnd, false).code, ZPKModalResponseAbort);
+    EXPECT_EQ(ask(frontEnd, false).code, ZPKModalResponseAbort);
 }
 
 TEST_F(TerminalOnPipes, OutputThatIsClosedIsIgnored) {
@@ -320,7 +320,7 @@ protected:
 
 TEST_F(TerminalQuestion, OneAndReturnSearchAndTwoCancels) {
     terminal.type("1\n\n 2 \n");
-    const Asked asked = Ask(frontEnd);
+    const Asked asked = ask(frontEnd);
     EXPECT_EQ(asked.searches, 2);
     EXPECT_EQ(asked.cancels, 1);
     EXPECT_EQ(asked.code, ZPKModalResponseAbort);
@@ -328,7 +328,7 @@ TEST_F(TerminalQuestion, OneAndReturnSearchAndTwoCancels) {
 
 TEST_F(TerminalQuestion, AsksWithTheButtonsTitlesAndAgainAfterEachSearch) {
     terminal.type("1\n1\n1\n");
-    EXPECT_EQ(Ask(frontEnd).code, ZPKModalResponseStop);
+    EXPECT_EQ(ask(frontEnd).code, ZPKModalResponseStop);
     const std::string screen = terminal.screen();
     const std::string question = "[1] Look  [2] Leave: ";
     EXPECT_NE(screen.find("Disc\r\n\r\nInsert the disc.\r\n  Suite\r\n  Tools\r\n" + question),
@@ -343,19 +343,19 @@ TEST_F(TerminalQuestion, AsksWithTheButtonsTitlesAndAgainAfterEachSearch) {
 
 TEST_F(TerminalQuestion, OtherAnswersAreAskedAgain) {
     terminal.type("3\nyes\n-1\n" + std::string(3000, 'x') + "\n2\n");
-    const Asked asked = Ask(frontEnd);
+    const Asked asked = ask(frontEnd);
     EXPECT_EQ(asked.searches, 0);
     EXPECT_EQ(asked.cancels, 1);
 }
 
 TEST_F(TerminalQuestion, EndOfInputCancels) {
     terminal.type("\x04");
-    EXPECT_EQ(Ask(frontEnd).cancels, 1);
+    EXPECT_EQ(ask(frontEnd).cancels, 1);
 }
 
 TEST_F(TerminalQuestion, TerminalThatHangsUpCancels) {
     terminal.hangUp();
-    EXPECT_EQ(Ask(frontEnd).cancels, 1);
+    EXPECT_EQ(ask(frontEnd).cancels, 1);
 }
 
 TEST_F(TerminalQuestion, AbortEndsTheQuestion) {
@@ -363,7 +363,7 @@ TEST_F(TerminalQuestion, AbortEndsTheQuestion) {
         std::this_thread::sleep_for(std::chrono::milliseconds(30));
         frontEnd.abortModal();
     });
-    const Asked asked = Ask(frontEnd);
+    const Asked asked = ask(frontEnd);
     worker.join();
     EXPECT_EQ(asked.cancels, 0);
     EXPECT_EQ(asked.code, ZPKModalResponseAbort);
@@ -371,7 +371,7 @@ TEST_F(TerminalQuestion, AbortEndsTheQuestion) {
 
 TEST_F(TerminalQuestion, WindowWithoutActionsEndsAtTheEndOfInput) {
     terminal.type("1\n2\n\x04");
-    RunWith(frontEnd, [&] {
+    runWith(frontEnd, [&] {
         auto window = frontEnd.createCDSearchWindow();
         EXPECT_EQ(frontEnd.runModalForWindow(*window), ZPKModalResponseAbort);
     });

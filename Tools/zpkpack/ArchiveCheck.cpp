@@ -7,8 +7,8 @@
 #include <stdexcept>
 #include <vector>
 
-#include "Platform/ZPKFileManager.h"
 #include "Archive/Archive.h"
+#include "Platform/ZPKFileManager.h"
 
 namespace zpk_packager {
 
@@ -31,7 +31,7 @@ private:
 
 }  // namespace
 
-void CheckArchive(const std::string& archivePath, const std::string& sourceFolder, const std::string& name) {
+void checkArchive(const std::string& archivePath, const std::string& sourceFolder, const std::string& name) {
     std::set<std::string> members;
     FirstError sink;
     const bool whole = zpk_archive::list(

@@ -34,30 +34,30 @@ namespace zpk_packager {
 
 namespace {
 
-std::string Join(const std::string& folder, const std::string& component) {
+std::string join(const std::string& folder, const std::string& component) {
     return ZPKFileManager::stringByAppendingPathComponent(folder, component);
 }
 
-void RequireFolder(const std::string& path, const std::string& purpose) {
+void requireFolder(const std::string& path, const std::string& purpose) {
     if (!CZPKUtil::IsFolderExist(path)) {
         throw std::runtime_error("there is no folder " + path + ": " + purpose);
     }
 }
 
 /// Refuses descriptions that the launcher would pass over in silence on the user's machine.
-void CheckDescriptions(const std::string& sourceFolder) {
-    const std::string startup = Join(sourceFolder, "Info/Startup.xml");
+void checkDescriptions(const std::string& sourceFolder) {
+    const std::string startup = join(sourceFolder, "Info/Startup.xml");
     if (CZPKUtil::IsFileExist(startup) &&
         !std::unique_ptr<CStartupType>(CZPKXMLLoader::LoadStartupXML(startup))) {
         throw std::runtime_error(startup + " cannot be loaded: it is not well-formed XML");
     }
-    const std::string condition = Join(sourceFolder, "Info/Condition.xml");
+    const std::string condition = join(sourceFolder, "Info/Condition.xml");
     if (CZPKUtil::IsFileExist(condition) &&
         !std::unique_ptr<CUpdateInfoType>(CZPKXMLLoader::LoadConditionXML(condition))) {
         throw std::runtime_error(condition + " cannot be loaded: it is not well-formed XML");
     }
-    const std::string languages = Join(sourceFolder, "UILang/Languages.xml");
-    if (CZPKUtil::IsFolderExist(Join(sourceFolder, "UILang")) &&
+    const std::string languages = join(sourceFolder, "UILang/Languages.xml");
+    if (CZPKUtil::IsFolderExist(join(sourceFolder, "UILang")) &&
         !CZPKXMLLoader::LoadLanguagesXML(languages)) {
         throw std::runtime_error(languages +
                                  " cannot be loaded: it needs a root with FallBackCode and one "
@@ -65,16 +65,16 @@ void CheckDescriptions(const std::string& sourceFolder) {
     }
 }
 
-void AddKeyAndString(CXMLElement& dictionary, const char* key, const std::string& value) {
+void addKeyAndString(CXMLElement& dictionary, const char* key, const std::string& value) {
     dictionary.AddChild(CXMLNode::CreateElementWithNameWithStringValue("key", key));
     dictionary.AddChild(CXMLNode::CreateElementWithNameWithStringValue("string", value.c_str()));
 }
 
-void WriteInfoPlist(const PackageDescription& description, const std::string& path) {
+void writeInfoPlist(const PackageDescription& description, const std::string& path) {
     std::unique_ptr<CXMLElement> dictionary(CXMLNode::CreateElementWithName("dict"));
-    AddKeyAndString(*dictionary, "CFBundleName", description.bundleName);
-    AddKeyAndString(*dictionary, "CFBundleIdentifier", description.bundleIdentifier);
-    AddKeyAndString(*dictionary, "CFBundleExecutable", "Zephyrkit");
+    addKeyAndString(*dictionary, "CFBundleName", description.bundleName);
+    addKeyAndString(*dictionary, "CFBundleIdentifier", description.bundleIdentifier);
+    addKeyAndString(*dictionary, "CFBundleExecutable", "Zephyrkit");
 
     std::unique_ptr<CXMLElement> list(CXMLNode::CreateElementWithName("plist"));
     list->AddAttribute(CXMLNode::CreateAttributeWithNameWithStringValue("version", "1.0"));
@@ -85,22 +85,22 @@ void WriteInfoPlist(const PackageDescription& description, const std::string& pa
 
 /// Archives and scrambles the folder `name` of the source into the bundle's `name`.datx, and reads
 /// the result back the way a launcher will.
-void PackFolder(const std::string& name, const BuildOptions& options, const std::string& resourceFolder,
+void packFolder(const std::string& name, const BuildOptions& options, const std::string& resourceFolder,
                 const std::string& workFolder) {
-    const std::string source = Join(options.sourceFolder, name);
-    const std::string plain = Join(workFolder, name + ".dat");
-    const std::string scrambled = Join(resourceFolder, name + ".datx");
-    const std::string readBack = Join(workFolder, name + ".check");
+    const std::string source = join(options.sourceFolder, name);
+    const std::string plain = join(workFolder, name + ".dat");
+    const std::string scrambled = join(resourceFolder, name + ".datx");
+    const std::string readBack = join(workFolder, name + ".check");
     CZPKUtil::Compress(source, plain);
     if (!CZPKUtil::IsFileExist(plain)) {
         throw std::runtime_error(source + " could not be archived; see the messages above");
     }
     CZPKUtil::Fake(plain, scrambled);
     CZPKUtil::Unfake(scrambled, readBack);
-    CheckArchive(readBack, source, name);
+    checkArchive(readBack, source, name);
 }
 
-std::string MakeWorkFolder(const std::string& outputPath) {
+std::string makeWorkFolder(const std::string& outputPath) {
     std::string path = outputPath + ".XXXXXX";
     if (mkdtemp(path.data()) == nullptr) {
         throw std::runtime_error("cannot make a folder beside " + outputPath + ": " + std::strerror(errno));
@@ -108,7 +108,7 @@ std::string MakeWorkFolder(const std::string& outputPath) {
     return path;
 }
 
-void MoveIntoPlace(const std::string& made, const BuildOptions& options) {
+void moveIntoPlace(const std::string& made, const BuildOptions& options) {
     if (options.replace) {
         CZPKUtil::DeleteFolder(options.outputPath);
     }
@@ -118,7 +118,7 @@ void MoveIntoPlace(const std::string& made, const BuildOptions& options) {
     }
 }
 
-bool IsItemOrInside(const std::string& inner, const std::string& outer) {
+bool isItemOrInside(const std::string& inner, const std::string& outer) {
     const std::filesystem::path innerPath = std::filesystem::weakly_canonical(inner);
     const std::filesystem::path outerPath = std::filesystem::weakly_canonical(outer);
     const auto parts = std::mismatch(outerPath.begin(), outerPath.end(), innerPath.begin(), innerPath.end());
@@ -127,45 +127,45 @@ bool IsItemOrInside(const std::string& inner, const std::string& outer) {
 
 /// Replacing the output must not delete what the package is made of, and a folder that is packed must
 /// not grow by the package that is made of it.
-void CheckPlaces(const BuildOptions& options) {
+void checkPlaces(const BuildOptions& options) {
     for (const std::string& input : {options.sourceFolder, options.templatePath}) {
-        if (IsItemOrInside(input, options.outputPath)) {
+        if (isItemOrInside(input, options.outputPath)) {
             throw std::runtime_error(options.outputPath + " is or holds " + input +
                                      ", of which the bundle is made");
         }
     }
     for (const char* const name : {"Info", "Data", "UILang"}) {
-        const std::string packed = Join(options.sourceFolder, name);
-        if (IsItemOrInside(options.outputPath, packed)) {
+        const std::string packed = join(options.sourceFolder, name);
+        if (isItemOrInside(options.outputPath, packed)) {
             throw std::runtime_error(options.outputPath + " lies in " + packed + ", which is packed");
         }
     }
 }
 
-void CheckOptions(const BuildOptions& options) {
-    RequireFolder(options.sourceFolder, "the package source");
-    RequireFolder(Join(options.sourceFolder, "Info"), "it holds Startup.xml");
-    RequireFolder(Join(options.sourceFolder, "Data"), "it holds the setup program and its files");
+void checkOptions(const BuildOptions& options) {
+    requireFolder(options.sourceFolder, "the package source");
+    requireFolder(join(options.sourceFolder, "Info"), "it holds Startup.xml");
+    requireFolder(join(options.sourceFolder, "Data"), "it holds the setup program and its files");
     if (ZPKFileManager::pathExtension(options.outputPath) != "app") {
         throw std::runtime_error(options.outputPath + ": the name of a bundle ends in .app");
     }
     if (!options.replace && CZPKUtil::IsFileExist(options.outputPath)) {
         throw std::runtime_error(options.outputPath + " exists; --force replaces it");
     }
-    CheckPlaces(options);
+    checkPlaces(options);
 }
 
 }  // namespace
 
-void BuildPackage(const BuildOptions& given) {
+void buildPackage(const BuildOptions& given) {
     BuildOptions options = given;
     // A trailing separator would put the work folder inside the output instead of beside it.
     while (options.outputPath.size() > 1 && options.outputPath.back() == '/') {
         options.outputPath.pop_back();
     }
-    CheckOptions(options);
-    const PackageDescription description = PackageDescription::Read(options.sourceFolder);
-    CheckDescriptions(options.sourceFolder);
+    checkOptions(options);
+    const PackageDescription description = PackageDescription::read(options.sourceFolder);
+    checkDescriptions(options.sourceFolder);
 
     const std::optional<ZPKBundle> bundleTemplate = ZPKBundle::bundleWithPath(options.templatePath);
     if (!bundleTemplate || !bundleTemplate->executablePath()) {
@@ -173,21 +173,21 @@ void BuildPackage(const BuildOptions& given) {
     }
     ZPKBundle::setMainBundle(*bundleTemplate);
 
-    const std::string workFolder = MakeWorkFolder(options.outputPath);
+    const std::string workFolder = makeWorkFolder(options.outputPath);
     const CDirectoryHolder workHolder("", workFolder);
-    const std::string bundle = Join(workFolder, "bundle.app");
-    const std::string resourceFolder = Join(bundle, "Contents/Resources");
+    const std::string bundle = join(workFolder, "bundle.app");
+    const std::string resourceFolder = join(bundle, "Contents/Resources");
     if (!CZPKUtil::Copy(options.templatePath, bundle)) {
         throw std::runtime_error("cannot copy " + options.templatePath + " to " + bundle);
     }
-    WriteInfoPlist(description, Join(bundle, "Contents/Info.plist"));
-    const std::string languages = Join(options.sourceFolder, "UILang");
-    if (CZPKUtil::IsFolderExist(languages) && !CZPKUtil::Copy(languages, Join(resourceFolder, "UILang"))) {
+    writeInfoPlist(description, join(bundle, "Contents/Info.plist"));
+    const std::string languages = join(options.sourceFolder, "UILang");
+    if (CZPKUtil::IsFolderExist(languages) && !CZPKUtil::Copy(languages, join(resourceFolder, "UILang"))) {
         throw std::runtime_error("cannot copy " + languages);
     }
-    PackFolder("Info", options, resourceFolder, workFolder);
-    PackFolder("Data", options, resourceFolder, workFolder);
-    MoveIntoPlace(bundle, options);
+    packFolder("Info", options, resourceFolder, workFolder);
+    packFolder("Data", options, resourceFolder, workFolder);
+    moveIntoPlace(bundle, options);
 }
 
 }  // namespace zpk_packager

@@ -26,6 +26,6 @@ struct BuildOptions {
 /// Makes a runnable bundle of a package source. The bundle is made beside its final place, checked,
 /// and only then put there, so that `outputPath` never holds half a package. Throws
 /// `std::runtime_error` with a message for the vendor.
-void BuildPackage(const BuildOptions& options);
+void buildPackage(const BuildOptions& options);
 
 }  // namespace zpk_packager

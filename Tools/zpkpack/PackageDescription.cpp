@@ -13,7 +13,7 @@ namespace zpk_packager {
 
 namespace {
 
-std::string RequiredString(const ZPKPropertyList& list, const std::string& key, const std::string& path) {
+std::string requiredString(const ZPKPropertyList& list, const std::string& key, const std::string& path) {
     std::string value = list.stringForKey(key).value_or("");
     if (value.empty()) {
         throw std::runtime_error(path + ": \"" + key + "\" is missing");
@@ -28,7 +28,7 @@ std::string RequiredString(const ZPKPropertyList& list, const std::string& key, 
 
 }  // namespace
 
-PackageDescription PackageDescription::Read(const std::string& folder) {
+PackageDescription PackageDescription::read(const std::string& folder) {
     const std::string path = ZPKFileManager::stringByAppendingPathComponent(folder, "Package.strings");
     if (!ZPKFileManager::fileExists(path)) {
         throw std::runtime_error(path + " is missing: it names the bundle and its identifier");
@@ -38,8 +38,8 @@ PackageDescription PackageDescription::Read(const std::string& folder) {
         throw std::runtime_error(path + " is not a list of \"key\" = \"value\"; entries");
     }
     PackageDescription description;
-    description.bundleName = RequiredString(*list, "CFBundleName", path);
-    description.bundleIdentifier = RequiredString(*list, "CFBundleIdentifier", path);
+    description.bundleName = requiredString(*list, "CFBundleName", path);
+    description.bundleIdentifier = requiredString(*list, "CFBundleIdentifier", path);
     if (ZPKFileManager::pathExtension(description.bundleIdentifier) != description.bundleName) {
         throw std::runtime_error(path + ": the last part of the identifier \"" +
                                  description.bundleIdentifier + "\" must be the bundle name \"" +

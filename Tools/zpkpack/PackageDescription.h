@@ -19,7 +19,7 @@ struct PackageDescription {
     /// Reads and checks the description of the package source in `folder`. Throws
     /// `std::runtime_error` with a message for the vendor when it is missing, incomplete, or when
     /// the identifier's last part is not the name: a launcher finds other runs of itself by either.
-    static PackageDescription Read(const std::string& folder);
+    static PackageDescription read(const std::string& folder);
 };
 
 }  // namespace zpk_packager

@@ -14,7 +14,7 @@
 namespace {
 
 /// The template that lies beside this program.
-std::string DefaultTemplate() {
+std::string defaultTemplate() {
     std::error_code ignored;
     return (std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path() / "Zephyrkit.app")
         .string();
@@ -28,7 +28,7 @@ int main(int argc, char** argv) {
     app.require_subcommand(1);
 
     zpk_packager::BuildOptions options;
-    options.templatePath = DefaultTemplate();
+    options.templatePath = defaultTemplate();
     CLI::App* build = app.add_subcommand("build", "Make a bundle of a package source");
     build->add_option("SOURCE", options.sourceFolder, "Folder with Package.strings, Info/, Data/, UILang/")
         ->required();
@@ -39,7 +39,7 @@ int main(int argc, char** argv) {
     CLI11_PARSE(app, argc, argv);
 
     try {
-        zpk_packager::BuildPackage(options);
+        zpk_packager::buildPackage(options);
     } catch (const std::exception& error) {
         std::cerr << "zpkpack: " << error.what() << "\n";
         return EXIT_FAILURE;

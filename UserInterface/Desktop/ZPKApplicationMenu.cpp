@@ -10,14 +10,14 @@
 #include "UserInterface/Desktop/ZPKForm.h"
 
 std::unique_ptr<ZPKApplicationMenu> ZPKApplicationMenu::createFromFolder(const QString& folder) {
-    constexpr std::array<const char*, 7> names = {
+    constexpr std::array<const char*, 7> kNames = {
         "aboutAppMenuItem",   "preferencesMenuItem", "servicesMenuItem", "hideAppMenuItem",
         "hideOthersMenuItem", "showAllMenuItem",     "quitAppMenuItem",
     };
     ZPKForm form(folder, QStringLiteral("MainMenu.ui"));
     Items items{};
-    for (std::size_t at = 0; at < names.size(); ++at) {
-        items[at] = form.find<QAction>(names[at]);
+    for (std::size_t at = 0; at < kNames.size(); ++at) {
+        items[at] = form.find<QAction>(kNames[at]);
     }
     std::unique_ptr<QMenu> menu = form.takeRoot<QMenu>();
     if (!form.check()) {

@@ -16,14 +16,14 @@
 namespace {
 
 /// What the toolkit calls the label of the text; that of the informative text has another name.
-constexpr const char* TextLabel = "qt_msgbox_label";
+constexpr const char* kTextLabel = "qt_msgbox_label";
 
 /// The parts of the screen that the texts may take before they are scrolled.
-constexpr double TextShareOfHeight = 0.5;
-constexpr double InformativeShareOfHeight = 0.2;
-constexpr double TextShareOfWidth = 0.6;
+constexpr double kTextShareOfHeight = 0.5;
+constexpr double kInformativeShareOfHeight = 0.2;
+constexpr double kTextShareOfWidth = 0.6;
 
-QMessageBox::Icon IconOfStyle(ZPKAlertStyle style) {
+QMessageBox::Icon iconOfStyle(ZPKAlertStyle style) {
     switch (style) {
         case ZPKAlertStyle::Warning:
             return QMessageBox::Warning;
@@ -41,7 +41,7 @@ ZPKDesktopAlert::ZPKDesktopAlert(const ZPKAlert& alert, const QString& windowTit
     : QMessageBox(parent) {
     setWindowModality(Qt::ApplicationModal);
     setWindowTitle(windowTitle);
-    setIcon(IconOfStyle(alert.style));
+    setIcon(iconOfStyle(alert.style));
     setTextFormat(Qt::PlainText);
     setText(ZPKDesktopText(alert.messageText));
     setInformativeText(ZPKDesktopText(alert.informativeText));
@@ -50,8 +50,8 @@ ZPKDesktopAlert::ZPKDesktopAlert(const ZPKAlert& alert, const QString& windowTit
         label->setTextFormat(Qt::PlainText);
         // Each line would stand at the side that its own letters begin at.
         label->setAlignment(QStyle::visualAlignment(layoutDirection(), label->alignment()));
-        scrollLongText(*label, label->objectName() == QLatin1String(TextLabel) ? TextShareOfHeight
-                                                                               : InformativeShareOfHeight);
+        scrollLongText(*label, label->objectName() == QLatin1String(kTextLabel) ? kTextShareOfHeight
+                                                                                : kInformativeShareOfHeight);
     }
     QPushButton* button = addButton(ZPKDesktopLabel(alert.buttonTitle), QMessageBox::AcceptRole);
     setDefaultButton(button);
@@ -65,7 +65,7 @@ void ZPKDesktopAlert::scrollLongText(QLabel& label, double shareOfHeight) {
     }
     label.setWordWrap(true);
     const QSize available = screen()->availableGeometry().size();
-    const int widest = static_cast<int>(available.width() * TextShareOfWidth);
+    const int widest = static_cast<int>(available.width() * kTextShareOfWidth);
     const int highest = static_cast<int>(available.height() * shareOfHeight);
     const int width = qMin(label.sizeHint().width(), widest);
     if (label.minimumSizeHint().width() <= widest && label.heightForWidth(width) <= highest) {

@@ -16,7 +16,7 @@ namespace {
 
 /// The toolkit takes the arguments that it knows out of the list it is given; the launcher's own
 /// list stays whole.
-std::vector<char*> CopyOfArguments(const ZPKDesktopParameters& parameters) {
+std::vector<char*> copyOfArguments(const ZPKDesktopParameters& parameters) {
     std::vector<char*> arguments(parameters.argv, parameters.argv + parameters.argc);
     arguments.push_back(nullptr);
     return arguments;
@@ -25,7 +25,7 @@ std::vector<char*> CopyOfArguments(const ZPKDesktopParameters& parameters) {
 }  // namespace
 
 ZPKDesktopApplication::ZPKDesktopApplication(const ZPKDesktopParameters& parameters)
-    : m_arguments(CopyOfArguments(parameters)), m_argumentCount(parameters.argc) {
+    : m_arguments(copyOfArguments(parameters)), m_argumentCount(parameters.argc) {
     const ZPKToolkitMessages::Start start(parameters.runWithoutDesktop);
     QGuiApplication::setQuitOnLastWindowClosed(false);
     m_application = std::make_unique<QApplication>(m_argumentCount, m_arguments.data());

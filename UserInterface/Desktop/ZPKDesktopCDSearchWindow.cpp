@@ -16,7 +16,7 @@
 
 namespace {
 
-void Perform(const std::function<void()>& action) {
+void perform(const std::function<void()>& action) {
     // A copy, since the action may set others.
     if (const std::function<void()> copy = action) {
         copy();
@@ -47,8 +47,8 @@ ZPKDesktopCDSearchWindow::ZPKDesktopCDSearchWindow(std::unique_ptr<QWidget> root
     m_controls.textField->setTextFormat(Qt::PlainText);
     m_controls.textView->setReadOnly(true);
     m_controls.searchButton->setFocus();
-    connect(m_controls.searchButton, &QPushButton::clicked, this, [this] { Perform(m_actions.pushSearch); });
-    connect(m_controls.cancelButton, &QPushButton::clicked, this, [this] { Perform(m_actions.pushCancel); });
+    connect(m_controls.searchButton, &QPushButton::clicked, this, [this] { perform(m_actions.pushSearch); });
+    connect(m_controls.cancelButton, &QPushButton::clicked, this, [this] { perform(m_actions.pushCancel); });
     addMenuBar(menu);
 }
 

@@ -14,16 +14,16 @@
 
 namespace {
 
-constexpr int SessionWaitMilliseconds = 20;
+constexpr int kSessionWaitMilliseconds = 20;
 
 /// Every window comes from this front end.
-ZPKFormWindow& FormWindow(ZPKWindow& window) {
+ZPKFormWindow& formWindow(ZPKWindow& window) {
     return dynamic_cast<ZPKFormWindow&>(window);
 }
 
 class ModalSession : public ZPKModalSession {
 public:
-    ModalSession() { m_timer.start(SessionWaitMilliseconds); }
+    ModalSession() { m_timer.start(kSessionWaitMilliseconds); }
 
     void run() override { QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents); }
 
@@ -86,12 +86,12 @@ void ZPKDesktopFrontEnd::runAlert(const ZPKAlert& alert) {
 }
 
 std::unique_ptr<ZPKModalSession> ZPKDesktopFrontEnd::beginModalSessionForWindow(ZPKWindow& window) {
-    FormWindow(window).bringToFront();
+    formWindow(window).bringToFront();
     return std::make_unique<ModalSession>();
 }
 
 void ZPKDesktopFrontEnd::runLoopForWindow(ZPKWindow& window, ZPKModalLoop& loop) {
-    FormWindow(window).bringToFront();
+    formWindow(window).bringToFront();
     runLoop(loop);
     // The owner may block the main thread after this, and not every kind of display has been sent the
     // window's last state by now.

@@ -13,14 +13,14 @@
 
 namespace {
 
-std::string Variable(const char* name) {
+std::string variable(const char* name) {
     const char* value = std::getenv(name);
     return value == nullptr ? std::string() : std::string(value);
 }
 
-bool WaylandAnswers() {
-    const std::string display = Variable("WAYLAND_DISPLAY");
-    const std::string path = display.front() == '/' ? display : Variable("XDG_RUNTIME_DIR") + "/" + display;
+bool waylandAnswers() {
+    const std::string display = variable("WAYLAND_DISPLAY");
+    const std::string path = display.front() == '/' ? display : variable("XDG_RUNTIME_DIR") + "/" + display;
     sockaddr_un address{};
     if (path.size() >= sizeof(address.sun_path)) {
         return false;
@@ -42,18 +42,18 @@ bool WaylandAnswers() {
 ZPKDisplayProbe::ZPKDisplayProbe() : m_answers(probe()) {}
 
 bool ZPKDisplayProbe::probe() {
-    const std::string platform = Variable("QT_QPA_PLATFORM");
+    const std::string platform = variable("QT_QPA_PLATFORM");
     if (!platform.empty() && platform != "xcb") {
         return true;
     }
     // An inherited connection takes the place of the socket and can be used only once.
-    if (platform.empty() && !Variable("WAYLAND_SOCKET").empty()) {
+    if (platform.empty() && !variable("WAYLAND_SOCKET").empty()) {
         return true;
     }
-    if (platform.empty() && !Variable("WAYLAND_DISPLAY").empty() && WaylandAnswers()) {
+    if (platform.empty() && !variable("WAYLAND_DISPLAY").empty() && waylandAnswers()) {
         return true;
     }
-    return !Variable("DISPLAY").empty() && probeX11();
+    return !variable("DISPLAY").empty() && probeX11();
 }
 
 bool ZPKDisplayProbe::probeX11() {

@@ -14,7 +14,7 @@ namespace {
 
 /// A loader looks for further widget classes in the toolkit's plug-in folders, and loads whatever
 /// lies there. The forms use none, so it is made while there are no such folders.
-std::unique_ptr<QUiLoader> MakeLoader() {
+std::unique_ptr<QUiLoader> makeLoader() {
     const QStringList paths = QCoreApplication::libraryPaths();
     QCoreApplication::setLibraryPaths({});
     auto loader = std::make_unique<QUiLoader>();
@@ -31,7 +31,7 @@ ZPKForm::ZPKForm(const QString& folder, const QString& name) : m_path(folder + Q
         return;
     }
     const ZPKToolkitMessages::Held held;
-    const std::unique_ptr<QUiLoader> loader = MakeLoader();
+    const std::unique_ptr<QUiLoader> loader = makeLoader();
     m_root.reset(loader->load(&file));
     if (!m_root) {
         fail(held.last().isEmpty() ? loader->errorString() : held.last());

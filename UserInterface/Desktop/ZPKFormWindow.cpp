@@ -14,7 +14,7 @@
 namespace {
 
 /// The part of the screen that a window may take, whatever its texts.
-constexpr double LargestShare = 0.8;
+constexpr double kLargestShare = 0.8;
 
 }  // namespace
 
@@ -60,7 +60,7 @@ void ZPKFormWindow::takeOffScreen() {
 void ZPKFormWindow::fitContents() {
     m_root->ensurePolished();
     const QRect screen = m_root->screen()->availableGeometry();
-    const QSize largest = screen.size() * LargestShare;
+    const QSize largest = screen.size() * kLargestShare;
     QLayout* layout = m_root->layout();
     if (layout != nullptr) {
         // While a window is hidden, the layouts inside its layout do not notice new texts.

@@ -14,7 +14,7 @@
 namespace {
 
 /// A line longer than this is nobody's answer; what is beyond is taken as the next line.
-constexpr std::size_t LongestLine = 4096;
+constexpr std::size_t kLongestLine = 4096;
 
 struct Character {
     std::size_t length;
@@ -22,7 +22,7 @@ struct Character {
 };
 
 /// The character at the start of `text`, or a length of 0 when these bytes are no UTF-8.
-Character FirstCharacter(std::string_view text) {
+Character firstCharacter(std::string_view text) {
     const auto byte = [&text](std::size_t at) { return static_cast<unsigned char>(text[at]); };
     const unsigned char lead = byte(0);
     if (lead < 0x80) {
@@ -39,24 +39,24 @@ Character FirstCharacter(std::string_view text) {
         }
         codePoint = (codePoint << 6) | (byte(at) & 0x3FU);
     }
-    constexpr std::uint32_t smallest[] = {0, 0, 0x80, 0x800, 0x10000};
+    constexpr std::uint32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
     const bool isSurrogate = codePoint >= 0xD800 && codePoint <= 0xDFFF;
-    const bool isValid = codePoint >= smallest[length] && codePoint <= 0x10FFFF && !isSurrogate;
+    const bool isValid = codePoint >= kSmallest[length] && codePoint <= 0x10FFFF && !isSurrogate;
     return {isValid ? length : 0, codePoint};
 }
 
-bool IsControl(std::uint32_t codePoint) {
+bool isControl(std::uint32_t codePoint) {
     return codePoint < 0x20 || (codePoint >= 0x7F && codePoint < 0xA0);
 }
 
-std::string Printable(std::string_view text, bool keepLineEnds) {
+std::string printable(std::string_view text, bool keepLineEnds) {
     std::string result;
     result.reserve(text.size());
     while (!text.empty()) {
-        const Character character = FirstCharacter(text);
+        const Character character = firstCharacter(text);
         if (character.codePoint == '\n' || character.codePoint == '\t') {
             result += keepLineEnds ? text[0] : ' ';
-        } else if (character.length == 0 || IsControl(character.codePoint)) {
+        } else if (character.length == 0 || isControl(character.codePoint)) {
             result += '?';
         } else {
             result += text.substr(0, character.length);
@@ -66,7 +66,7 @@ std::string Printable(std::string_view text, bool keepLineEnds) {
     return result;
 }
 
-void WriteAll(int descriptor, std::string_view text) {
+void writeAll(int descriptor, std::string_view text) {
     while (!text.empty()) {
         const ssize_t written = write(descriptor, text.data(), text.size());
         if (written < 0 && errno == EINTR) {
@@ -80,7 +80,7 @@ void WriteAll(int descriptor, std::string_view text) {
 }
 
 /// Diagnostics go through the standard streams' buffers; what was printed first must appear first.
-void FlushStandardStreams() {
+void flushStandardStreams() {
     std::fflush(stdout);
     std::fflush(stderr);
 }
@@ -88,11 +88,11 @@ void FlushStandardStreams() {
 }  // namespace
 
 std::string ZPKTerminalLine(const std::string& text) {
-    return Printable(text, false);
+    return printable(text, false);
 }
 
 std::string ZPKTerminalText(const std::string& text) {
-    return Printable(text, true);
+    return printable(text, true);
 }
 
 ZPKTerminal::ZPKTerminal(int input, int output, int error)
@@ -104,14 +104,14 @@ ZPKTerminal::ZPKTerminal(int input, int output, int error)
 
 void ZPKTerminal::print(const std::string& text) {
     endStatus();
-    FlushStandardStreams();
-    WriteAll(m_output, text);
+    flushStandardStreams();
+    writeAll(m_output, text);
 }
 
 void ZPKTerminal::printError(const std::string& text) {
     endStatus();
-    FlushStandardStreams();
-    WriteAll(m_error, text);
+    flushStandardStreams();
+    writeAll(m_error, text);
 }
 
 void ZPKTerminal::printStatus(const std::string& line) {
@@ -119,16 +119,16 @@ void ZPKTerminal::printStatus(const std::string& line) {
         print(line + "\n");
         return;
     }
-    FlushStandardStreams();
+    flushStandardStreams();
     const std::size_t left = m_statusLength > line.size() ? m_statusLength - line.size() : 0;
-    WriteAll(m_output, "\r" + line + std::string(left, ' ') + std::string(left, '\b'));
+    writeAll(m_output, "\r" + line + std::string(left, ' ') + std::string(left, '\b'));
     m_statusLength = line.size();
 }
 
 void ZPKTerminal::endStatus() {
     if (m_statusLength > 0) {
         m_statusLength = 0;
-        WriteAll(m_output, "\n");
+        writeAll(m_output, "\n");
     }
 }
 
@@ -147,7 +147,7 @@ bool ZPKTerminal::readInput() {
 
 std::optional<std::string> ZPKTerminal::takeLine() {
     const std::size_t end = m_received.find('\n');
-    if (end == std::string::npos && m_received.size() < LongestLine) {
+    if (end == std::string::npos && m_received.size() < kLongestLine) {
         return std::nullopt;
     }
     const std::string line = m_received.substr(0, end);

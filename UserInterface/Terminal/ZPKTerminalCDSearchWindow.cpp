@@ -8,16 +8,16 @@
 
 namespace {
 
-std::string Trimmed(const std::string& text) {
-    constexpr const char* blanks = " \t\r";
-    const std::size_t first = text.find_first_not_of(blanks);
+std::string trimmed(const std::string& text) {
+    constexpr const char* kBlanks = " \t\r";
+    const std::size_t first = text.find_first_not_of(kBlanks);
     if (first == std::string::npos) {
         return {};
     }
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
-void Perform(const std::function<void()>& action) {
+void perform(const std::function<void()>& action) {
     if (action) {
         action();
     }
@@ -49,10 +49,10 @@ std::string ZPKTerminalCDSearchWindow::question() const {
 void ZPKTerminalCDSearchWindow::takeAnswer(const std::optional<std::string>& line) {
     // The actions may set others, or end this window's life.
     const Actions actions = m_actions;
-    const std::string answer = line ? Trimmed(*line) : "2";
+    const std::string answer = line ? trimmed(*line) : "2";
     if (answer.empty() || answer == "1") {
-        Perform(actions.pushSearch);
+        perform(actions.pushSearch);
     } else if (answer == "2") {
-        Perform(actions.pushCancel);
+        perform(actions.pushCancel);
     }
 }

@@ -10,10 +10,10 @@
 
 namespace {
 
-constexpr int SessionWaitMilliseconds = 20;
+constexpr int kSessionWaitMilliseconds = 20;
 
 /// Every window comes from this front end.
-ZPKTerminalWindow& TerminalWindow(ZPKWindow& window) {
+ZPKTerminalWindow& terminalWindow(ZPKWindow& window) {
     return dynamic_cast<ZPKTerminalWindow&>(window);
 }
 
@@ -24,7 +24,7 @@ public:
     explicit ZPKTerminalModalSession(ZPKTerminalFrontEnd& frontEnd) : m_frontEnd(frontEnd) {}
 
     void run() override {
-        m_frontEnd.wait(-1, SessionWaitMilliseconds);
+        m_frontEnd.wait(-1, kSessionWaitMilliseconds);
         m_frontEnd.runPendingActions();
     }
 
@@ -55,12 +55,12 @@ void ZPKTerminalFrontEnd::runAlert(const ZPKAlert& alert) {
 }
 
 std::unique_ptr<ZPKModalSession> ZPKTerminalFrontEnd::beginModalSessionForWindow(ZPKWindow& window) {
-    TerminalWindow(window).show();
+    terminalWindow(window).show();
     return std::make_unique<ZPKTerminalModalSession>(*this);
 }
 
 void ZPKTerminalFrontEnd::runLoopForWindow(ZPKWindow& window, ZPKModalLoop& loop) {
-    ZPKTerminalWindow& shown = TerminalWindow(window);
+    ZPKTerminalWindow& shown = terminalWindow(window);
     shown.show();
     if (shown.question().empty()) {
         runLoop(loop);
