@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "Base/ZPKPath.h"
 #include "Platform/ZPKFileManager.h"
 #include "Platform/ZPKStandardFolders.h"
 
@@ -37,14 +38,14 @@ std::string standardizedPath(const std::string& path) {
 }  // namespace
 
 bool CFileManagerLow::GetPublicDocumentFolderPath(std::string& outPath) {
-    outPath = ZPKFileManager::stringByAppendingPathComponent(ZPKStandardFolders::usersFolder(), "Shared");
+    outPath = ZPKPath::join(ZPKStandardFolders::usersFolder(), "Shared");
     return true;
 }
 
 void CFileManagerLow::ConvertRelToAbsPath(const char* path, std::string& outPath) {
     std::string fullPath(path);
     if (fullPath.empty() || fullPath.front() != kSeparator) {
-        fullPath = ZPKFileManager::stringByAppendingPathComponent(workingFolder(), fullPath);
+        fullPath = ZPKPath::join(workingFolder(), fullPath);
     }
     outPath = standardizedPath(fullPath);
 }

@@ -13,6 +13,7 @@
 #include <thread>
 #include <utility>
 
+#include "Base/ZPKPath.h"
 #include "Common/CLocalizer.h"
 #include "Common/CResourceBundle.h"
 #include "Common/ZPKCoreStringDefine.h"
@@ -47,10 +48,6 @@ constexpr const char* kDataFilePathKey = "DataFilePath";
 constexpr const char* kTemporaryFolderPathKey = "TemporaryFolderPath";
 constexpr const char* kProgressControllerKey = "ProgressController";
 
-std::string join(const std::string& folder, const std::string& component) {
-    return ZPKFileManager::stringByAppendingPathComponent(folder, component);
-}
-
 /// Copied at once: the localizer's text lives only until its next call.
 std::string localized(const char* key) {
     return CLocalizer::GetLocalizer()->Localize(key);
@@ -67,20 +64,21 @@ std::string replaceAll(std::string text, const std::string& token, const std::st
 /// The name that another run of this application carries.
 std::string ownName() {
     const ZPKBundle& bundle = ZPKBundle::mainBundle();
-    if (const auto strings =
-            ZPKPropertyList::dictionaryWithContentsOfFile(join(bundle.resourcePath(), "InfoPlist.strings"))) {
+    if (const auto strings = ZPKPropertyList::dictionaryWithContentsOfFile(
+            ZPKPath::join(bundle.resourcePath(), "InfoPlist.strings"))) {
         if (const auto name = strings->stringForKey("CFBundleName")) {
             return *name;
         }
     }
-    return ZPKFileManager::pathExtension(bundle.bundleIdentifier());
+    return ZPKPath::extension(bundle.bundleIdentifier());
 }
 
 /// The language that the texts come in: the current one, or the alternative one where the package
 /// has no folder for it.
 std::string languageOfTexts() {
-    const std::string folder = join(ZPKBundle::mainBundle().resourcePath(), "UILang");
-    const bool current = CZPKUtil::IsFolderExist(join(folder, CResourceBundle::GetCurrentLanguage()));
+    const std::string folder = ZPKPath::join(ZPKBundle::mainBundle().resourcePath(), "UILang");
+    const bool current =
+        CZPKUtil::IsFolderExist(ZPKPath::join(folder, CResourceBundle::GetCurrentLanguage()));
     return current ? CResourceBundle::GetCurrentLanguage() : CResourceBundle::GetAlternativeLanguage();
 }
 
@@ -96,7 +94,7 @@ std::optional<std::string> programOfStartup(const CStartupType& startup, const s
         return std::nullopt;
     }
     std::string program = replaceAll(startup.exec, "$Data$", dataFolder);
-    if (ZPKFileManager::pathExtension(program) == "app") {
+    if (ZPKPath::extension(program) == "app") {
         return mainProgramOfBundle(program);
     }
     return program;
@@ -110,7 +108,7 @@ std::optional<std::string> firstExecutableInFolder(const std::string& folder) {
         if (name.front() == '.') {
             continue;
         }
-        const std::string path = join(folder, name);
+        const std::string path = ZPKPath::join(folder, name);
         if (ZPKBundle::bundleWithPath(path)) {
             if (std::optional<std::string> program = mainProgramOfBundle(path)) {
                 return program;
@@ -135,14 +133,14 @@ void ZPKCore::awakeFromNib() {
 }
 
 void ZPKCore::setupLanguages() {
-    const std::string languageFolder = join(ZPKBundle::mainBundle().resourcePath(), "UILang");
+    const std::string languageFolder = ZPKPath::join(ZPKBundle::mainBundle().resourcePath(), "UILang");
     CResourceBundle::AddDefaultBundlePath(languageFolder.c_str());
     const ZPKLanguageInfos& infos = ZPKLanguageInfos::infos();
     if (infos.languageCount() != 0) {
         CResourceBundle::SetCurrentLanguage(infos.languageAt(0).c_str());
     }
     const std::unique_ptr<const CLanguagesType> languages =
-        CZPKXMLLoader::LoadLanguagesXML(join(languageFolder, "Languages.xml"));
+        CZPKXMLLoader::LoadLanguagesXML(ZPKPath::join(languageFolder, "Languages.xml"));
     if (languages) {
         CResourceBundle::SetAlternativeLanguage(languages->fallBackCode.c_str());
     }
@@ -202,7 +200,7 @@ bool ZPKCore::createStagingFolder() {
     if (!temporaryFolder) {
         return false;
     }
-    m_stagingFolder = join(*temporaryFolder, kStagingFolderName);
+    m_stagingFolder = ZPKPath::join(*temporaryFolder, kStagingFolderName);
     m_stagingHolder = std::make_unique<CDirectoryHolder>(m_stagingFolder, m_stagingFolder);
     return CZPKUtil::IsFolderExist(m_stagingFolder);
 }
@@ -237,16 +235,16 @@ void ZPKCore::showTemporaryFolderAlert() {
 
 /// Gives the path at which the condition description lies, if the package has one.
 std::string ZPKCore::unpackDescription(const std::string& stagingFolder) {
-    const std::string plainPath = join(stagingFolder, "Info.dat");
-    CZPKUtil::Unfake(join(ZPKBundle::mainBundle().resourcePath(), "Info.datx"), plainPath);
+    const std::string plainPath = ZPKPath::join(stagingFolder, "Info.dat");
+    CZPKUtil::Unfake(ZPKPath::join(ZPKBundle::mainBundle().resourcePath(), "Info.datx"), plainPath);
     CZPKUtil::Extract(plainPath, stagingFolder);
     CZPKUtil::DeleteFile(plainPath);
-    const std::string descriptionFolder = join(stagingFolder, "Info");
+    const std::string descriptionFolder = ZPKPath::join(stagingFolder, "Info");
     if (!ZPKFileManager::isFolderNotFollowingLinks(descriptionFolder)) {
         // The condition description may be deleted later: through a link, a file of somebody else's.
         CZPKUtil::DeleteFile(descriptionFolder);
     }
-    return join(descriptionFolder, "Condition.xml");
+    return ZPKPath::join(descriptionFolder, "Condition.xml");
 }
 
 void ZPKCore::install(const std::string& stagingFolder) {
@@ -269,7 +267,7 @@ bool ZPKCore::extractPayload(const std::string& stagingFolder) {
     controller.setTitle(localized(ZPKSTRING_FILE_EXTRACT));
 
     const WorkOrder workOrder = {
-        {kDataFilePathKey, join(ZPKBundle::mainBundle().resourcePath(), "Data.datx")},
+        {kDataFilePathKey, ZPKPath::join(ZPKBundle::mainBundle().resourcePath(), "Data.datx")},
         {kTemporaryFolderPathKey, stagingFolder},
         {kProgressControllerKey, &controller},
     };
@@ -294,7 +292,7 @@ void ZPKCore::extractDataTask(const WorkOrder& workOrder) {
         const auto given = workOrder.find(kProgressControllerKey);
         ZPKProgressWindowController* controller =
             given == workOrder.end() ? nullptr : std::get<ZPKProgressWindowController*>(given->second);
-        const std::string plainPath = join(stagingFolder, "Data.dat");
+        const std::string plainPath = ZPKPath::join(stagingFolder, "Data.dat");
 
         showProgress(controller, 10);
         CZPKUtil::Unfake(dataPath, plainPath);
@@ -322,8 +320,8 @@ std::optional<std::string> ZPKCore::executableFileAtTemporaryFolder(const std::s
     if (params != nullptr) {
         params->reset();
     }
-    const std::string dataFolder = join(folder, "Data");
-    const std::string startupPath = join(folder, "Info/Startup.xml");
+    const std::string dataFolder = ZPKPath::join(folder, "Data");
+    const std::string startupPath = ZPKPath::join(folder, "Info/Startup.xml");
     if (CZPKUtil::IsFileExist(startupPath)) {
         const std::unique_ptr<const CStartupType> startup(CZPKXMLLoader::LoadStartupXML(startupPath));
         if (startup) {
@@ -397,7 +395,7 @@ bool ZPKCore::UIMLogExistAtSignature(const std::string& signature) {
         return false;
     }
     const auto list = ZPKPropertyList::dictionaryWithContentsOfFile(
-        join(*library, "Preferences/com.varno.ic_installer.plist"));
+        ZPKPath::join(*library, "Preferences/com.varno.ic_installer.plist"));
     if (!list) {
         return false;
     }
@@ -407,7 +405,8 @@ bool ZPKCore::UIMLogExistAtSignature(const std::string& signature) {
 
 bool ZPKCore::uninstallXMLExistAtName(const std::string& name) {
     const std::optional<std::string> support = ZPKStandardFolders::localApplicationSupportFolder();
-    return support && CZPKUtil::IsFileExist(join(join(*support, "Varno_Inc_IC/Tandemset/Uninstall"), name));
+    return support && CZPKUtil::IsFileExist(
+                          ZPKPath::join(ZPKPath::join(*support, "Varno_Inc_IC/Tandemset/Uninstall"), name));
 }
 
 bool ZPKCore::searchSoftwareOnCDVolumes() {

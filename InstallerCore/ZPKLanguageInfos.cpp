@@ -6,11 +6,11 @@
 #include <algorithm>
 #include <memory>
 
+#include "Base/ZPKPath.h"
 #include "Description/CLanguageType.h"
 #include "Description/CLanguagesType.h"
 #include "Description/CZPKXMLLoader.h"
 #include "Platform/ZPKBundle.h"
-#include "Platform/ZPKFileManager.h"
 #include "Platform/ZPKWorkspace.h"
 
 using namespace varno_zpk;
@@ -48,8 +48,7 @@ const ZPKLanguageInfos::PropertyList* ZPKLanguageInfos::propertyListWithLanguage
 }
 
 std::vector<std::string> ZPKLanguageInfos::preferredLocalizationsFromLanguagesXML() {
-    const std::string path = ZPKFileManager::stringByAppendingPathComponent(
-        ZPKBundle::mainBundle().resourcePath(), "UILang/Languages.xml");
+    const std::string path = ZPKPath::join(ZPKBundle::mainBundle().resourcePath(), "UILang/Languages.xml");
     const std::unique_ptr<const CLanguagesType> languages = CZPKXMLLoader::LoadLanguagesXML(path);
     std::vector<std::string> offered;
     if (languages) {

@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <memory>
 
+#include "Base/ZPKPath.h"
 #include "Platform/ZPKBundle.h"
 #include "Platform/ZPKFileHandle.h"
 #include "Platform/ZPKFileManager.h"
@@ -93,9 +94,7 @@ std::string parentFolder(const std::string& path) {
 /// its folder is not there.
 std::string resolvedItemPath(const std::string& path) {
     const std::string folder = resolvedPath(parentFolder(path));
-    return folder.empty() ? folder
-                          : ZPKFileManager::stringByAppendingPathComponent(
-                                folder, ZPKFileManager::lastPathComponent(path));
+    return folder.empty() ? folder : ZPKPath::join(folder, ZPKPath::lastComponent(path));
 }
 
 /// True when removing the item at `outer` would take `inner` with it.
@@ -159,7 +158,7 @@ bool CZPKUtil::DeleteFile(const std::string& path) {
 }
 
 void CZPKUtil::GetFilePathList(const std::string& folder, std::vector<std::string>* list) {
-    const std::string base = ZPKFileManager::stringByAppendingPathComponent(folder, "");
+    const std::string base = ZPKPath::join(folder, "");
     const std::string prefix = base == "/" ? base : base + "/";
     ZPKFileManager::enumerateFolder(folder, [&](const std::string& path, ZPKFileManager::ItemKind kind) {
         if (kind == ZPKFileManager::ItemKind::Folder) {

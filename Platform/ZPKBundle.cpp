@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <memory>
 
+#include "Base/ZPKPath.h"
 #include "Platform/ZPKFileManager.h"
 #include "Platform/ZPKProcess.h"
 #include "Platform/ZPKPropertyList.h"
@@ -118,7 +119,7 @@ std::string ZPKBundle::localizedName() const {
             return *name;
         }
     }
-    const std::string folder = ZPKFileManager::lastPathComponent(m_path);
+    const std::string folder = ZPKPath::lastComponent(m_path);
     return folder.ends_with(kBundleExtension) ? folder.substr(0, folder.size() - kBundleExtension.size())
                                               : folder;
 }

@@ -350,35 +350,3 @@ void ZPKFileManager::subpathsOfFolder(const std::string& folder, std::vector<std
     outPaths.clear();
     enumerateFolder(folder, [&outPaths](const std::string& path, ItemKind) { outPaths.push_back(path); });
 }
-
-std::string ZPKFileManager::stringByAppendingPathComponent(const std::string& folder,
-                                                           const std::string& component) {
-    const std::size_t folderEnd = folder.find_last_not_of('/');
-    const std::size_t componentStart = component.find_first_not_of('/');
-    const bool folderIsRoot = folderEnd == std::string::npos && !folder.empty();
-    const std::string head = folderEnd == std::string::npos ? "" : folder.substr(0, folderEnd + 1);
-    const std::string tail = componentStart == std::string::npos ? "" : component.substr(componentStart);
-    if (folder.empty()) {
-        return component;
-    }
-    if (tail.empty()) {
-        return folderIsRoot ? "/" : head;
-    }
-    return head + "/" + tail;
-}
-
-std::string ZPKFileManager::pathExtension(const std::string& path) {
-    const std::string name = lastPathComponent(path);
-    const std::size_t dot = name.rfind('.');
-    return dot == std::string::npos ? std::string() : name.substr(dot + 1);
-}
-
-std::string ZPKFileManager::lastPathComponent(const std::string& path) {
-    const std::size_t last = path.find_last_not_of('/');
-    if (last == std::string::npos) {
-        return path.empty() ? std::string() : std::string("/");
-    }
-    const std::size_t separator = path.find_last_of('/', last);
-    const std::size_t first = separator == std::string::npos ? 0 : separator + 1;
-    return path.substr(first, last + 1 - first);
-}

@@ -61,14 +61,4 @@ public:
 
     /// Gives the visitor each item of `subpathsOfFolder` in turn, with what the item itself is.
     static void enumerateFolder(const std::string& folder, const ItemVisitor& visitor);
-
-    /// `folder` and `component` joined with one "/"; the other one alone when one is empty.
-    static std::string stringByAppendingPathComponent(const std::string& folder,
-                                                      const std::string& component);
-
-    /// The text after the last "." of the last path component; empty when there is none.
-    static std::string pathExtension(const std::string& path);
-
-    /// The last path component, without trailing separators.
-    static std::string lastPathComponent(const std::string& path);
 };

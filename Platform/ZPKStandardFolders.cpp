@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <vector>
 
+#include "Base/ZPKPath.h"
 #include "Platform/ZPKFileManager.h"
 
 namespace {
@@ -45,8 +46,7 @@ bool belongsToUserAlone(const struct stat& attributes) {
 /// The user's own folder inside one that others may write to. It may have been put there by
 /// somebody else beforehand, so what counts is what is there afterwards.
 std::optional<std::string> privateFolderInside(const std::string& folder) {
-    const std::string path = ZPKFileManager::stringByAppendingPathComponent(
-        folder, "com.varno.zephyrkit-" + std::to_string(::geteuid()));
+    const std::string path = ZPKPath::join(folder, "com.varno.zephyrkit-" + std::to_string(::geteuid()));
     static_cast<void>(::mkdir(path.c_str(), S_IRWXU));
     struct stat attributes;
     if (::lstat(path.c_str(), &attributes) != 0 || !belongsToUserAlone(attributes) ||
@@ -71,7 +71,7 @@ std::optional<std::string> cacheFolder() {
         if (home.empty()) {
             return std::nullopt;
         }
-        folder = ZPKFileManager::stringByAppendingPathComponent(home, ".cache");
+        folder = ZPKPath::join(home, ".cache");
     }
     ZPKFileManager::createFolderWithIntermediateFolders(*folder, S_IRWXU);
     return folder;
@@ -114,7 +114,7 @@ std::optional<std::string> ZPKStandardFolders::localApplicationSupportFolder() {
     if (!library) {
         return std::nullopt;
     }
-    return ZPKFileManager::stringByAppendingPathComponent(*library, "Application Support");
+    return ZPKPath::join(*library, "Application Support");
 }
 
 std::string ZPKStandardFolders::usersFolder() {

@@ -8,11 +8,11 @@
 #include <thread>
 #include <utility>
 
+#include "Base/ZPKPath.h"
 #include "Common/CLocalizer.h"
 #include "Common/WildCard.h"
 #include "Common/ZPKCoreStringDefine.h"
 #include "Package/CZPKUtil.h"
-#include "Platform/ZPKFileManager.h"
 #include "UserInterface/ZPKFrontEnd.h"
 #include "UserInterface/ZPKProgressWindowController.h"
 #include "UserInterface/ZPKRemovableVolumes.h"
@@ -40,8 +40,7 @@ bool isPattern(const std::string& searchPath) {
 
 /// A pattern that begins with a star continues the volume's own path; any other begins below it.
 std::string fullPattern(const std::string& volume, const std::string& searchPath) {
-    return searchPath.front() == '*' ? volume + searchPath
-                                     : ZPKFileManager::stringByAppendingPathComponent(volume, searchPath);
+    return searchPath.front() == '*' ? volume + searchPath : ZPKPath::join(volume, searchPath);
 }
 
 bool anyMatches(const std::string& pattern, const std::vector<std::string>& paths) {
@@ -166,7 +165,7 @@ bool ZPKCDSearchWindowController::volumeHoldsDisc(const std::string& volume) con
     std::vector<std::string> files;
     for (const std::string& searchPath : _searchPaths) {
         if (!isPattern(searchPath)) {
-            if (CZPKUtil::IsFileExist(ZPKFileManager::stringByAppendingPathComponent(volume, searchPath))) {
+            if (CZPKUtil::IsFileExist(ZPKPath::join(volume, searchPath))) {
                 return true;
             }
             continue;

@@ -3,7 +3,7 @@
 
 #include "UserInterface/ZPKMediaUtils.h"
 
-#include "Platform/ZPKFileManager.h"
+#include "Base/ZPKPath.h"
 #include "Platform/ZPKOpticalDevices.h"
 
 bool ZPKMediaUtils::isCDMediaAtPath(const std::string& path) {
@@ -25,7 +25,7 @@ bool ZPKMediaUtils::isCDMediaAtPath(const std::string& path) {
 
 std::optional<std::string> ZPKMediaUtils::bsdNameAtPath(const std::string& path) {
     const std::optional<std::string> source = ZPKOpticalDevices::mountSourceOfPath(path);
-    return source ? std::optional(ZPKFileManager::lastPathComponent(*source)) : std::nullopt;
+    return source ? std::optional(ZPKPath::lastComponent(*source)) : std::nullopt;
 }
 
 std::vector<std::string> ZPKMediaUtils::CDDevices() {

@@ -17,6 +17,7 @@
 #include <filesystem>
 #include <thread>
 
+#include "Base/ZPKPath.h"
 #include "Tests/Platform/OtherUser.h"
 #include "Tests/Support/TemporaryFolder.h"
 
@@ -458,7 +459,7 @@ TEST(ZPKFileManagerTest, PathComponentsAreJoinedWithOneSeparator) {
         {"/a", "b/", "/a/b/"},
     };
     for (const Row& row : rows) {
-        EXPECT_EQ(ZPKFileManager::stringByAppendingPathComponent(row.folder, row.component), row.joined)
+        EXPECT_EQ(ZPKPath::join(row.folder, row.component), row.joined)
             << "'" << row.folder << "' and '" << row.component << "'";
     }
 }
@@ -481,8 +482,8 @@ TEST(ZPKFileManagerTest, PathsAreTakenApart) {
         {"com.varno.Zephyrkit", "com.varno.Zephyrkit", "Zephyrkit"},
     };
     for (const Row& row : rows) {
-        EXPECT_EQ(ZPKFileManager::lastPathComponent(row.path), row.last) << row.path;
-        EXPECT_EQ(ZPKFileManager::pathExtension(row.path), row.extension) << row.path;
+        EXPECT_EQ(ZPKPath::lastComponent(row.path), row.last) << row.path;
+        EXPECT_EQ(ZPKPath::extension(row.path), row.extension) << row.path;
     }
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Archive/Archive.h"
+#include "Base/ZPKPath.h"
 #include "Platform/ZPKFileManager.h"
 
 namespace zpk_packager {
@@ -43,7 +44,7 @@ void checkArchive(const std::string& archivePath, const std::string& sourceFolde
     std::vector<std::string> paths;
     ZPKFileManager::subpathsOfFolder(sourceFolder, paths);
     for (const std::string& path : paths) {
-        const std::string member = ZPKFileManager::stringByAppendingPathComponent(name, path);
+        const std::string member = ZPKPath::join(name, path);
         if (members.count(member) == 0) {
             throw std::runtime_error("the archive of " + sourceFolder + " lacks " + path);
         }

@@ -14,6 +14,7 @@
 #include <optional>
 #include <stdexcept>
 
+#include "Base/ZPKPath.h"
 #include "Common/CXMLAttribute.h"
 #include "Common/CXMLDocument.h"
 #include "Common/CXMLElement.h"
@@ -24,7 +25,6 @@
 #include "Package/CDirectoryHolder.h"
 #include "Package/CZPKUtil.h"
 #include "Platform/ZPKBundle.h"
-#include "Platform/ZPKFileManager.h"
 #include "Tools/zpkpack/ArchiveCheck.h"
 #include "Tools/zpkpack/PackageDescription.h"
 
@@ -34,10 +34,6 @@ namespace zpk_packager {
 
 namespace {
 
-std::string join(const std::string& folder, const std::string& component) {
-    return ZPKFileManager::stringByAppendingPathComponent(folder, component);
-}
-
 void requireFolder(const std::string& path, const std::string& purpose) {
     if (!CZPKUtil::IsFolderExist(path)) {
         throw std::runtime_error("there is no folder " + path + ": " + purpose);
@@ -46,18 +42,18 @@ void requireFolder(const std::string& path, const std::string& purpose) {
 
 /// Refuses descriptions that the launcher would pass over in silence on the user's machine.
 void checkDescriptions(const std::string& sourceFolder) {
-    const std::string startup = join(sourceFolder, "Info/Startup.xml");
+    const std::string startup = ZPKPath::join(sourceFolder, "Info/Startup.xml");
     if (CZPKUtil::IsFileExist(startup) &&
         !std::unique_ptr<CStartupType>(CZPKXMLLoader::LoadStartupXML(startup))) {
         throw std::runtime_error(startup + " cannot be loaded: it is not well-formed XML");
     }
-    const std::string condition = join(sourceFolder, "Info/Condition.xml");
+    const std::string condition = ZPKPath::join(sourceFolder, "Info/Condition.xml");
     if (CZPKUtil::IsFileExist(condition) &&
         !std::unique_ptr<CUpdateInfoType>(CZPKXMLLoader::LoadConditionXML(condition))) {
         throw std::runtime_error(condition + " cannot be loaded: it is not well-formed XML");
     }
-    const std::string languages = join(sourceFolder, "UILang/Languages.xml");
-    if (CZPKUtil::IsFolderExist(join(sourceFolder, "UILang")) &&
+    const std::string languages = ZPKPath::join(sourceFolder, "UILang/Languages.xml");
+    if (CZPKUtil::IsFolderExist(ZPKPath::join(sourceFolder, "UILang")) &&
         !CZPKXMLLoader::LoadLanguagesXML(languages)) {
         throw std::runtime_error(languages +
                                  " cannot be loaded: it needs a root with FallBackCode and one "
@@ -87,10 +83,10 @@ void writeInfoPlist(const PackageDescription& description, const std::string& pa
 /// the result back the way a launcher will.
 void packFolder(const std::string& name, const BuildOptions& options, const std::string& resourceFolder,
                 const std::string& workFolder) {
-    const std::string source = join(options.sourceFolder, name);
-    const std::string plain = join(workFolder, name + ".dat");
-    const std::string scrambled = join(resourceFolder, name + ".datx");
-    const std::string readBack = join(workFolder, name + ".check");
+    const std::string source = ZPKPath::join(options.sourceFolder, name);
+    const std::string plain = ZPKPath::join(workFolder, name + ".dat");
+    const std::string scrambled = ZPKPath::join(resourceFolder, name + ".datx");
+    const std::string readBack = ZPKPath::join(workFolder, name + ".check");
     CZPKUtil::Compress(source, plain);
     if (!CZPKUtil::IsFileExist(plain)) {
         throw std::runtime_error(source + " could not be archived; see the messages above");
@@ -135,7 +131,7 @@ void checkPlaces(const BuildOptions& options) {
         }
     }
     for (const char* const name : {"Info", "Data", "UILang"}) {
-        const std::string packed = join(options.sourceFolder, name);
+        const std::string packed = ZPKPath::join(options.sourceFolder, name);
         if (isItemOrInside(options.outputPath, packed)) {
             throw std::runtime_error(options.outputPath + " lies in " + packed + ", which is packed");
         }
@@ -144,9 +140,9 @@ void checkPlaces(const BuildOptions& options) {
 
 void checkOptions(const BuildOptions& options) {
     requireFolder(options.sourceFolder, "the package source");
-    requireFolder(join(options.sourceFolder, "Info"), "it holds Startup.xml");
-    requireFolder(join(options.sourceFolder, "Data"), "it holds the setup program and its files");
-    if (ZPKFileManager::pathExtension(options.outputPath) != "app") {
+    requireFolder(ZPKPath::join(options.sourceFolder, "Info"), "it holds Startup.xml");
+    requireFolder(ZPKPath::join(options.sourceFolder, "Data"), "it holds the setup program and its files");
+    if (ZPKPath::extension(options.outputPath) != "app") {
         throw std::runtime_error(options.outputPath + ": the name of a bundle ends in .app");
     }
     if (!options.replace && CZPKUtil::IsFileExist(options.outputPath)) {
@@ -175,14 +171,15 @@ void buildPackage(const BuildOptions& given) {
 
     const std::string workFolder = makeWorkFolder(options.outputPath);
     const CDirectoryHolder workHolder("", workFolder);
-    const std::string bundle = join(workFolder, "bundle.app");
-    const std::string resourceFolder = join(bundle, "Contents/Resources");
+    const std::string bundle = ZPKPath::join(workFolder, "bundle.app");
+    const std::string resourceFolder = ZPKPath::join(bundle, "Contents/Resources");
     if (!CZPKUtil::Copy(options.templatePath, bundle)) {
         throw std::runtime_error("cannot copy " + options.templatePath + " to " + bundle);
     }
-    writeInfoPlist(description, join(bundle, "Contents/Info.plist"));
-    const std::string languages = join(options.sourceFolder, "UILang");
-    if (CZPKUtil::IsFolderExist(languages) && !CZPKUtil::Copy(languages, join(resourceFolder, "UILang"))) {
+    writeInfoPlist(description, ZPKPath::join(bundle, "Contents/Info.plist"));
+    const std::string languages = ZPKPath::join(options.sourceFolder, "UILang");
+    if (CZPKUtil::IsFolderExist(languages) &&
+        !CZPKUtil::Copy(languages, ZPKPath::join(resourceFolder, "UILang"))) {
         throw std::runtime_error("cannot copy " + languages);
     }
     packFolder("Info", options, resourceFolder, workFolder);

@@ -6,6 +6,7 @@
 #include <optional>
 #include <stdexcept>
 
+#include "Base/ZPKPath.h"
 #include "Platform/ZPKFileManager.h"
 #include "Platform/ZPKPropertyList.h"
 
@@ -29,7 +30,7 @@ std::string requiredString(const ZPKPropertyList& list, const std::string& key, 
 }  // namespace
 
 PackageDescription PackageDescription::read(const std::string& folder) {
-    const std::string path = ZPKFileManager::stringByAppendingPathComponent(folder, "Package.strings");
+    const std::string path = ZPKPath::join(folder, "Package.strings");
     if (!ZPKFileManager::fileExists(path)) {
         throw std::runtime_error(path + " is missing: it names the bundle and its identifier");
     }
@@ -40,7 +41,7 @@ PackageDescription PackageDescription::read(const std::string& folder) {
     PackageDescription description;
     description.bundleName = requiredString(*list, "CFBundleName", path);
     description.bundleIdentifier = requiredString(*list, "CFBundleIdentifier", path);
-    if (ZPKFileManager::pathExtension(description.bundleIdentifier) != description.bundleName) {
+    if (ZPKPath::extension(description.bundleIdentifier) != description.bundleName) {
         throw std::runtime_error(path + ": the last part of the identifier \"" +
                                  description.bundleIdentifier + "\" must be the bundle name \"" +
                                  description.bundleName + "\"");
