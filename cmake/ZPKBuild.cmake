@@ -10,11 +10,23 @@ set(CMAKE_CXX_VISIBILITY_PRESET default)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
-if(NOT CMAKE_BUILD_TYPE)
+# As a folder of another project, that project decides.
+if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "" FORCE)
 endif()
 
-option(ZPK_BUILD_TESTS "Build the tests" ON)
+# The tests are built where their packages are; asked for outright, a missing one is an error.
+if(NOT DEFINED ZPK_BUILD_TESTS)
+  find_package(GTest QUIET)
+  pkg_check_modules(UMOCKDEV QUIET umockdev-1.0)
+  set(ZPK_BUILD_TESTS_DEFAULT OFF)
+  if(PROJECT_IS_TOP_LEVEL AND GTest_FOUND AND UMOCKDEV_FOUND)
+    set(ZPK_BUILD_TESTS_DEFAULT ON)
+  endif()
+  message(STATUS "ZPK_BUILD_TESTS: ${ZPK_BUILD_TESTS_DEFAULT}, unless told")
+endif()
+option(ZPK_BUILD_TESTS "Build the tests" ${ZPK_BUILD_TESTS_DEFAULT})
+option(ZPK_BUILD_EXAMPLES "Build the example package" ${PROJECT_IS_TOP_LEVEL})
 option(ZPK_BUILD_BENCHMARKS "Build the benchmarks" OFF)
 option(ZPK_BUILD_FUZZERS "Build the fuzz targets (Clang only)" OFF)
 set(ZPK_SANITIZE "" CACHE STRING "Value for -fsanitize=, empty for none")
@@ -25,6 +37,11 @@ set(CMAKE_CXX_FLAGS_RELEASE "-O2")
 set(CMAKE_CXX_FLAGS_MINSIZEREL "-Os")
 set(CMAKE_CXX_FLAGS_DEBUG "-O0 -g")
 set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O1 -g -fno-omit-frame-pointer")
+get_directory_property(ZPK_INHERITED_DEFINITIONS COMPILE_DEFINITIONS)
+string(TOUPPER "${CMAKE_BUILD_TYPE}" ZPK_CONFIGURATION)
+if("${CMAKE_CXX_FLAGS} ${CMAKE_CXX_FLAGS_${ZPK_CONFIGURATION}} ${ZPK_INHERITED_DEFINITIONS}" MATCHES NDEBUG)
+  add_compile_options(-UNDEBUG)
+endif()
 
 if(ZPK_SANITIZE)
   add_compile_options(-fsanitize=${ZPK_SANITIZE} -fno-sanitize-recover=all)
@@ -43,6 +60,11 @@ target_compile_options(zpk_warnings INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
   -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast -Wcast-qual
   -Wformat=2 -Wundef -Werror)
+# The annotations of Base/ZPKMutex.h, which only Clang knows.
+target_compile_options(zpk_warnings INTERFACE $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>)
+
+# Every library and no program: what the Clang build compiles for its checks.
+add_custom_target(zpk_libraries)
 
 # zpk_library(name SOURCES a.cpp ... [PUBLIC lib ...] [PRIVATE lib ...])
 # One static library a folder; includes are written from the root.
@@ -51,6 +73,7 @@ function(zpk_library name)
   add_library(${name} STATIC ${ARG_SOURCES})
   target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
   target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE zpk_warnings ${ARG_PRIVATE})
+  add_dependencies(zpk_libraries ${name})
 endfunction()
 
 # zpk_test(name SOURCES a.cpp ... [LINK lib ...] [LABELS label ...])
