@@ -14,10 +14,10 @@
 class ZPKFrontEndBase : public ZPKFrontEnd {
 public:
     int run(ZPKApplicationDelegate& delegate) final;
-    void terminate() final;
+    void terminate() override;
     int runModalForWindow(ZPKWindow& window) final;
     void stopModal(int code) final;
-    void abortModal() final;
+    void abortModal() override;
     void performOnMainThreadAndWait(const std::function<void()>& action) final;
 
 protected:

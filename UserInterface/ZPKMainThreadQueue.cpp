@@ -10,12 +10,14 @@ ZPKMainThreadQueue::ZPKMainThreadQueue(std::function<void()> wake)
 
 ZPKMainThreadQueue::~ZPKMainThreadQueue() {
     close();
-    std::unique_lock lock(m_mutex);
-    m_changed.wait(lock, [this] { return m_waiting == 0; });
+    ZPKMutexLock lock(m_mutex);
+    while (m_waiting > 0) {
+        lock.wait(m_changed);
+    }
 }
 
 void ZPKMainThreadQueue::post(std::function<void()> action) {
-    const std::lock_guard lock(m_mutex);
+    const ZPKMutexLock lock(m_mutex);
     if (m_closed) {
         return;
     }
@@ -28,7 +30,7 @@ void ZPKMainThreadQueue::performAndWait(const std::function<void()>& action) {
         action();
         return;
     }
-    std::unique_lock lock(m_mutex);
+    ZPKMutexLock lock(m_mutex);
     if (m_closed) {
         return;
     }
@@ -36,22 +38,15 @@ void ZPKMainThreadQueue::performAndWait(const std::function<void()>& action) {
     m_entries.push_back({action, &done});
     ++m_waiting;
     m_wake();
-    m_changed.wait(lock, [&done] { return done; });
+    while (!done) {
+        lock.wait(m_changed);
+    }
     --m_waiting;
     m_changed.notify_all();
 }
 
 void ZPKMainThreadQueue::runPending() {
-    for (;;) {
-        Entry entry;
-        {
-            const std::lock_guard lock(m_mutex);
-            if (m_entries.empty()) {
-                return;
-            }
-            entry = std::move(m_entries.front());
-            m_entries.pop_front();
-        }
+    for (Entry entry; takeNext(entry);) {
         try {
             entry.action();
         } catch (...) {
@@ -62,8 +57,18 @@ void ZPKMainThreadQueue::runPending() {
     }
 }
 
+bool ZPKMainThreadQueue::takeNext(Entry& outEntry) {
+    const ZPKMutexLock lock(m_mutex);
+    if (m_entries.empty()) {
+        return false;
+    }
+    outEntry = std::move(m_entries.front());
+    m_entries.pop_front();
+    return true;
+}
+
 void ZPKMainThreadQueue::close() {
-    const std::lock_guard lock(m_mutex);
+    const ZPKMutexLock lock(m_mutex);
     m_closed = true;
     for (const Entry& entry : m_entries) {
         if (entry.done != nullptr) {
@@ -78,7 +83,7 @@ void ZPKMainThreadQueue::markDone(bool* done) {
     if (done == nullptr) {
         return;
     }
-    const std::lock_guard lock(m_mutex);
+    const ZPKMutexLock lock(m_mutex);
     *done = true;
     m_changed.notify_all();
 }

@@ -7,8 +7,9 @@
 #include <cstddef>
 #include <deque>
 #include <functional>
-#include <mutex>
 #include <thread>
+
+#include "Base/ZPKMutex.h"
 
 /// The actions that other threads hand to the main thread, which runs them in their order.
 class ZPKMainThreadQueue {
@@ -23,32 +24,34 @@ public:
     ZPKMainThreadQueue& operator=(const ZPKMainThreadQueue&) = delete;
 
     /// Hands over `action` and returns at once. Any thread.
-    void post(std::function<void()> action);
+    void post(std::function<void()> action) ZPK_EXCLUDES(m_mutex);
 
     /// Runs `action` on the main thread and returns when it has run; on the main thread, runs it
     /// directly. Once the queue is closed the action is left out. Any thread.
-    void performAndWait(const std::function<void()>& action);
+    void performAndWait(const std::function<void()>& action) ZPK_EXCLUDES(m_mutex);
 
     /// Runs what is waiting. An action may call this again. Main thread only.
-    void runPending();
+    void runPending() ZPK_EXCLUDES(m_mutex);
 
     /// Leaves out what is waiting and what still comes, and lets the threads that wait go on. Main
     /// thread only.
-    void close();
+    void close() ZPK_EXCLUDES(m_mutex);
 
 private:
     struct Entry {
         std::function<void()> action;
+        /// Belongs to the thread that waits, and is touched only while the mutex is held.
         bool* done = nullptr;
     };
 
-    void markDone(bool* done);
+    bool takeNext(Entry& outEntry) ZPK_EXCLUDES(m_mutex);
+    void markDone(bool* done) ZPK_EXCLUDES(m_mutex);
 
     const std::function<void()> m_wake;
     const std::thread::id m_mainThread;
-    std::mutex m_mutex;
+    ZPKMutex m_mutex;
     std::condition_variable m_changed;
-    std::deque<Entry> m_entries;
-    std::size_t m_waiting = 0;
-    bool m_closed = false;
+    std::deque<Entry> m_entries ZPK_GUARDED_BY(m_mutex);
+    std::size_t m_waiting ZPK_GUARDED_BY(m_mutex) = 0;
+    bool m_closed ZPK_GUARDED_BY(m_mutex) = false;
 };

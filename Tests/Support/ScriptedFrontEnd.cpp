@@ -3,12 +3,13 @@
 
 #include "Tests/Support/ScriptedFrontEnd.h"
 
-#include <chrono>
 #include <utility>
 
 namespace zpk_test {
 
 namespace {
+
+constexpr int kSessionWaitMilliseconds = 10;
 
 std::string number(double value) {
     return std::to_string(static_cast<int>(value));
@@ -78,20 +79,25 @@ class ScriptedFrontEnd::Session : public ZPKModalSession {
 public:
     explicit Session(ScriptedFrontEnd& owner) : m_owner(owner) { m_owner.note("session: begin"); }
     ~Session() override { m_owner.note("session: end"); }
-    void run() override { m_owner.runPendingActions(); }
+    void run() override {
+        m_owner.wait(-1, kSessionWaitMilliseconds);
+        m_owner.runPendingActions();
+    }
 
 private:
     ScriptedFrontEnd& m_owner;
 };
 
+ScriptedFrontEnd::ScriptedFrontEnd() : ZPKFrontEndBase([this] { wake(); }) {}
+
 std::vector<std::string> ScriptedFrontEnd::log() const {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const ZPKMutexLock lock(m_mutex);
     return m_log;
 }
 
 void ScriptedFrontEnd::note(const std::string& line) {
     {
-        const std::lock_guard<std::mutex> lock(m_mutex);
+        const ZPKMutexLock lock(m_mutex);
         m_log.push_back(line);
     }
     if (onLog) {
@@ -99,32 +105,8 @@ void ScriptedFrontEnd::note(const std::string& line) {
     }
 }
 
-int ScriptedFrontEnd::run(ZPKApplicationDelegate& delegate) {
-    m_terminated = false;
-    m_isOver = false;
-    delegate.awakeFromNib();
-    if (!m_terminated) {
-        delegate.applicationWillFinishLaunching();
-    }
-    if (!m_terminated) {
-        delegate.applicationDidFinishLaunching();
-    }
-    leaveOutPendingActions();
-    return 0;
-}
-
-void ScriptedFrontEnd::leaveOutPendingActions() {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_isOver = true;
-    for (PendingAction* const pending : m_pending) {
-        pending->done = true;
-    }
-    m_pending.clear();
-    m_changed.notify_all();
-}
-
 void ScriptedFrontEnd::terminate() {
-    m_terminated = true;
+    ZPKFrontEndBase::terminate();
     note("terminate");
 }
 
@@ -141,11 +123,19 @@ void ScriptedFrontEnd::setMenuItemTitle(ZPKMenuItem item, const std::string& tit
 }
 
 std::unique_ptr<ZPKProgressWindow> ScriptedFrontEnd::createProgressWindow() {
-    return formsAreBroken ? nullptr : std::make_unique<ProgressWindow>(*this);
+    if (formsAreBroken) {
+        noteFailure();
+        return nullptr;
+    }
+    return std::make_unique<ProgressWindow>(*this);
 }
 
 std::unique_ptr<ZPKCDSearchWindow> ScriptedFrontEnd::createCDSearchWindow() {
-    return formsAreBroken ? nullptr : std::make_unique<DiscWindow>(*this);
+    if (formsAreBroken) {
+        noteFailure();
+        return nullptr;
+    }
+    return std::make_unique<DiscWindow>(*this);
 }
 
 void ScriptedFrontEnd::runAlert(const ZPKAlert& alert) {
@@ -153,71 +143,51 @@ void ScriptedFrontEnd::runAlert(const ZPKAlert& alert) {
          alert.informativeText + "|" + alert.buttonTitle);
 }
 
-int ScriptedFrontEnd::runModalForWindow(ZPKWindow& window) {
-    note("modal: begin");
-    auto* const disc = dynamic_cast<DiscWindow*>(&window);
-    for (;;) {
-        {
-            const std::lock_guard<std::mutex> lock(m_mutex);
-            if (m_stopped) {
-                m_stopped = false;
-                break;
-            }
-        }
-        if (disc != nullptr && onDiscWindow) {
-            onDiscWindow(disc->actions());
-        } else if (disc != nullptr) {
-            disc->actions().windowShouldClose();
-        } else {
-            runPendingActions();
-        }
-    }
-    note("modal: end " + std::to_string(m_code));
-    return m_code;
-}
-
-void ScriptedFrontEnd::stopModal(int code) {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_stopped = true;
-    m_code = code;
-    m_changed.notify_all();
-}
-
-void ScriptedFrontEnd::abortModal() {
-    stopModal(ZPKModalResponseAbort);
-}
-
 std::unique_ptr<ZPKModalSession> ScriptedFrontEnd::beginModalSessionForWindow(ZPKWindow&) {
     return std::make_unique<Session>(*this);
 }
 
-void ScriptedFrontEnd::performOnMainThreadAndWait(const std::function<void()>& action) {
-    if (std::this_thread::get_id() == m_mainThread) {
-        action();
-        return;
-    }
-    PendingAction pending{&action, false};
-    std::unique_lock<std::mutex> lock(m_mutex);
-    if (m_isOver) {
-        return;
-    }
-    m_pending.push_back(&pending);
-    m_changed.notify_all();
-    m_changed.wait(lock, [&pending] { return pending.done; });
+void ScriptedFrontEnd::abortModal() {
+    ZPKFrontEndBase::abortModal();
+    const ZPKMutexLock lock(m_mutex);
+    m_isAborted = true;
+    m_aborted.notify_all();
 }
 
-void ScriptedFrontEnd::runPendingActions() {
-    std::unique_lock<std::mutex> lock(m_mutex);
-    m_changed.wait_for(lock, std::chrono::milliseconds(10),
-                       [this] { return !m_pending.empty() || m_stopped; });
-    while (!m_pending.empty()) {
-        PendingAction* const pending = m_pending.front();
-        m_pending.pop_front();
-        lock.unlock();
-        (*pending->action)();
-        lock.lock();
-        pending->done = true;
-        m_changed.notify_all();
+void ScriptedFrontEnd::waitForAbort() {
+    ZPKMutexLock lock(m_mutex);
+    while (!m_isAborted) {
+        lock.wait(m_aborted);
+    }
+}
+
+void ScriptedFrontEnd::runLoopForWindow(ZPKWindow& window, ZPKModalLoop& loop) {
+    note("modal: begin");
+    if (const auto* disc = dynamic_cast<const DiscWindow*>(&window)) {
+        playPerson(*disc, loop);
+    } else {
+        runLoop(loop);
+    }
+    note("modal: end " + std::to_string(loop.code()));
+}
+
+void ScriptedFrontEnd::runLoop(ZPKModalLoop& loop) {
+    runPendingActions();
+    while (!loop.isStopped()) {
+        wait(-1, -1);
+        runPendingActions();
+    }
+}
+
+void ScriptedFrontEnd::playPerson(const DiscWindow& window, ZPKModalLoop& loop) {
+    runPendingActions();
+    while (!loop.isStopped()) {
+        if (onDiscWindow) {
+            onDiscWindow(window.actions());
+        } else {
+            window.actions().windowShouldClose();
+        }
+        runPendingActions();
     }
 }
 

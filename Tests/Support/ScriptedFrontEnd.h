@@ -4,23 +4,25 @@
 #pragma once
 
 #include <condition_variable>
-#include <deque>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
-#include "UserInterface/ZPKFrontEnd.h"
+#include "Base/ZPKMutex.h"
+#include "UserInterface/Terminal/ZPKWakeUp.h"
+#include "UserInterface/ZPKFrontEndBase.h"
 
 namespace zpk_test {
 
-/// A front end without windows: writes down what it is asked, one line each, and plays the person.
-class ScriptedFrontEnd : public ZPKFrontEnd {
+/// A front end without windows: writes down what it is asked, one line each, and plays the person. Its
+/// loops are those of every front end.
+class ScriptedFrontEnd : private ZPKWakeUp, public ZPKFrontEndBase {
 public:
+    ScriptedFrontEnd();
+
     /// What was asked, in order, such as "progress: title=..." or "modal: begin".
-    std::vector<std::string> log() const;
+    std::vector<std::string> log() const ZPK_EXCLUDES(m_mutex);
 
     /// Called with each line as it is logged, on the thread that logs it.
     std::function<void(const std::string&)> onLog;
@@ -32,7 +34,6 @@ public:
     /// Makes the next windows impossible, as a broken form does.
     bool formsAreBroken = false;
 
-    int run(ZPKApplicationDelegate& delegate) override;
     void terminate() override;
     void activateIgnoringOtherApps() override;
     void setInterfaceLanguage(const std::string& code) override;
@@ -40,17 +41,14 @@ public:
     std::unique_ptr<ZPKProgressWindow> createProgressWindow() override;
     std::unique_ptr<ZPKCDSearchWindow> createCDSearchWindow() override;
     void runAlert(const ZPKAlert& alert) override;
-    int runModalForWindow(ZPKWindow& window) override;
-    void stopModal(int code) override;
     void abortModal() override;
     std::unique_ptr<ZPKModalSession> beginModalSessionForWindow(ZPKWindow& window) override;
-    void performOnMainThreadAndWait(const std::function<void()>& action) override;
 
     /// Adds a line; any thread.
-    void note(const std::string& line);
+    void note(const std::string& line) ZPK_EXCLUDES(m_mutex);
 
-    /// Runs the actions that wait for the main thread, waiting a moment when there are none.
-    void runPendingActions();
+    /// Waits until some thread has called `abortModal`.
+    void waitForAbort() ZPK_EXCLUDES(m_mutex);
 
 private:
     class Indicator;
@@ -58,22 +56,15 @@ private:
     class DiscWindow;
     class Session;
 
-    void leaveOutPendingActions();
+    void runLoopForWindow(ZPKWindow& window, ZPKModalLoop& loop) override;
+    void runLoop(ZPKModalLoop& loop) override;
 
-    struct PendingAction {
-        const std::function<void()>* action = nullptr;
-        bool done = false;
-    };
+    void playPerson(const DiscWindow& window, ZPKModalLoop& loop);
 
-    mutable std::mutex m_mutex;
-    std::condition_variable m_changed;
-    std::vector<std::string> m_log;
-    std::deque<PendingAction*> m_pending;
-    const std::thread::id m_mainThread = std::this_thread::get_id();
-    bool m_stopped = false;
-    int m_code = 0;
-    bool m_terminated = false;
-    bool m_isOver = false;
+    mutable ZPKMutex m_mutex;
+    std::condition_variable m_aborted;
+    std::vector<std::string> m_log ZPK_GUARDED_BY(m_mutex);
+    bool m_isAborted ZPK_GUARDED_BY(m_mutex) = false;
 };
 
 }  // namespace zpk_test

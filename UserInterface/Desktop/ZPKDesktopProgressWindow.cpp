@@ -3,9 +3,6 @@
 
 #include "UserInterface/Desktop/ZPKDesktopProgressWindow.h"
 
-#include <algorithm>
-#include <cmath>
-
 #include "UserInterface/Desktop/ZPKDesktopText.h"
 #include "UserInterface/Desktop/ZPKForm.h"
 
@@ -35,48 +32,9 @@ void ZPKDesktopProgressWindow::setTitle(const std::string& title) {
     fitContents();
 }
 
-void ZPKDesktopProgressWindow::setMinValue(double value) {
-    m_minValue = value;
-    updateBar();
-}
-
-void ZPKDesktopProgressWindow::setMaxValue(double value) {
-    m_maxValue = value;
-    updateBar();
-}
-
-void ZPKDesktopProgressWindow::setDoubleValue(double value) {
-    m_value = value;
-    updateBar();
-}
-
-void ZPKDesktopProgressWindow::setIndeterminate(bool indeterminate) {
-    m_indeterminate = indeterminate;
-    updateBar();
-}
-
-void ZPKDesktopProgressWindow::startAnimation() {
-    m_animating = true;
-    updateBar();
-}
-
-void ZPKDesktopProgressWindow::stopAnimation() {
-    m_animating = false;
-    updateBar();
-}
-
-void ZPKDesktopProgressWindow::setNeedsDisplay() {
-    m_bar->update();
-}
-
 void ZPKDesktopProgressWindow::updateBar() {
     // A bar without a range is the toolkit's way to say that nobody knows how long it takes.
-    if (m_indeterminate && m_animating) {
-        m_bar->setRange(0, 0);
-        return;
-    }
-    const double share = (m_value - m_minValue) / (m_maxValue - m_minValue);
-    const bool isKnown = !m_indeterminate && std::isfinite(share);
-    m_bar->setRange(0, 100);
-    m_bar->setValue(isKnown ? static_cast<int>(std::lround(std::clamp(share, 0.0, 1.0) * 100.0)) : 0);
+    m_bar->setRange(0, m_state.isEndless() ? 0 : 100);
+    m_bar->setValue(m_state.percent().value_or(0));
+    m_bar->update();
 }

@@ -3,9 +3,6 @@
 
 #include "UserInterface/Terminal/ZPKTerminalProgressWindow.h"
 
-#include <algorithm>
-#include <cmath>
-
 void ZPKTerminalProgressWindow::setTitle(const std::string& title) {
     m_title = ZPKTerminalLine(title);
     print();
@@ -22,24 +19,13 @@ void ZPKTerminalProgressWindow::close() {
     m_terminal.endStatus();
 }
 
-void ZPKTerminalProgressWindow::setDoubleValue(double value) {
-    m_value = value;
-    m_hasValue = true;
-    print();
-}
-
-void ZPKTerminalProgressWindow::setIndeterminate(bool indeterminate) {
-    m_indeterminate = indeterminate;
-    print();
-}
-
 void ZPKTerminalProgressWindow::print() {
     const std::string text = m_shown ? line() : std::string();
     if (text.empty() || text == m_printed) {
         return;
     }
     m_printed = text;
-    if (m_indeterminate) {
+    if (m_state.isIndeterminate()) {
         m_terminal.print(text + "\n");
     } else {
         m_terminal.printStatus(text);
@@ -47,13 +33,9 @@ void ZPKTerminalProgressWindow::print() {
 }
 
 std::string ZPKTerminalProgressWindow::line() const {
-    if (m_indeterminate) {
+    if (m_state.isIndeterminate()) {
         return m_title;
     }
-    const double share = (m_value - m_minValue) / (m_maxValue - m_minValue);
-    if (!m_hasValue || !std::isfinite(share)) {
-        return {};
-    }
-    const long percent = std::lround(std::clamp(share, 0.0, 1.0) * 100.0);
-    return m_title + ": " + std::to_string(percent) + " %";
+    const std::optional<int> percent = m_state.percent();
+    return percent ? m_title + ": " + std::to_string(*percent) + " %" : std::string();
 }

@@ -7,18 +7,17 @@
 
 #include "UserInterface/Terminal/ZPKTerminal.h"
 #include "UserInterface/Terminal/ZPKTerminalWindow.h"
+#include "UserInterface/ZPKProgressState.h"
 #include "UserInterface/ZPKProgressWindow.h"
 
 /// The progress as a line: the title with the percentage, or the title once when nobody knows how
 /// long it takes.
-class ZPKTerminalProgressWindow : public ZPKProgressWindow,
-                                  public ZPKTerminalWindow,
-                                  private ZPKProgressIndicator {
+class ZPKTerminalProgressWindow : public ZPKProgressWindow, public ZPKTerminalWindow {
 public:
     /// The terminal outlives the window.
     explicit ZPKTerminalProgressWindow(ZPKTerminal& terminal) : m_terminal(terminal) {}
 
-    ZPKProgressIndicator& progressIndicator() override { return *this; }
+    ZPKProgressIndicator& progressIndicator() override { return m_state; }
     void center() override {}
     void setTitle(const std::string& title) override;
     void makeKeyAndOrderFront() override { show(); }
@@ -29,25 +28,12 @@ public:
     void takeAnswer(const std::optional<std::string>&) override {}
 
 private:
-    void setMinValue(double value) override { m_minValue = value; }
-    void setMaxValue(double value) override { m_maxValue = value; }
-    void setDoubleValue(double value) override;
-    void setIndeterminate(bool indeterminate) override;
-    void setUsesThreadedAnimation(bool) override {}
-    void startAnimation() override {}
-    void stopAnimation() override {}
-    void setNeedsDisplay() override { print(); }
-
     void print();
     std::string line() const;
 
     ZPKTerminal& m_terminal;
     std::string m_title;
     std::string m_printed;
-    double m_minValue = 0;
-    double m_maxValue = 100;
-    double m_value = 0;
-    bool m_hasValue = false;
-    bool m_indeterminate = false;
+    ZPKProgressState m_state{[this] { print(); }};
     bool m_shown = false;
 };
