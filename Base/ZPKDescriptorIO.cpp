@@ -5,7 +5,6 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 
 namespace {
@@ -66,7 +65,8 @@ std::optional<std::string> ZPKDescriptorIO::readToEnd(int descriptor, std::size_
     for (std::size_t piece = kFirstPiece;; piece *= 2) {
         const std::size_t before = bytes.size();
         // One byte over the limit tells a file of just that size from a larger one.
-        bytes.resize(std::min(before + piece, limit + 1));
+        const std::size_t room = limit - before;
+        bytes.resize(before + (piece <= room ? piece : room + 1));
         const ssize_t count = readWhole(descriptor, bytes.data() + before, bytes.size() - before);
         if (count < 0) {
             return std::nullopt;

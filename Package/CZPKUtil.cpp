@@ -42,18 +42,19 @@ bool isSameFile(const ZPKFileHandle& file, const std::string& path) {
 }
 
 /// Writes the two parts of `source` on both sides of `middle` to the new file in exchanged order.
-bool writeExchanged(const ZPKFileHandle& source, std::uint64_t middle, std::optional<ZPKFileHandle> newFile) {
+bool writeExchanged(const ZPKFileHandle& source, std::uint64_t middle, ZPKResult<ZPKFileHandle> newFile) {
     if (!newFile) {
         return false;
     }
     newFile->reserve(source.size());
-    return newFile->append(source, middle, source.size() - middle) && newFile->append(source, 0, middle);
+    return static_cast<bool>(newFile->append(source, middle, source.size() - middle)) &&
+           static_cast<bool>(newFile->append(source, 0, middle));
 }
 
 /// The same for a file in its own place: it stays as it is until its replacement is complete.
 void exchangeInPlace(const ZPKFileHandle& source, std::uint64_t middle, const std::string& path) {
     const std::string replacement = path + ".new-" + std::to_string(::getpid());
-    std::optional<ZPKFileHandle> newFile = ZPKFileHandle::newFileAt(AT_FDCWD, replacement, 0666);
+    ZPKResult<ZPKFileHandle> newFile = ZPKFileHandle::newFileAt(AT_FDCWD, replacement, 0666);
     if (!newFile) {
         return;
     }
@@ -118,16 +119,16 @@ void CZPKUtil::Extract(const std::string& src, const std::string& dst) {
 }
 
 void CZPKUtil::Fake(const std::string& src, const std::string& dst) {
-    const std::optional<ZPKFileHandle> source = ZPKFileHandle::forReadingAtPath(src);
+    const ZPKResult<ZPKFileHandle> source = ZPKFileHandle::forReadingAtPath(src);
     if (!source) {
-        ZPKFileHandle::replacingFileAtPath(dst);
+        static_cast<void>(ZPKFileHandle::replacingFileAtPath(dst));
         return;
     }
     exchange(*source, std::min(kRotation, source->size()), dst);
 }
 
 void CZPKUtil::Unfake(const std::string& src, const std::string& dst) {
-    const std::optional<ZPKFileHandle> source = ZPKFileHandle::forReadingAtPath(src);
+    const ZPKResult<ZPKFileHandle> source = ZPKFileHandle::forReadingAtPath(src);
     if (source && source->size() > kRotation) {
         exchange(*source, source->size() - kRotation, dst);
         return;

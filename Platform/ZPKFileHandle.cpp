@@ -11,6 +11,8 @@
 #include <cerrno>
 #include <memory>
 
+#include "Base/ZPKDescriptorIO.h"
+
 namespace {
 
 /// A range that is still to be copied, from the source's offset to the destination's position.
@@ -33,50 +35,42 @@ void copyInKernel(PendingRange& range, Step step) {
     while (range.length > 0) {
         const std::size_t wanted =
             static_cast<std::size_t>(std::min<std::uint64_t>(range.length, kLargestKernelStep));
-        const ssize_t count = step(wanted);
-        if (count > 0) {
-            range.advance(count);
-        } else if (count == 0 || errno != EINTR) {
+        const ssize_t count = ZPKDescriptorIO::retry([&] { return step(wanted); });
+        if (count <= 0) {
             return;
         }
+        range.advance(count);
     }
 }
 
-bool writeAll(int destination, const char* bytes, std::size_t length) {
-    while (length > 0) {
-        const ssize_t count = ::write(destination, bytes, length);
-        if (count > 0) {
-            bytes += count;
-            length -= static_cast<std::size_t>(count);
-        } else if (count == 0 || errno != EINTR) {
-            return false;
-        }
-    }
-    return true;
-}
-
-bool copyThroughBuffer(PendingRange& range) {
+ZPKOutcome copyThroughBuffer(PendingRange range, const ZPKFileHandle& source,
+                             const ZPKFileHandle& destination) {
     if (range.length == 0) {
-        return true;
+        return {};
     }
     const auto buffer = std::make_unique<char[]>(kBufferSize);
     while (range.length > 0) {
         const std::size_t wanted =
             static_cast<std::size_t>(std::min<std::uint64_t>(range.length, kBufferSize));
-        const ssize_t count = ::pread(range.source, buffer.get(), wanted, range.offset);
-        if (count < 0 && errno == EINTR) {
-            continue;
+        const ssize_t count = ZPKDescriptorIO::readWholeAt(range.source, buffer.get(), wanted, range.offset);
+        if (count < 0) {
+            return ZPKFailure::ofSystem(source.path(), errno);
         }
-        if (count <= 0 || !writeAll(range.destination, buffer.get(), static_cast<std::size_t>(count))) {
-            return false;
+        if (!ZPKDescriptorIO::writeWhole(range.destination, buffer.get(), static_cast<std::size_t>(count))) {
+            return ZPKFailure::ofSystem(destination.path(), errno);
+        }
+        if (static_cast<std::size_t>(count) < wanted) {
+            return ZPKFailure(source.path(), "Ends before it should");
         }
         range.offset += count;
         range.advance(count);
     }
-    return true;
+    return {};
 }
 
-bool copyRange(PendingRange range) {
+ZPKOutcome copyRange(const ZPKFileHandle& source, const ZPKFileHandle& destination, std::uint64_t offset,
+                     std::uint64_t length) {
+    PendingRange range{source.descriptor(), destination.descriptor(), static_cast<off_t>(offset), length};
     copyInKernel(range, [&range](std::size_t wanted) {
         return ::copy_file_range(range.source, &range.offset, range.destination, nullptr, wanted, 0);
     });
@@ -84,38 +78,59 @@ bool copyRange(PendingRange range) {
     copyInKernel(range, [&range](std::size_t wanted) {
         return ::sendfile(range.destination, range.source, &range.offset, wanted);
     });
-    return copyThroughBuffer(range);
+    return copyThroughBuffer(range, source, destination);
 }
 
 }  // namespace
 
-std::optional<ZPKFileHandle> ZPKFileHandle::adopt(ZPKFileDescriptor descriptor) {
+ZPKResult<ZPKFileHandle> ZPKFileHandle::adopt(ZPKFileDescriptor descriptor, const std::string& path) {
     struct stat attributes;
-    if (!descriptor.isOpen() || ::fstat(descriptor.get(), &attributes) != 0 || !S_ISREG(attributes.st_mode)) {
-        return std::nullopt;
+    if (!descriptor.isOpen() || ::fstat(descriptor.get(), &attributes) != 0) {
+        return ZPKFailure::ofSystem(path, errno);
     }
-    return ZPKFileHandle(std::move(descriptor), attributes);
+    if (S_ISDIR(attributes.st_mode)) {
+        return ZPKFailure::ofSystem(path, EISDIR);
+    }
+    if (!S_ISREG(attributes.st_mode)) {
+        return ZPKFailure(path, "Not a regular file");
+    }
+    return ZPKFileHandle(std::move(descriptor), path, attributes);
 }
 
-std::optional<ZPKFileHandle> ZPKFileHandle::forReadingAtPath(const std::string& path) {
-    return adopt(ZPKFileDescriptor(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)));
+ZPKResult<ZPKFileHandle> ZPKFileHandle::forReadingAtPath(const std::string& path) {
+    const int flags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    return adopt(ZPKFileDescriptor(::open(path.c_str(), flags)), path);
 }
 
-std::optional<ZPKFileHandle> ZPKFileHandle::forReadingAt(int folder, const std::string& name) {
+ZPKResult<ZPKFileHandle> ZPKFileHandle::forReadingAt(int folder, const std::string& name) {
     const int flags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW | O_CLOEXEC;
-    return adopt(ZPKFileDescriptor(::openat(folder, name.c_str(), flags)));
+    return adopt(ZPKFileDescriptor(::openat(folder, name.c_str(), flags)), name);
 }
 
-std::optional<ZPKFileHandle> ZPKFileHandle::replacingFileAtPath(const std::string& path) {
+ZPKResult<ZPKFileHandle> ZPKFileHandle::replacingFileAtPath(const std::string& path) {
     // Removing first keeps links and other names of the old file out of it.
     ::unlink(path.c_str());
     return newFileAt(AT_FDCWD, path, 0666);
 }
 
-std::optional<ZPKFileHandle> ZPKFileHandle::newFileAt(int folder, const std::string& name,
-                                                      unsigned int mode) {
+ZPKResult<ZPKFileHandle> ZPKFileHandle::newFileAt(int folder, const std::string& name, unsigned int mode) {
     const int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    return adopt(ZPKFileDescriptor(::openat(folder, name.c_str(), flags, mode)));
+    return adopt(ZPKFileDescriptor(::openat(folder, name.c_str(), flags, mode)), name);
+}
+
+ZPKResult<std::string> ZPKFileHandle::contents(std::size_t limit) const {
+    // The size is no bound by itself: the kernel's own files have none, and others may grow.
+    if (size() > limit) {
+        return ZPKFailure::ofSystem(m_path, EFBIG);
+    }
+    if (::lseek(descriptor(), 0, SEEK_SET) < 0) {
+        return ZPKFailure::ofSystem(m_path, errno);
+    }
+    std::optional<std::string> bytes = ZPKDescriptorIO::readToEnd(descriptor(), limit);
+    if (!bytes) {
+        return ZPKFailure::ofSystem(m_path, errno);
+    }
+    return std::move(*bytes);
 }
 
 void ZPKFileHandle::reserve(std::uint64_t size) {
@@ -125,12 +140,12 @@ void ZPKFileHandle::reserve(std::uint64_t size) {
     }
 }
 
-bool ZPKFileHandle::append(const ZPKFileHandle& source, std::uint64_t offset, std::uint64_t length) {
+ZPKOutcome ZPKFileHandle::append(const ZPKFileHandle& source, std::uint64_t offset, std::uint64_t length) {
     // In steps that begin where the page cache would begin its larger pages too, the kernel copies in
     // half the time.
     const off_t position = ::lseek(descriptor(), 0, SEEK_CUR);
     const std::uint64_t beyondBoundary = static_cast<std::uint64_t>(position < 0 ? 0 : position) % kBoundary;
     const std::uint64_t first = std::min(length, (kBoundary - beyondBoundary) % kBoundary);
-    return copyRange({source.descriptor(), descriptor(), static_cast<off_t>(offset), first}) &&
-           copyRange({source.descriptor(), descriptor(), static_cast<off_t>(offset + first), length - first});
+    const ZPKOutcome outcome = copyRange(source, *this, offset, first);
+    return outcome ? copyRange(source, *this, offset + first, length - first) : outcome;
 }

@@ -5,30 +5,35 @@
 
 #include <sys/stat.h>
 
+#include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string>
 
+#include "Base/ZPKFailure.h"
 #include "Base/ZPKFileDescriptor.h"
 
 /// An open regular file. Nothing here waits on a FIFO or a device: such items are refused.
 /// One thread uses one handle.
 class ZPKFileHandle {
 public:
-    /// The regular file that `path` leads to; nothing when there is none or it may not be read.
-    static std::optional<ZPKFileHandle> forReadingAtPath(const std::string& path);
+    /// The regular file that `path` leads to, for reading.
+    static ZPKResult<ZPKFileHandle> forReadingAtPath(const std::string& path);
 
     /// The same relative to an open folder; a link is refused.
-    static std::optional<ZPKFileHandle> forReadingAt(int folder, const std::string& name);
+    static ZPKResult<ZPKFileHandle> forReadingAt(int folder, const std::string& name);
 
     /// A new empty file in place of the file, link or other item at `path`; what a link leads to and
-    /// the other names of a file stay as they are. Nothing when it cannot be made or a folder is there.
-    static std::optional<ZPKFileHandle> replacingFileAtPath(const std::string& path);
+    /// the other names of a file stay as they are. Fails when it cannot be made or a folder is there.
+    static ZPKResult<ZPKFileHandle> replacingFileAtPath(const std::string& path);
 
-    /// A new empty file; nothing when anything is there already.
-    static std::optional<ZPKFileHandle> newFileAt(int folder, const std::string& name, unsigned int mode);
+    /// A new empty file; fails when anything is there already.
+    static ZPKResult<ZPKFileHandle> newFileAt(int folder, const std::string& name, unsigned int mode);
 
+    /// Open as long as this object is there; stays this object's.
     int descriptor() const { return m_descriptor.get(); }
+
+    /// The path that the file was opened by.
+    const std::string& path() const { return m_path; }
 
     /// What the file system said of the file when it was opened.
     const struct stat& attributes() const { return m_attributes; }
@@ -36,19 +41,24 @@ public:
     /// Size in bytes when the file was opened.
     std::uint64_t size() const { return static_cast<std::uint64_t>(m_attributes.st_size); }
 
-    /// Tells the file system how large the file is about to become, so that it can lay it out at once;
-    /// the size stays as it is. A mere hint: failures do not count.
+    /// The bytes of the file from its start; fails when there are more than `limit` of them. A file
+    /// that grows meanwhile is read no further than that.
+    ZPKResult<std::string> contents(std::size_t limit) const;
+
+    /// Tells the file system how large the file is about to become, in bytes, so that it can lay it
+    /// out at once; the size stays as it is. A mere hint: failures do not count.
     void reserve(std::uint64_t size);
 
     /// Appends `length` bytes of `source` from `offset` on; memory use does not depend on the length.
-    /// False when the source ends before or a write fails; what was written stays.
-    bool append(const ZPKFileHandle& source, std::uint64_t offset, std::uint64_t length);
+    /// Fails when the source ends before or a write fails; what was written stays.
+    ZPKOutcome append(const ZPKFileHandle& source, std::uint64_t offset, std::uint64_t length);
 
 private:
-    static std::optional<ZPKFileHandle> adopt(ZPKFileDescriptor descriptor);
-    explicit ZPKFileHandle(ZPKFileDescriptor descriptor, const struct stat& attributes)
-        : m_descriptor(std::move(descriptor)), m_attributes(attributes) {}
+    static ZPKResult<ZPKFileHandle> adopt(ZPKFileDescriptor descriptor, const std::string& path);
+    ZPKFileHandle(ZPKFileDescriptor descriptor, std::string path, const struct stat& attributes)
+        : m_descriptor(std::move(descriptor)), m_path(std::move(path)), m_attributes(attributes) {}
 
     ZPKFileDescriptor m_descriptor;
+    std::string m_path;
     struct stat m_attributes;
 };

@@ -158,11 +158,11 @@ private:
 
     static bool copyFile(int fromFolder, const std::string& fromName, int toFolder,
                          const std::string& toName) {
-        const std::optional<ZPKFileHandle> from = ZPKFileHandle::forReadingAt(fromFolder, fromName);
+        const ZPKResult<ZPKFileHandle> from = ZPKFileHandle::forReadingAt(fromFolder, fromName);
         if (!from) {
             return false;
         }
-        std::optional<ZPKFileHandle> to = ZPKFileHandle::newFileAt(toFolder, toName, S_IRUSR | S_IWUSR);
+        ZPKResult<ZPKFileHandle> to = ZPKFileHandle::newFileAt(toFolder, toName, S_IRUSR | S_IWUSR);
         if (!to || !to->append(*from, 0, from->size())) {
             return false;
         }

@@ -32,17 +32,14 @@ bool isSameFolder(const struct statx& one, const struct statx& other) {
            one.stx_dev_minor == other.stx_dev_minor;
 }
 
-bool isMounted(const struct statx& attributes) {
-    return (attributes.stx_attributes & attributes.stx_attributes_mask & STATX_ATTR_MOUNT_ROOT) != 0;
-}
-
 /// Opens a folder of this user's that its mode closes to everybody. The mode is changed through a
 /// descriptor of the folder itself, so that a link put in its place meanwhile leads nowhere.
 ZPKFileDescriptor openClosedFolder(int parent, const std::string& name) {
     const ZPKFileDescriptor place(
         ::openat(parent, name.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     struct statx attributes;
-    if (!place.isOpen() || !readAttributes(place.get(), attributes) || isMounted(attributes)) {
+    if (!place.isOpen() || !readAttributes(place.get(), attributes) ||
+        ZPKFolderWalker::isMounted(attributes)) {
         return {};
     }
     const std::string handle = "/proc/self/fd/" + std::to_string(place.get());
@@ -64,6 +61,10 @@ unsigned char typeOf(int folder, const struct dirent& entry) {
 }
 
 }  // namespace
+
+bool ZPKFolderWalker::isMounted(const struct statx& attributes) {
+    return (attributes.stx_attributes & attributes.stx_attributes_mask & STATX_ATTR_MOUNT_ROOT) != 0;
+}
 
 ZPKFileDescriptor ZPKFolderWalker::openFolder(int parent, const std::string& name) const {
     ZPKFileDescriptor folder(::openat(parent, name.c_str(), kFolderFlags));

@@ -56,6 +56,9 @@ public:
     /// The next entry read but not yet given, or null at the end. Valid until the next call here.
     const Entry* nextEntry();
 
+    /// True when something is mounted on the folder with these attributes.
+    static bool isMounted(const struct statx& attributes);
+
 private:
     struct Level {
         ZPKFileDescriptor descriptor;

@@ -3,10 +3,6 @@
 
 #include "Platform/ZPKPropertyList.h"
 
-#include <unistd.h>
-
-#include <cerrno>
-
 #include "Base/ZPKUnicode.h"
 #include "Platform/ZPKFileHandle.h"
 #include "Platform/ZPKPropertyListNode.h"
@@ -14,29 +10,7 @@
 namespace {
 
 // Lists of installed software are thousands of times smaller.
-constexpr std::uint64_t kLargestFile = std::uint64_t{64} * 1024 * 1024;
-
-std::optional<std::string> contentsOf(const std::string& path) {
-    const std::optional<ZPKFileHandle> file = ZPKFileHandle::forReadingAtPath(path);
-    if (!file || file->size() > kLargestFile) {
-        return std::nullopt;
-    }
-    std::string bytes(static_cast<std::size_t>(file->size()), '\0');
-    std::size_t length = 0;
-    while (length < bytes.size()) {
-        const ssize_t count = ::read(file->descriptor(), bytes.data() + length, bytes.size() - length);
-        if (count == 0) {
-            break;
-        }
-        if (count > 0) {
-            length += static_cast<std::size_t>(count);
-        } else if (errno != EINTR) {
-            return std::nullopt;
-        }
-    }
-    bytes.resize(length);
-    return bytes;
-}
+constexpr std::size_t kLargestFile = std::size_t{64} * 1024 * 1024;
 
 }  // namespace
 
@@ -46,7 +20,11 @@ ZPKPropertyList& ZPKPropertyList::operator=(ZPKPropertyList&&) noexcept = defaul
 ZPKPropertyList::~ZPKPropertyList() = default;
 
 std::optional<ZPKPropertyList> ZPKPropertyList::dictionaryWithContentsOfFile(const std::string& path) {
-    const std::optional<std::string> bytes = contentsOf(path);
+    const ZPKResult<ZPKFileHandle> file = ZPKFileHandle::forReadingAtPath(path);
+    if (!file) {
+        return std::nullopt;
+    }
+    const ZPKResult<std::string> bytes = file->contents(kLargestFile);
     return bytes ? dictionaryWithBytes(*bytes) : std::nullopt;
 }
 

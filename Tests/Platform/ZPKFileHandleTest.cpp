@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdint>
 #include <filesystem>
 
 #include "Tests/Support/TemporaryFolder.h"
@@ -43,6 +44,55 @@ TEST(ZPKFileHandleTest, ReadsOnlyRegularFilesAndNeverWaits) {
     EXPECT_FALSE(ZPKFileHandle::forReadingAtPath(folder.path()));
     EXPECT_FALSE(ZPKFileHandle::forReadingAtPath("/dev/zero"));
     EXPECT_FALSE(ZPKFileHandle::forReadingAtPath(folder / "missing"));
+}
+
+TEST(ZPKFileHandleTest, SaysWhyAFileCannotBeOpened) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(::mkfifo((folder / "fifo").c_str(), 0666), 0);
+    std::filesystem::create_symlink("/dev/zero", folder / "zero");
+    struct Row {
+        std::string path;
+        const char* reason;
+    };
+    for (const Row& row :
+         {Row{folder / "missing", "No such file or directory"}, Row{folder.path(), "Is a directory"},
+          Row{folder / "fifo", "Not a regular file"}, Row{folder / "zero", "Not a regular file"}}) {
+        const auto file = ZPKFileHandle::forReadingAtPath(row.path);
+        ASSERT_FALSE(file) << row.path;
+        EXPECT_EQ(file.failure().message(), row.path + ": " + row.reason);
+    }
+}
+
+TEST(ZPKFileHandleTest, ContentsAreBounded) {
+    const TemporaryFolder folder;
+    const std::string bytes = pattern(100'000);
+    writeFile(folder / "file", bytes);
+    const auto file = ZPKFileHandle::forReadingAtPath(folder / "file");
+    ASSERT_TRUE(file);
+    EXPECT_EQ(file->path(), folder / "file");
+    for (const std::size_t limit : {std::size_t{100'000}, std::size_t{100'001}, SIZE_MAX}) {
+        const auto contents = file->contents(limit);
+        ASSERT_TRUE(contents) << limit;
+        EXPECT_EQ(*contents, bytes) << "from the start each time";
+    }
+    const auto contents = file->contents(99'999);
+    ASSERT_FALSE(contents);
+    EXPECT_EQ(contents.failure().message(), folder / "file" + ": File too large");
+}
+
+TEST(ZPKFileHandleTest, ContentsOfAFileThatHasGrownAreBoundedToo) {
+    const TemporaryFolder folder;
+    writeFile(folder / "file", "12345");
+    const auto file = ZPKFileHandle::forReadingAtPath(folder / "file");
+    ASSERT_TRUE(file);
+    writeFile(folder / "file", "1234567890");
+    EXPECT_EQ(*file->contents(10), "1234567890");
+    EXPECT_FALSE(file->contents(9));
+    // The kernel's files give no size.
+    const auto kernelFile = ZPKFileHandle::forReadingAtPath("/proc/self/stat");
+    ASSERT_TRUE(kernelFile);
+    EXPECT_FALSE(kernelFile->contents(10));
+    EXPECT_TRUE(kernelFile->contents(10'000));
 }
 
 TEST(ZPKFileHandleTest, ReplacingKeepsOtherNamesAndLinkTargets) {
@@ -81,7 +131,9 @@ TEST_P(ZPKFileHandleAppendTest, CopiesRangesWhateverTheFileSystems) {
         EXPECT_TRUE(destination->append(*source, 700'001, 300'002));
         EXPECT_TRUE(destination->append(*source, 0, 700'001));
         EXPECT_TRUE(destination->append(*source, 5, 0));
-        EXPECT_FALSE(destination->append(*source, 1'000'000, 4)) << "the source ends before";
+        const ZPKOutcome outcome = destination->append(*source, 1'000'000, 4);
+        ASSERT_FALSE(outcome) << "the source ends before";
+        EXPECT_EQ(outcome.failure().path(), otherPlace);
     }
     EXPECT_EQ(readFile(folder / "destination"),
               bytes.substr(700'001) + bytes.substr(0, 700'001) + bytes.substr(1'000'000));
@@ -112,7 +164,9 @@ TEST(ZPKFileHandleTest, AppendReportsAFullDisk) {
     ASSERT_GE(full, 0);
     ::dup2(full, destination->descriptor());
     ::close(full);
-    EXPECT_FALSE(destination->append(*source, 0, 100'000));
+    const ZPKOutcome outcome = destination->append(*source, 0, 100'000);
+    ASSERT_FALSE(outcome);
+    EXPECT_EQ(outcome.failure().message(), folder / "destination" + ": No space left on device");
 }
 
 }  // namespace
