@@ -59,7 +59,7 @@ std::string topName(std::string source) {
     }
     std::string leaf = source.substr(source.rfind('/') + 1);
     if (leaf == "." || leaf == ".." || leaf.empty()) {
-        std::unique_ptr<char, decltype(&std::free)> real(realpath(source.c_str(), nullptr), &std::free);
+        std::unique_ptr<char, decltype(&std::free)> real(::realpath(source.c_str(), nullptr), &std::free);
         leaf = real ? std::string(real.get()) : std::string();
         leaf.erase(0, leaf.rfind('/') + 1);
     }

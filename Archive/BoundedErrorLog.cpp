@@ -3,11 +3,8 @@
 
 #include "Archive/BoundedErrorLog.h"
 
-#include <unistd.h>
-
-#include <cerrno>
-
-#include "Archive/MemberName.h"
+#include "Base/ZPKDescriptorIO.h"
+#include "Base/ZPKTerminalText.h"
 
 namespace zpk_archive {
 
@@ -16,31 +13,32 @@ namespace {
 constexpr std::size_t kLimit = 4000;
 constexpr std::size_t kLastLineReserve = 64;
 
-void writeAll(int descriptor, const std::string& text) {
-    std::size_t done = 0;
-    while (done < text.size()) {
-        ssize_t wrote = write(descriptor, text.data() + done, text.size() - done);
-        if (wrote < 0 && errno != EINTR) {
-            return;
-        }
-        done += wrote > 0 ? static_cast<std::size_t>(wrote) : 0;
-    }
+/// No single name may take the room of all the other lines.
+constexpr std::size_t kPieceLimit = 160;
+
+std::string printable(const std::string& text) {
+    return ZPKTerminalText::printable(text, kPieceLimit);
 }
 
 }  // namespace
 
 BoundedErrorLog::~BoundedErrorLog() {
     if (m_leftOut > 0) {
-        writeAll(m_descriptor, "ditto: and " + std::to_string(m_leftOut) + " more errors\n");
+        write("ditto: and " + std::to_string(m_leftOut) + " more errors\n");
     }
 }
 
+void BoundedErrorLog::write(const std::string& text) {
+    // An error output that is closed or full is nobody's to hear of.
+    static_cast<void>(ZPKDescriptorIO::writeWhole(m_descriptor, text));
+}
+
 void BoundedErrorLog::error(const std::string& name, const std::string& reason) {
-    writeLine("ditto: " + printableName(name) + ": " + printableName(reason) + "\n");
+    writeLine("ditto: " + printable(name) + ": " + printable(reason) + "\n");
 }
 
 void BoundedErrorLog::warning(const std::string& name, const std::string& reason) {
-    writeLine("ditto: " + printableName(name) + ": warning: " + printableName(reason) + "\n");
+    writeLine("ditto: " + printable(name) + ": warning: " + printable(reason) + "\n");
 }
 
 void BoundedErrorLog::writeLine(const std::string& line) {
@@ -50,7 +48,7 @@ void BoundedErrorLog::writeLine(const std::string& line) {
         return;
     }
     m_written += line.size();
-    writeAll(m_descriptor, line);
+    write(line);
 }
 
 }  // namespace zpk_archive

@@ -25,6 +25,7 @@ public:
     void warning(const std::string& name, const std::string& reason) override;
 
 private:
+    void write(const std::string& text);
     void writeLine(const std::string& line);
 
     int m_descriptor;

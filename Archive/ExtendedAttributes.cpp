@@ -16,10 +16,6 @@ namespace {
 
 constexpr std::string_view kPrefix = "user.";
 
-[[noreturn]] void throwFailure() {
-    throw MemberFailure(systemReason(errno));
-}
-
 /// Calls `get(buffer, size)` until the value fits, for it may grow between two calls.
 template <typename Get>
 std::string readWhole(const Get& get) {
@@ -27,7 +23,7 @@ std::string readWhole(const Get& get) {
     for (;;) {
         ssize_t size = get(nullptr, 0);
         if (size <= 0) {
-            return size < 0 ? throwFailure(), value : value;
+            return size < 0 ? throw MemberFailure::ofSystem(errno) : value;
         }
         value.resize(static_cast<std::size_t>(size));
         size = get(value.data(), value.size());
@@ -36,31 +32,31 @@ std::string readWhole(const Get& get) {
             return value;
         }
         if (errno != ERANGE) {
-            throwFailure();
+            throw MemberFailure::ofSystem(errno);
         }
     }
 }
 
 std::string listNames(int descriptor) {
     // Most files have none, and one call tells.
-    ssize_t size = flistxattr(descriptor, nullptr, 0);
+    ssize_t size = ::flistxattr(descriptor, nullptr, 0);
     if (size == 0 || (size < 0 && (errno == ENOTSUP || errno == ENOSYS))) {
         return {};
     }
-    return readWhole([&](char* bytes, std::size_t room) { return flistxattr(descriptor, bytes, room); });
+    return readWhole([&](char* bytes, std::size_t room) { return ::flistxattr(descriptor, bytes, room); });
 }
 
 /// Lends the owner the write permission that setting an attribute takes, and takes it back.
 class WritePermission {
 public:
     WritePermission(const std::string& path, mode_t permissions) : m_path(path), m_permissions(permissions) {
-        if (!writable() && chmod(m_path.c_str(), m_permissions | S_IWUSR) != 0) {
-            throwFailure();
+        if (!writable() && ::chmod(m_path.c_str(), m_permissions | S_IWUSR) != 0) {
+            throw MemberFailure::ofSystem(errno);
         }
     }
     ~WritePermission() {
         if (!writable()) {
-            chmod(m_path.c_str(), m_permissions);
+            ::chmod(m_path.c_str(), m_permissions);
         }
     }
     WritePermission(const WritePermission&) = delete;
@@ -83,7 +79,7 @@ AttributeMap readAttributes(int descriptor) {
         start += name.size() + 1;
         if (name.starts_with(kPrefix)) {
             attributes[name.substr(kPrefix.size())] = readWhole([&](char* bytes, std::size_t room) {
-                return fgetxattr(descriptor, name.c_str(), bytes, room);
+                return ::fgetxattr(descriptor, name.c_str(), bytes, room);
             });
         }
     }
@@ -92,8 +88,8 @@ AttributeMap readAttributes(int descriptor) {
 
 void writeAttributes(int descriptor, const AttributeMap& attributes) {
     struct stat status {};
-    if (fstat(descriptor, &status) != 0) {
-        throwFailure();
+    if (::fstat(descriptor, &status) != 0) {
+        throw MemberFailure::ofSystem(errno);
     }
     if (!S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) {
         throw MemberFailure("only files and folders have extended attributes");
@@ -103,8 +99,8 @@ void writeAttributes(int descriptor, const AttributeMap& attributes) {
     WritePermission permission(path, status.st_mode & 07777);
     for (const auto& [name, value] : attributes) {
         std::string fullName = std::string(kPrefix) + name;
-        if (setxattr(path.c_str(), fullName.c_str(), value.data(), value.size(), 0) != 0) {
-            throwFailure();
+        if (::setxattr(path.c_str(), fullName.c_str(), value.data(), value.size(), 0) != 0) {
+            throw MemberFailure::ofSystem(errno);
         }
     }
 }

@@ -143,7 +143,7 @@ bool Extractor::extractLink(const Member& member, const MemberPath& path) {
     MemberPath targetPath = splitMemberName(member.hardLinkTarget);
     m_writer.makeHardLink(path, targetPath, target.identity);
     if (hasData && target.size == 0) {
-        FileDescriptor file = m_writer.reopenFile(path, target.identity);
+        ZPKFileDescriptor file = m_writer.reopenFile(path, target.identity);
         fill(file.get(), nullptr);
         m_writer.closeFileForNow(std::move(file), path, attributesOf(member));
         target.size = member.size;
@@ -168,7 +168,7 @@ void Extractor::rememberLinkTarget(const Member& member, const MemberPath& path)
 }
 
 void Extractor::writeNewFile(const Member& member, const MemberPath& path, const std::string* contents) {
-    FileDescriptor file = m_writer.makeFile(path);
+    ZPKFileDescriptor file = m_writer.makeFile(path);
     try {
         fill(file.get(), contents);
         bool dataMayFollow = member.dataComeWithLastName && member.linkCount > 1 && member.size == 0;

@@ -4,7 +4,8 @@
 #pragma once
 
 #include <stdexcept>
-#include <string>
+
+#include "Base/ZPKFailure.h"
 
 namespace zpk_archive {
 
@@ -12,15 +13,17 @@ namespace zpk_archive {
 class MemberFailure : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
+
+    /// In the system's words for an errno value.
+    static MemberFailure ofSystem(int error) { return MemberFailure(ZPKFailure::systemReason(error)); }
 };
 
 /// The archive itself cannot be read or written further.
 class ArchiveFailure : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
-};
 
-/// The system's words for an errno value.
-std::string systemReason(int error);
+    static ArchiveFailure ofSystem(int error) { return ArchiveFailure(ZPKFailure::systemReason(error)); }
+};
 
 }  // namespace zpk_archive

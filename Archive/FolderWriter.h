@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "Archive/FileDescriptor.h"
+#include "Base/ZPKFileDescriptor.h"
 
 namespace zpk_archive {
 
@@ -52,21 +52,21 @@ public:
     void makeSymbolicLink(const MemberPath& path, const std::string& target, const timespec& modified);
 
     /// A new empty file, in place of whatever file was there.
-    FileDescriptor makeFile(const MemberPath& path);
+    ZPKFileDescriptor makeFile(const MemberPath& path);
     /// Sets the attributes of a file just written and closes it.
-    void closeFile(FileDescriptor file, const Attributes& attributes);
+    void closeFile(ZPKFileDescriptor file, const Attributes& attributes);
     /// Like `closeFile`, for a file to which data may still come: its attributes are set by `finish`.
-    void closeFileForNow(FileDescriptor file, const MemberPath& path, const Attributes& attributes);
+    void closeFileForNow(ZPKFileDescriptor file, const MemberPath& path, const Attributes& attributes);
 
     /// A second name for what `target` names, which must still be the thing that `expected` tells of.
     void makeHardLink(const MemberPath& path, const MemberPath& target, const Identity& expected);
     /// The file that `path` names, emptied; it must be the one that `expected` tells of.
-    FileDescriptor reopenFile(const MemberPath& path, const Identity& expected);
+    ZPKFileDescriptor reopenFile(const MemberPath& path, const Identity& expected);
 
     /// What `path` names now; false when there is nothing.
     bool examine(const MemberPath& path, struct stat& status);
     /// A path-only descriptor of the file or folder.
-    FileDescriptor locate(const MemberPath& path);
+    ZPKFileDescriptor locate(const MemberPath& path);
     /// The contents of a regular file of at most `limit` bytes.
     std::string readFile(const MemberPath& path, std::size_t limit);
     /// Removes a file or link; silent when it is missing.
@@ -94,7 +94,7 @@ private:
     };
     struct OpenFolder {
         std::string name;
-        FileDescriptor descriptor;
+        ZPKFileDescriptor descriptor;
     };
 
     int openParent(const MemberPath& path, bool makeMissing);
@@ -103,7 +103,7 @@ private:
     void sortPostponed();
     void apply(const Postponed& item);
 
-    FileDescriptor m_root;
+    ZPKFileDescriptor m_root;
     /// The folders on the way to the last member's parent: members of one folder follow each other.
     std::vector<OpenFolder> m_way;
     std::vector<Postponed> m_postponed;

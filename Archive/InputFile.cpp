@@ -12,6 +12,7 @@
 #include <cstring>
 
 #include "Archive/Failure.h"
+#include "Base/ZPKDescriptorIO.h"
 
 namespace zpk_archive {
 
@@ -19,19 +20,26 @@ namespace {
 
 constexpr std::size_t kBufferSize = std::size_t{256} * 1024;
 
+std::size_t countOrThrow(ssize_t got) {
+    if (got < 0) {
+        throw ArchiveFailure::ofSystem(errno);
+    }
+    return static_cast<std::size_t>(got);
+}
+
 }  // namespace
 
 InputFile::InputFile(const std::string& path)
     // Opening a FIFO must not wait for a writer.
-    : m_file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)), m_buffer(kBufferSize) {
+    : m_file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)), m_buffer(kBufferSize) {
     struct stat status {};
-    if (!m_file || fstat(m_file.get(), &status) != 0) {
-        throw ArchiveFailure(systemReason(errno));
+    if (!m_file.isOpen() || ::fstat(m_file.get(), &status) != 0) {
+        throw ArchiveFailure::ofSystem(errno);
     }
     if (!S_ISREG(status.st_mode)) {
         throw ArchiveFailure("not a regular file");
     }
-    posix_fadvise(m_file.get(), 0, 0, POSIX_FADV_SEQUENTIAL);
+    ::posix_fadvise(m_file.get(), 0, 0, POSIX_FADV_SEQUENTIAL);
 }
 
 std::span<const std::uint8_t> InputFile::peek(std::size_t count) {
@@ -41,7 +49,8 @@ std::span<const std::uint8_t> InputFile::peek(std::size_t count) {
         m_end -= m_begin;
         m_begin = 0;
         while (m_end < count) {
-            std::size_t got = readSome(m_buffer.data() + m_end, m_buffer.size() - m_end);
+            const std::size_t got = countOrThrow(
+                ZPKDescriptorIO::readSome(m_file.get(), m_buffer.data() + m_end, m_buffer.size() - m_end));
             if (got == 0) {
                 break;
             }
@@ -60,26 +69,7 @@ std::size_t InputFile::read(std::uint8_t* bytes, std::size_t count) {
     std::size_t done = std::min(count, m_end - m_begin);
     std::memcpy(bytes, m_buffer.data() + m_begin, done);
     m_begin += done;
-    while (done < count) {
-        std::size_t got = readSome(bytes + done, count - done);
-        if (got == 0) {
-            break;
-        }
-        done += got;
-    }
-    return done;
-}
-
-std::size_t InputFile::readSome(std::uint8_t* bytes, std::size_t count) {
-    for (;;) {
-        ssize_t got = ::read(m_file.get(), bytes, count);
-        if (got >= 0) {
-            return static_cast<std::size_t>(got);
-        }
-        if (errno != EINTR) {
-            throw ArchiveFailure(systemReason(errno));
-        }
-    }
+    return done + countOrThrow(ZPKDescriptorIO::readWhole(m_file.get(), bytes + done, count - done));
 }
 
 }  // namespace zpk_archive

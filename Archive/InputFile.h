@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "Archive/FileDescriptor.h"
+#include "Base/ZPKFileDescriptor.h"
 
 namespace zpk_archive {
 
@@ -30,9 +30,7 @@ public:
     std::size_t read(std::uint8_t* bytes, std::size_t count);
 
 private:
-    std::size_t readSome(std::uint8_t* bytes, std::size_t count);
-
-    FileDescriptor m_file;
+    ZPKFileDescriptor m_file;
     std::vector<std::uint8_t> m_buffer;
     std::size_t m_begin = 0;
     std::size_t m_end = 0;

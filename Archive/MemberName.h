@@ -14,8 +14,4 @@ namespace zpk_archive {
 /// Throws MemberFailure when the name is empty, absolute, holds "..", or has an overlong component.
 std::vector<std::string> splitMemberName(std::string_view name);
 
-/// Readable on any terminal: control characters and bytes that are no UTF-8 become escapes (\n, \x1b),
-/// and what is longer than 160 bytes is cut.
-std::string printableName(std::string_view name);
-
 }  // namespace zpk_archive

@@ -7,23 +7,20 @@
 #include <span>
 #include <string>
 
-#include "Archive/FileDescriptor.h"
+#include "Base/ZPKReplacementFile.h"
 
 struct stat;
 
 namespace zpk_archive {
 
-/// A file that appears under its name when it is complete, and otherwise not at all: it grows under a
-/// temporary name beside it. Operations throw ArchiveFailure.
+/// The archive that is being written; it appears under its name when it is complete, and otherwise not
+/// at all. Operations throw ArchiveFailure.
 class OutputFile {
 public:
     explicit OutputFile(const std::string& path);
-    /// Removes the temporary file unless `commit` has been called.
-    ~OutputFile();
-    OutputFile(const OutputFile&) = delete;
-    OutputFile& operator=(const OutputFile&) = delete;
 
     void write(std::span<const std::uint8_t> bytes);
+
     /// Makes sure that the data are on disk and gives the file its name, replacing a file there.
     void commit();
 
@@ -32,8 +29,7 @@ public:
 
 private:
     std::string m_path;
-    std::string m_temporaryPath;
-    FileDescriptor m_file;
+    ZPKReplacementFile m_file;
 };
 
 }  // namespace zpk_archive

@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "Archive/Failure.h"
+#include "Base/ZPKDescriptorIO.h"
 
 namespace zpk_archive {
 
@@ -70,23 +71,19 @@ std::size_t SparseFileWriter::skipZeros(std::span<const std::uint8_t> bytes) {
 }
 
 void SparseFileWriter::writeData(std::span<const std::uint8_t> bytes) {
-    while (!bytes.empty()) {
-        ssize_t wrote = pwrite(m_descriptor, bytes.data(), bytes.size(), m_offset);
-        if (wrote <= 0) {
-            if (wrote < 0 && errno == EINTR) {
-                continue;
-            }
-            throw MemberFailure(systemReason(wrote < 0 ? errno : ENOSPC));
-        }
-        m_offset += wrote;
-        m_endsInHole = false;
-        bytes = bytes.subspan(static_cast<std::size_t>(wrote));
+    if (bytes.empty()) {
+        return;
     }
+    if (!ZPKDescriptorIO::writeWholeAt(m_descriptor, bytes.data(), bytes.size(), m_offset)) {
+        throw MemberFailure::ofSystem(errno);
+    }
+    m_offset += static_cast<std::int64_t>(bytes.size());
+    m_endsInHole = false;
 }
 
 void SparseFileWriter::finish() {
-    if (m_endsInHole && ftruncate(m_descriptor, m_offset) != 0) {
-        throw MemberFailure(systemReason(errno));
+    if (m_endsInHole && ::ftruncate(m_descriptor, m_offset) != 0) {
+        throw MemberFailure::ofSystem(errno);
     }
 }
 

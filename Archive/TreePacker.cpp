@@ -17,6 +17,7 @@
 #include "Archive/ExtendedAttributes.h"
 #include "Archive/Failure.h"
 #include "Archive/OutputFile.h"
+#include "Base/ZPKDescriptorIO.h"
 
 namespace zpk_archive {
 
@@ -27,12 +28,8 @@ constexpr mode_t kAppleDoubleMode = S_IFREG | 0644;
 constexpr int kOpenFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
 
 struct FolderCloser {
-    void operator()(DIR* folder) const { closedir(folder); }
+    void operator()(DIR* folder) const { ::closedir(folder); }
 };
-
-[[noreturn]] void throwSystemFailure() {
-    throw MemberFailure(systemReason(errno));
-}
 
 bool isWritableType(mode_t mode) {
     return S_ISREG(mode) || S_ISDIR(mode) || S_ISLNK(mode);
@@ -50,10 +47,10 @@ TreePacker::TreePacker(CpioWriter& writer, const OutputFile& output, ErrorSink& 
 
 void TreePacker::pack(const std::string& source, const std::string& name) {
     // The source itself may be a link; what it leads to is meant.
-    FileDescriptor thing(open(source.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    ZPKFileDescriptor thing(::open(source.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     struct stat status {};
-    if (!thing || fstat(thing.get(), &status) != 0) {
-        throw ArchiveFailure(systemReason(errno));
+    if (!thing.isOpen() || ::fstat(thing.get(), &status) != 0) {
+        throw ArchiveFailure::ofSystem(errno);
     }
     if (!S_ISDIR(status.st_mode) && !S_ISREG(status.st_mode)) {
         throw ArchiveFailure("neither a folder nor a file");
@@ -67,8 +64,8 @@ void TreePacker::pack(const std::string& source, const std::string& name) {
 
 void TreePacker::packThing(int parent, const std::string& leaf, const std::string& name) {
     struct stat status {};
-    if (fstatat(parent, leaf.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
-        throwSystemFailure();
+    if (::fstatat(parent, leaf.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        throw MemberFailure::ofSystem(errno);
     }
     if (!isWritableType(status.st_mode)) {
         throw MemberFailure("devices, FIFOs and sockets are not packed");
@@ -81,14 +78,15 @@ void TreePacker::packThing(int parent, const std::string& leaf, const std::strin
         m_sink.warning(name, "the archive itself is left out");
         return;
     }
-    FileDescriptor thing(openat(parent, leaf.c_str(), kOpenFlags));
-    if (!thing || fstat(thing.get(), &status) != 0) {
-        throwSystemFailure();
+    ZPKFileDescriptor thing(::openat(parent, leaf.c_str(), kOpenFlags));
+    if (!thing.isOpen() || ::fstat(thing.get(), &status) != 0) {
+        throw MemberFailure::ofSystem(errno);
     }
     packOpened(thing, name, status);
 }
 
-void TreePacker::packOpened(const FileDescriptor& thing, const std::string& name, const struct stat& status) {
+void TreePacker::packOpened(const ZPKFileDescriptor& thing, const std::string& name,
+                            const struct stat& status) {
     AttributeMap attributes;
     try {
         attributes = readAttributes(thing.get());
@@ -127,9 +125,9 @@ void TreePacker::startMember(Member& member, const struct stat& status) {
 void TreePacker::packSymbolicLink(int parent, const std::string& leaf, const std::string& name,
                                   const struct stat& status) {
     ssize_t length =
-        readlinkat(parent, leaf.c_str(), reinterpret_cast<char*>(m_buffer.data()), m_buffer.size());
+        ::readlinkat(parent, leaf.c_str(), reinterpret_cast<char*>(m_buffer.data()), m_buffer.size());
     if (length < 0) {
-        throwSystemFailure();
+        throw MemberFailure::ofSystem(errno);
     }
     Member member;
     member.name = name;
@@ -142,12 +140,11 @@ void TreePacker::packData(int file, const std::string& name, std::int64_t size) 
     std::int64_t done = 0;
     while (done < size) {
         auto wanted = std::min<std::int64_t>(size - done, static_cast<std::int64_t>(m_buffer.size()));
-        ssize_t got = read(file, m_buffer.data(), static_cast<std::size_t>(wanted));
-        if (got < 0 && errno == EINTR) {
-            continue;
-        }
+        const ssize_t got =
+            ZPKDescriptorIO::readSome(file, m_buffer.data(), static_cast<std::size_t>(wanted));
         if (got <= 0) {
-            std::string reason = got < 0 ? systemReason(errno) : "it became shorter while it was read";
+            std::string reason =
+                got < 0 ? ZPKFailure::systemReason(errno) : "it became shorter while it was read";
             m_sink.error(name, reason);
             padWithZeros(size - done);
             return;
@@ -155,7 +152,7 @@ void TreePacker::packData(int file, const std::string& name, std::int64_t size) 
         m_writer.writeData({m_buffer.data(), static_cast<std::size_t>(got)});
         done += got;
     }
-    if (read(file, m_buffer.data(), 1) > 0) {
+    if (ZPKDescriptorIO::readSome(file, m_buffer.data(), 1) > 0) {
         m_sink.error(name, "it became longer while it was read");
     }
 }
@@ -188,14 +185,14 @@ void TreePacker::packAttributes(const AttributeMap& attributes, const std::strin
 }
 
 std::vector<std::string> TreePacker::sortedNames(int folder) {
-    int copy = fcntl(folder, F_DUPFD_CLOEXEC, 0);
-    std::unique_ptr<DIR, FolderCloser> opened(copy < 0 ? nullptr : fdopendir(copy));
+    int copy = ::fcntl(folder, F_DUPFD_CLOEXEC, 0);
+    std::unique_ptr<DIR, FolderCloser> opened(copy < 0 ? nullptr : ::fdopendir(copy));
     if (!opened) {
-        throwSystemFailure();
+        throw MemberFailure::ofSystem(errno);
     }
     std::vector<std::string> names;
     errno = 0;
-    while (const dirent* item = readdir(opened.get())) {
+    while (const dirent* item = ::readdir(opened.get())) {
         std::string name = item->d_name;
         if (name != "." && name != "..") {
             names.push_back(std::move(name));
@@ -203,7 +200,7 @@ std::vector<std::string> TreePacker::sortedNames(int folder) {
         errno = 0;
     }
     if (errno != 0) {
-        throwSystemFailure();
+        throw MemberFailure::ofSystem(errno);
     }
     std::sort(names.begin(), names.end());
     return names;

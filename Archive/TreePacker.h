@@ -12,7 +12,7 @@
 
 #include "Archive/AppleDouble.h"
 #include "Archive/CpioReader.h"
-#include "Archive/FileDescriptor.h"
+#include "Base/ZPKFileDescriptor.h"
 
 namespace zpk_archive {
 
@@ -31,7 +31,7 @@ public:
 
 private:
     void packThing(int parent, const std::string& leaf, const std::string& name);
-    void packOpened(const FileDescriptor& thing, const std::string& name, const struct stat& status);
+    void packOpened(const ZPKFileDescriptor& thing, const std::string& name, const struct stat& status);
     void packFolder(int folder, const std::string& name);
     void packSymbolicLink(int parent, const std::string& leaf, const std::string& name,
                           const struct stat& status);

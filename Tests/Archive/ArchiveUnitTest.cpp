@@ -8,7 +8,6 @@
 
 #include "Archive/AppleDouble.h"
 #include "Archive/BlockPipeline.h"
-#include "Archive/BoundedErrorLog.h"
 #include "Archive/Failure.h"
 #include "Archive/GzipMember.h"
 #include "Archive/InputFile.h"
@@ -43,66 +42,6 @@ TEST(MemberNameTest, SplitsWhatStaysInsideAndRefusesTheRest) {
           std::string("a/.."), std::string("a/../"), std::string(256, 'n'), "a/" + std::string(70000, 'n')}) {
         EXPECT_THROW(splitMemberName(name), MemberFailure) << name.substr(0, 20);
     }
-}
-
-TEST(MemberNameTest, PrintableNameEscapesWhatATerminalWouldObey) {
-    struct Row {
-        std::string name;
-        std::string printed;
-    };
-    for (const Row& row : std::vector<Row>{{"plain name", "plain name"},
-                                           {"a\nb\tc", "a\\nb\\tc"},
-                                           {"\x1b[31m", "\\x1b[31m"},
-                                           {"\x7f", "\\x7f"},
-                                           {"back\\slash", "back\\\\slash"},
-                                           {"gr\xc3\xbc\xc3\x9f", "gr\xc3\xbc\xc3\x9f"},
-                                           {"\xe4\xb8\xad", "\xe4\xb8\xad"},
-                                           {"\xf0\x9f\x98\x80", "\xf0\x9f\x98\x80"},
-                                           {"\xff\xfe", "\\xff\\xfe"},
-                                           {"\xc0\xaf", "\\xc0\\xaf"},
-                                           {"\xe0\x80\xaf", "\\xe0\\x80\\xaf"},
-                                           {"\xed\xa0\x80", "\\xed\\xa0\\x80"},
-                                           {"\xf4\x90\x80\x80", "\\xf4\\x90\\x80\\x80"},
-                                           {"\xc2\x9b", "\\xc2\\x9b"},
-                                           {"\xe2\x80\xae", "\\xe2\\x80\\xae"},
-                                           {"\xe4\xb8", "\\xe4\\xb8"}}) {
-        EXPECT_EQ(printableName(row.name), row.printed);
-    }
-    EXPECT_EQ(printableName(std::string(160, 'a')), std::string(160, 'a'));
-    EXPECT_EQ(printableName(std::string(161, 'a')), std::string(160, 'a') + "...");
-    EXPECT_LE(printableName(std::string(100, '\x01')).size(), 163U);
-}
-
-TEST(BoundedErrorLogTest, StaysBelowFourThousandBytesAndCountsTheRest) {
-    int ends[2];
-    ASSERT_EQ(pipe(ends), 0);
-    {
-        BoundedErrorLog log(ends[1]);
-        for (int i = 0; i < 1000; ++i) {
-            log.error("member " + std::to_string(i), std::string(100, 'r'));
-        }
-    }
-    close(ends[1]);
-    std::string text(70000, '\0');
-    ssize_t got = read(ends[0], text.data(), text.size());
-    close(ends[0]);
-    ASSERT_GT(got, 0);
-    text.resize(static_cast<std::size_t>(got));
-    EXPECT_LT(text.size(), 4000U);
-    std::size_t lines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
-    EXPECT_TRUE(text.starts_with("ditto: member 0: rrr"));
-    EXPECT_TRUE(text.ends_with("\nditto: and " + std::to_string(1000 - (lines - 1)) + " more errors\n"))
-        << text;
-}
-
-TEST(BoundedErrorLogTest, SaysNothingWhenAllIsWell) {
-    int ends[2];
-    ASSERT_EQ(pipe(ends), 0);
-    { BoundedErrorLog log(ends[1]); }
-    close(ends[1]);
-    char byte;
-    EXPECT_EQ(read(ends[0], &byte, 1), 0);
-    close(ends[0]);
 }
 
 TEST(AppleDoubleTest, EveryKindOfAttributeComesBack) {

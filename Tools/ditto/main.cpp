@@ -27,9 +27,9 @@ bool startsWith(const std::vector<std::string>& arguments, const std::vector<std
 /// Each level of a tree takes a descriptor while the work is below it.
 void allowDeepTrees() {
     rlimit limit{};
-    if (getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+    if (::getrlimit(RLIMIT_NOFILE, &limit) == 0) {
         limit.rlim_cur = limit.rlim_max;
-        setrlimit(RLIMIT_NOFILE, &limit);
+        ::setrlimit(RLIMIT_NOFILE, &limit);
     }
 }
 
@@ -40,7 +40,7 @@ int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     // New folders must be open to their owner, whatever the caller's mask.
-    umask(umask(0) & 077);
+    ::umask(::umask(0) & 077);
     allowDeepTrees();
 
     const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
