@@ -15,21 +15,21 @@
 
 #include "Base/ZPKPath.h"
 #include "Common/CLocalizer.h"
-#include "Common/CResourceBundle.h"
 #include "Common/ZPKCoreStringDefine.h"
 #include "Description/CConditionsType.h"
 #include "Description/CDiscType.h"
-#include "Description/CLanguagesType.h"
 #include "Description/CStartupType.h"
 #include "Description/CTargetItemsType.h"
 #include "Description/CUIMLogType.h"
 #include "Description/CUninstallXMLType.h"
 #include "Description/CUpdateInfoType.h"
 #include "Description/CZPKXMLLoader.h"
+#include "InstallerCore/ZPKInterfaceLanguage.h"
 #include "InstallerCore/ZPKLanguageInfos.h"
 #include "InstallerCore/ZPKSoftwareListText.h"
 #include "Package/CDirectoryHolder.h"
 #include "Package/CZPKUtil.h"
+#include "Package/ZPKPackageLayout.h"
 #include "Platform/ZPKBundle.h"
 #include "Platform/ZPKFileManager.h"
 #include "Platform/ZPKPropertyList.h"
@@ -40,10 +40,10 @@
 #include "UserInterface/ZPKProgressWindowController.h"
 
 using namespace varno_zpk;
+using Content = ZPKPackageLayout::Content;
 
 namespace {
 
-constexpr const char* kStagingFolderName = "VarnoZPK_TEMP";
 constexpr const char* kDataFilePathKey = "DataFilePath";
 constexpr const char* kTemporaryFolderPathKey = "TemporaryFolderPath";
 constexpr const char* kProgressControllerKey = "ProgressController";
@@ -73,15 +73,6 @@ std::string ownName() {
     return ZPKPath::extension(bundle.bundleIdentifier());
 }
 
-/// The language that the texts come in: the current one, or the alternative one where the package
-/// has no folder for it.
-std::string languageOfTexts() {
-    const std::string folder = ZPKPath::join(ZPKBundle::mainBundle().resourcePath(), "UILang");
-    const bool current =
-        CZPKUtil::IsFolderExist(ZPKPath::join(folder, CResourceBundle::GetCurrentLanguage()));
-    return current ? CResourceBundle::GetCurrentLanguage() : CResourceBundle::GetAlternativeLanguage();
-}
-
 std::optional<std::string> mainProgramOfBundle(const std::string& path) {
     const std::optional<ZPKBundle> bundle = ZPKBundle::bundleWithPath(path);
     return bundle ? bundle->executablePath() : std::nullopt;
@@ -93,7 +84,7 @@ std::optional<std::string> programOfStartup(const CStartupType& startup, const s
     if (startup.exec.empty()) {
         return std::nullopt;
     }
-    std::string program = replaceAll(startup.exec, "$Data$", dataFolder);
+    std::string program = replaceAll(startup.exec, ZPKPackageLayout::kDataFolderToken, dataFolder);
     if (ZPKPath::extension(program) == "app") {
         return mainProgramOfBundle(program);
     }
@@ -128,23 +119,9 @@ ZPKCore::ZPKCore(ZPKFrontEnd& frontEnd, const ZPKRemovableVolumes& volumes)
 ZPKCore::~ZPKCore() = default;
 
 void ZPKCore::awakeFromNib() {
-    setupLanguages();
+    m_frontEnd.setInterfaceLanguage(
+        ZPKInterfaceLanguage::setUp(ZPKBundle::mainBundle().resourcePath(), ZPKLanguageInfos::infos()));
     localizeMenu();
-}
-
-void ZPKCore::setupLanguages() {
-    const std::string languageFolder = ZPKPath::join(ZPKBundle::mainBundle().resourcePath(), "UILang");
-    CResourceBundle::AddDefaultBundlePath(languageFolder.c_str());
-    const ZPKLanguageInfos& infos = ZPKLanguageInfos::infos();
-    if (infos.languageCount() != 0) {
-        CResourceBundle::SetCurrentLanguage(infos.languageAt(0).c_str());
-    }
-    const std::unique_ptr<const CLanguagesType> languages =
-        CZPKXMLLoader::LoadLanguagesXML(ZPKPath::join(languageFolder, "Languages.xml"));
-    if (languages) {
-        CResourceBundle::SetAlternativeLanguage(languages->fallBackCode.c_str());
-    }
-    m_frontEnd.setInterfaceLanguage(languageOfTexts());
 }
 
 void ZPKCore::localizeMenu() {
@@ -200,7 +177,7 @@ bool ZPKCore::createStagingFolder() {
     if (!temporaryFolder) {
         return false;
     }
-    m_stagingFolder = ZPKPath::join(*temporaryFolder, kStagingFolderName);
+    m_stagingFolder = ZPKPackageLayout::stagingFolder(*temporaryFolder);
     m_stagingHolder = std::make_unique<CDirectoryHolder>(m_stagingFolder, m_stagingFolder);
     return CZPKUtil::IsFolderExist(m_stagingFolder);
 }
@@ -235,16 +212,17 @@ void ZPKCore::showTemporaryFolderAlert() {
 
 /// Gives the path at which the condition description lies, if the package has one.
 std::string ZPKCore::unpackDescription(const std::string& stagingFolder) {
-    const std::string plainPath = ZPKPath::join(stagingFolder, "Info.dat");
-    CZPKUtil::Unfake(ZPKPath::join(ZPKBundle::mainBundle().resourcePath(), "Info.datx"), plainPath);
+    const std::string plainPath = ZPKPackageLayout::plainArchive(stagingFolder, Content::Info);
+    CZPKUtil::Unfake(
+        ZPKPackageLayout::scrambledArchive(ZPKBundle::mainBundle().resourcePath(), Content::Info), plainPath);
     CZPKUtil::Extract(plainPath, stagingFolder);
     CZPKUtil::DeleteFile(plainPath);
-    const std::string descriptionFolder = ZPKPath::join(stagingFolder, "Info");
+    const std::string descriptionFolder = ZPKPackageLayout::folder(stagingFolder, Content::Info);
     if (!ZPKFileManager::isFolderNotFollowingLinks(descriptionFolder)) {
         // The condition description may be deleted later: through a link, a file of somebody else's.
         CZPKUtil::DeleteFile(descriptionFolder);
     }
-    return ZPKPath::join(descriptionFolder, "Condition.xml");
+    return ZPKPackageLayout::conditionDescription(stagingFolder);
 }
 
 void ZPKCore::install(const std::string& stagingFolder) {
@@ -267,7 +245,8 @@ bool ZPKCore::extractPayload(const std::string& stagingFolder) {
     controller.setTitle(localized(ZPKSTRING_FILE_EXTRACT));
 
     const WorkOrder workOrder = {
-        {kDataFilePathKey, ZPKPath::join(ZPKBundle::mainBundle().resourcePath(), "Data.datx")},
+        {kDataFilePathKey,
+         ZPKPackageLayout::scrambledArchive(ZPKBundle::mainBundle().resourcePath(), Content::Data)},
         {kTemporaryFolderPathKey, stagingFolder},
         {kProgressControllerKey, &controller},
     };
@@ -292,7 +271,7 @@ void ZPKCore::extractDataTask(const WorkOrder& workOrder) {
         const auto given = workOrder.find(kProgressControllerKey);
         ZPKProgressWindowController* controller =
             given == workOrder.end() ? nullptr : std::get<ZPKProgressWindowController*>(given->second);
-        const std::string plainPath = ZPKPath::join(stagingFolder, "Data.dat");
+        const std::string plainPath = ZPKPackageLayout::plainArchive(stagingFolder, Content::Data);
 
         showProgress(controller, 10);
         CZPKUtil::Unfake(dataPath, plainPath);
@@ -320,8 +299,8 @@ std::optional<std::string> ZPKCore::executableFileAtTemporaryFolder(const std::s
     if (params != nullptr) {
         params->reset();
     }
-    const std::string dataFolder = ZPKPath::join(folder, "Data");
-    const std::string startupPath = ZPKPath::join(folder, "Info/Startup.xml");
+    const std::string dataFolder = ZPKPackageLayout::folder(folder, Content::Data);
+    const std::string startupPath = ZPKPackageLayout::startupDescription(folder);
     if (CZPKUtil::IsFileExist(startupPath)) {
         const std::unique_ptr<const CStartupType> startup(CZPKXMLLoader::LoadStartupXML(startupPath));
         if (startup) {

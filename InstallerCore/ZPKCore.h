@@ -85,7 +85,6 @@ private:
     /// Tells which products the package applies to.
     void showSoftwareListDialog();
 
-    void setupLanguages();
     void localizeMenu();
     bool createStagingFolder();
     bool mayInstall(const std::string& conditionPath);

@@ -6,10 +6,10 @@
 #include <algorithm>
 #include <memory>
 
-#include "Base/ZPKPath.h"
 #include "Description/CLanguageType.h"
 #include "Description/CLanguagesType.h"
 #include "Description/CZPKXMLLoader.h"
+#include "Package/ZPKPackageLayout.h"
 #include "Platform/ZPKBundle.h"
 #include "Platform/ZPKWorkspace.h"
 
@@ -48,8 +48,8 @@ const ZPKLanguageInfos::PropertyList* ZPKLanguageInfos::propertyListWithLanguage
 }
 
 std::vector<std::string> ZPKLanguageInfos::preferredLocalizationsFromLanguagesXML() {
-    const std::string path = ZPKPath::join(ZPKBundle::mainBundle().resourcePath(), "UILang/Languages.xml");
-    const std::unique_ptr<const CLanguagesType> languages = CZPKXMLLoader::LoadLanguagesXML(path);
+    const std::unique_ptr<const CLanguagesType> languages = CZPKXMLLoader::LoadLanguagesXML(
+        ZPKPackageLayout::languageList(ZPKBundle::mainBundle().resourcePath()));
     std::vector<std::string> offered;
     if (languages) {
         for (const auto& language : languages->languages) {

@@ -13,6 +13,7 @@
 #include <memory>
 
 #include "Base/ZPKPath.h"
+#include "Package/ZPKPackageLayout.h"
 #include "Platform/ZPKBundle.h"
 #include "Platform/ZPKFileHandle.h"
 #include "Platform/ZPKFileManager.h"
@@ -28,7 +29,7 @@ constexpr std::uint64_t kRotation = 102400;
 constexpr unsigned int kFolderPermissions = 0777;
 
 void runArchiveTool(ZPKTask& task, const std::vector<std::string>& arguments) {
-    task.setLaunchPath(ZPKBundle::mainBundle().helperPath("ditto"));
+    task.setLaunchPath(ZPKBundle::mainBundle().helperPath(ZPKPackageLayout::kArchiveTool));
     task.setArguments(arguments);
     if (task.launch()) {
         task.waitUntilExit();

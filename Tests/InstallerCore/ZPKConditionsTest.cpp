@@ -90,7 +90,7 @@ TEST_F(ZPKConditionsTest, ListThatCannotBeUsedCountsAsNotInstalled) {
 }
 
 TEST_F(ZPKConditionsTest, NoLibraryFolderCountsAsNotInstalled) {
-    setenv("XDG_DATA_DIRS", "relative", 1);
+    const zpk_test::ScopedEnvironment nowhere("XDG_DATA_DIRS", "relative");
     EXPECT_FALSE(check("<U><Conditions><UIMLog Signature='s'/><UninstallXml AppName='x'/></Conditions></U>"));
 }
 

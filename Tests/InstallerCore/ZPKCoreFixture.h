@@ -7,13 +7,15 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <string>
 #include <vector>
 
+#include "Common/CLocaleDefine.h"
+#include "Common/CResourceBundle.h"
 #include "InstallerCore/ZPKCore.h"
+#include "Tests/Platform/ScopedEnvironment.h"
 #include "Tests/Support/ScriptedFrontEnd.h"
 #include "Tests/Support/TemporaryFolder.h"
 #include "Tests/Support/TestBundle.h"
@@ -69,12 +71,16 @@ class ZPKCoreFixture : public ::testing::Test {
 protected:
     ZPKCoreFixture() {
         namespace fs = std::filesystem;
-        setenv("TMPDIR", m_temporary.c_str(), 1);
-        setenv("XDG_DATA_DIRS", m_library.c_str(), 1);
-        setenv("ZPK_TEST_RECORD", (m_folder / "record").c_str(), 1);
-        unsetenv("LANGUAGE");
         fs::create_directory(m_temporary);
         fs::permissions(m_temporary, fs::perms::owner_all);
+    }
+
+    /// The sources of texts belong to the process: the next test in it must not find this one's.
+    ~ZPKCoreFixture() override {
+        using varno_zpk::CResourceBundle;
+        CResourceBundle::ClearAllDefaultBundles();
+        CResourceBundle::SetCurrentLanguage(varno_zpk::CLocaleDefine::BASIC_LANGUAGE);
+        CResourceBundle::SetAlternativeLanguage(varno_zpk::CLocaleDefine::BASIC_LANGUAGE);
     }
 
     /// A payload program at `relative` in the package's Data folder.
@@ -132,6 +138,11 @@ protected:
     std::string m_temporary = m_folder / "tmp";
     std::string m_staging = m_temporary + "/VarnoZPK_TEMP";
     std::string m_library = m_folder / "library";
+    ScopedEnvironment m_environment[5] = {{"TMPDIR", m_temporary},
+                                          {"XDG_DATA_DIRS", m_library},
+                                          {"ZPK_TEST_RECORD", m_folder / "record"},
+                                          {"LANGUAGE", std::nullopt},
+                                          {"LC_ALL", "C.UTF-8"}};
     TestBundle m_bundle{m_folder / "TestSetup.app"};
     ScriptedFrontEnd m_frontEnd;
     TestVolumes m_volumes;

@@ -8,9 +8,12 @@
 #include <cstdlib>
 #include <stdexcept>
 
+#include "Common/CLocalizer.h"
 #include "Common/CResourceBundle.h"
+#include "InstallerCore/ZPKInterfaceLanguage.h"
 #include "Tests/InstallerCore/ZPKCoreFixture.h"
 
+using zpk_test::ScopedEnvironment;
 using zpk_test::writeFile;
 
 namespace {
@@ -38,6 +41,7 @@ INSTANTIATE_TEST_SUITE_P(
         ChoiceRow{"OfferedTwice", {"en", "fr", "en"}, {"en"}, {"en", "en"}},
         ChoiceRow{"PreferredTwice", {"fr", "en", "fr"}, {"fr", "en", "fr"}, {"fr", "fr", "en"}},
         ChoiceRow{"BothNamesOfSimplifiedChinese", {"zh_CN"}, {"zh_CN", "zh-Hans"}, {"zh_CN"}},
+        ChoiceRow{"SystemsNameOfSimplifiedChineseIsReplaced", {"zh-Hans", "zh_CN"}, {"zh-Hans"}, {"zh_CN"}},
         ChoiceRow{"OtherChineseNamesStay", {"zh_CN"}, {"zh-Hant", "zh-Hans-CN"}, {}},
         ChoiceRow{"CaseCounts", {"EN"}, {"en"}, {}}, ChoiceRow{"NothingOffered", {}, {"en"}, {}},
         ChoiceRow{"NothingPreferred", {"en"}, {}, {}}),
@@ -61,24 +65,36 @@ protected:
         }
     }
 
-    /// The language of the texts after the set-up of an application in that environment.
-    std::string languageFor(const char* language, const char* locale) {
-        setenv("LANGUAGE", language, 1);
-        setenv("LC_ALL", locale, 1);
-        m_core.awakeFromNib();
-        const Lines titles = logged({"menu 5="});
-        const Lines direction = logged({"language="});
-        EXPECT_EQ("language=" + titles.back().substr(7), direction.back());
-        return titles.back().substr(7);
+    /// The language of the texts after the set-up of an application in that environment. The
+    /// application's own list is made once a process, so each time another one is taken here.
+    std::string languageFor(const char* language, const char* locale) const {
+        const ScopedEnvironment list("LANGUAGE", language);
+        const ScopedEnvironment single("LC_ALL", locale);
+        const std::string told = ZPKInterfaceLanguage::setUp(m_bundle.resource(""), ZPKLanguageInfos());
+        EXPECT_EQ(varno_zpk::CLocalizer::GetLocalizer()->Localize("ZPKString_ShowAll"), told);
+        return told;
     }
 };
 
 TEST_F(ZPKLanguageInfosTest, ListIsComputedOnceAndKept) {
-    setenv("LC_ALL", "ja_JP.UTF-8", 1);
-    const ZPKLanguageInfos& infos = ZPKLanguageInfos::infos();
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    // The process's one list: in a process of its own, where nobody has asked for it yet.
+    EXPECT_EXIT(
+        {
+            setenv("LC_ALL", "ja_JP.UTF-8", 1);
+            const ZPKLanguageInfos& infos = ZPKLanguageInfos::infos();
+            setenv("LC_ALL", "en_US.UTF-8", 1);
+            const bool isKept = &ZPKLanguageInfos::infos() == &infos && infos.languageCount() == 1 &&
+                                infos.languageAt(0) == "ja";
+            std::_Exit(isKept ? 0 : 1);
+        },
+        ::testing::ExitedWithCode(0), "");
+}
+
+TEST_F(ZPKLanguageInfosTest, ChosenLanguagesAreListedByTheirPlaceAndCode) {
+    const ScopedEnvironment japanese("LC_ALL", "ja_JP.UTF-8");
+    const ZPKLanguageInfos infos;
     ASSERT_EQ(infos.languageCount(), 1u);
-    setenv("LC_ALL", "en_US.UTF-8", 1);
-    EXPECT_EQ(&ZPKLanguageInfos::infos(), &infos);
     EXPECT_EQ(infos.languageAt(0), "ja");
     EXPECT_THROW(infos.languageAt(1), std::out_of_range);
     ASSERT_NE(infos.propertyListWithLanguage("ja"), nullptr);
@@ -88,7 +104,7 @@ TEST_F(ZPKLanguageInfosTest, ListIsComputedOnceAndKept) {
 
 TEST_F(ZPKLanguageInfosTest, UnloadableListGivesNone) {
     writeFile(m_bundle.resource("UILang/Languages.xml"), "<L/>");
-    setenv("LC_ALL", "ja_JP.UTF-8", 1);
+    const ScopedEnvironment japanese("LC_ALL", "ja_JP.UTF-8");
     EXPECT_EQ(ZPKLanguageInfos().languageCount(), 0u);
 }
 
@@ -103,6 +119,27 @@ TEST_F(ZPKLanguageInfosTest, LanguageListGoesBeforeTheLocale) {
 TEST_F(ZPKLanguageInfosTest, NothingPreferredGivesEnglish) {
     EXPECT_EQ(languageFor("", "C"), "en");
     EXPECT_STREQ(varno_zpk::CResourceBundle::GetAlternativeLanguage(), "de");
+}
+
+TEST_F(ZPKLanguageInfosTest, ListThatDoesNotLoadLeavesTheAlternativeLanguageAlone) {
+    varno_zpk::CResourceBundle::SetAlternativeLanguage("nl");
+    writeFile(m_bundle.resource("UILang/Languages.xml"), "<L><Language Code='en'/></L>");
+    ZPKInterfaceLanguage::setUp(m_bundle.resource(""), ZPKLanguageInfos());
+    EXPECT_STREQ(varno_zpk::CResourceBundle::GetAlternativeLanguage(), "nl");
+}
+
+TEST_F(ZPKLanguageInfosTest, EmptyFallBackCodeLoads) {
+    writeFile(m_bundle.resource("UILang/Languages.xml"), "<L FallBackCode=''><Language Code='ja'/></L>");
+    const ScopedEnvironment japanese("LC_ALL", "ja_JP.UTF-8");
+    const ZPKLanguageInfos infos;
+    EXPECT_EQ(infos.languageCount(), 1u);
+    ZPKInterfaceLanguage::setUp(m_bundle.resource(""), infos);
+    EXPECT_STREQ(varno_zpk::CResourceBundle::GetAlternativeLanguage(), "");
+}
+
+TEST_F(ZPKLanguageInfosTest, ApplicationTakesItsTextsFromItsLanguages) {
+    m_core.awakeFromNib();
+    EXPECT_EQ(logged({"language=", "menu 5="}), (Lines{"language=en", "menu 5=en"}));
 }
 
 TEST_F(ZPKLanguageInfosTest, OfferedLanguageWithoutFolderFallsBack) {
