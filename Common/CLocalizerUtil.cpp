@@ -3,6 +3,8 @@
 
 #include "Common/CLocalizerUtil.h"
 
+#include "Common/CLocalizer.h"
+
 namespace varno_zpk {
 
 std::string& CLocalizerUtil::Localize(const ILocalizer* inLocalizer, std::string& ioText) {
@@ -11,6 +13,10 @@ std::string& CLocalizerUtil::Localize(const ILocalizer* inLocalizer, std::string
         ioText = text;
     }
     return ioText;
+}
+
+std::string localized(const char* inKey) {
+    return CLocalizer::GetLocalizer()->Localize(inKey);
 }
 
 }  // namespace varno_zpk

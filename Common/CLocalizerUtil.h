@@ -18,4 +18,8 @@ public:
     static std::string& Localize(const ILocalizer* inLocalizer, std::string& ioText);
 };
 
+/// The default localizer's text of the key in the current language. A copy: the localizer's own text
+/// lives only until the next one is asked for. Main thread only.
+std::string localized(const char* inKey);
+
 }  // namespace varno_zpk

@@ -14,7 +14,7 @@
 #include <utility>
 
 #include "Base/ZPKPath.h"
-#include "Common/CLocalizer.h"
+#include "Common/CLocalizerUtil.h"
 #include "Common/ZPKCoreStringDefine.h"
 #include "Description/CConditionsType.h"
 #include "Description/CDiscType.h"
@@ -47,11 +47,6 @@ namespace {
 constexpr const char* kDataFilePathKey = "DataFilePath";
 constexpr const char* kTemporaryFolderPathKey = "TemporaryFolderPath";
 constexpr const char* kProgressControllerKey = "ProgressController";
-
-/// Copied at once: the localizer's text lives only until its next call.
-std::string localized(const char* key) {
-    return CLocalizer::GetLocalizer()->Localize(key);
-}
 
 std::string replaceAll(std::string text, const std::string& token, const std::string& value) {
     for (std::size_t at = text.find(token); at != std::string::npos;

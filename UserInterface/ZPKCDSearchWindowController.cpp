@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "Base/ZPKPath.h"
-#include "Common/CLocalizer.h"
+#include "Common/CLocalizerUtil.h"
 #include "Common/WildCard.h"
 #include "Common/ZPKCoreStringDefine.h"
 #include "Package/CZPKUtil.h"
@@ -20,11 +20,6 @@
 using namespace varno_zpk;
 
 namespace {
-
-/// Copied at once: the localizer's text lives only until its next call.
-std::string localized(const char* key) {
-    return CLocalizer::GetLocalizer()->Localize(key);
-}
 
 std::string joinLines(const std::vector<std::string>& lines) {
     std::string text;

@@ -196,6 +196,17 @@ TEST_F(LocalizerTest, UtilityExpandsATextThatIsNoKey) {
     EXPECT_EQ(text, "I am Zephyr");
 }
 
+TEST_F(LocalizerTest, LocalizedTextsOutliveTheNextOne) {
+    const NameFinder finder;
+    captureStreams([] {
+        const std::string english = varno_zpk::localized("hello");
+        CResourceBundle::SetCurrentLanguage("ja");
+        EXPECT_EQ(varno_zpk::localized("hello"), "Zephyr さん");
+        EXPECT_EQ(english, "Hello Zephyr!");
+    });
+    EXPECT_EQ(varno_zpk::localized("ZPKString_Missing"), "ZPKString_Missing");
+}
+
 TEST_F(LocalizerTest, FinalizationDestroysTheLocalizer) {
     const auto finalize = [] {
         text("ZPKString_OK", "ja");
