@@ -6,33 +6,43 @@
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 
-#include <cstring>
+#include <algorithm>
+
+#include "Platform/ZPKKernelFile.h"
 
 namespace {
 
-struct ContextRelease {
-    void operator()(udev* context) const { udev_unref(context); }
-};
-struct EnumerationRelease {
-    void operator()(udev_enumerate* enumeration) const { udev_enumerate_unref(enumeration); }
-};
-
-/// Devices keep the context that they were made with.
-std::unique_ptr<udev, ContextRelease> newContext() {
-    return std::unique_ptr<udev, ContextRelease>(udev_new());
+std::string textOfNumber(dev_t number) {
+    return std::to_string(major(number)) + ":" + std::to_string(minor(number));
 }
 
-bool isText(const char* value, const char* expected) {
-    return value != nullptr && std::strcmp(value, expected) == 0;
+/// What the device manager has found out beyond the kernel's words. The folder and the form are those
+/// that udev has kept since 2012; there is no other way to them without its library.
+void addRecordOfNumber(dev_t number, ZPKKernelDevice::Properties& outProperties) {
+    if (const auto record = ZPKKernelFile::contents("/run/udev/data/b" + textOfNumber(number))) {
+        ZPKBlockDevice::addRecord(*record, outProperties);
+    }
 }
 
 }  // namespace
 
-std::optional<ZPKBlockDevice> ZPKBlockDevice::adopt(udev_device* device) {
-    if (device == nullptr) {
+ZPKBlockDevice::ZPKBlockDevice(ZPKKernelDevice device, ZPKKernelDevice::Properties properties)
+    : m_device(std::move(device)), m_properties(std::move(properties)) {}
+
+std::optional<ZPKBlockDevice> ZPKBlockDevice::atPath(const std::string& path) {
+    std::optional<ZPKKernelDevice> device = ZPKKernelDevice::atPath(path);
+    if (!device || device->subsystem() != "block") {
         return std::nullopt;
     }
-    return ZPKBlockDevice(Device(device));
+    ZPKKernelDevice::Properties properties = device->properties();
+    if (const std::optional<dev_t> number = device->number()) {
+        addRecordOfNumber(*number, properties);
+    }
+    return ZPKBlockDevice(std::move(*device), std::move(properties));
+}
+
+std::optional<ZPKBlockDevice> ZPKBlockDevice::withNumber(dev_t number) {
+    return atPath("/sys/dev/block/" + textOfNumber(number));
 }
 
 std::optional<ZPKBlockDevice> ZPKBlockDevice::withNode(const std::string& path) {
@@ -40,15 +50,14 @@ std::optional<ZPKBlockDevice> ZPKBlockDevice::withNode(const std::string& path) 
     if (::stat(path.c_str(), &attributes) != 0 || !S_ISBLK(attributes.st_mode)) {
         return std::nullopt;
     }
-    return adopt(udev_device_new_from_devnum(newContext().get(), 'b', attributes.st_rdev));
+    return withNumber(attributes.st_rdev);
 }
 
 std::optional<ZPKBlockDevice> ZPKBlockDevice::withName(const std::string& name) {
     if (name.empty() || name == "." || name == ".." || name.find('/') != std::string::npos) {
         return std::nullopt;
     }
-    if (std::optional<ZPKBlockDevice> device =
-            adopt(udev_device_new_from_subsystem_sysname(newContext().get(), "block", name.c_str()))) {
+    if (std::optional<ZPKBlockDevice> device = atPath("/sys/class/block/" + name)) {
         return device;
     }
     return withNode("/dev/" + name);
@@ -56,7 +65,7 @@ std::optional<ZPKBlockDevice> ZPKBlockDevice::withName(const std::string& name) 
 
 std::optional<ZPKBlockDevice> ZPKBlockDevice::ofMount(const ZPKMount& mount) {
     if (major(mount.device) != 0) {
-        return adopt(udev_device_new_from_devnum(newContext().get(), 'b', mount.device));
+        return withNumber(mount.device);
     }
     // Some file systems number their volumes themselves; their source still names the device.
     return mount.source.starts_with("/dev/") ? withNode(mount.source) : std::nullopt;
@@ -65,42 +74,39 @@ std::optional<ZPKBlockDevice> ZPKBlockDevice::ofMount(const ZPKMount& mount) {
 std::vector<ZPKBlockDevice> ZPKBlockDevice::withProperty(const std::string& property,
                                                          const std::string& value) {
     std::vector<ZPKBlockDevice> devices;
-    const auto context = newContext();
-    const std::unique_ptr<udev_enumerate, EnumerationRelease> enumeration(udev_enumerate_new(context.get()));
-    if (!enumeration || udev_enumerate_add_match_subsystem(enumeration.get(), "block") < 0 ||
-        udev_enumerate_add_match_property(enumeration.get(), property.c_str(), value.c_str()) < 0 ||
-        udev_enumerate_scan_devices(enumeration.get()) < 0) {
-        return devices;
-    }
-    for (udev_list_entry* entry = udev_enumerate_get_list_entry(enumeration.get()); entry != nullptr;
-         entry = udev_list_entry_get_next(entry)) {
-        const char* const path = udev_list_entry_get_name(entry);
-        if (std::optional<ZPKBlockDevice> device = adopt(udev_device_new_from_syspath(context.get(), path))) {
+    for (const std::string& name : ZPKKernelFile::namesInFolder("/sys/class/block")) {
+        std::optional<ZPKBlockDevice> device = atPath("/sys/class/block/" + name);
+        if (device && device->hasProperty(property, value)) {
             devices.push_back(std::move(*device));
         }
     }
+    const auto path = [](const ZPKBlockDevice& device) { return device.m_device.path(); };
+    std::ranges::sort(devices, {}, path);
     return devices;
 }
 
-std::string ZPKBlockDevice::name() const {
-    const char* const name = udev_device_get_sysname(m_device.get());
-    return name == nullptr ? "" : name;
-}
-
-bool ZPKBlockDevice::isMarked(const std::string& property) const {
-    return isText(udev_device_get_property_value(m_device.get(), property.c_str()), "1");
+bool ZPKBlockDevice::hasProperty(const std::string& property, std::string_view value) const {
+    const auto found = m_properties.find(property);
+    return found != m_properties.end() && found->second == value;
 }
 
 bool ZPKBlockDevice::hasRemovableMedium() const {
-    udev_device* drive = m_device.get();
-    if (isText(udev_device_get_devtype(drive), "partition")) {
-        drive = udev_device_get_parent_with_subsystem_devtype(drive, "block", "disk");
+    if (m_device.type() != "partition") {
+        return m_device.attribute("removable") == "1";
     }
-    return drive != nullptr && isText(udev_device_get_sysattr_value(drive, "removable"), "1");
+    const std::optional<ZPKKernelDevice> drive = m_device.parent("block", "disk");
+    return drive && drive->attribute("removable") == "1";
 }
 
 bool ZPKBlockDevice::isPluggable() const {
-    udev_device* const port =
-        udev_device_get_parent_with_subsystem_devtype(m_device.get(), "usb", "usb_device");
-    return port != nullptr && isText(udev_device_get_sysattr_value(port, "removable"), "removable");
+    const std::optional<ZPKKernelDevice> port = m_device.parent("usb", "usb_device");
+    return port && port->attribute("removable") == "removable";
+}
+
+void ZPKBlockDevice::addRecord(std::string_view record, ZPKKernelDevice::Properties& outProperties) {
+    for (const std::string_view line : ZPKKernelFile::split(record, '\n')) {
+        if (line.starts_with("E:")) {
+            ZPKKernelDevice::addLines(line.substr(2), outProperties);
+        }
+    }
 }

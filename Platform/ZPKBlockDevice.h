@@ -3,17 +3,17 @@
 
 #pragma once
 
-#include <libudev.h>
-
-#include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "Platform/ZPKKernelDevice.h"
 #include "Platform/ZPKMountTable.h"
 
-/// A block device as udev knows it. A value with a library context of its own; one thread uses one
-/// device.
+/// A block device as the kernel and the device manager know it, read from /sys and from the records of
+/// the device manager. The properties are those of the moment at which the device was asked for. May be
+/// read from any thread.
 class ZPKBlockDevice {
 public:
     /// The device of a name as in /dev (`sr0`), a link there included; nothing when there is none.
@@ -22,15 +22,15 @@ public:
     /// The device behind a mounted file system; nothing for one without a block device.
     static std::optional<ZPKBlockDevice> ofMount(const ZPKMount& mount);
 
-    /// The devices whose udev property `property` has the value `value`, in the order of their paths
+    /// The devices whose property `property` has the value `value`, in the order of their paths
     /// in sysfs.
     static std::vector<ZPKBlockDevice> withProperty(const std::string& property, const std::string& value);
 
     /// The kernel's name of the device: `sr0`, `sdb1`.
-    std::string name() const;
+    std::string name() const { return m_device.name(); }
 
-    /// True when the udev property is "1".
-    bool isMarked(const std::string& property) const;
+    /// True when the property is "1".
+    bool isMarked(const std::string& property) const { return hasProperty(property, "1"); }
 
     /// True when the drive takes media that can be removed, as the kernel sees it.
     bool hasRemovableMedium() const;
@@ -38,15 +38,17 @@ public:
     /// True when the device itself is on a port from which it can be unplugged.
     bool isPluggable() const;
 
+    /// Adds what a record of the device manager says of a device's properties; all else in it is passed
+    /// over.
+    static void addRecord(std::string_view record, ZPKKernelDevice::Properties& outProperties);
+
 private:
-    struct DeviceRelease {
-        void operator()(udev_device* device) const { udev_device_unref(device); }
-    };
-    using Device = std::unique_ptr<udev_device, DeviceRelease>;
-
-    explicit ZPKBlockDevice(Device device) : m_device(std::move(device)) {}
-    static std::optional<ZPKBlockDevice> adopt(udev_device* device);
+    ZPKBlockDevice(ZPKKernelDevice device, ZPKKernelDevice::Properties properties);
+    static std::optional<ZPKBlockDevice> atPath(const std::string& path);
+    static std::optional<ZPKBlockDevice> withNumber(dev_t number);
     static std::optional<ZPKBlockDevice> withNode(const std::string& path);
+    bool hasProperty(const std::string& property, std::string_view value) const;
 
-    Device m_device;
+    ZPKKernelDevice m_device;
+    ZPKKernelDevice::Properties m_properties;
 };

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-/// The optical drives of this machine and the discs in them, as udev knows them now. May be called
+/// The optical drives of this machine and the discs in them, as the kernel and the device manager know them now. May be called
 /// from any thread.
 class ZPKOpticalDevices {
 public:

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include <gtest/gtest.h>
+#include <sys/sysmacros.h>
 #include <umockdev.h>
 #include <unistd.h>
 
@@ -187,6 +188,63 @@ TEST_F(ZPKMediaTest, BrokenLinesOfTheMountTableHideNothing) {
 
 TEST(ZPKMountTableTest, MissingTableIsEmpty) {
     EXPECT_TRUE(ZPKMountTable("/no/such/table").mounts().empty());
+}
+
+/// The mounts of a table with the given lines.
+std::vector<ZPKMount> mountsOf(const std::string& table) {
+    const TemporaryFolder folder;
+    writeFile(folder / "mountinfo", table);
+    return ZPKMountTable(folder / "mountinfo").mounts();
+}
+
+TEST(ZPKMountTableTest, FieldsAreReadWithWhatTheKernelEscapes) {
+    struct Row {
+        std::string line;
+        std::string source;
+        std::string target;
+    };
+    const Row rows[] = {
+        {"9 1 8:1 / /x rw - ext4 /dev/sda1 rw", "/dev/sda1", "/x"},
+        {"9 1 8:1 / /x rw shared:1 - ext4 /dev/sda1 rw", "/dev/sda1", "/x"},
+        {"9 1 8:1 / /x rw shared:1 master:2 unbindable - ext4 - rw", "-", "/x"},
+        {"9 1 8:1 / /x rw - tmpfs  rw", "", "/x"},
+        {"9 1 8:1 / /x rw - tmpfs t", "t", "/x"},
+        {"9 1 8:1 /- /- - - - - -", "-", "/-"},
+        {R"(9 1 8:1 / /a\040b\011c\012d\134e\043f rw - x //h/s\040s rw)", "//h/s s", "/a b\tc\nd\\e#f"},
+        {R"(9 1 8:1 / /\134040\303\274 rw - x y rw)", "y", "/\\040\u00fc"},
+        {R"(9 1 8:1 / /\04\08a\400\x40\ rw - x \ rw)", "\\", R"(/\04\08a\400\x40\)"},
+        {"9 1 8:1 / /\xff\xfe rw - x y rw", "y", "/\xff\xfe"},
+    };
+    for (const Row& row : rows) {
+        const std::vector<ZPKMount> mounts = mountsOf(row.line);
+        ASSERT_EQ(mounts.size(), 1U) << row.line;
+        EXPECT_EQ(mounts[0].source, row.source) << row.line;
+        EXPECT_EQ(mounts[0].target, row.target) << row.line;
+        EXPECT_EQ(mounts[0].device, makedev(8, 1)) << row.line;
+    }
+}
+
+TEST(ZPKMountTableTest, LinesThatSayNoMountArePassedOver) {
+    const std::string endless(1'000'000, ' ');
+    for (const std::string& line :
+         {std::string(), std::string("nonsense"), std::string("9 1 8:1 / /x rw"),
+          std::string("9 1 8:1 / /x rw -"), std::string("9 1 8:1 / /x rw - ext4"),
+          std::string("9 1 8:1 / /x - ext4 /dev/sda rw"), std::string("9 1 8:1 / /x rw shared:1 ext4 a rw"),
+          std::string("9 1 8 / /x rw - ext4 a rw"), std::string("9 1 8:1: / /x rw - ext4 a rw"),
+          std::string("9 1 -8:1 / /x rw - ext4 a rw"), std::string("9 1 8:99999999999 / /x rw - ext4 a rw"),
+          std::string("9 1 8:1 / x rw - ext4 a rw"), std::string("9 1 8:1 /  rw - ext4 a rw"),
+          std::string("9 1 8:1\0 / /x rw - ext4 a rw", 29), endless}) {
+        EXPECT_TRUE(mountsOf(line + "\n").empty()) << line.substr(0, 60);
+        EXPECT_EQ(mountsOf(line + "\n9 1 8:1 / /x rw - ext4 a rw\n" + line).size(), 1U) << line.substr(0, 60);
+    }
+}
+
+TEST(ZPKMountTableTest, UnreadableTablesAreEmpty) {
+    const TemporaryFolder folder;
+    EXPECT_TRUE(ZPKMountTable(folder.path()).mounts().empty());
+    writeFile(folder / "mountinfo", "9 1 8:1 / /x rw - ext4 a rw\n");
+    std::filesystem::resize_file(folder / "mountinfo", 17 * 1024 * 1024);
+    EXPECT_TRUE(ZPKMountTable(folder / "mountinfo").mounts().empty()) << "larger than any table";
 }
 
 TEST(ZPKMountTableTest, PathsLieOnTheDeepestMount) {
