@@ -24,7 +24,7 @@ settle() {
 now() { date +%s.%N; }
 
 : > "$work/times"
-for run in 1 2 3 4 5; do
+for _ in 1 2 3 4 5; do
     settle
     start=$(now)
     cp "$work/scrambled" "$work/out"

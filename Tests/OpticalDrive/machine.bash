@@ -83,7 +83,9 @@ wait_until_ready() {
 
 stop_machine() {
     [ -n "${machine_processes-}" ] || return 0
+    # shellcheck disable=SC2086 # numbers, one a word
     kill $machine_processes 2> /dev/null || true
+    # shellcheck disable=SC2086
     wait $machine_processes 2> /dev/null || true
     machine_processes=
 }
@@ -170,7 +172,7 @@ unplug() {
 start() {
     terminal_mark=$(mark_of terminal)
     program_mark=$(mark_of orders)
-    echo "run $1" >&$orders_in
+    echo "run $1" >&"$orders_in"
 }
 
 # Waits until the terminal shows the text, after what was waited for last.
@@ -192,7 +194,7 @@ expect_not_yet() {
 }
 
 type_line() {
-    echo "$1" >&$terminal_in
+    echo "$1" >&"$terminal_in"
 }
 
 program_has_ended() {
@@ -211,7 +213,7 @@ guest() {
     local mark
     mark=$(mark_of orders)
     # The mark is new with each order, and so tells the end of this one.
-    echo "do $mark ${1//$'\n'/ }" >&$orders_in
+    echo "do $mark ${1//$'\n'/ }" >&"$orders_in"
     wait_for orders "$mark" "done $mark "
     tail -c "+$((mark + 1))" "$work/orders.log" | sed -n 's/^|//p'
     tail -c "+$((mark + 1))" "$work/orders.log" | grep -x "done $mark 0" > /dev/null
@@ -234,7 +236,7 @@ guest_does_not_show() {
 # Nothing runs, nothing is plugged in, the drive is empty.
 reset_machine() {
     local mounted
-    echo stop >&$orders_in
+    echo stop >&"$orders_in"
     mounted=$(guest 'cat /proc/mounts') || fail 'the machine does not answer'
     if [[ $mounted == */media/usb* ]]; then
         unplug
@@ -248,8 +250,8 @@ reset_machine() {
 
 # Sends a command to the machine's monitor and sets answer; fails when that is an error.
 try_monitor() {
-    echo "${1//$'\n'/ }" >&$monitor_in
-    while read -r -t "$patience_seconds" -u $monitor_out answer; do
+    echo "${1//$'\n'/ }" >&"$monitor_in"
+    while read -r -t "$patience_seconds" -u "$monitor_out" answer; do
         case $answer in
             '{"return"'*) return 0 ;;
             '{"error"'*) return 1 ;;
@@ -291,5 +293,5 @@ wait_for() {
 
 # Nothing ever comes on this line: a short sleep that starts no program.
 take_a_moment() {
-    read -r -t 0.05 -u $never || true
+    read -r -t 0.05 -u "$never" || true
 }
