@@ -12,6 +12,8 @@
 #include <cerrno>
 #include <csignal>
 
+#include "Base/ZPKDescriptorIO.h"
+
 namespace {
 
 constexpr int kFirstDescriptorAfterStandardStreams = 3;
@@ -80,7 +82,6 @@ int SpawnPlan::spawn(pid_t& outChild, const std::string& path,
 ZPKTask::~ZPKTask() = default;
 
 bool ZPKTask::launch() {
-    assert(m_child == -1);
     ZPKFileDescriptor writeEnd;
     if (m_unreadStandardError) {
         int ends[2];
@@ -93,6 +94,11 @@ bool ZPKTask::launch() {
     }
     SpawnPlan plan;
     m_lastError = plan.prepare(writeEnd.get());
+    const ZPKMutexLock lock(m_mutex);
+    assert(m_child == -1);
+    if (m_isTerminated) {
+        m_lastError = ECANCELED;
+    }
     pid_t child = -1;
     if (m_lastError == 0) {
         m_lastError = plan.spawn(child, m_launchPath, m_arguments);
@@ -103,18 +109,33 @@ bool ZPKTask::launch() {
     return m_lastError == 0;
 }
 
+void ZPKTask::terminate() {
+    const ZPKMutexLock lock(m_mutex);
+    m_isTerminated = true;
+    if (m_child > 0) {
+        ::kill(m_child, SIGKILL);
+    }
+}
+
+pid_t ZPKTask::runningChild() {
+    const ZPKMutexLock lock(m_mutex);
+    return m_child;
+}
+
 void ZPKTask::waitUntilExit() {
-    if (m_child < 0) {
+    const pid_t child = runningChild();
+    if (child < 0) {
         return;
     }
+    // First without burying it: until that is done under the lock, its number stays its own.
+    siginfo_t ended;
+    ZPKDescriptorIO::retry(
+        [&] { return ::waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOWAIT); });
+    const ZPKMutexLock lock(m_mutex);
     int status = 0;
-    pid_t waited;
-    do {
-        waited = ::waitpid(m_child, &status, 0);
-    } while (waited < 0 && errno == EINTR);
+    const pid_t waited = ZPKDescriptorIO::retry([&] { return ::waitpid(child, &status, 0); });
     m_child = -1;
-    if (waited < 0) {
-        return;
+    if (waited == child) {
+        m_terminationStatus = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
     }
-    m_terminationStatus = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
 }

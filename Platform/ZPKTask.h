@@ -9,11 +9,12 @@
 #include <vector>
 
 #include "Base/ZPKFileDescriptor.h"
+#include "Base/ZPKMutex.h"
 
 /// A child process, started directly (no shell). It inherits the environment, the working folder
 /// and the standard streams; every other descriptor of this process is closed in it, and its
 /// signal mask and dispositions are the defaults. A child that nobody waited for outlives the task.
-/// One thread uses one task.
+/// One thread uses one task; `terminate` may be called from another.
 class ZPKTask {
 public:
     ZPKTask() = default;
@@ -32,10 +33,14 @@ public:
 
     /// Starts the child; the one before must have been waited for. False, with the reason in `lastError()`,
     /// when it cannot be started.
-    bool launch();
+    bool launch() ZPK_EXCLUDES(m_mutex);
 
     /// Blocks until the child has exited; returns at once when none runs.
-    void waitUntilExit();
+    void waitUntilExit() ZPK_EXCLUDES(m_mutex);
+
+    /// Ends the child, if one runs, in a way that it cannot refuse (SIGKILL); from now on `launch` fails
+    /// with `ECANCELED`. Whoever waits for the child goes on. Any thread, as long as the task is there.
+    void terminate() ZPK_EXCLUDES(m_mutex);
 
     /// The errno value of the last failed `launch`.
     int lastError() const { return m_lastError; }
@@ -44,10 +49,15 @@ public:
     int terminationStatus() const { return m_terminationStatus; }
 
 private:
+    pid_t runningChild() ZPK_EXCLUDES(m_mutex);
+
     std::string m_launchPath;
     std::vector<std::string> m_arguments;
     bool m_unreadStandardError = false;
-    pid_t m_child = -1;
+    /// Held while a child begins or is buried, so that no signal reaches a process of another's.
+    ZPKMutex m_mutex;
+    pid_t m_child ZPK_GUARDED_BY(m_mutex) = -1;
+    bool m_isTerminated ZPK_GUARDED_BY(m_mutex) = false;
     ZPKFileDescriptor m_pipeReadEnd;
     int m_lastError = 0;
     int m_terminationStatus = 0;

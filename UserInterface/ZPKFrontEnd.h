@@ -94,4 +94,9 @@ public:
     /// from the main thread it simply runs it. The main thread takes it in its loops, so that it waits
     /// while none runs. What still waits when `run` ends, or comes later, is left out.
     virtual void performOnMainThreadAndWait(const std::function<void()>& action) = 0;
+
+    /// Leaves out the actions that wait for the main thread and those that still come, and lets the
+    /// threads that wait go on: for a main thread that is about to join them, or that ends the process.
+    /// Main thread only, also from inside such an action.
+    virtual void closeToOtherThreads() = 0;
 };

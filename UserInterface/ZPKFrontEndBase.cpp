@@ -58,3 +58,7 @@ void ZPKFrontEndBase::abortModal() {
 void ZPKFrontEndBase::performOnMainThreadAndWait(const std::function<void()>& action) {
     m_queue.performAndWait(action);
 }
+
+void ZPKFrontEndBase::closeToOtherThreads() {
+    m_queue.close();
+}

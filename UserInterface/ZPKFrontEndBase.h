@@ -19,6 +19,7 @@ public:
     void stopModal(int code) final;
     void abortModal() override;
     void performOnMainThreadAndWait(const std::function<void()>& action) final;
+    void closeToOtherThreads() final;
 
 protected:
     /// `wake` is called on any thread and must make the main thread's loop call `runPendingActions`.

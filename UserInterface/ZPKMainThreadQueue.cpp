@@ -34,11 +34,11 @@ void ZPKMainThreadQueue::performAndWait(const std::function<void()>& action) {
     if (m_closed) {
         return;
     }
-    bool done = false;
-    m_entries.push_back({action, &done});
+    const auto done = std::make_shared<bool>(false);
+    m_entries.push_back({action, done});
     ++m_waiting;
     m_wake();
-    while (!done) {
+    while (!*done && !m_closed) {
         lock.wait(m_changed);
     }
     --m_waiting;
@@ -70,17 +70,12 @@ bool ZPKMainThreadQueue::takeNext(Entry& outEntry) {
 void ZPKMainThreadQueue::close() {
     const ZPKMutexLock lock(m_mutex);
     m_closed = true;
-    for (const Entry& entry : m_entries) {
-        if (entry.done != nullptr) {
-            *entry.done = true;
-        }
-    }
     m_entries.clear();
     m_changed.notify_all();
 }
 
-void ZPKMainThreadQueue::markDone(bool* done) {
-    if (done == nullptr) {
+void ZPKMainThreadQueue::markDone(const std::shared_ptr<bool>& done) {
+    if (!done) {
         return;
     }
     const ZPKMutexLock lock(m_mutex);

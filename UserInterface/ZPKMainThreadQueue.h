@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <deque>
 #include <functional>
+#include <memory>
 #include <thread>
 
 #include "Base/ZPKMutex.h"
@@ -33,19 +34,20 @@ public:
     /// Runs what is waiting. An action may call this again. Main thread only.
     void runPending() ZPK_EXCLUDES(m_mutex);
 
-    /// Leaves out what is waiting and what still comes, and lets the threads that wait go on. Main
-    /// thread only.
+    /// Leaves out what is waiting and what still comes, and lets the threads that wait go on, even the
+    /// one whose action is calling this. Main thread only.
     void close() ZPK_EXCLUDES(m_mutex);
 
 private:
     struct Entry {
         std::function<void()> action;
-        /// Belongs to the thread that waits, and is touched only while the mutex is held.
-        bool* done = nullptr;
+        /// For the thread that waits, which goes on without the answer when the queue is closed while
+        /// the action runs. Touched only while the mutex is held; null when nobody waits.
+        std::shared_ptr<bool> done;
     };
 
     bool takeNext(Entry& outEntry) ZPK_EXCLUDES(m_mutex);
-    void markDone(bool* done) ZPK_EXCLUDES(m_mutex);
+    void markDone(const std::shared_ptr<bool>& done) ZPK_EXCLUDES(m_mutex);
 
     const std::function<void()> m_wake;
     const std::thread::id m_mainThread;

@@ -225,4 +225,47 @@ TEST_F(ZPKTaskTest, TasksRunOnAnyThread) {
     EXPECT_EQ(statuses, std::vector<int>(8, 0));
 }
 
+// Ended from outside
+
+TEST_F(ZPKTaskTest, TerminatedChildIsWaitedForNoLonger) {
+    m_task.setLaunchPath("/bin/sleep");
+    m_task.setArguments({"60"});
+    ASSERT_TRUE(m_task.launch());
+    const auto start = std::chrono::steady_clock::now();
+    std::thread other([this] { m_task.terminate(); });
+    m_task.waitUntilExit();
+    other.join();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
+    EXPECT_EQ(m_task.terminationStatus(), 128 + SIGKILL);
+}
+
+TEST_F(ZPKTaskTest, ChildThatRefusesSignalsIsTerminatedToo) {
+    const std::string ready = m_folder / "ready";
+    m_task.setLaunchPath("/bin/sh");
+    m_task.setArguments({"-c", "trap '' TERM INT HUP; : > '" + ready + "'; while :; do :; done"});
+    ASSERT_TRUE(m_task.launch());
+    while (!std::filesystem::exists(ready)) {
+        std::this_thread::yield();
+    }
+    m_task.terminate();
+    m_task.waitUntilExit();
+    EXPECT_EQ(m_task.terminationStatus(), 128 + SIGKILL);
+}
+
+TEST_F(ZPKTaskTest, NothingIsLaunchedAfterTheEnd) {
+    m_task.setLaunchPath("/bin/true");
+    m_task.terminate();
+    EXPECT_FALSE(m_task.launch());
+    EXPECT_EQ(m_task.lastError(), ECANCELED);
+    m_task.waitUntilExit();
+}
+
+TEST_F(ZPKTaskTest, EndOfATaskWhoseChildIsGoneReachesNobody) {
+    m_task.setLaunchPath("/bin/true");
+    ASSERT_TRUE(m_task.launch());
+    m_task.waitUntilExit();
+    m_task.terminate();
+    EXPECT_EQ(m_task.terminationStatus(), 0);
+}
+
 }  // namespace

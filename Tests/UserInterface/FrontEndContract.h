@@ -238,6 +238,40 @@ TEST_P(FrontEndContract, PerformThatWaitsWhenTheRunEndsIsLeftOut) {
     frontEnd->abortModal();
 }
 
+TEST_P(FrontEndContract, ClosingLetsTheThreadsGoThatWaitAndThoseThatCome) {
+    bool hasRun = false;
+    runWith(*frontEnd, [&] {
+        std::atomic<bool> hasAsked = false;
+        std::thread worker([&] {
+            hasAsked = true;
+            frontEnd->performOnMainThreadAndWait([&] { hasRun = true; });
+            frontEnd->performOnMainThreadAndWait([&] { hasRun = true; });
+            frontEnd->abortModal();
+        });
+        while (!hasAsked) {
+            std::this_thread::yield();
+        }
+        frontEnd->closeToOtherThreads();
+        worker.join();
+    });
+    EXPECT_FALSE(hasRun);
+}
+
+TEST_P(FrontEndContract, ClosingFromInsideAnActionLetsItsThreadGo) {
+    runWith(*frontEnd, [&] {
+        auto window = frontEnd->createProgressWindow();
+        std::thread worker;
+        worker = std::thread([&] {
+            frontEnd->performOnMainThreadAndWait([&] {
+                frontEnd->closeToOtherThreads();
+                worker.join();
+                frontEnd->stopModal(4);
+            });
+        });
+        EXPECT_EQ(frontEnd->runModalForWindow(*window), 4);
+    });
+}
+
 TEST_P(FrontEndContract, SessionHandlesPerformsAndNeverWaitsLong) {
     std::thread worker;
     runWith(*frontEnd, [&] {

@@ -62,6 +62,7 @@ public:
     void abortModal() override {}
     std::unique_ptr<ZPKModalSession> beginModalSessionForWindow(ZPKWindow&) override { return nullptr; }
     void performOnMainThreadAndWait(const std::function<void()>&) override {}
+    void closeToOtherThreads() override {}
 };
 
 TEST(ProgressWindowControllerTest, PreparesTheWindowWhenItIsLoaded) {
