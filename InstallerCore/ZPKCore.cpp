@@ -32,10 +32,11 @@
 #include "Package/ZPKPackageLayout.h"
 #include "Platform/ZPKBundle.h"
 #include "Platform/ZPKFileManager.h"
+#include "Platform/ZPKMainBundle.h"
 #include "Platform/ZPKPropertyList.h"
+#include "Platform/ZPKRunningApplications.h"
 #include "Platform/ZPKStandardFolders.h"
 #include "Platform/ZPKTask.h"
-#include "Platform/ZPKWorkspace.h"
 #include "UserInterface/ZPKCDSearchWindowController.h"
 #include "UserInterface/ZPKProgressWindowController.h"
 
@@ -58,7 +59,7 @@ std::string replaceAll(std::string text, const std::string& token, const std::st
 
 /// The name that another run of this application carries.
 std::string ownName() {
-    const ZPKBundle& bundle = ZPKBundle::mainBundle();
+    const ZPKBundle& bundle = ZPKMainBundle::mainBundle();
     if (const auto strings = ZPKPropertyList::dictionaryWithContentsOfFile(
             ZPKPath::join(bundle.resourcePath(), "InfoPlist.strings"))) {
         if (const auto name = strings->stringForKey("CFBundleName")) {
@@ -115,7 +116,7 @@ ZPKCore::~ZPKCore() = default;
 
 void ZPKCore::awakeFromNib() {
     m_frontEnd.setInterfaceLanguage(
-        ZPKInterfaceLanguage::setUp(ZPKBundle::mainBundle().resourcePath(), ZPKLanguageInfos::infos()));
+        ZPKInterfaceLanguage::setUp(ZPKMainBundle::mainBundle().resourcePath(), ZPKLanguageInfos::infos()));
     localizeMenu();
 }
 
@@ -140,7 +141,7 @@ void ZPKCore::applicationWillFinishLaunching() {
 bool ZPKCore::isAlreadyExecuting() {
     const std::string name = ownName();
     const pid_t self = getpid();
-    const std::vector<ZPKRunningApplication> applications = ZPKWorkspace::runningApplications();
+    const std::vector<ZPKRunningApplication> applications = ZPKRunningApplications::current();
     return std::any_of(applications.begin(), applications.end(),
                        [&](const ZPKRunningApplication& application) {
                            return application.localizedName == name && application.processIdentifier != self;
@@ -209,7 +210,8 @@ void ZPKCore::showTemporaryFolderAlert() {
 std::string ZPKCore::unpackDescription(const std::string& stagingFolder) {
     const std::string plainPath = ZPKPackageLayout::plainArchive(stagingFolder, Content::Info);
     CZPKUtil::Unfake(
-        ZPKPackageLayout::scrambledArchive(ZPKBundle::mainBundle().resourcePath(), Content::Info), plainPath);
+        ZPKPackageLayout::scrambledArchive(ZPKMainBundle::mainBundle().resourcePath(), Content::Info),
+        plainPath);
     CZPKUtil::Extract(plainPath, stagingFolder);
     CZPKUtil::DeleteFile(plainPath);
     const std::string descriptionFolder = ZPKPackageLayout::folder(stagingFolder, Content::Info);
@@ -241,7 +243,7 @@ bool ZPKCore::extractPayload(const std::string& stagingFolder) {
 
     const WorkOrder workOrder = {
         {kDataFilePathKey,
-         ZPKPackageLayout::scrambledArchive(ZPKBundle::mainBundle().resourcePath(), Content::Data)},
+         ZPKPackageLayout::scrambledArchive(ZPKMainBundle::mainBundle().resourcePath(), Content::Data)},
         {kTemporaryFolderPathKey, stagingFolder},
         {kProgressControllerKey, &controller},
     };
@@ -322,8 +324,8 @@ void ZPKCore::executeFile(const std::optional<std::string>& path, const Paramete
     if (params) {
         task.setArguments(*params);
     }
-    if (!task.launch()) {
-        std::cerr << "Zephyrkit: cannot start " << *path << ": " << std::strerror(task.lastError()) << "\n";
+    if (const ZPKOutcome outcome = task.launch(); !outcome) {
+        std::cerr << "Zephyrkit: cannot start " << *path << ": " << outcome.failure().reason() << "\n";
         return;
     }
     if (synchronous) {

@@ -11,7 +11,8 @@
 #include "Description/CZPKXMLLoader.h"
 #include "Package/ZPKPackageLayout.h"
 #include "Platform/ZPKBundle.h"
-#include "Platform/ZPKWorkspace.h"
+#include "Platform/ZPKMainBundle.h"
+#include "Platform/ZPKPreferredLanguages.h"
 
 using namespace varno_zpk;
 
@@ -49,14 +50,14 @@ const ZPKLanguageInfos::PropertyList* ZPKLanguageInfos::propertyListWithLanguage
 
 std::vector<std::string> ZPKLanguageInfos::preferredLocalizationsFromLanguagesXML() {
     const std::unique_ptr<const CLanguagesType> languages = CZPKXMLLoader::LoadLanguagesXML(
-        ZPKPackageLayout::languageList(ZPKBundle::mainBundle().resourcePath()));
+        ZPKPackageLayout::languageList(ZPKMainBundle::mainBundle().resourcePath()));
     std::vector<std::string> offered;
     if (languages) {
         for (const auto& language : languages->languages) {
             offered.push_back(language->code);
         }
     }
-    return preferredLocalizations(std::move(offered), ZPKWorkspace::preferredLanguages());
+    return preferredLocalizations(std::move(offered), ZPKPreferredLanguages::current());
 }
 
 std::vector<std::string> ZPKLanguageInfos::preferredLocalizations(std::vector<std::string> offered,

@@ -11,6 +11,7 @@
 
 #include "InstallerCore/ZPKCore.h"
 #include "Platform/ZPKBundle.h"
+#include "Platform/ZPKMainBundle.h"
 #include "UserInterface/Terminal/ZPKTerminalFrontEnd.h"
 #include "UserInterface/ZPKDesktopPlugIn.h"
 #include "UserInterface/ZPKRemovableVolumes.h"
@@ -56,7 +57,7 @@ std::unique_ptr<ZPKFrontEnd> openDesktop(int argc, char** argv) {
     if (!isSet("DISPLAY") && !isSet("WAYLAND_DISPLAY") && !isSet("QT_QPA_PLATFORM")) {
         return nullptr;
     }
-    const ZPKBundle& bundle = ZPKBundle::mainBundle();
+    const ZPKBundle& bundle = ZPKMainBundle::mainBundle();
     void* module = dlopen(bundle.plugInPath("ZPKDesktop.so").c_str(), RTLD_NOW | RTLD_LOCAL);
     if (module == nullptr) {
         std::cerr << "Zephyrkit: no windows: " << dlerror() << "\n";

@@ -17,6 +17,7 @@
 #include "Platform/ZPKBundle.h"
 #include "Platform/ZPKFileHandle.h"
 #include "Platform/ZPKFileManager.h"
+#include "Platform/ZPKMainBundle.h"
 #include "Platform/ZPKTask.h"
 
 namespace varno_zpk {
@@ -29,7 +30,7 @@ constexpr std::uint64_t kRotation = 102400;
 constexpr unsigned int kFolderPermissions = 0777;
 
 void runArchiveTool(ZPKTask& task, const std::vector<std::string>& arguments) {
-    task.setLaunchPath(ZPKBundle::mainBundle().helperPath(ZPKPackageLayout::kArchiveTool));
+    task.setLaunchPath(ZPKMainBundle::mainBundle().helperPath(ZPKPackageLayout::kArchiveTool));
     task.setArguments(arguments);
     if (task.launch()) {
         task.waitUntilExit();

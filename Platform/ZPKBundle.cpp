@@ -3,15 +3,8 @@
 
 #include "Platform/ZPKBundle.h"
 
-#include <limits.h>
-#include <unistd.h>
-
-#include <cstdlib>
-#include <memory>
-
 #include "Base/ZPKPath.h"
 #include "Platform/ZPKFileManager.h"
-#include "Platform/ZPKProcess.h"
 #include "Platform/ZPKPropertyList.h"
 
 namespace {
@@ -20,30 +13,15 @@ const std::string kContentsFolder = "/Contents/";
 const std::string kInformationFile = "/Contents/Info.plist";
 const std::string kBundleExtension = ".app";
 
-std::string withoutTrailingSeparators(const std::string& path) {
-    const std::size_t last = path.find_last_not_of('/');
-    return last == std::string::npos ? path.substr(0, 1) : path.substr(0, last + 1);
-}
-
-std::string parentFolder(const std::string& path) {
-    const std::size_t separator = path.find_last_of('/');
-    return separator == std::string::npos ? std::string() : path.substr(0, separator);
-}
-
 bool isPlainFileName(const std::string& name) {
     return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos &&
            name.find('\0') == std::string::npos;
 }
 
-std::optional<ZPKBundle>& bundleSetByProgram() {
-    static std::optional<ZPKBundle> bundle;
-    return bundle;
-}
-
 }  // namespace
 
 std::optional<ZPKBundle> ZPKBundle::bundleWithPath(const std::string& path) {
-    const std::string folder = withoutTrailingSeparators(path);
+    const std::string folder = ZPKPath::withoutTrailingSeparators(path);
     const std::string information = folder + kInformationFile;
     if (folder.empty() || !ZPKFileManager::fileExists(information) || ZPKFileManager::isFolder(information)) {
         return std::nullopt;
@@ -61,22 +39,6 @@ std::optional<ZPKBundle> ZPKBundle::bundleOfProgram(const std::string& path) {
         at = path.rfind(kContentsFolder, at - 1);
     }
     return std::nullopt;
-}
-
-const ZPKBundle& ZPKBundle::mainBundle() {
-    if (bundleSetByProgram()) {
-        return *bundleSetByProgram();
-    }
-    static const ZPKBundle kBundle = [] {
-        const std::string program = ZPKProcess::executablePath("self").value_or("/");
-        const std::optional<ZPKBundle> found = bundleOfProgram(program);
-        return found ? *found : ZPKBundle(parentFolder(program));
-    }();
-    return kBundle;
-}
-
-void ZPKBundle::setMainBundle(const ZPKBundle& bundle) {
-    bundleSetByProgram() = bundle;
 }
 
 std::string ZPKBundle::resourcePath() const {

@@ -16,15 +16,9 @@ public:
     /// (`Contents/Helpers`) are no programs of their bundle.
     static std::optional<ZPKBundle> bundleOfProgram(const std::string& path);
 
-    /// The bundle in which the running program lies (`<bundle>/Contents/Linux/<program>` of
-    /// /proc/self/exe), found once from the program's own path, never from the environment or the
-    /// working folder; the executable's own folder, as a bundle without a description, for a program
-    /// that lies in no bundle. A bundle set with `setMainBundle` goes before both.
-    static const ZPKBundle& mainBundle();
-
-    /// Makes `bundle` the main bundle; for programs that work on a bundle they do not lie in.
-    /// Called on the main thread before any other thread exists.
-    static void setMainBundle(const ZPKBundle& bundle);
+    /// The folder as a bundle, whether or not it holds a description: without one it has neither
+    /// identifier nor main program.
+    static ZPKBundle bundleWithoutDescription(const std::string& folder) { return ZPKBundle(folder); }
 
     const std::string& bundlePath() const { return m_path; }
 

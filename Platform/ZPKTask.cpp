@@ -22,12 +22,12 @@ constexpr int kFirstDescriptorAfterStandardStreams = 3;
 class SpawnPlan {
 public:
     SpawnPlan() {
-        posix_spawn_file_actions_init(&m_actions);
-        posix_spawnattr_init(&m_attributes);
+        ::posix_spawn_file_actions_init(&m_actions);
+        ::posix_spawnattr_init(&m_attributes);
     }
     ~SpawnPlan() {
-        posix_spawnattr_destroy(&m_attributes);
-        posix_spawn_file_actions_destroy(&m_actions);
+        ::posix_spawnattr_destroy(&m_attributes);
+        ::posix_spawn_file_actions_destroy(&m_actions);
     }
     SpawnPlan(const SpawnPlan&) = delete;
     SpawnPlan& operator=(const SpawnPlan&) = delete;
@@ -44,21 +44,21 @@ private:
 
 int SpawnPlan::prepare(int standardError) {
     if (standardError >= 0) {
-        if (const int error = posix_spawn_file_actions_adddup2(&m_actions, standardError, STDERR_FILENO)) {
+        if (const int error = ::posix_spawn_file_actions_adddup2(&m_actions, standardError, STDERR_FILENO)) {
             return error;
         }
     }
     if (const int error =
-            posix_spawn_file_actions_addclosefrom_np(&m_actions, kFirstDescriptorAfterStandardStreams)) {
+            ::posix_spawn_file_actions_addclosefrom_np(&m_actions, kFirstDescriptorAfterStandardStreams)) {
         return error;
     }
     sigset_t none;
     sigset_t all;
-    sigemptyset(&none);
-    sigfillset(&all);
-    posix_spawnattr_setsigmask(&m_attributes, &none);
-    posix_spawnattr_setsigdefault(&m_attributes, &all);
-    return posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    ::sigemptyset(&none);
+    ::sigfillset(&all);
+    ::posix_spawnattr_setsigmask(&m_attributes, &none);
+    ::posix_spawnattr_setsigdefault(&m_attributes, &all);
+    return ::posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
 }
 
 int SpawnPlan::spawn(pid_t& outChild, const std::string& path,
@@ -74,39 +74,47 @@ int SpawnPlan::spawn(pid_t& outChild, const std::string& path,
         vector.push_back(text.data());
     }
     vector.push_back(nullptr);
-    return posix_spawn(&outChild, path.c_str(), &m_actions, &m_attributes, vector.data(), environ);
+    return ::posix_spawn(&outChild, path.c_str(), &m_actions, &m_attributes, vector.data(), environ);
 }
 
 }  // namespace
 
 ZPKTask::~ZPKTask() = default;
 
-bool ZPKTask::launch() {
+ZPKResult<ZPKFileDescriptor> ZPKTask::openUnreadPipe() {
+    int ends[2];
+    if (::pipe2(ends, O_CLOEXEC) != 0) {
+        return ZPKFailure::ofSystem(m_launchPath, errno);
+    }
+    m_pipeReadEnd = ZPKFileDescriptor(ends[0]);
+    return ZPKFileDescriptor(ends[1]);
+}
+
+ZPKOutcome ZPKTask::launch() {
     ZPKFileDescriptor writeEnd;
     if (m_unreadStandardError) {
-        int ends[2];
-        if (::pipe2(ends, O_CLOEXEC) != 0) {
-            m_lastError = errno;
-            return false;
+        ZPKResult<ZPKFileDescriptor> opened = openUnreadPipe();
+        if (!opened) {
+            return opened.failure();
         }
-        m_pipeReadEnd = ZPKFileDescriptor(ends[0]);
-        writeEnd = ZPKFileDescriptor(ends[1]);
+        writeEnd = std::move(*opened);
     }
     SpawnPlan plan;
-    m_lastError = plan.prepare(writeEnd.get());
+    int error = plan.prepare(writeEnd.get());
     const ZPKMutexLock lock(m_mutex);
     assert(m_child == -1);
     if (m_isTerminated) {
-        m_lastError = ECANCELED;
+        error = ECANCELED;
     }
     pid_t child = -1;
-    if (m_lastError == 0) {
-        m_lastError = plan.spawn(child, m_launchPath, m_arguments);
+    if (error == 0) {
+        error = plan.spawn(child, m_launchPath, m_arguments);
     }
-    if (m_lastError == 0) {
-        m_child = child;
+    if (error != 0) {
+        return ZPKFailure::ofSystem(m_launchPath, error);
     }
-    return m_lastError == 0;
+    m_child = child;
+    return {};
 }
 
 void ZPKTask::terminate() {

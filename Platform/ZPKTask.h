@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "Base/ZPKFailure.h"
 #include "Base/ZPKFileDescriptor.h"
 #include "Base/ZPKMutex.h"
 
@@ -31,25 +32,22 @@ public:
     /// the task is destroyed, so that a child that writes little is neither blocked nor killed.
     void setStandardErrorToUnreadPipe() { m_unreadStandardError = true; }
 
-    /// Starts the child; the one before must have been waited for. False, with the reason in `lastError()`,
-    /// when it cannot be started.
-    bool launch() ZPK_EXCLUDES(m_mutex);
+    /// Starts the child; the one before must have been waited for. The failure names the launch path.
+    ZPKOutcome launch() ZPK_EXCLUDES(m_mutex);
 
     /// Blocks until the child has exited; returns at once when none runs.
     void waitUntilExit() ZPK_EXCLUDES(m_mutex);
 
-    /// Ends the child, if one runs, in a way that it cannot refuse (SIGKILL); from now on `launch` fails
-    /// with `ECANCELED`. Whoever waits for the child goes on. Any thread, as long as the task is there.
+    /// Ends the child, if one runs, in a way that it cannot refuse (SIGKILL); from now on `launch` fails,
+    /// with the system's text for ECANCELED as its reason. Whoever waits for the child goes on. Any thread, as long as the task is there.
     void terminate() ZPK_EXCLUDES(m_mutex);
-
-    /// The errno value of the last failed `launch`.
-    int lastError() const { return m_lastError; }
 
     /// Exit status of the child, or 128 plus the signal's number. Meaningful after `waitUntilExit`.
     int terminationStatus() const { return m_terminationStatus; }
 
 private:
     pid_t runningChild() ZPK_EXCLUDES(m_mutex);
+    ZPKResult<ZPKFileDescriptor> openUnreadPipe();
 
     std::string m_launchPath;
     std::vector<std::string> m_arguments;
@@ -59,6 +57,5 @@ private:
     pid_t m_child ZPK_GUARDED_BY(m_mutex) = -1;
     bool m_isTerminated ZPK_GUARDED_BY(m_mutex) = false;
     ZPKFileDescriptor m_pipeReadEnd;
-    int m_lastError = 0;
     int m_terminationStatus = 0;
 };

@@ -3,11 +3,11 @@
 
 #include "UserInterface/ZPKRemovableVolumes.h"
 
-#include "Platform/ZPKWorkspace.h"
+#include "Platform/ZPKRemovableMedia.h"
 #include "UserInterface/ZPKMediaUtils.h"
 
 std::vector<std::string> ZPKRemovableVolumes::mountedRemovableMedia() const {
-    return ZPKWorkspace::mountedRemovableMedia();
+    return ZPKRemovableMedia::mountPoints();
 }
 
 bool ZPKRemovableVolumes::isCDMediaAtPath(const std::string& path) const {

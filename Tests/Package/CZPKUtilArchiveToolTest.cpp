@@ -12,6 +12,7 @@
 
 #include "Package/CZPKUtil.h"
 #include "Platform/ZPKBundle.h"
+#include "Platform/ZPKMainBundle.h"
 #include "Tests/Platform/ScopedEnvironment.h"
 #include "Tests/Support/CapturedStreams.h"
 #include "Tests/Support/TemporaryFolder.h"
@@ -33,7 +34,7 @@ protected:
         writeFile(m_folder / "A.app/Contents/Info.plist", "<plist><dict/></plist>");
         std::filesystem::create_directories(m_folder / "A.app/Contents/Helpers");
         std::filesystem::copy_file(ZPK_PROBE_TOOL, m_tool);
-        ZPKBundle::setMainBundle(*ZPKBundle::bundleWithPath(m_folder / "A.app"));
+        ZPKMainBundle::setMainBundle(*ZPKBundle::bundleWithPath(m_folder / "A.app"));
     }
 
     /// What the tool was started with, one argument a line.

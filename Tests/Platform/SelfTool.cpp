@@ -9,15 +9,15 @@
 #include <filesystem>
 #include <iostream>
 
-#include "Platform/ZPKBundle.h"
-#include "Platform/ZPKWorkspace.h"
+#include "Platform/ZPKMainBundle.h"
+#include "Platform/ZPKRunningApplications.h"
 
 int main(int count, char**) {
     if (count > 1) {
         std::filesystem::remove(std::filesystem::read_symlink("/proc/self/exe"));
     }
-    std::cout << "bundle " << ZPKBundle::mainBundle().bundlePath() << "\n";
-    for (const ZPKRunningApplication& application : ZPKWorkspace::runningApplications()) {
+    std::cout << "bundle " << ZPKMainBundle::mainBundle().bundlePath() << "\n";
+    for (const ZPKRunningApplication& application : ZPKRunningApplications::current()) {
         if (application.processIdentifier == ::getpid()) {
             std::cout << "application " << application.localizedName << "\n";
         }

@@ -5,19 +5,13 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <filesystem>
 
-#include "Platform/ZPKTask.h"
-#include "Tests/Support/CapturedStreams.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 namespace {
 
-using zpk_test::captureStreams;
-using zpk_test::readFile;
 using zpk_test::TemporaryFolder;
 using zpk_test::writeFile;
 
@@ -155,59 +149,6 @@ TEST(ZPKBundleTest, ProgramsBelongToTheInnermostBundle) {
         const auto bundle = ZPKBundle::bundleOfProgram(row.program);
         EXPECT_EQ(bundle ? bundle->bundlePath() : "", row.bundle) << row.program;
     }
-}
-
-/// What the program at `path`, a copy of the tool, says of itself.
-std::string outputOf(const std::string& path, const std::vector<std::string>& arguments = {}) {
-    ZPKTask task;
-    task.setLaunchPath(path);
-    task.setArguments(arguments);
-    return captureStreams([&task] {
-               ASSERT_TRUE(task.launch());
-               task.waitUntilExit();
-           })
-        .standardOutput;
-}
-
-TEST(ZPKBundleTest, MainBundleIsFoundFromTheProgramsOwnPath) {
-    const TemporaryFolder folder;
-    const std::string bundle = folder / "My App.app";
-    const std::string program = bundle + "/Contents/Linux/Program";
-    writeFile(bundle + "/Contents/Info.plist", information(entry("CFBundleName", "Myself")));
-    std::filesystem::create_directories(bundle + "/Contents/Linux");
-    std::filesystem::copy_file(ZPK_SELF_TOOL, program);
-    std::filesystem::create_symlink(program, folder / "link");
-    const std::string expected = "bundle " + bundle + "\napplication Myself\n";
-    ASSERT_EQ(::chdir("/"), 0);
-    EXPECT_EQ(outputOf(program), expected);
-    EXPECT_EQ(outputOf(folder / "link"), expected);
-    ASSERT_EQ(::chdir((bundle + "/Contents").c_str()), 0);
-    EXPECT_EQ(outputOf("Linux/Program"), expected);
-    EXPECT_EQ(outputOf(program, {"remove"}), expected);
-    EXPECT_FALSE(std::filesystem::exists(program));
-}
-
-TEST(ZPKBundleTest, MainBundleOfAProgramThatOnlyLooksRemoved) {
-    const TemporaryFolder folder;
-    const std::string program = folder / "A.app/Contents/Linux/Program (deleted)";
-    writeFile(folder / "A.app/Contents/Info.plist", information(""));
-    std::filesystem::create_directories(folder / "A.app/Contents/Linux");
-    std::filesystem::copy_file(ZPK_SELF_TOOL, program);
-    EXPECT_EQ(outputOf(program), "bundle " + (folder / "A.app") + "\napplication A\n");
-}
-
-TEST(ZPKBundleTest, MainBundleOfALoneProgramIsItsFolder) {
-    const std::string program = std::filesystem::read_symlink("/proc/self/exe");
-    EXPECT_EQ(ZPKBundle::mainBundle().bundlePath(), std::filesystem::path(program).parent_path());
-    EXPECT_EQ(ZPKBundle::mainBundle().bundleIdentifier(), "");
-    EXPECT_FALSE(ZPKBundle::mainBundle().executablePath());
-}
-
-TEST(ZPKBundleTest, MainBundleMayBeSet) {
-    const TemporaryFolder folder;
-    writeFile(folder / "A.app/Contents/Info.plist", information(""));
-    ZPKBundle::setMainBundle(*ZPKBundle::bundleWithPath(folder / "A.app"));
-    EXPECT_EQ(ZPKBundle::mainBundle().helperPath("ditto"), folder / "A.app/Contents/Helpers/ditto");
 }
 
 }  // namespace

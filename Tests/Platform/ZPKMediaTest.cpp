@@ -10,7 +10,7 @@
 
 #include "Platform/ZPKMountTable.h"
 #include "Platform/ZPKOpticalDevices.h"
-#include "Platform/ZPKWorkspace.h"
+#include "Platform/ZPKRemovableMedia.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 namespace {
@@ -86,7 +86,7 @@ protected:
     /// Mount points of removable media, for the given lines of a mount table.
     Names mounted(const std::string& table) const {
         writeFile(m_folder / "mountinfo", table);
-        return ZPKWorkspace::mountedRemovableMedia(ZPKMountTable(m_folder / "mountinfo"));
+        return ZPKRemovableMedia::mountPoints(ZPKMountTable(m_folder / "mountinfo"));
     }
 
     TemporaryFolder m_folder;

@@ -119,7 +119,7 @@ TEST_F(ZPKTaskTest, UnreadPipeWorksWithClosedStandardStreams) {
         ::close(2);
         m_task.setLaunchPath(ZPK_PROBE_TOOL);
         m_task.setStandardErrorToUnreadPipe();
-        const bool launched = m_task.launch();
+        const bool launched = static_cast<bool>(m_task.launch());
         m_task.waitUntilExit();
         ::_exit(launched ? m_task.terminationStatus() : 99);
     }
@@ -176,8 +176,10 @@ TEST_F(ZPKTaskTest, FailedLaunchTellsWhy) {
         ZPKTask task;
         task.setLaunchPath(row.path);
         task.setStandardErrorToUnreadPipe();
-        EXPECT_FALSE(task.launch()) << row.path;
-        EXPECT_EQ(task.lastError(), row.error) << row.path;
+        const ZPKOutcome outcome = task.launch();
+        ASSERT_FALSE(outcome) << row.path;
+        EXPECT_EQ(outcome.failure().path(), row.path);
+        EXPECT_EQ(outcome.failure().reason(), ZPKFailure::systemReason(row.error)) << row.path;
         task.waitUntilExit();
     }
 }
@@ -189,12 +191,12 @@ TEST_F(ZPKTaskTest, FailedLaunchWithoutDescriptorsTellsWhy) {
     }
     m_task.setLaunchPath(ZPK_PROBE_TOOL);
     m_task.setStandardErrorToUnreadPipe();
-    const bool launched = m_task.launch();
+    const ZPKOutcome outcome = m_task.launch();
     for (const int descriptor : taken) {
         ::close(descriptor);
     }
-    EXPECT_FALSE(launched);
-    EXPECT_EQ(m_task.lastError(), EMFILE);
+    ASSERT_FALSE(outcome);
+    EXPECT_EQ(outcome.failure().message(), ZPK_PROBE_TOOL ": Too many open files");
 }
 
 TEST_F(ZPKTaskTest, WaitWithIgnoredChildrenStillWaits) {
@@ -255,8 +257,9 @@ TEST_F(ZPKTaskTest, ChildThatRefusesSignalsIsTerminatedToo) {
 TEST_F(ZPKTaskTest, NothingIsLaunchedAfterTheEnd) {
     m_task.setLaunchPath("/bin/true");
     m_task.terminate();
-    EXPECT_FALSE(m_task.launch());
-    EXPECT_EQ(m_task.lastError(), ECANCELED);
+    const ZPKOutcome outcome = m_task.launch();
+    ASSERT_FALSE(outcome);
+    EXPECT_EQ(outcome.failure().reason(), ZPKFailure::systemReason(ECANCELED));
     m_task.waitUntilExit();
 }
 

@@ -10,6 +10,7 @@
 
 #include "Package/CZPKUtil.h"
 #include "Platform/ZPKBundle.h"
+#include "Platform/ZPKMainBundle.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 namespace fs = std::filesystem;
@@ -32,7 +33,7 @@ TestBundle::TestBundle(const std::string& path) : m_path(path) {
     if (!bundle) {
         throw std::runtime_error(path + " is no bundle");
     }
-    ZPKBundle::setMainBundle(*bundle);
+    ZPKMainBundle::setMainBundle(*bundle);
 }
 
 void TestBundle::pack(const std::string& folder, const std::string& name) const {

@@ -25,6 +25,7 @@
 #include "Package/CDirectoryHolder.h"
 #include "Package/CZPKUtil.h"
 #include "Platform/ZPKBundle.h"
+#include "Platform/ZPKMainBundle.h"
 #include "Tools/zpkpack/ArchiveCheck.h"
 #include "Tools/zpkpack/PackageDescription.h"
 
@@ -167,7 +168,7 @@ void buildPackage(const BuildOptions& given) {
     if (!bundleTemplate || !bundleTemplate->executablePath()) {
         throw std::runtime_error(options.templatePath + " is no launcher bundle");
     }
-    ZPKBundle::setMainBundle(*bundleTemplate);
+    ZPKMainBundle::setMainBundle(*bundleTemplate);
 
     const std::string workFolder = makeWorkFolder(options.outputPath);
     const CDirectoryHolder workHolder("", workFolder);

@@ -1,24 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The Zephyrkit authors
 // SPDX-License-Identifier: MIT
 
-#include "Platform/ZPKWorkspace.h"
+#include "Platform/ZPKPreferredLanguages.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <optional>
 
-#include "Platform/ZPKBlockDevice.h"
-#include "Platform/ZPKBundle.h"
-#include "Platform/ZPKMountTable.h"
-#include "Platform/ZPKProcess.h"
+#include "Base/ZPKEnvironment.h"
 
 namespace {
-
-/// The value of an environment variable; an empty text when it is unset.
-std::string environmentValue(const char* variable) {
-    const char* const value = std::getenv(variable);
-    return value == nullptr ? std::string() : std::string(value);
-}
 
 bool isUntranslated(const std::string& locale) {
     return locale.empty() || locale == "C" || locale == "POSIX";
@@ -26,8 +16,8 @@ bool isUntranslated(const std::string& locale) {
 
 std::string messagesLocale() {
     for (const char* const variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
-        if (std::string value = environmentValue(variable); !value.empty()) {
-            return value;
+        if (std::optional<std::string> value = ZPKEnvironment::value(variable)) {
+            return *value;
         }
     }
     return {};
@@ -36,8 +26,7 @@ std::string messagesLocale() {
 /// The colon list of locales that messages are looked for in.
 std::string messagesLocales() {
     const std::string locale = messagesLocale();
-    const std::string list = environmentValue("LANGUAGE");
-    return isUntranslated(locale) || list.empty() ? locale : list;
+    return isUntranslated(locale) ? locale : ZPKEnvironment::value("LANGUAGE").value_or(locale);
 }
 
 void appendOnce(std::vector<std::string>& languages, const std::string& language) {
@@ -60,35 +49,7 @@ void appendLanguagesOfLocale(std::vector<std::string>& languages, const std::str
 
 }  // namespace
 
-std::vector<ZPKRunningApplication> ZPKWorkspace::runningApplications() {
-    std::vector<ZPKRunningApplication> applications;
-    for (const pid_t identifier : ZPKProcess::identifiers()) {
-        const std::optional<std::string> program = ZPKProcess::executablePath(std::to_string(identifier));
-        const std::optional<ZPKBundle> bundle = program ? ZPKBundle::bundleOfProgram(*program) : std::nullopt;
-        if (bundle) {
-            applications.push_back({bundle->localizedName(), identifier});
-        }
-    }
-    return applications;
-}
-
-std::vector<std::string> ZPKWorkspace::mountedRemovableMedia() {
-    return mountedRemovableMedia(ZPKMountTable::current());
-}
-
-std::vector<std::string> ZPKWorkspace::mountedRemovableMedia(const ZPKMountTable& table) {
-    std::vector<std::string> paths;
-    for (const ZPKMount& mount : table.mounts()) {
-        const std::optional<ZPKBlockDevice> device = ZPKBlockDevice::ofMount(mount);
-        if (device &&
-            (device->hasRemovableMedium() || device->isMarked("ID_CDROM") || device->isPluggable())) {
-            paths.push_back(mount.target);
-        }
-    }
-    return paths;
-}
-
-std::vector<std::string> ZPKWorkspace::preferredLanguages() {
+std::vector<std::string> ZPKPreferredLanguages::current() {
     std::vector<std::string> languages;
     const std::string locales = messagesLocales() + ':';
     for (std::size_t start = 0; start < locales.size();) {

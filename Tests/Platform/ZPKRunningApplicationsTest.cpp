@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zephyrkit authors
 // SPDX-License-Identifier: MIT
 
-#include "Platform/ZPKWorkspace.h"
+#include "Platform/ZPKRunningApplications.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -16,60 +16,12 @@
 #include <optional>
 #include <thread>
 
-#include "Tests/Platform/ScopedEnvironment.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 namespace {
 
-using zpk_test::ScopedEnvironment;
 using zpk_test::TemporaryFolder;
 using zpk_test::writeFile;
-
-TEST(ZPKWorkspaceTest, PreferredLanguagesFollowTheEnvironment) {
-    using Value = std::optional<std::string>;
-    const Value unset;
-    struct Row {
-        Value language, all, messages, lang;
-        std::vector<std::string> preferred;
-    };
-    const Row rows[] = {
-        {unset, unset, unset, unset, {}},
-        {unset, unset, unset, "de_DE.UTF-8", {"de_DE", "de"}},
-        {unset, unset, "fr_FR.UTF-8", "de_DE.UTF-8", {"fr_FR", "fr"}},
-        {unset, "ja_JP.UTF-8", "fr_FR.UTF-8", "de_DE.UTF-8", {"ja_JP", "ja"}},
-        {unset, "", "", "de_DE.UTF-8", {"de_DE", "de"}},
-        {"ko:pt_BR", unset, unset, "de_DE.UTF-8", {"ko", "pt_BR", "pt"}},
-        {"ko", "ja_JP.UTF-8", unset, unset, {"ko"}},
-        {"", unset, unset, "de_DE.UTF-8", {"de_DE", "de"}},
-        {"ko", unset, unset, unset, {}},
-        {"ko", unset, unset, "C", {}},
-        {"ko", unset, unset, "POSIX", {}},
-        {"ko", "C", unset, "de_DE.UTF-8", {}},
-        {"ko", "C.UTF-8", unset, unset, {"ko"}},
-        {unset, "C.UTF-8", unset, "de_DE.UTF-8", {}},
-        {"en_US.UTF-8:en:de@euro", unset, unset, "en_US.UTF-8", {"en_US", "en", "de"}},
-        {"::de::", unset, unset, "en_US.UTF-8", {"de"}},
-        {":", unset, unset, "en_US.UTF-8", {}},
-        {"fr:C:de", unset, unset, "en_US.UTF-8", {"fr"}},
-        {unset, unset, unset, "sr_RS.UTF-8@latin", {"sr_RS", "sr"}},
-        {unset, unset, unset, "zh_CN.GB18030", {"zh_CN", "zh", "zh-Hans"}},
-        {unset, unset, unset, "zh_SG", {"zh_SG", "zh", "zh-Hans"}},
-        {unset, unset, unset, "zh_TW.UTF-8", {"zh_TW", "zh"}},
-        {"zh:en", unset, unset, "en_US.UTF-8", {"zh", "zh-Hans", "en"}},
-        {"zh_TW:zh_CN", unset, unset, "en_US.UTF-8", {"zh_TW", "zh", "zh_CN", "zh-Hans"}},
-        {unset, unset, unset, ".UTF-8", {}},
-        {unset, unset, unset, "_", {"_"}},
-    };
-    for (const Row& row : rows) {
-        const ScopedEnvironment language("LANGUAGE", row.language);
-        const ScopedEnvironment all("LC_ALL", row.all);
-        const ScopedEnvironment messages("LC_MESSAGES", row.messages);
-        const ScopedEnvironment lang("LANG", row.lang);
-        EXPECT_EQ(ZPKWorkspace::preferredLanguages(), row.preferred)
-            << "LANGUAGE=" << row.language.value_or("-") << " LC_ALL=" << row.all.value_or("-")
-            << " LC_MESSAGES=" << row.messages.value_or("-") << " LANG=" << row.lang.value_or("-");
-    }
-}
 
 /// A process that runs until the end of the test.
 class RunningProgram {
@@ -94,7 +46,7 @@ private:
 };
 
 std::optional<std::string> nameOf(pid_t process) {
-    for (const ZPKRunningApplication& application : ZPKWorkspace::runningApplications()) {
+    for (const ZPKRunningApplication& application : ZPKRunningApplications::current()) {
         if (application.processIdentifier == process) {
             return application.localizedName;
         }
@@ -111,7 +63,7 @@ std::string makeApplication(const std::string& bundle, const std::string& name, 
     return path;
 }
 
-TEST(ZPKWorkspaceTest, RunningApplicationsAreTheProcessesOfBundles) {
+TEST(ZPKRunningApplicationsTest, AreTheProcessesOfBundles) {
     const TemporaryFolder folder;
     const RunningProgram plain(makeApplication(folder / "My App.app", "N\xC3\xA4me", "Linux/program"));
     const RunningProgram again(folder / "My App.app/Contents/Linux/program");
@@ -125,19 +77,19 @@ TEST(ZPKWorkspaceTest, RunningApplicationsAreTheProcessesOfBundles) {
     EXPECT_EQ(nameOf(outside.process()), std::nullopt);
 }
 
-TEST(ZPKWorkspaceTest, RunningApplicationsComeByAscendingProcess) {
+TEST(ZPKRunningApplicationsTest, ComeByAscendingProcess) {
     const TemporaryFolder folder;
     const std::string program = makeApplication(folder / "A.app", "A", "Linux/program");
     const RunningProgram first(program);
     const RunningProgram second(program);
-    const auto applications = ZPKWorkspace::runningApplications();
+    const auto applications = ZPKRunningApplications::current();
     EXPECT_GE(applications.size(), 2u);
     EXPECT_TRUE(std::is_sorted(
         applications.begin(), applications.end(),
         [](const auto& one, const auto& other) { return one.processIdentifier < other.processIdentifier; }));
 }
 
-TEST(ZPKWorkspaceTest, RunningApplicationWhoseProgramIsGoneStillCounts) {
+TEST(ZPKRunningApplicationsTest, OneWhoseProgramIsGoneStillCounts) {
     const TemporaryFolder folder;
     const std::string program = makeApplication(folder / "A.app", "A", "Linux/program");
     const RunningProgram running(program);

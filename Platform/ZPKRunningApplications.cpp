@@ -1,0 +1,21 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#include "Platform/ZPKRunningApplications.h"
+
+#include <optional>
+
+#include "Platform/ZPKBundle.h"
+#include "Platform/ZPKProcess.h"
+
+std::vector<ZPKRunningApplication> ZPKRunningApplications::current() {
+    std::vector<ZPKRunningApplication> applications;
+    for (const pid_t identifier : ZPKProcess::identifiers()) {
+        const std::optional<std::string> program = ZPKProcess::executablePath(std::to_string(identifier));
+        const std::optional<ZPKBundle> bundle = program ? ZPKBundle::bundleOfProgram(*program) : std::nullopt;
+        if (bundle) {
+            applications.push_back({bundle->localizedName(), identifier});
+        }
+    }
+    return applications;
+}
