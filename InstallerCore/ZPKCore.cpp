@@ -387,11 +387,7 @@ bool ZPKCore::uninstallXMLExistAtName(const std::string& name) {
 
 bool ZPKCore::searchSoftwareOnCDVolumes() {
     ZPKCDSearchWindowController controller(m_frontEnd, m_volumes, _filePaths, _softwares);
-    if (controller.window() == nullptr) {
-        return false;
-    }
-    m_frontEnd.runModalForWindow(*controller.window());
-    return controller.isFind();
+    return controller.runModal();
 }
 
 void ZPKCore::showSoftwareListDialog() {

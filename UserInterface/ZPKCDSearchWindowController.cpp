@@ -8,14 +8,11 @@
 #include <thread>
 #include <utility>
 
-#include "Base/ZPKPath.h"
 #include "Common/CLocalizerUtil.h"
-#include "Common/WildCard.h"
 #include "Common/ZPKCoreStringDefine.h"
-#include "Package/CZPKUtil.h"
+#include "UserInterface/ZPKDiscSearch.h"
 #include "UserInterface/ZPKFrontEnd.h"
 #include "UserInterface/ZPKProgressWindowController.h"
-#include "UserInterface/ZPKRemovableVolumes.h"
 
 using namespace varno_zpk;
 
@@ -27,24 +24,6 @@ std::string joinLines(const std::vector<std::string>& lines) {
         text += (&line == &lines.front() ? "" : "\n") + line;
     }
     return text;
-}
-
-bool isPattern(const std::string& searchPath) {
-    return searchPath.find_first_of("*?") != std::string::npos;
-}
-
-/// A pattern that begins with a star continues the volume's own path; any other begins below it.
-std::string fullPattern(const std::string& volume, const std::string& searchPath) {
-    return searchPath.front() == '*' ? volume + searchPath : ZPKPath::join(volume, searchPath);
-}
-
-bool anyMatches(const std::string& pattern, const std::vector<std::string>& paths) {
-    for (const std::string& path : paths) {
-        if (WildCard::Match(pattern, path)) {
-            return true;
-        }
-    }
-    return false;
 }
 
 }  // namespace
@@ -97,10 +76,23 @@ bool ZPKCDSearchWindowController::windowShouldClose() {
     return true;
 }
 
+bool ZPKCDSearchWindowController::runModal() {
+    return m_window && m_frontEnd.runModalForWindow(*m_window) == ZPKModalResponseStop && _isFind;
+}
+
 void ZPKCDSearchWindowController::pushSearch() {
-    if (!searchUnderProgressWindow()) {
-        pushCancel();
+    // The button cannot be reached meanwhile, but assistive tools press it all the same.
+    if (_isSearching) {
         return;
+    }
+    switch (searchUnderProgressWindow()) {
+        case SearchEnd::NoWindow:
+            pushCancel();
+            return;
+        case SearchEnd::Cancelled:
+            return;
+        case SearchEnd::Completed:
+            break;
     }
     if (_isFind) {
         m_frontEnd.stopModal(ZPKModalResponseStop);
@@ -110,27 +102,32 @@ void ZPKCDSearchWindowController::pushSearch() {
     }
 }
 
-bool ZPKCDSearchWindowController::searchUnderProgressWindow() {
+ZPKCDSearchWindowController::SearchEnd ZPKCDSearchWindowController::searchUnderProgressWindow() {
     ZPKProgressWindowController progress(m_frontEnd);
     if (progress.window() == nullptr) {
-        return false;
+        return SearchEnd::NoWindow;
     }
     _isSearching = true;
-    std::thread([this] { searchTaskOnWorkerThread(); }).detach();
+    // Whatever ends this, the worker is told to stop, and has ended before anything it uses goes.
+    const std::jthread worker([this](const std::stop_token& stop) { searchTaskOnWorkerThread(stop); });
 
     progress.progressIndicator()->setIndeterminate(true);
     progress.progressIndicator()->startAnimation();
     progress.window()->makeKeyAndOrderFront();
     progress.setTitle(localized(ZPKSTRING_DISCCHECK_SERACHING));
-    {
-        const std::unique_ptr<ZPKModalSession> session =
-            m_frontEnd.beginModalSessionForWindow(*progress.window());
-        while (_isSearching) {
-            session->run();
-        }
-    }
+    const bool isWanted = runSessionForWindow(*progress.window());
     progress.progressIndicator()->stopAnimation();
     progress.close();
+    return isWanted ? SearchEnd::Completed : SearchEnd::Cancelled;
+}
+
+bool ZPKCDSearchWindowController::runSessionForWindow(ZPKWindow& window) {
+    const std::unique_ptr<ZPKModalSession> session = m_frontEnd.beginModalSessionForWindow(window);
+    while (_isSearching) {
+        if (!session->run()) {
+            return false;
+        }
+    }
     return true;
 }
 
@@ -139,38 +136,14 @@ void ZPKCDSearchWindowController::showInvalidDiscAlert() {
         {localized(ZPKSTRING_UPDATE_INVALID_DISC), "", localized(ZPKSTRING_OK), ZPKAlertStyle::Critical});
 }
 
-void ZPKCDSearchWindowController::searchTaskOnWorkerThread() {
+void ZPKCDSearchWindowController::searchTaskOnWorkerThread(const std::stop_token& stop) {
     try {
-        for (const std::string& volume : m_volumes.mountedRemovableMedia()) {
-            if (_isFind) {
-                break;
-            }
-            if (m_volumes.isCDMediaAtPath(volume) && volumeHoldsDisc(volume)) {
-                _isFind = true;
-            }
+        if (ZPKDiscSearch(m_volumes, _searchPaths).findsDisc(stop)) {
+            _isFind = true;
         }
     } catch (const std::exception& error) {
         // The main thread waits for this search to end, whatever happens in it.
         std::cerr << "Zephyrkit: the disc search failed: " << error.what() << "\n";
     }
     _isSearching = false;
-}
-
-bool ZPKCDSearchWindowController::volumeHoldsDisc(const std::string& volume) const {
-    std::vector<std::string> files;
-    for (const std::string& searchPath : _searchPaths) {
-        if (!isPattern(searchPath)) {
-            if (CZPKUtil::IsFileExist(ZPKPath::join(volume, searchPath))) {
-                return true;
-            }
-            continue;
-        }
-        if (files.empty()) {
-            CZPKUtil::GetFilePathList(volume, &files);
-        }
-        if (anyMatches(fullPattern(volume, searchPath), files)) {
-            return true;
-        }
-    }
-    return false;
 }

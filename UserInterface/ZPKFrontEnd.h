@@ -42,8 +42,10 @@ class ZPKModalSession {
 public:
     virtual ~ZPKModalSession() = default;
 
-    /// Handles the events that are waiting; when there are none, waits a moment for one.
-    virtual void run() = 0;
+    /// Handles the events that are waiting; when there are none, waits a moment for one. False once the
+    /// modal loop around the session is stopped, or the application is to end: the owner comes to an
+    /// end, too, and returns.
+    virtual bool run() = 0;
 };
 
 /// What the launch sequence asks of the windows: the desktop, or the terminal, or a test's script.

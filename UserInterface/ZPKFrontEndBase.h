@@ -36,6 +36,9 @@ protected:
 
     void runPendingActions() { m_queue.runPending(); }
 
+    /// True when the owner of a session inside the modal loop that runs must come to an end.
+    bool isLoopStopped() const { return m_loops.isStopping(); }
+
     /// Makes `run` give exit status 1.
     void noteFailure() { m_exitStatus = 1; }
 

@@ -26,6 +26,11 @@ void ZPKModalLoopStack::terminate() {
     }
 }
 
+bool ZPKModalLoopStack::isStopping() const {
+    const ZPKModalLoop* loop = innermost();
+    return m_terminated || (loop != nullptr && loop->isStopped());
+}
+
 ZPKModalLoop* ZPKModalLoopStack::innermost() const {
     const bool isModal = !m_loops.empty() && m_loops.back()->m_kind == ZPKModalLoop::Kind::Modal;
     return isModal ? m_loops.back() : nullptr;

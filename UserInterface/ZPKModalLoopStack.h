@@ -24,6 +24,9 @@ public:
 
     bool isTerminated() const { return m_terminated; }
 
+    /// True while the innermost loop is on its way out, and for ever after `terminate`.
+    bool isStopping() const;
+
 private:
     friend class ZPKModalLoop;
 

@@ -79,9 +79,10 @@ class ScriptedFrontEnd::Session : public ZPKModalSession {
 public:
     explicit Session(ScriptedFrontEnd& owner) : m_owner(owner) { m_owner.note("session: begin"); }
     ~Session() override { m_owner.note("session: end"); }
-    void run() override {
+    bool run() override {
         m_owner.wait(-1, kSessionWaitMilliseconds);
         m_owner.runPendingActions();
+        return !m_owner.isLoopStopped();
     }
 
 private:
@@ -172,22 +173,26 @@ void ScriptedFrontEnd::runLoopForWindow(ZPKWindow& window, ZPKModalLoop& loop) {
 }
 
 void ScriptedFrontEnd::runLoop(ZPKModalLoop& loop) {
-    runPendingActions();
+    // A test may stop the loop as it begins: what other threads ask is left to the next one then.
     while (!loop.isStopped()) {
-        wait(-1, -1);
         runPendingActions();
+        if (!loop.isStopped()) {
+            wait(-1, -1);
+        }
     }
 }
 
 void ScriptedFrontEnd::playPerson(const DiscWindow& window, ZPKModalLoop& loop) {
-    runPendingActions();
     while (!loop.isStopped()) {
+        runPendingActions();
+        if (loop.isStopped()) {
+            return;
+        }
         if (onDiscWindow) {
             onDiscWindow(window.actions());
         } else {
             window.actions().windowShouldClose();
         }
-        runPendingActions();
     }
 }
 

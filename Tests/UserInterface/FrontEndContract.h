@@ -299,6 +299,31 @@ TEST_P(FrontEndContract, SessionHandlesPerformsAndNeverWaitsLong) {
     worker.join();
 }
 
+TEST_P(FrontEndContract, SessionTellsWhenTheLoopAroundItIsToEnd) {
+    std::thread worker;
+    runWith(*frontEnd, [&] {
+        auto outer = frontEnd->createProgressWindow();
+        auto inner = frontEnd->createProgressWindow();
+        worker = std::thread([&] {
+            frontEnd->performOnMainThreadAndWait([&] {
+                auto session = frontEnd->beginModalSessionForWindow(*inner);
+                EXPECT_TRUE(session->run());
+                frontEnd->abortModal();
+                while (session->run()) {
+                }
+                EXPECT_FALSE(session->run());
+                frontEnd->stopModal(5);
+            });
+        });
+        EXPECT_EQ(frontEnd->runModalForWindow(*outer), ZPKModalResponseAbort);
+        auto session = frontEnd->beginModalSessionForWindow(*inner);
+        EXPECT_TRUE(session->run());
+        frontEnd->terminate();
+        EXPECT_FALSE(session->run());
+    });
+    worker.join();
+}
+
 TEST_P(FrontEndContract, SessionWaitsALittleWhenNothingHappens) {
     runWith(*frontEnd, [&] {
         auto window = frontEnd->createProgressWindow();

@@ -572,6 +572,20 @@ TEST_F(DesktopDiscWindow, ProgressAndAlertOverItTakeTheKeyboardAndGiveItBack) {
     });
 }
 
+TEST_F(DesktopDiscWindow, ToolkitThatIsToldToQuitEndsTheSessionOverItAndTheRun) {
+    const int code = run([&] {
+        auto progress = frontEnd->createProgressWindow();
+        auto session = frontEnd->beginModalSessionForWindow(*progress);
+        EXPECT_TRUE(session->run());
+        QCoreApplication::exit();
+        EXPECT_FALSE(session->run());
+        // A search that found the disc in this moment changes nothing.
+        frontEnd->stopModal(ZPKModalResponseStop);
+    });
+    EXPECT_EQ(code, ZPKModalResponseAbort);
+    EXPECT_EQ(frontEnd->runModalForWindow(*frontEnd->createProgressWindow()), ZPKModalResponseAbort);
+}
+
 /// A copy of the delivered forms with one of them damaged.
 class DesktopForms : public ::testing::Test {
 protected:

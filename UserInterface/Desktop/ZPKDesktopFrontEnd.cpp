@@ -5,7 +5,9 @@
 
 #include <QApplication>
 #include <QEventLoop>
+#include <QScopeGuard>
 #include <QTimer>
+#include <utility>
 
 #include "UserInterface/Desktop/ZPKDesktopAlert.h"
 #include "UserInterface/Desktop/ZPKDesktopCDSearchWindow.h"
@@ -21,18 +23,25 @@ ZPKFormWindow& formWindow(ZPKWindow& window) {
     return dynamic_cast<ZPKFormWindow&>(window);
 }
 
-class ModalSession : public ZPKModalSession {
-public:
-    ModalSession() { m_timer.start(kSessionWaitMilliseconds); }
+}  // namespace
 
-    void run() override { QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents); }
+class ZPKDesktopModalSession : public ZPKModalSession {
+public:
+    explicit ZPKDesktopModalSession(ZPKDesktopFrontEnd& frontEnd) : m_frontEnd(frontEnd) {
+        m_timer.start(kSessionWaitMilliseconds);
+    }
+
+    bool run() override {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        m_frontEnd.terminateIfToolkitQuits();
+        return !m_frontEnd.isLoopStopped();
+    }
 
 private:
+    ZPKDesktopFrontEnd& m_frontEnd;
     /// Its ticks bound the wait.
     QTimer m_timer;
 };
-
-}  // namespace
 
 ZPKDesktopFrontEnd::ZPKDesktopFrontEnd(const ZPKDesktopParameters& parameters)
     : ZPKDesktopApplication(parameters),
@@ -87,7 +96,7 @@ void ZPKDesktopFrontEnd::runAlert(const ZPKAlert& alert) {
 
 std::unique_ptr<ZPKModalSession> ZPKDesktopFrontEnd::beginModalSessionForWindow(ZPKWindow& window) {
     formWindow(window).bringToFront();
-    return std::make_unique<ModalSession>();
+    return std::make_unique<ZPKDesktopModalSession>(*this);
 }
 
 void ZPKDesktopFrontEnd::runLoopForWindow(ZPKWindow& window, ZPKModalLoop& loop) {
@@ -100,12 +109,20 @@ void ZPKDesktopFrontEnd::runLoopForWindow(ZPKWindow& window, ZPKModalLoop& loop)
 
 void ZPKDesktopFrontEnd::runLoop(ZPKModalLoop& loop) {
     QEventLoop events;
+    const auto restored =
+        qScopeGuard([this, around = std::exchange(m_events, &events)] { m_events = around; });
     loop.setLeave([&events] { events.quit(); });
     if (!loop.isStopped()) {
         events.exec();
     }
     if (!loop.isStopped()) {
-        // The toolkit itself was told to quit, by the session's end for instance.
+        // The toolkit itself was told to quit, by the end of the person's session for instance.
+        terminate();
+    }
+}
+
+void ZPKDesktopFrontEnd::terminateIfToolkitQuits() {
+    if (m_events != nullptr && !m_events->isRunning() && !isLoopStopped()) {
         terminate();
     }
 }

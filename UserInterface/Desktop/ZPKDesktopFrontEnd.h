@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <QEventLoop>
 #include <QString>
 #include <memory>
 #include <string>
@@ -25,10 +26,17 @@ public:
     std::unique_ptr<ZPKModalSession> beginModalSessionForWindow(ZPKWindow& window) override;
 
 private:
+    friend class ZPKDesktopModalSession;
+
     bool prepare() override;
     void runLoopForWindow(ZPKWindow& window, ZPKModalLoop& loop) override;
     void runLoop(ZPKModalLoop& loop) override;
 
+    /// Notices inside a session what only the end of the toolkit's own loop would tell.
+    void terminateIfToolkitQuits();
+
     const QString m_resourceFolder;
     std::unique_ptr<ZPKApplicationMenu> m_menu;
+    /// The innermost loop of the toolkit that this front end runs.
+    const QEventLoop* m_events = nullptr;
 };

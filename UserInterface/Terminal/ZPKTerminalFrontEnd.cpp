@@ -23,9 +23,10 @@ class ZPKTerminalModalSession : public ZPKModalSession {
 public:
     explicit ZPKTerminalModalSession(ZPKTerminalFrontEnd& frontEnd) : m_frontEnd(frontEnd) {}
 
-    void run() override {
+    bool run() override {
         m_frontEnd.wait(-1, kSessionWaitMilliseconds);
         m_frontEnd.runPendingActions();
+        return !m_frontEnd.isLoopStopped();
     }
 
 private:
