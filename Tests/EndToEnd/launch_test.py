@@ -5,11 +5,10 @@
 
 import gzip
 import os
-import shutil
 import subprocess
 import unittest
 
-from support import BUILD, RECORDER, TEMPLATE, PackageTestCase, odc_archive, wait_until, write, x_server
+from support import RECORDER, TEMPLATE, PackageTestCase, odc_archive, wait_until, write, x_server
 
 
 class SetupProgramTest(PackageTestCase):
@@ -390,94 +389,6 @@ class DesktopTest(PackageTestCase):
             text=True,
         )
         return found.stdout.strip()
-
-
-class ToolTest(PackageTestCase):
-    """The packager's own words to a vendor."""
-
-    def build(self, *arguments):
-        return subprocess.run(
-            [BUILD / "zpkpack", "build", *map(str, arguments)], capture_output=True, text=True, cwd=self.folder
-        )
-
-    def test_same_source_gives_the_same_bytes(self):
-        self.recorder()
-        self.startup()
-        first, second = self.pack("A.app"), self.pack("B.app")
-        for name in ("Info.datx", "Data.datx"):
-            self.assertEqual(
-                (first / "Contents/Resources" / name).read_bytes(),
-                (second / "Contents/Resources" / name).read_bytes(),
-            )
-
-    def test_refusals_name_the_cause_and_leave_nothing(self):
-        self.recorder()
-        self.startup()
-        rows = [
-            ("no source", lambda: shutil.rmtree(self.source), "source"),
-            ("no payload", lambda: shutil.rmtree(self.source / "Data"), "Data"),
-            ("no description", lambda: (self.source / "Package.strings").unlink(), "Package.strings"),
-            (
-                "identifier without the name",
-                lambda: write(
-                    self.source / "Package.strings",
-                    '"CFBundleName" = "A"; "CFBundleIdentifier" = "com.example.B";',
-                ),
-                "last part",
-            ),
-            ("broken startup", lambda: write(self.source / "Info/Startup.xml", "<Startup"), "Startup.xml"),
-            ("broken conditions", lambda: write(self.source / "Info/Condition.xml", "<a>"), "Condition.xml"),
-            ("broken languages", lambda: write(self.source / "UILang/Languages.xml", "<a/>"), "Languages.xml"),
-        ]
-        copy = self.folder / "copy"
-        shutil.copytree(self.source, copy)
-        for name, spoil, expected in rows:
-            with self.subTest(name):
-                shutil.rmtree(self.source, ignore_errors=True)
-                shutil.copytree(copy, self.source)
-                spoil()
-                before = sorted(os.listdir(self.folder))
-                done = self.build(self.source, "-o", "Out.app")
-                self.assertEqual(done.returncode, 1)
-                self.assertIn(expected, done.stderr)
-                self.assertEqual(sorted(os.listdir(self.folder)), before)
-
-    def test_existing_output_is_kept_unless_forced(self):
-        self.recorder()
-        self.startup()
-        bundle = self.pack()
-        done = self.build(self.source, "-o", bundle)
-        self.assertEqual(done.returncode, 1)
-        self.assertIn("--force", done.stderr)
-        self.assertEqual(self.build(self.source, "-o", bundle, "--force").returncode, 0)
-        self.launch(bundle)
-
-    def test_output_never_meets_what_it_is_made_of(self):
-        self.recorder()
-        self.startup()
-        holder = self.folder / "Holder.app"
-        shutil.copytree(self.source, holder / "source")
-        template = self.folder / "Template.app"
-        shutil.copytree(TEMPLATE, template)
-        rows = [
-            (holder / "source", holder, "is or holds"),
-            (self.source, template, "is or holds"),
-            (self.source, self.source / "Data/Out.app", "is packed"),
-            (self.source, self.source / "Data/../Info/Out.app/", "is packed"),
-        ]
-        for source, output, expected in rows:
-            with self.subTest(output=output):
-                before = sorted(self.folder.rglob("*"))
-                done = self.build(source, "-o", str(output) + "/", "--template", template, "--force")
-                self.assertEqual(done.returncode, 1)
-                self.assertIn(expected, done.stderr)
-                self.assertEqual(sorted(self.folder.rglob("*")), before)
-        self.assertEqual(self.build(self.source, "-o", self.source / "Out.app").returncode, 0)
-
-    def test_output_name_must_be_a_bundle(self):
-        done = self.build(self.source, "-o", "Out")
-        self.assertEqual(done.returncode, 1)
-        self.assertIn(".app", done.stderr)
 
 
 if __name__ == "__main__":

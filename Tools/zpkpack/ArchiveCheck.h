@@ -7,9 +7,15 @@
 
 namespace zpk_packager {
 
-/// Reads the plain archive to its end and compares the items in it with those of `sourceFolder`,
-/// which it holds under the top-level name `name`. Throws `std::runtime_error` naming the first
-/// difference, or the damage.
-void checkArchive(const std::string& archivePath, const std::string& sourceFolder, const std::string& name);
+/// Whether an archive holds what it was made of.
+class ArchiveCheck {
+public:
+    ArchiveCheck() = delete;
+
+    /// Reads the plain archive to its end and compares the items in it with those of `sourceFolder`,
+    /// which it holds under the top-level name `name`. Throws `PackagerFailure` naming the first item
+    /// that is missing, or the damage.
+    static void run(const std::string& archivePath, const std::string& sourceFolder, const std::string& name);
+};
 
 }  // namespace zpk_packager

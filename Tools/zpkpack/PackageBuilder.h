@@ -5,27 +5,33 @@
 
 #include <string>
 
+#include "Tools/zpkpack/BuildOptions.h"
+#include "Tools/zpkpack/LauncherTemplate.h"
+#include "Tools/zpkpack/OutputPlace.h"
+#include "Tools/zpkpack/PackageDescription.h"
+#include "Tools/zpkpack/PackageSource.h"
+
 namespace zpk_packager {
 
-/// What `zpkpack build` is told.
-struct BuildOptions {
-    /// The package source: `Package.strings`, `Info/`, `Data/` and, where the package brings its own
-    /// texts, `UILang/`.
-    std::string sourceFolder;
-
-    /// The bundle to make; its name ends in ".app".
-    std::string outputPath;
-
-    /// The bundle with everything but the two archives.
-    std::string templatePath;
-
-    /// Replace a bundle that is already at `outputPath`.
-    bool replace = false;
-};
-
 /// Makes a runnable bundle of a package source. The bundle is made beside its final place, checked,
-/// and only then put there, so that `outputPath` never holds half a package. Throws
-/// `std::runtime_error` with a message for the vendor.
-void buildPackage(const BuildOptions& options);
+/// and only then put there, so that the output never holds half a package, whatever ends the work.
+class PackageBuilder {
+public:
+    explicit PackageBuilder(const BuildOptions& options);
+
+    /// Leaves the bundle or, when it throws `PackagerFailure`, nothing. A signal that asks the process
+    /// to end does so when all is cleaned up. Called while the process has one thread.
+    void build() const;
+
+private:
+    PackageDescription check() const;
+    void make(const PackageDescription& description, const std::string& workFolder,
+              const std::string& bundle) const;
+    void copyLanguages(const std::string& resourceFolder) const;
+
+    PackageSource m_source;
+    LauncherTemplate m_template;
+    OutputPlace m_output;
+};
 
 }  // namespace zpk_packager

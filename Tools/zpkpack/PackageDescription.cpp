@@ -4,11 +4,12 @@
 #include "Tools/zpkpack/PackageDescription.h"
 
 #include <optional>
-#include <stdexcept>
 
 #include "Base/ZPKPath.h"
+#include "Package/ZPKPackageLayout.h"
 #include "Platform/ZPKFileManager.h"
 #include "Platform/ZPKPropertyList.h"
+#include "Tools/zpkpack/PackagerFailure.h"
 
 namespace zpk_packager {
 
@@ -17,11 +18,11 @@ namespace {
 std::string requiredString(const ZPKPropertyList& list, const std::string& key, const std::string& path) {
     std::string value = list.stringForKey(key).value_or("");
     if (value.empty()) {
-        throw std::runtime_error(path + ": \"" + key + "\" is missing");
+        throw PackagerFailure(path + ": \"" + key + "\" is missing");
     }
     for (const char character : value) {
         if (static_cast<unsigned char>(character) < 0x20 || character == '/') {
-            throw std::runtime_error(path + ": \"" + key + "\" holds a character that no name may hold");
+            throw PackagerFailure(path + ": \"" + key + "\" holds a character that no name may hold");
         }
     }
     return value;
@@ -30,21 +31,20 @@ std::string requiredString(const ZPKPropertyList& list, const std::string& key, 
 }  // namespace
 
 PackageDescription PackageDescription::read(const std::string& folder) {
-    const std::string path = ZPKPath::join(folder, "Package.strings");
+    const std::string path = ZPKPackageLayout::packageStrings(folder);
     if (!ZPKFileManager::fileExists(path)) {
-        throw std::runtime_error(path + " is missing: it names the bundle and its identifier");
+        throw PackagerFailure(path + " is missing: it names the bundle and its identifier");
     }
     const std::optional<ZPKPropertyList> list = ZPKPropertyList::dictionaryWithContentsOfFile(path);
     if (!list) {
-        throw std::runtime_error(path + " is not a list of \"key\" = \"value\"; entries");
+        throw PackagerFailure(path + " is not a list of \"key\" = \"value\"; entries");
     }
     PackageDescription description;
     description.bundleName = requiredString(*list, "CFBundleName", path);
     description.bundleIdentifier = requiredString(*list, "CFBundleIdentifier", path);
     if (ZPKPath::extension(description.bundleIdentifier) != description.bundleName) {
-        throw std::runtime_error(path + ": the last part of the identifier \"" +
-                                 description.bundleIdentifier + "\" must be the bundle name \"" +
-                                 description.bundleName + "\"");
+        throw PackagerFailure(path + ": the last part of the identifier \"" + description.bundleIdentifier +
+                              "\" must be the bundle name \"" + description.bundleName + "\"");
     }
     return description;
 }

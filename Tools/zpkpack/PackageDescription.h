@@ -17,8 +17,8 @@ struct PackageDescription {
     std::string bundleIdentifier;
 
     /// Reads and checks the description of the package source in `folder`. Throws
-    /// `std::runtime_error` with a message for the vendor when it is missing, incomplete, or when
-    /// the identifier's last part is not the name: a launcher finds other runs of itself by either.
+    /// `PackagerFailure` when it is missing, incomplete, or when the identifier's last part is not the name:
+    /// a launcher finds other runs of itself by either.
     static PackageDescription read(const std::string& folder);
 };
 

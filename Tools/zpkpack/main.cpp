@@ -9,6 +9,8 @@
 #include <iostream>
 #include <string>
 
+#include "Base/ZPKTerminalText.h"
+#include "Tools/zpkpack/BuildOptions.h"
 #include "Tools/zpkpack/PackageBuilder.h"
 
 namespace {
@@ -39,9 +41,9 @@ int main(int argc, char** argv) {
     CLI11_PARSE(app, argc, argv);
 
     try {
-        zpk_packager::buildPackage(options);
+        zpk_packager::PackageBuilder(options).build();
     } catch (const std::exception& error) {
-        std::cerr << "zpkpack: " << error.what() << "\n";
+        std::cerr << "zpkpack: " << ZPKTerminalText::printable(error.what()) << "\n";
         return EXIT_FAILURE;
     }
     std::cout << options.outputPath << "\n";

@@ -1,0 +1,26 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <string>
+
+namespace zpk_packager {
+
+/// What `zpkpack build` is told.
+struct BuildOptions {
+    /// The package source: `Package.strings`, `Info/`, `Data/` and, where the package brings its own
+    /// texts, `UILang/`.
+    std::string sourceFolder;
+
+    /// The bundle to make; its name ends in ".app".
+    std::string outputPath;
+
+    /// The bundle with everything but the two archives.
+    std::string templatePath;
+
+    /// Replace a bundle that is already at `outputPath`.
+    bool replace = false;
+};
+
+}  // namespace zpk_packager

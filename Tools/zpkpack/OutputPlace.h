@@ -1,0 +1,39 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <string>
+
+namespace zpk_packager {
+
+/// The path at which the bundle is to appear.
+class OutputPlace {
+public:
+    /// `path` may end in separators. `replace` lets go what is there.
+    OutputPlace(const std::string& path, bool replace);
+
+    const std::string& path() const { return m_path; }
+
+    /// Refuses a place that is taken, or one that meets what the bundle is made of: replacing the
+    /// output must not delete that, and a folder that is packed must not grow by its own package.
+    /// Throws `PackagerFailure`.
+    void check(const std::string& sourceFolder, const std::string& templatePath) const;
+
+    /// Gives the bundle at `made`, which lies on the same file system, its place. What was there is
+    /// then at `made` or beside it, the caller's to remove. Throws `PackagerFailure`, and then what was
+    /// there stays.
+    void put(const std::string& made) const;
+
+private:
+    bool isTaken() const;
+    void checkFree() const;
+    void checkOutside(const std::string& folder, const std::string& why) const;
+    void putInFreePlace(const std::string& made) const;
+    void exchange(const std::string& made) const;
+
+    std::string m_path;
+    bool m_replace;
+};
+
+}  // namespace zpk_packager
