@@ -52,7 +52,7 @@ void CFileManagerLow::ConvertRelToAbsPath(const char* path, std::string& outPath
 
 void CFileManagerLow::GetFolderContents(const char* folder, std::vector<std::string>& outNames) {
     outNames.clear();
-    ZPKFileManager::contentsOfFolder(folder, outNames);
+    ZPKFileManager::contentsOfFolder(folder, outNames).ignore();
 }
 
 bool CFileManagerLow::IsFolder(const char* path) {

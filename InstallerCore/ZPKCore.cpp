@@ -90,7 +90,7 @@ std::optional<std::string> programOfStartup(const CStartupType& startup, const s
 /// The first program of the payload, in the file system's own order.
 std::optional<std::string> firstExecutableInFolder(const std::string& folder) {
     std::vector<std::string> names;
-    ZPKFileManager::contentsOfFolder(folder, names);
+    ZPKFileManager::contentsOfFolder(folder, names).ignore();
     for (const std::string& name : names) {
         if (name.front() == '.') {
             continue;

@@ -56,13 +56,13 @@ bool writeExchanged(const ZPKFileHandle& source, std::uint64_t middle, ZPKResult
 /// The same for a file in its own place: it stays as it is until its replacement is complete.
 void exchangeInPlace(const ZPKFileHandle& source, std::uint64_t middle, const std::string& path) {
     const std::string replacement = path + ".new-" + std::to_string(::getpid());
-    ZPKResult<ZPKFileHandle> newFile = ZPKFileHandle::newFileAt(AT_FDCWD, replacement, 0666);
+    ZPKResult<ZPKFileHandle> newFile = ZPKFileHandle::newFileAt(AT_FDCWD, replacement, 0666, replacement);
     if (!newFile) {
         return;
     }
     if (!writeExchanged(source, middle, std::move(newFile)) ||
         ::rename(replacement.c_str(), path.c_str()) != 0) {
-        ZPKFileManager::removeItem(replacement);
+        ZPKFileManager::removeItem(replacement).ignore();
     }
 }
 
@@ -135,11 +135,11 @@ void CZPKUtil::Unfake(const std::string& src, const std::string& dst) {
         exchange(*source, source->size() - kRotation, dst);
         return;
     }
-    ZPKFileManager::copyItem(resolvedPath(src), dst);
+    ZPKFileManager::copyItem(resolvedPath(src), dst).ignore();
 }
 
 bool CZPKUtil::MakeDirectoryWithIntermediateDirectories(const std::string& path) {
-    return ZPKFileManager::createFolderWithIntermediateFolders(path, kFolderPermissions);
+    return static_cast<bool>(ZPKFileManager::createFolderWithIntermediateFolders(path, kFolderPermissions));
 }
 
 bool CZPKUtil::Copy(const std::string& src, const std::string& dst) {
@@ -147,17 +147,17 @@ bool CZPKUtil::Copy(const std::string& src, const std::string& dst) {
     if (isItemOrInside(src, dst)) {
         return false;
     }
-    ZPKFileManager::removeItem(dst);
+    ZPKFileManager::removeItem(dst).ignore();
     MakeDirectoryWithIntermediateDirectories(parentFolder(dst));
-    return ZPKFileManager::copyItem(src, dst);
+    return static_cast<bool>(ZPKFileManager::copyItem(src, dst));
 }
 
 bool CZPKUtil::DeleteFolder(const std::string& path) {
-    return ZPKFileManager::removeItem(path);
+    return static_cast<bool>(ZPKFileManager::removeItem(path));
 }
 
 bool CZPKUtil::DeleteFile(const std::string& path) {
-    return ZPKFileManager::removeItem(path);
+    return static_cast<bool>(ZPKFileManager::removeItem(path));
 }
 
 void CZPKUtil::GetFilePathList(const std::string& folder, std::vector<std::string>* list) {
@@ -173,7 +173,7 @@ void CZPKUtil::GetFilePathList(const std::string& folder, std::vector<std::strin
             return;
         }
         list->push_back(std::move(full));
-    });
+    }).ignore();
 }
 
 bool CZPKUtil::IsFileExist(const std::string& path) {

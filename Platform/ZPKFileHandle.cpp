@@ -102,20 +102,22 @@ ZPKResult<ZPKFileHandle> ZPKFileHandle::forReadingAtPath(const std::string& path
     return adopt(ZPKFileDescriptor(::open(path.c_str(), flags)), path);
 }
 
-ZPKResult<ZPKFileHandle> ZPKFileHandle::forReadingAt(int folder, const std::string& name) {
+ZPKResult<ZPKFileHandle> ZPKFileHandle::forReadingAt(int folder, const std::string& name,
+                                                     const std::string& path) {
     const int flags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW | O_CLOEXEC;
-    return adopt(ZPKFileDescriptor(::openat(folder, name.c_str(), flags)), name);
+    return adopt(ZPKFileDescriptor(::openat(folder, name.c_str(), flags)), path);
 }
 
 ZPKResult<ZPKFileHandle> ZPKFileHandle::replacingFileAtPath(const std::string& path) {
     // Removing first keeps links and other names of the old file out of it.
     ::unlink(path.c_str());
-    return newFileAt(AT_FDCWD, path, 0666);
+    return newFileAt(AT_FDCWD, path, 0666, path);
 }
 
-ZPKResult<ZPKFileHandle> ZPKFileHandle::newFileAt(int folder, const std::string& name, unsigned int mode) {
+ZPKResult<ZPKFileHandle> ZPKFileHandle::newFileAt(int folder, const std::string& name, unsigned int mode,
+                                                  const std::string& path) {
     const int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    return adopt(ZPKFileDescriptor(::openat(folder, name.c_str(), flags, mode)), name);
+    return adopt(ZPKFileDescriptor(::openat(folder, name.c_str(), flags, mode)), path);
 }
 
 ZPKResult<std::string> ZPKFileHandle::contents(std::size_t limit) const {

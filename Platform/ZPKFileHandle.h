@@ -19,20 +19,23 @@ public:
     /// The regular file that `path` leads to, for reading.
     static ZPKResult<ZPKFileHandle> forReadingAtPath(const std::string& path);
 
-    /// The same relative to an open folder; a link is refused.
-    static ZPKResult<ZPKFileHandle> forReadingAt(int folder, const std::string& name);
+    /// The file `name` of an open folder; a link is refused. `path` is for people to read.
+    static ZPKResult<ZPKFileHandle> forReadingAt(int folder, const std::string& name,
+                                                 const std::string& path);
 
     /// A new empty file in place of the file, link or other item at `path`; what a link leads to and
     /// the other names of a file stay as they are. Fails when it cannot be made or a folder is there.
     static ZPKResult<ZPKFileHandle> replacingFileAtPath(const std::string& path);
 
-    /// A new empty file; fails when anything is there already.
-    static ZPKResult<ZPKFileHandle> newFileAt(int folder, const std::string& name, unsigned int mode);
+    /// A new empty file `name` of an open folder, with `mode` less the umask; fails when anything is
+    /// there already. `path` is for people to read.
+    static ZPKResult<ZPKFileHandle> newFileAt(int folder, const std::string& name, unsigned int mode,
+                                              const std::string& path);
 
     /// Open as long as this object is there; stays this object's.
     int descriptor() const { return m_descriptor.get(); }
 
-    /// The path that the file was opened by.
+    /// The path that failures name.
     const std::string& path() const { return m_path; }
 
     /// What the file system said of the file when it was opened.

@@ -38,8 +38,11 @@ ZPKFileDescriptor openClosedFolder(int parent, const std::string& name) {
     const ZPKFileDescriptor place(
         ::openat(parent, name.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     struct statx attributes;
-    if (!place.isOpen() || !readAttributes(place.get(), attributes) ||
-        ZPKFolderWalker::isMounted(attributes)) {
+    if (!place.isOpen() || !readAttributes(place.get(), attributes)) {
+        return {};
+    }
+    if (ZPKFolderWalker::isMounted(attributes)) {
+        errno = EBUSY;
         return {};
     }
     const std::string handle = "/proc/self/fd/" + std::to_string(place.get());
@@ -87,10 +90,12 @@ bool ZPKFolderWalker::enterAt(int parent, const std::string& name) {
     }
     // A damaged file system can hold itself.
     if (isInsideFolder(level.attributes)) {
+        errno = ELOOP;
         return false;
     }
     if (m_access == Access::ForRemoval) {
         if (isMounted(level.attributes)) {
+            errno = EBUSY;
             return false;
         }
         if ((level.attributes.stx_mode & S_IRWXU) != S_IRWXU) {
@@ -118,13 +123,25 @@ bool ZPKFolderWalker::leave() {
     }
     ZPKFileDescriptor parent(::openat(left.descriptor.get(), "..", kFolderFlags));
     struct statx attributes;
-    if (!parent.isOpen() || !readAttributes(parent.get(), attributes) ||
-        !isSameFolder(attributes, m_levels.back().attributes)) {
+    if (!parent.isOpen() || !readAttributes(parent.get(), attributes)) {
         m_levels.clear();
+        return false;
+    }
+    if (!isSameFolder(attributes, m_levels.back().attributes)) {
+        m_levels.clear();
+        errno = ESTALE;
         return false;
     }
     m_levels.back().descriptor = std::move(parent);
     return true;
+}
+
+std::string ZPKFolderWalker::pathBelowStart() const {
+    std::string path;
+    for (std::size_t level = 1; level < m_levels.size(); ++level) {
+        path += path.empty() ? m_levels[level].name : '/' + m_levels[level].name;
+    }
+    return path;
 }
 
 bool ZPKFolderWalker::readEntries() {

@@ -12,7 +12,8 @@
 
 /// One place in a folder tree, moved down and up by names and open folders alone: no link is ever
 /// followed, nothing depends on the length of a path, and the number of open descriptors is bounded
-/// whatever the depth. Used by the file operations on whole trees. One thread uses one walker.
+/// whatever the depth. Used by the file operations on whole trees. Failures leave their cause in errno.
+/// One thread uses one walker.
 class ZPKFolderWalker {
 public:
     struct Entry {
@@ -47,6 +48,10 @@ public:
     /// The current folder.
     int descriptor() const { return m_levels.back().descriptor.get(); }
     const std::string& name() const { return m_levels.back().name; }
+
+    /// The path from the folder where the walk started down to the current one; empty there and outside.
+    std::string pathBelowStart() const;
+
     const struct statx& attributes() const { return m_levels.back().attributes; }
 
     /// The entries of the current folder in the order in which the file system gives them, read at

@@ -13,7 +13,8 @@
 
 std::vector<pid_t> ZPKProcess::identifiers() {
     std::vector<std::string> names;
-    ZPKFileManager::contentsOfFolder("/proc", names);
+    // Without a list there is nothing to tell.
+    ZPKFileManager::contentsOfFolder("/proc", names).ignore();
     std::vector<pid_t> identifiers;
     for (const std::string& name : names) {
         pid_t identifier = 0;

@@ -73,7 +73,7 @@ std::optional<std::string> cacheFolder() {
         }
         folder = ZPKPath::join(home, ".cache");
     }
-    ZPKFileManager::createFolderWithIntermediateFolders(*folder, S_IRWXU);
+    ZPKFileManager::createFolderWithIntermediateFolders(*folder, S_IRWXU).ignore();
     return folder;
 }
 

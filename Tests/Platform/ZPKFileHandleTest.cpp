@@ -38,8 +38,8 @@ TEST(ZPKFileHandleTest, ReadsOnlyRegularFilesAndNeverWaits) {
     ASSERT_TRUE(file);
     EXPECT_EQ(file->size(), 5u);
     EXPECT_TRUE(ZPKFileHandle::forReadingAtPath(folder / "link"));
-    EXPECT_FALSE(ZPKFileHandle::forReadingAt(AT_FDCWD, folder / "link"));
-    EXPECT_TRUE(ZPKFileHandle::forReadingAt(AT_FDCWD, folder / "file"));
+    EXPECT_FALSE(ZPKFileHandle::forReadingAt(AT_FDCWD, folder / "link", "link"));
+    EXPECT_TRUE(ZPKFileHandle::forReadingAt(AT_FDCWD, folder / "file", "file"));
     EXPECT_FALSE(ZPKFileHandle::forReadingAtPath(folder / "fifo"));
     EXPECT_FALSE(ZPKFileHandle::forReadingAtPath(folder.path()));
     EXPECT_FALSE(ZPKFileHandle::forReadingAtPath("/dev/zero"));
@@ -111,7 +111,7 @@ TEST(ZPKFileHandleTest, ReplacingKeepsOtherNamesAndLinkTargets) {
     EXPECT_TRUE(std::filesystem::is_directory(folder / "folder"));
     EXPECT_EQ(readFile(folder / "other"), "old");
     EXPECT_EQ(readFile(folder / "target"), "kept");
-    EXPECT_FALSE(ZPKFileHandle::newFileAt(AT_FDCWD, folder / "file", 0666));
+    EXPECT_FALSE(ZPKFileHandle::newFileAt(AT_FDCWD, folder / "file", 0666, "file"));
 }
 
 class ZPKFileHandleAppendTest : public ::testing::TestWithParam<const char*> {};

@@ -17,7 +17,6 @@
 #include <filesystem>
 #include <thread>
 
-#include "Base/ZPKPath.h"
 #include "Tests/Platform/OtherUser.h"
 #include "Tests/Support/TemporaryFolder.h"
 
@@ -70,7 +69,7 @@ int depthOf(const std::string& root) {
 
 std::size_t openDescriptorCount() {
     std::vector<std::string> names;
-    ZPKFileManager::contentsOfFolder("/proc/self/fd", names);
+    ZPKFileManager::contentsOfFolder("/proc/self/fd", names).ignore();
     return names.size();
 }
 
@@ -137,7 +136,8 @@ TEST(ZPKFileManagerTest, CreateFolderFailsWhereTheUserMayNotWrite) {
     const TemporaryFolder folder;
     ::chmod(folder.path().c_str(), 0755);
     EXPECT_EQ(::geteuid() != 0, answerWithoutPrivileges([&] {
-                  return ZPKFileManager::createFolderWithIntermediateFolders(folder / "a/b", 0777);
+                  return static_cast<bool>(
+                      ZPKFileManager::createFolderWithIntermediateFolders(folder / "a/b", 0777));
               }));
 }
 
@@ -186,8 +186,9 @@ TEST(ZPKFileManagerTest, RemoveItemOpensTheUsersOwnClosedFolders) {
         }
         ::chmod((tree + "/tree/sub").c_str(), mode);
         ::chmod((tree + "/tree").c_str(), mode);
-        EXPECT_TRUE(answerWithoutPrivileges([&] { return ZPKFileManager::removeItem(tree + "/tree"); }))
-            << mode;
+        EXPECT_TRUE(answerWithoutPrivileges([&] {
+            return static_cast<bool>(ZPKFileManager::removeItem(tree + "/tree"));
+        })) << mode;
         EXPECT_FALSE(isThere(tree + "/tree")) << mode;
     }
 }
@@ -203,7 +204,8 @@ TEST(ZPKFileManagerTest, RemoveItemSaysWhenSomethingRemains) {
     for (const char* const path : {"space", "space/tree", "space/tree/own", "space/tree/own/file"}) {
         giveToUserWithoutPrivileges(folder / path);
     }
-    EXPECT_FALSE(answerWithoutPrivileges([&] { return ZPKFileManager::removeItem(folder / "space/tree"); }));
+    EXPECT_FALSE(answerWithoutPrivileges(
+        [&] { return static_cast<bool>(ZPKFileManager::removeItem(folder / "space/tree")); }));
     EXPECT_EQ(readFile(folder / "space/tree/foreign/file"), "kept");
     EXPECT_FALSE(isThere(folder / "space/tree/own"));
 }
@@ -216,7 +218,7 @@ TEST(ZPKFileManagerTest, RemoveItemTakesTreesDeeperThanAnyPath) {
     makeDeepTree(folder / "deep", 10'000);
     ASSERT_EQ(::setrlimit(RLIMIT_STACK, &smallStack), 0);
     bool removed = false;
-    std::thread([&] { removed = ZPKFileManager::removeItem(folder / "deep"); }).join();
+    std::thread([&] { removed = static_cast<bool>(ZPKFileManager::removeItem(folder / "deep")); }).join();
     EXPECT_TRUE(removed);
     EXPECT_FALSE(isThere(folder / "deep"));
 }
@@ -258,7 +260,7 @@ TEST(ZPKFileManagerTest, RemoveItemIsNotLedAwayByASwappedLink) {
     for (int round = 0; round < 300; ++round) {
         std::filesystem::create_directories(folder / "tree/sub");
         writeFile(folder / "tree/sub/file", "x");
-        ZPKFileManager::removeItem(folder / "tree");
+        ZPKFileManager::removeItem(folder / "tree").ignore();
     }
     done = true;
     swapper.join();
@@ -349,8 +351,8 @@ TEST(ZPKFileManagerTest, CopyItemSaysWhenAFileCannotBeRead) {
     ::chmod((folder / "tree").c_str(), 0755);
     ::chmod((folder / "tree/open").c_str(), 0644);
     ::chmod((folder / "tree/closed").c_str(), 0000);
-    EXPECT_FALSE(
-        answerWithoutPrivileges([&] { return ZPKFileManager::copyItem(folder / "tree", folder / "copy"); }));
+    EXPECT_FALSE(answerWithoutPrivileges(
+        [&] { return static_cast<bool>(ZPKFileManager::copyItem(folder / "tree", folder / "copy")); }));
     EXPECT_EQ(readFile(folder / "copy/open"), "x");
 }
 
@@ -363,8 +365,8 @@ TEST(ZPKFileManagerTest, CopyItemTakesTreesDeeperThanAnyPath) {
     EXPECT_TRUE(ZPKFileManager::copyItem(folder / "deep", folder / "copy"));
     EXPECT_EQ(depthOf(folder / "copy"), 3'000);
     EXPECT_EQ(openDescriptorCount(), before);
-    ZPKFileManager::removeItem(folder / "copy");
-    ZPKFileManager::removeItem(folder / "deep");
+    ZPKFileManager::removeItem(folder / "copy").ignore();
+    ZPKFileManager::removeItem(folder / "deep").ignore();
 }
 
 TEST(ZPKFileManagerTest, ContentsOfFolderGivesDirectEntriesInTheirOrder) {
@@ -405,7 +407,7 @@ TEST(ZPKFileManagerTest, SubpathsGiveEachFolderBeforeWhatItHolds) {
         expected.push_back(entry.path().lexically_relative(folder.path()));
     }
     std::vector<std::string> paths{"old"};
-    ZPKFileManager::subpathsOfFolder(folder.path() + "/", paths);
+    ZPKFileManager::subpathsOfFolder(folder.path() + "/", paths).ignore();
     EXPECT_EQ(paths, expected);
     EXPECT_EQ(std::count(paths.begin(), paths.end(), "z/link/1"), 0);
 }
@@ -414,12 +416,12 @@ TEST(ZPKFileManagerTest, SubpathsLeaveOutWhatIsTooLongOrUnreadable) {
     const TemporaryFolder folder;
     makeDeepTree(folder / "deep", 6'000);
     std::vector<std::string> paths;
-    ZPKFileManager::subpathsOfFolder(folder.path(), paths);
+    ZPKFileManager::subpathsOfFolder(folder.path(), paths).ignore();
     ASSERT_FALSE(paths.empty());
     EXPECT_LT(paths.back().size(), 4096u);
     EXPECT_GT(paths.back().size(), 4090u);
-    ZPKFileManager::removeItem(folder / "deep");
-    ZPKFileManager::subpathsOfFolder(folder / "missing", paths);
+    ZPKFileManager::removeItem(folder / "deep").ignore();
+    ZPKFileManager::subpathsOfFolder(folder / "missing", paths).ignore();
     EXPECT_TRUE(paths.empty());
 }
 
@@ -430,61 +432,96 @@ TEST(ZPKFileManagerTest, SubpathsEndWhereAFolderHoldsItself) {
         GTEST_SKIP() << "may not mount";
     }
     std::vector<std::string> paths;
-    ZPKFileManager::subpathsOfFolder(folder.path(), paths);
+    ZPKFileManager::subpathsOfFolder(folder.path(), paths).ignore();
     EXPECT_EQ(paths, (std::vector<std::string>{"a", "a/loop"}));
     ::umount((folder / "a/loop").c_str());
 }
 
-TEST(ZPKFileManagerTest, PathComponentsAreJoinedWithOneSeparator) {
-    struct Row {
-        const char* folder;
-        const char* component;
-        const char* joined;
-    };
-    const Row rows[] = {
-        {"/a", "b", "/a/b"},
-        {"/a/", "b", "/a/b"},
-        {"/a//", "//b", "/a/b"},
-        {"/a", "/b/c", "/a/b/c"},
-        {"/", "b", "/b"},
-        {"", "b", "b"},
-        {"", "/b", "/b"},
-        {"/a", "", "/a"},
-        {"/a/", "", "/a"},
-        {"/", "", "/"},
-        {"", "", ""},
-        {"a", "../b", "a/../b"},
-        {"a b", " c ", "a b/ c "},
-        {"/", "/", "/"},
-        {"/a", "b/", "/a/b/"},
-    };
-    for (const Row& row : rows) {
-        EXPECT_EQ(ZPKPath::join(row.folder, row.component), row.joined)
-            << "'" << row.folder << "' and '" << row.component << "'";
-    }
+/// "" after a success.
+std::string messageOf(const ZPKOutcome& outcome) {
+    return outcome ? "" : outcome.failure().message();
 }
 
-TEST(ZPKFileManagerTest, PathsAreTakenApart) {
-    struct Row {
-        const char* path;
-        const char* last;
-        const char* extension;
+TEST(ZPKFileManagerTest, CreateFolderSaysWhatStandsInTheWay) {
+    const TemporaryFolder folder;
+    writeFile(folder / "file", "x");
+    const auto make = [](const std::string& path) {
+        return messageOf(ZPKFileManager::createFolderWithIntermediateFolders(path, 0777));
     };
-    const Row rows[] = {
-        {"/x/Setup.app", "Setup.app", "app"},
-        {"/x/Setup.app/", "Setup.app", "app"},
-        {"Setup.APP", "Setup.APP", "APP"},
-        {"a.b/c", "c", ""},
-        {"a.tar.gz", "a.tar.gz", "gz"},
-        {"a.", "a.", ""},
-        {"/", "/", ""},
-        {"", "", ""},
-        {"com.varno.Zephyrkit", "com.varno.Zephyrkit", "Zephyrkit"},
-    };
-    for (const Row& row : rows) {
-        EXPECT_EQ(ZPKPath::lastComponent(row.path), row.last) << row.path;
-        EXPECT_EQ(ZPKPath::extension(row.path), row.extension) << row.path;
+    EXPECT_EQ(make(folder / "file"), folder / "file: Not a directory");
+    EXPECT_EQ(make(folder / "file/a/b"), folder / "file/a: Not a directory") << "the first that failed";
+    EXPECT_EQ(make(""), ": No such file or directory");
+    const std::string longName(300, 'n');
+    EXPECT_EQ(make(folder / longName), folder / (longName + ": File name too long"));
+}
+
+TEST(ZPKFileManagerTest, RemoveItemSaysWhatRemains) {
+    const TemporaryFolder folder;
+    EXPECT_EQ(messageOf(ZPKFileManager::removeItem(folder / "missing")),
+              folder / "missing: No such file or directory");
+    EXPECT_EQ(messageOf(ZPKFileManager::removeItem(folder / "missing/x")),
+              folder / "missing/x: No such file or directory");
+    EXPECT_EQ(messageOf(ZPKFileManager::removeItem("/")), "/: Names no item of a folder");
+    std::filesystem::create_directories(folder / "tree/sub/mounted");
+    if (::mount("none", (folder / "tree/sub/mounted").c_str(), "tmpfs", 0, nullptr) != 0) {
+        GTEST_SKIP() << "may not mount";
     }
+    EXPECT_EQ(messageOf(ZPKFileManager::removeItem(folder / "tree/")),
+              folder / "tree/sub/mounted: Device or resource busy");
+    ::umount((folder / "tree/sub/mounted").c_str());
+}
+
+TEST(ZPKFileManagerTest, CopyItemSaysWhatCouldNotBeCopied) {
+    const TemporaryFolder folder;
+    writeFile(folder / "file", "x");
+    writeFile(folder / "tree/sub/file", "x");
+    ASSERT_EQ(::mkfifo((folder / "tree/sub/fifo").c_str(), 0666), 0);
+    const auto copy = [&](const std::string& from, const std::string& to) {
+        return messageOf(ZPKFileManager::copyItem(folder / from, folder / to));
+    };
+    EXPECT_EQ(copy("missing", "copy"), folder / "missing: No such file or directory");
+    EXPECT_EQ(copy("missing/x", "copy"), folder / "missing/x: No such file or directory");
+    EXPECT_EQ(copy("file", "nowhere/copy"), folder / "nowhere/copy: No such file or directory");
+    EXPECT_EQ(copy("file", "tree"), folder / "tree: File exists");
+    EXPECT_EQ(copy("tree", "file"), folder / "file: File exists");
+    EXPECT_EQ(copy("tree", "tree/sub/copy"), folder / "tree/sub/copy: Lies in the folder that is copied");
+    EXPECT_EQ(copy("tree/", "copy"), folder / "tree/sub/fifo: Neither file nor folder nor link");
+    EXPECT_EQ(readFile(folder / "copy/sub/file"), "x");
+}
+
+TEST(ZPKFileManagerTest, CopyItemSaysThatTheDiskIsFull) {
+    const TemporaryFolder folder;
+    writeFile(folder / "tree/sub/large", std::string(300'000, 'x'));
+    std::filesystem::create_directory(folder / "small");
+    if (::mount("none", (folder / "small").c_str(), "tmpfs", 0, "size=65536") != 0) {
+        GTEST_SKIP() << "may not mount";
+    }
+    EXPECT_EQ(messageOf(ZPKFileManager::copyItem(folder / "tree", folder / "small/copy")),
+              folder / "small/copy/sub/large: No space left on device");
+    ::umount((folder / "small").c_str());
+}
+
+TEST(ZPKFileManagerTest, ListingsSayWhatCouldNotBeRead) {
+    const TemporaryFolder folder;
+    writeFile(folder / "file", "x");
+    std::vector<std::string> names;
+    EXPECT_EQ(messageOf(ZPKFileManager::contentsOfFolder(folder / "missing", names)),
+              folder / "missing: No such file or directory");
+    EXPECT_EQ(messageOf(ZPKFileManager::contentsOfFolder(folder / "file", names)),
+              folder / "file: Not a directory");
+    EXPECT_EQ(messageOf(ZPKFileManager::subpathsOfFolder(folder / "missing", names)),
+              folder / "missing: No such file or directory");
+    EXPECT_EQ(messageOf(ZPKFileManager::subpathsOfFolder(folder.path(), names)), "");
+    ::chmod(folder.path().c_str(), 0755);
+    std::filesystem::create_directories(folder / "closed");
+    writeFile(folder / "open/file", "x");
+    ::chmod((folder / "open").c_str(), 0755);
+    ::chmod((folder / "closed").c_str(), 0000);
+    EXPECT_TRUE(answerWithoutPrivileges([&] {
+        std::vector<std::string> paths;
+        const std::string message = messageOf(ZPKFileManager::subpathsOfFolder(folder.path(), paths));
+        return message == folder / "closed: Permission denied" && paths.size() == 4;
+    }));
 }
 
 }  // namespace

@@ -53,11 +53,11 @@ void ArchivePacker::pack(ZPKPackageLayout::Content content, const std::string& s
     makeArchive(source, plain);
     CZPKUtil::Fake(plain, scrambled);
     requireSameSize(scrambled, plain);
-    ZPKFileManager::removeItem(plain);
+    ZPKFileManager::removeItem(plain).ignore();
     CZPKUtil::Unfake(scrambled, readBack);
     requireSameSize(readBack, scrambled);
     ArchiveCheck::run(readBack, source, ZPKPackageLayout::name(content));
-    ZPKFileManager::removeItem(readBack);
+    ZPKFileManager::removeItem(readBack).ignore();
 }
 
 }  // namespace zpk_packager

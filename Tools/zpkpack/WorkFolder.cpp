@@ -40,7 +40,7 @@ WorkFolder WorkFolder::beside(const std::string& outputPath) {
 }
 
 WorkFolder::~WorkFolder() {
-    ZPKFileManager::removeItem(m_path);
+    ZPKFileManager::removeItem(m_path).ignore();
 }
 
 }  // namespace zpk_packager
