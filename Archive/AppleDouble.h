@@ -18,6 +18,9 @@ using AttributeMap = std::map<std::string, std::string>;
 inline constexpr char kFinderInfoName[] = "com.apple.FinderInfo";
 inline constexpr char kResourceForkName[] = "com.apple.ResourceFork";
 
+/// What the name of an AppleDouble file has before the name of the file whose attributes it carries.
+inline constexpr std::string_view kAppleDoublePrefix = "._";
+
 /// Longest attribute name that the format's table and Linux can both hold.
 constexpr std::size_t kAttributeNameLimit = 250;
 

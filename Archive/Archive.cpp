@@ -5,8 +5,9 @@
 
 #include <sys/stat.h>
 
-#include <cstdlib>
+#include <cerrno>
 #include <memory>
+#include <new>
 
 #include "Archive/CpioReader.h"
 #include "Archive/CpioWriter.h"
@@ -17,6 +18,7 @@
 #include "Archive/OutputFile.h"
 #include "Archive/PlainStream.h"
 #include "Archive/TreePacker.h"
+#include "Base/ZPKPath.h"
 
 namespace zpk_archive {
 
@@ -42,28 +44,29 @@ private:
     bool m_failed = false;
 };
 
+/// What ended a step early, in words for a person.
+std::string reasonOf(const std::exception& failure) {
+    const bool isOutOfMemory = dynamic_cast<const std::bad_alloc*>(&failure) != nullptr;
+    return isOutOfMemory ? ZPKFailure::systemReason(ENOMEM) : failure.what();
+}
+
 /// Runs a step; what ends it early is reported under `name`.
 template <typename Step>
 void reportFailure(const std::string& name, ErrorSink& sink, const Step& step) {
     try {
         step();
     } catch (const std::exception& failure) {
-        sink.error(name, failure.what());
+        sink.error(name, reasonOf(failure));
     }
 }
 
-/// The name that the archive's one top-level entry gets.
-std::string topName(std::string source) {
-    while (source.size() > 1 && source.back() == '/') {
-        source.pop_back();
+/// The name that the archive's one top-level entry gets. Throws ArchiveFailure.
+std::string topName(const std::string& source) {
+    std::string leaf = ZPKPath::lastComponent(source);
+    if (leaf == "." || leaf == "..") {
+        leaf = ZPKPath::lastComponent(ZPKPath::resolved(source));
     }
-    std::string leaf = source.substr(source.rfind('/') + 1);
-    if (leaf == "." || leaf == ".." || leaf.empty()) {
-        std::unique_ptr<char, decltype(&std::free)> real(::realpath(source.c_str(), nullptr), &std::free);
-        leaf = real ? std::string(real.get()) : std::string();
-        leaf.erase(0, leaf.rfind('/') + 1);
-    }
-    if (leaf.empty()) {
+    if (leaf.empty() || leaf == "/") {
         throw ArchiveFailure("it has no name to be packed under");
     }
     // Readers take a member of this name for the end of the archive.
@@ -99,23 +102,23 @@ MemberDescription describe(const Member& member) {
 
 bool create(const std::string& source, const std::string& archive, ErrorSink& sink) {
     CountingSink counted(sink);
-    std::unique_ptr<OutputFile> output;
-    reportFailure(archive, counted, [&] { output = std::make_unique<OutputFile>(archive); });
-    if (!output) {
+    std::string name;
+    ZPKFileDescriptor opened;
+    reportFailure(source, counted, [&] {
+        opened = TreePacker::openSource(source);
+        name = topName(source);
+    });
+    if (counted.failed()) {
         return false;
     }
-    std::string name;
-    reportFailure(source, counted, [&] { name = topName(source); });
-    reportFailure(name.empty() ? source : archive, counted, [&] {
-        if (name.empty()) {
-            return;
-        }
-        GzipWriter gzip(*output);
+    reportFailure(archive, counted, [&] {
+        OutputFile output(archive);
+        GzipWriter gzip(output);
         CpioWriter writer(gzip);
-        TreePacker(writer, *output, counted).pack(source, name);
+        TreePacker(writer, output, counted).pack(std::move(opened), name);
         writer.finish();
         gzip.finish();
-        output->commit();
+        output.commit();
     });
     return !counted.failed();
 }

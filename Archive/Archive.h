@@ -7,19 +7,9 @@
 #include <functional>
 #include <string>
 
+#include "Archive/ErrorSink.h"
+
 namespace zpk_archive {
-
-/// Takes what went wrong, one call for each thing. Called from the thread that called the operation.
-class ErrorSink {
-public:
-    virtual ~ErrorSink() = default;
-
-    /// `name` is the member's name or the file's path, as raw bytes; `reason` is a phrase in English.
-    virtual void error(const std::string& name, const std::string& reason) = 0;
-
-    /// Nothing was lost, but somebody should know.
-    virtual void warning(const std::string& name, const std::string& reason) = 0;
-};
 
 enum class MemberType { RegularFile, Folder, SymbolicLink, HardLink, Other };
 
@@ -41,14 +31,18 @@ struct MemberDescription {
 /// The archive is a row of gzip members of one MiB of plain data each, which every gzip reader takes
 /// and which `extract` inflates side by side. It appears at `archive` complete or not at all.
 ///
-/// What cannot be packed (a socket, an unreadable file, a file of 8 GiB or more, one that changes while
-/// it is read) is reported and left out, or padded to its announced size; the archive stays well formed.
+/// What cannot be packed (a socket, an unreadable file, a file of 8 GiB or more, a path of more than
+/// 262142 bytes, a file that changes while it is read) is reported and left out, or padded to its announced
+/// size; the archive stays well formed.
 ///
 /// `user.*` extended attributes (no others, and no access lists) travel as an AppleDouble member `._NAME`
 /// beside NAME: the attributes com.apple.ResourceFork and com.apple.FinderInfo in the places that the format
-/// has for them, others in its attribute table. One thing has no faithful form: a file of the tree that is
-/// itself called
-/// `._NAME`, lies beside NAME and holds a valid AppleDouble comes back as attributes of NAME.
+/// has for them, others in its attribute table. One thing has no faithful form: a file of the tree that
+/// is itself called `._NAME`, lies beside NAME and holds a valid AppleDouble comes back as attributes of
+/// NAME.
+///
+/// Errors name the source when it cannot be read, the archive when it cannot be written, and a member
+/// that is left out by its own name. Each level of the tree takes a descriptor.
 ///
 /// Returns true when nothing was reported as an error.
 bool create(const std::string& source, const std::string& archive, ErrorSink& sink);

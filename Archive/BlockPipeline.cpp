@@ -10,111 +10,110 @@
 
 namespace zpk_archive {
 
-void ByteBuffer::reserve(std::size_t capacity) {
-    if (capacity > m_capacity) {
-        m_bytes = std::make_unique_for_overwrite<std::uint8_t[]>(capacity);
-        m_capacity = capacity;
-    }
+std::size_t BlockPipeline::suitableWorkers() {
+    return std::clamp(std::thread::hardware_concurrency(), 1U, 8U);
 }
 
-BlockPipeline::BlockPipeline(std::size_t blocks) : m_ring(blocks) {}
+BlockPipeline::BlockPipeline(std::size_t blocks) : m_ring(blocks), m_isComplete(blocks) {}
 
 BlockPipeline::Block* BlockPipeline::acquire() {
-    std::unique_lock lock(m_mutex);
-    m_changed.wait(lock, [this] { return m_stopped || m_acquired - m_consumed < m_ring.size(); });
-    if (m_stopped) {
+    ZPKMutexLock lock(m_mutex);
+    while (!m_isStopped && m_acquired - m_consumed == m_ring.size()) {
+        lock.wait(m_changed);
+    }
+    if (m_isStopped) {
         return nullptr;
     }
-    Block& block = m_ring[m_acquired % m_ring.size()];
+    const std::size_t place = m_acquired % m_ring.size();
     ++m_acquired;
-    block.m_ready = false;
-    block.plain.size = 0;
-    block.packed.size = 0;
-    block.error.clear();
-    m_open = &block;
-    return &block;
+    m_isComplete[place] = false;
+    m_open = &m_ring[place];
+    m_open->plain.size = 0;
+    m_open->packed.size = 0;
+    m_open->error.clear();
+    return m_open;
 }
 
 void BlockPipeline::submit(Block& block) {
-    std::lock_guard lock(m_mutex);
+    const ZPKMutexLock lock(m_mutex);
     m_open = nullptr;
     m_work.push_back(&block);
     m_workAdded.notify_one();
 }
 
 void BlockPipeline::complete(Block& block) {
-    std::lock_guard lock(m_mutex);
+    const ZPKMutexLock lock(m_mutex);
+    markComplete(block);
+}
+
+void BlockPipeline::markComplete(const Block& block) {
     if (m_open == &block) {
         m_open = nullptr;
     }
-    block.m_ready = true;
+    m_isComplete[static_cast<std::size_t>(&block - m_ring.data())] = true;
     m_changed.notify_all();
 }
 
 void BlockPipeline::finish(const std::string& error) {
-    std::lock_guard lock(m_mutex);
+    const ZPKMutexLock lock(m_mutex);
     if (m_open != nullptr) {
-        m_open->m_ready = true;
-        m_open = nullptr;
+        markComplete(*m_open);
     }
-    m_finished = true;
+    m_isFinished = true;
     m_finalError = error;
     m_changed.notify_all();
     m_workAdded.notify_all();
 }
 
 BlockPipeline::Block* BlockPipeline::takeWork() {
-    std::unique_lock lock(m_mutex);
-    m_workAdded.wait(lock, [this] { return m_stopped || m_finished || !m_work.empty(); });
-    if (m_stopped || m_work.empty()) {
+    ZPKMutexLock lock(m_mutex);
+    while (!m_isStopped && !m_isFinished && m_work.empty()) {
+        lock.wait(m_workAdded);
+    }
+    if (m_isStopped || m_work.empty()) {
         return nullptr;
     }
-    Block* block = m_work.front();
+    Block* const block = m_work.front();
     m_work.pop_front();
     return block;
 }
 
 void BlockPipeline::releaseConsumed() {
-    if (m_holding) {
-        m_holding = false;
+    if (m_isHolding) {
+        m_isHolding = false;
         ++m_consumed;
         m_changed.notify_all();
     }
 }
 
+bool BlockPipeline::isNextThere() const {
+    return m_consumed < m_acquired && m_isComplete[m_consumed % m_ring.size()];
+}
+
 BlockPipeline::Block* BlockPipeline::next() {
-    std::unique_lock lock(m_mutex);
+    ZPKMutexLock lock(m_mutex);
     releaseConsumed();
+    while (!m_isStopped && !isNextThere() && !(m_isFinished && m_consumed == m_acquired)) {
+        lock.wait(m_changed);
+    }
+    if (m_isStopped) {
+        return nullptr;
+    }
     Block& block = m_ring[m_consumed % m_ring.size()];
-    m_changed.wait(lock, [&] {
-        bool waiting = m_consumed < m_acquired;
-        return m_stopped || (waiting ? block.m_ready : m_finished);
-    });
-    if (m_stopped) {
-        return nullptr;
+    const bool isAtEnd = m_consumed == m_acquired;
+    const std::string& error = isAtEnd ? m_finalError : block.error;
+    if (!error.empty()) {
+        throw ArchiveFailure(error);
     }
-    if (m_consumed == m_acquired) {
-        if (!m_finalError.empty()) {
-            throw ArchiveFailure(m_finalError);
-        }
-        return nullptr;
-    }
-    if (!block.error.empty()) {
-        throw ArchiveFailure(block.error);
-    }
-    m_holding = true;
-    return &block;
+    m_isHolding = !isAtEnd;
+    return isAtEnd ? nullptr : &block;
 }
 
 void BlockPipeline::stop() {
-    std::lock_guard lock(m_mutex);
-    m_stopped = true;
+    const ZPKMutexLock lock(m_mutex);
+    m_isStopped = true;
     m_changed.notify_all();
     m_workAdded.notify_all();
-}
-
-std::size_t workerCount() {
-    return std::clamp(std::thread::hardware_concurrency(), 1U, 8U);
 }
 
 }  // namespace zpk_archive

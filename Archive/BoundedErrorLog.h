@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <string>
 
-#include "Archive/Archive.h"
+#include "Archive/ErrorSink.h"
 
 namespace zpk_archive {
 

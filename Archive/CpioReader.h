@@ -3,13 +3,12 @@
 
 #pragma once
 
-#include <sys/types.h>
-
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <span>
-#include <string>
+
+#include "Archive/Member.h"
 
 struct archive;
 
@@ -17,24 +16,13 @@ namespace zpk_archive {
 
 class PlainStream;
 
-/// One member's header.
-struct Member {
-    std::string name;
-    mode_t mode = 0;  ///< Type and permission bits.
-    std::int64_t size = 0;
-    std::int64_t modifiedSeconds = 0;
-    long modifiedNanoseconds = 0;
-    unsigned linkCount = 1;
-    std::string symbolicLinkTarget;
-    bool dataComeWithLastName = false;  ///< Of several names of one file (newc); else with each.
-    std::string hardLinkTarget;         ///< Not empty: the earlier member with the same inode number.
-};
-
 /// Reads the members of a CPIO archive one after the other.
 class CpioReader {
 public:
     explicit CpioReader(PlainStream& stream);
     ~CpioReader();
+    CpioReader(const CpioReader&) = delete;
+    CpioReader& operator=(const CpioReader&) = delete;
 
     /// The next member; nothing at the archive's end mark. Throws ArchiveFailure when the archive is
     /// damaged or ends without its mark. The data of the member before must have been read.

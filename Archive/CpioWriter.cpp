@@ -85,6 +85,10 @@ void CpioWriter::startMember(const Member& member, std::int64_t inode) {
     if (member.size >= kSizeLimit) {
         throw MemberFailure("a CPIO archive cannot hold a file of 8 GiB or more");
     }
+    // The library would write such a name behind a header that announces a shorter one.
+    if (member.name.size() > kNameLimit) {
+        throw MemberFailure("a CPIO archive cannot hold a path of more than 262142 bytes");
+    }
     Entry entry(archive_entry_new());
     archive_entry_set_pathname(entry.get(), member.name.c_str());
     archive_entry_set_mode(entry.get(), member.mode);

@@ -3,12 +3,12 @@
 
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
-#include <string>
 
-#include "Archive/CpioReader.h"
+#include "Archive/Member.h"
 
 namespace zpk_archive {
 
@@ -17,8 +17,13 @@ class GzipWriter;
 /// Writes members with the portable ASCII (odc) header.
 class CpioWriter {
 public:
+    /// Longest name of a member, in bytes.
+    static constexpr std::size_t kNameLimit = 0777777 - 1;
+
     explicit CpioWriter(GzipWriter& output);
     ~CpioWriter();
+    CpioWriter(const CpioWriter&) = delete;
+    CpioWriter& operator=(const CpioWriter&) = delete;
 
     /// Starts a member; `inode` tells files with several names apart and is 0 for all others.
     /// Throws MemberFailure when the header cannot hold it, and then nothing has been written;

@@ -7,43 +7,29 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <string_view>
 
-#include "Archive/Archive.h"
+#include "Archive/CpioReader.h"
+#include "Archive/ErrorSink.h"
 #include "Archive/ExtendedAttributes.h"
 #include "Archive/Failure.h"
-#include "Archive/MemberName.h"
+#include "Archive/FolderWriter.h"
 #include "Archive/SparseFileWriter.h"
 
 namespace zpk_archive {
 
 namespace {
 
-constexpr std::string_view kAppleDoublePrefix = "._";
-
 /// Set-user-ID and set-group-ID are never restored.
 constexpr mode_t kPermissionBits = 01777;
 
-Attributes attributesOf(const Member& member) {
+ModeAndTime modeAndTimeOf(const Member& member) {
     return {member.mode & kPermissionBits, {member.modifiedSeconds, member.modifiedNanoseconds}};
 }
 
-std::string joined(const MemberPath& path) {
-    std::string text;
-    for (const std::string& component : path) {
-        text += (text.empty() ? "" : "/") + component;
-    }
-    return text;
-}
-
-std::size_t hashOf(const MemberPath& path) {
-    return std::hash<std::string>()(joined(path));
-}
-
-MemberPath ownerOf(MemberPath path) {
-    path.back().erase(0, kAppleDoublePrefix.size());
-    return path;
+/// The file whose attributes an AppleDouble file carries.
+MemberPath ownerOf(const MemberPath& path) {
+    return path.sibling(std::string_view(path.leaf()).substr(kAppleDoublePrefix.size()));
 }
 
 }  // namespace
@@ -69,8 +55,8 @@ void Extractor::skipData() {
 }
 
 void Extractor::extractMember(const Member& member) {
-    MemberPath path = splitMemberName(member.name);
-    if (path.empty()) {
+    MemberPath path(member.name);
+    if (path.isFolderItself()) {
         // The folder that is written is the caller's, and so are its mode and time.
         if (!S_ISDIR(member.mode)) {
             throw MemberFailure("the name means the folder itself");
@@ -86,7 +72,7 @@ void Extractor::extractMember(const Member& member) {
     }
     extractByType(member, path);
     if (S_ISDIR(member.mode) || S_ISREG(member.mode)) {
-        m_extracted.push_back(hashOf(path));
+        m_extracted.push_back(path.hash());
     }
     m_last = std::move(path);
 }
@@ -94,14 +80,14 @@ void Extractor::extractMember(const Member& member) {
 void Extractor::extractByType(const Member& member, const MemberPath& path) {
     switch (member.mode & S_IFMT) {
         case S_IFDIR:
-            m_writer.makeFolder(path, attributesOf(member));
+            m_writer.makeFolder(path, modeAndTimeOf(member));
             break;
         case S_IFREG:
             extractFile(member, path);
             break;
         case S_IFLNK:
             if (!extractLink(member, path)) {
-                m_writer.makeSymbolicLink(path, member.symbolicLinkTarget, attributesOf(member).modified);
+                m_writer.makeSymbolicLink(path, member.symbolicLinkTarget, modeAndTimeOf(member).modified);
                 rememberLinkTarget(member, path);
             }
             break;
@@ -140,12 +126,11 @@ bool Extractor::extractLink(const Member& member, const MemberPath& path) {
     if (isStranger(member, target)) {
         return false;
     }
-    MemberPath targetPath = splitMemberName(member.hardLinkTarget);
-    m_writer.makeHardLink(path, targetPath, target.identity);
+    m_writer.makeHardLink(path, target.path, target.identity);
     if (hasData && target.size == 0) {
         ZPKFileDescriptor file = m_writer.reopenFile(path, target.identity);
         fill(file.get(), nullptr);
-        m_writer.closeFileForNow(std::move(file), path, attributesOf(member));
+        m_writer.closeFileForNow(std::move(file), path, modeAndTimeOf(member));
         target.size = member.size;
     }
     return true;
@@ -160,10 +145,12 @@ bool Extractor::isStranger(const Member& member, const LinkTarget& target) {
 }
 
 void Extractor::rememberLinkTarget(const Member& member, const MemberPath& path) {
-    struct stat status {};
-    if (member.linkCount > 1 && m_writer.examine(path, status)) {
-        m_linkTargets[member.name] = {Identity(status), S_ISREG(member.mode) ? member.size : 0,
-                                      member.modifiedSeconds, member.mode};
+    if (member.linkCount <= 1) {
+        return;
+    }
+    if (const std::optional<FileIdentity> identity = m_writer.identify(path)) {
+        const std::int64_t size = S_ISREG(member.mode) ? member.size : 0;
+        m_linkTargets[member.name] = {path, *identity, size, member.modifiedSeconds, member.mode};
     }
 }
 
@@ -173,14 +160,22 @@ void Extractor::writeNewFile(const Member& member, const MemberPath& path, const
         fill(file.get(), contents);
         bool dataMayFollow = member.dataComeWithLastName && member.linkCount > 1 && member.size == 0;
         if (dataMayFollow || contents != nullptr) {
-            m_writer.closeFileForNow(std::move(file), path, attributesOf(member));
+            m_writer.closeFileForNow(std::move(file), path, modeAndTimeOf(member));
         } else {
-            m_writer.closeFile(std::move(file), attributesOf(member));
+            m_writer.closeFile(std::move(file), modeAndTimeOf(member));
         }
     } catch (...) {
-        // Half a file would pass for a whole one.
-        m_writer.remove(path);
+        removeHalf(path);
         throw;
+    }
+}
+
+void Extractor::removeHalf(const MemberPath& path) {
+    // Half a file would pass for a whole one.
+    try {
+        m_writer.remove(path);
+    } catch (const MemberFailure& failure) {
+        m_sink.error(path.text(), std::string("half of it is left: ") + failure.what());
     }
 }
 
@@ -197,7 +192,7 @@ void Extractor::fill(int descriptor, const std::string* contents) {
 }
 
 bool Extractor::mayBeAppleDouble(const Member& member, const MemberPath& path) const {
-    const std::string& name = path.back();
+    const std::string_view name = path.leaf();
     return S_ISREG(member.mode) && member.hardLinkTarget.empty() && member.linkCount <= 1 &&
            static_cast<std::size_t>(member.size) <= kAppleDoubleLimit &&
            name.starts_with(kAppleDoublePrefix) && name != "._" && name != "._." && name != "._..";
@@ -209,13 +204,13 @@ void Extractor::extractAppleDouble(const Member& member, const MemberPath& path)
         contents.append(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     }
     std::optional<AttributeMap> attributes = decodeAppleDouble(contents);
-    MemberPath owner = ownerOf(path);
-    bool ownerJustCame = attributes && owner == m_last;
+    const MemberPath owner = ownerOf(path);
+    const bool ownerJustCame = attributes && owner == m_last;
     if (ownerJustCame && applyAttributes(path, owner, *attributes)) {
         return;
     }
     writeNewFile(member, path, &contents);
-    m_extracted.push_back(hashOf(path));
+    m_extracted.push_back(path.hash());
     if (attributes && !ownerJustCame) {
         m_waiting.push_back(path);
     }
@@ -227,15 +222,15 @@ bool Extractor::applyAttributes(const MemberPath& path, const MemberPath& owner,
         writeAttributes(m_writer.locate(owner).get(), attributes);
         return true;
     } catch (const MemberFailure& failure) {
-        m_sink.warning(joined(owner), "its extended attributes are kept in the file " + path.back() + " (" +
-                                          failure.what() + ")");
+        m_sink.warning(owner.text(), std::string("its extended attributes are kept in the file ") +
+                                         path.leaf() + " (" + failure.what() + ")");
         return false;
     }
 }
 
-void Extractor::joinLater(const MemberPath& path) {
-    MemberPath owner = ownerOf(path);
-    if (!std::binary_search(m_extracted.begin(), m_extracted.end(), hashOf(owner))) {
+void Extractor::joinWithOwner(const MemberPath& path) {
+    const MemberPath owner = ownerOf(path);
+    if (!std::binary_search(m_extracted.begin(), m_extracted.end(), owner.hash())) {
         return;
     }
     std::string contents = m_writer.readFile(path, kAppleDoubleLimit);
@@ -249,9 +244,9 @@ void Extractor::finish() {
     std::sort(m_extracted.begin(), m_extracted.end());
     for (const MemberPath& path : m_waiting) {
         try {
-            joinLater(path);
+            joinWithOwner(path);
         } catch (const MemberFailure& failure) {
-            m_sink.error(joined(path), failure.what());
+            m_sink.error(path.text(), failure.what());
         }
     }
     m_waiting.clear();

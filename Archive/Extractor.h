@@ -9,12 +9,15 @@
 #include <vector>
 
 #include "Archive/AppleDouble.h"
-#include "Archive/CpioReader.h"
-#include "Archive/FolderWriter.h"
+#include "Archive/FileIdentity.h"
+#include "Archive/Member.h"
+#include "Archive/MemberPath.h"
 
 namespace zpk_archive {
 
+class CpioReader;
 class ErrorSink;
+class FolderWriter;
 
 /// Brings an archive's members into a folder, one after the other.
 class Extractor {
@@ -32,7 +35,8 @@ public:
 private:
     /// The first of several names of one file.
     struct LinkTarget {
-        Identity identity;
+        MemberPath path;
+        FileIdentity identity;
         std::int64_t size;
         std::int64_t modifiedSeconds;
         mode_t mode;
@@ -50,7 +54,8 @@ private:
     bool mayBeAppleDouble(const Member& member, const MemberPath& path) const;
     void extractAppleDouble(const Member& member, const MemberPath& path);
     bool applyAttributes(const MemberPath& path, const MemberPath& owner, const AttributeMap& attributes);
-    void joinLater(const MemberPath& path);
+    void joinWithOwner(const MemberPath& path);
+    void removeHalf(const MemberPath& path);
 
     void skipData();
 

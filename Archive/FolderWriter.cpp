@@ -4,209 +4,232 @@
 #include "Archive/FolderWriter.h"
 
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <filesystem>
-#include <optional>
 
 #include "Archive/Failure.h"
-#include "Archive/MemberName.h"
 #include "Base/ZPKDescriptorIO.h"
+#include "Base/ZPKPath.h"
 
 namespace zpk_archive {
 
 namespace {
 
 constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+constexpr int kNewFileFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+constexpr mode_t kPermissions = 07777;
 
-void throwUnless(bool good) {
-    if (!good) {
+void throwUnless(bool isGood) {
+    if (!isGood) {
         throw MemberFailure::ofSystem(errno);
     }
 }
 
-std::string joined(const MemberPath& path) {
-    std::string text;
-    for (const std::string& component : path) {
-        text += (text.empty() ? "" : "/") + component;
-    }
-    return text;
-}
-
 /// Works on a folder that its owner may not even read, unlike opening it in the usual way.
-void openToOwner(int parent, const std::string& name) {
-    ZPKFileDescriptor folder(::openat(parent, name.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    throwUnless(folder.isOpen());
-    throwUnless(::chmod(("/proc/self/fd/" + std::to_string(folder.get())).c_str(), 0700) == 0);
+bool openToOwner(int parent, const char* name, mode_t mode) {
+    const ZPKFileDescriptor folder(::openat(parent, name, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    const std::string path = "/proc/self/fd/" + std::to_string(folder.get());
+    return folder.isOpen() && ::chmod(path.c_str(), (mode & kPermissions) | S_IRWXU) == 0;
 }
 
-void setAttributes(int descriptor, const Attributes& attributes) {
-    timespec times[2] = {attributes.modified, attributes.modified};
+/// Makes sure that the owner may enter the folder and write in it.
+bool isOpenToOwner(int parent, const char* name, const struct stat& status) {
+    return (status.st_mode & S_IRWXU) == S_IRWXU || openToOwner(parent, name, status.st_mode);
+}
+
+/// Makes a folder that is open to its owner, whatever the process's mask.
+bool makeNewFolder(int parent, const char* name, mode_t mode) {
+    struct stat made {};
+    return ::mkdirat(parent, name, mode) == 0 && ::fstatat(parent, name, &made, AT_SYMLINK_NOFOLLOW) == 0 &&
+           isOpenToOwner(parent, name, made);
+}
+
+/// The same for a folder and those on the way to it that are missing.
+bool makeMissingFolders(const std::string& path) {
+    if (makeNewFolder(AT_FDCWD, path.c_str(), 0777) || errno == EEXIST) {
+        return true;
+    }
+    const std::string parent = ZPKPath::parent(path);
+    return errno == ENOENT && parent != path && makeMissingFolders(parent) &&
+           makeNewFolder(AT_FDCWD, path.c_str(), 0777);
+}
+
+/// Frees the name for something new: a file, a link or an empty folder goes.
+void clearPlace(int parent, const char* name) {
+    if (::unlinkat(parent, name, 0) == 0 || errno == ENOENT) {
+        return;
+    }
+    throwUnless(errno == EISDIR || errno == EPERM);
+    throwUnless(::unlinkat(parent, name, AT_REMOVEDIR) == 0);
+}
+
+ZPKFileDescriptor openFolder(int parent, const char* name, bool makeMissing) {
+    ZPKFileDescriptor folder(::openat(parent, name, kFolderFlags));
+    if (!folder.isOpen() && errno == ENOENT && makeMissing) {
+        throwUnless(makeNewFolder(parent, name, 0777));
+        folder = ZPKFileDescriptor(::openat(parent, name, kFolderFlags));
+    }
+    if (!folder.isOpen() && (errno == ELOOP || errno == ENOTDIR)) {
+        throw MemberFailure("a part of its path is no folder");
+    }
+    throwUnless(folder.isOpen());
+    return folder;
+}
+
+void throwUnlessSame(const FileIdentity& found, const FileIdentity& expected) {
+    if (found != expected) {
+        throw MemberFailure("the file that it is a link to has been replaced");
+    }
+}
+
+std::optional<FileIdentity> identityAt(int parent, const char* name) {
+    struct stat found {};
+    const bool isThere = ::fstatat(parent, name, &found, AT_SYMLINK_NOFOLLOW) == 0;
+    return isThere ? std::optional(FileIdentity(found)) : std::nullopt;
+}
+
+void setModeAndTime(int descriptor, const ModeAndTime& modeAndTime) {
+    const timespec times[2] = {modeAndTime.modified, modeAndTime.modified};
     // The mode first: it may end the permission to nothing, while times need ownership alone.
-    throwUnless(::fchmod(descriptor, attributes.permissions) == 0);
+    throwUnless(::fchmod(descriptor, modeAndTime.permissions) == 0);
     throwUnless(::futimens(descriptor, times) == 0);
 }
 
 }  // namespace
 
 FolderWriter::FolderWriter(const std::string& folder) {
-    std::error_code ignored;  // What counts is whether it can be opened afterwards.
-    std::filesystem::create_directories(folder, ignored);
-    m_root = ZPKFileDescriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+    m_root = ZPKFileDescriptor(::open(folder.c_str(), kFlags));
+    if (!m_root.isOpen() && errno == ENOENT && makeMissingFolders(folder)) {
+        m_root = ZPKFileDescriptor(::open(folder.c_str(), kFlags));
+    }
     if (!m_root.isOpen()) {
         throw ArchiveFailure::ofSystem(errno);
     }
 }
 
-int FolderWriter::openFolder(int parent, const std::string& name, bool makeMissing) {
-    int folder = ::openat(parent, name.c_str(), kFolderFlags);
-    if (folder < 0 && errno == ENOENT && makeMissing) {
-        throwUnless(::mkdirat(parent, name.c_str(), 0777) == 0);
-        folder = ::openat(parent, name.c_str(), kFolderFlags);
-    }
-    if (folder < 0 && (errno == ELOOP || errno == ENOTDIR)) {
-        throw MemberFailure("a part of its path is no folder");
-    }
-    throwUnless(folder >= 0);
-    return folder;
-}
-
 int FolderWriter::openParent(const MemberPath& path, bool makeMissing) {
-    std::size_t depth = path.size() - 1;
+    const std::size_t depth = path.depth() - 1;
     std::size_t common = 0;
-    while (common < depth && common < m_way.size() && m_way[common].name == path[common]) {
+    while (common < depth && common < m_way.size() && m_way[common].name == path.component(common)) {
         ++common;
     }
     m_way.resize(common);
+    int parent = common == 0 ? m_root.get() : m_way.back().descriptor.get();
     for (std::size_t i = common; i < depth; ++i) {
-        int parent = i == 0 ? m_root.get() : m_way[i - 1].descriptor.get();
-        m_way.push_back({path[i], ZPKFileDescriptor(openFolder(parent, path[i], makeMissing))});
+        m_way.push_back({path.component(i), openFolder(parent, path.component(i), makeMissing)});
+        parent = m_way.back().descriptor.get();
     }
-    return depth == 0 ? m_root.get() : m_way[depth - 1].descriptor.get();
+    return parent;
 }
 
-void FolderWriter::clearPlace(int parent, const std::string& name) {
-    if (::unlinkat(parent, name.c_str(), 0) == 0 || errno == ENOENT) {
-        return;
-    }
-    if (errno != EISDIR && errno != EPERM) {
-        throw MemberFailure::ofSystem(errno);
-    }
-    throwUnless(::unlinkat(parent, name.c_str(), AT_REMOVEDIR) == 0);
-}
-
-void FolderWriter::makeFolder(const MemberPath& path, const Attributes& attributes) {
-    int parent = openParent(path, true);
-    const std::string& name = path.back();
-    if (::mkdirat(parent, name.c_str(), 0700) != 0) {
+void FolderWriter::makeFolder(const MemberPath& path, const ModeAndTime& modeAndTime) {
+    const int parent = openParent(path, true);
+    const char* const name = path.leaf();
+    if (!makeNewFolder(parent, name, S_IRWXU)) {
         throwUnless(errno == EEXIST);
         struct stat status {};
-        throwUnless(::fstatat(parent, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0);
-        if (!S_ISDIR(status.st_mode)) {
+        throwUnless(::fstatat(parent, name, &status, AT_SYMLINK_NOFOLLOW) == 0);
+        if (S_ISDIR(status.st_mode)) {
+            throwUnless(isOpenToOwner(parent, name, status));
+        } else {
             clearPlace(parent, name);
-            throwUnless(::mkdirat(parent, name.c_str(), 0700) == 0);
-        } else if ((status.st_mode & 0700) != 0700) {
-            openToOwner(parent, name);
+            throwUnless(makeNewFolder(parent, name, S_IRWXU));
         }
     }
-    m_postponed.push_back({joined(path), attributes, S_IFDIR});
+    m_postponed.push_back({path, modeAndTime, S_IFDIR});
 }
 
 void FolderWriter::makeSymbolicLink(const MemberPath& path, const std::string& target,
                                     const timespec& modified) {
-    int parent = openParent(path, true);
-    const char* name = path.back().c_str();
-    if (::symlinkat(target.c_str(), parent, name) != 0) {
+    const int parent = openParent(path, true);
+    if (::symlinkat(target.c_str(), parent, path.leaf()) != 0) {
         throwUnless(errno == EEXIST);
-        clearPlace(parent, path.back());
-        throwUnless(::symlinkat(target.c_str(), parent, name) == 0);
+        clearPlace(parent, path.leaf());
+        throwUnless(::symlinkat(target.c_str(), parent, path.leaf()) == 0);
     }
-    timespec times[2] = {modified, modified};
-    throwUnless(::utimensat(parent, name, times, AT_SYMLINK_NOFOLLOW) == 0);
+    const timespec times[2] = {modified, modified};
+    throwUnless(::utimensat(parent, path.leaf(), times, AT_SYMLINK_NOFOLLOW) == 0);
 }
 
 ZPKFileDescriptor FolderWriter::makeFile(const MemberPath& path) {
-    constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    int parent = openParent(path, true);
-    const char* name = path.back().c_str();
-    ZPKFileDescriptor file(::openat(parent, name, kFlags, 0600));
+    const int parent = openParent(path, true);
+    ZPKFileDescriptor file(::openat(parent, path.leaf(), kNewFileFlags, 0600));
     if (!file.isOpen() && errno == EEXIST) {
-        clearPlace(parent, path.back());
-        file = ZPKFileDescriptor(::openat(parent, name, kFlags, 0600));
+        clearPlace(parent, path.leaf());
+        file = ZPKFileDescriptor(::openat(parent, path.leaf(), kNewFileFlags, 0600));
     }
     throwUnless(file.isOpen());
     return file;
 }
 
-void FolderWriter::closeFile(ZPKFileDescriptor file, const Attributes& attributes) {
-    setAttributes(file.get(), attributes);
+void FolderWriter::closeFile(ZPKFileDescriptor file, const ModeAndTime& modeAndTime) {
+    setModeAndTime(file.get(), modeAndTime);
     throwUnless(file.close());
 }
 
 void FolderWriter::closeFileForNow(ZPKFileDescriptor file, const MemberPath& path,
-                                   const Attributes& attributes) {
+                                   const ModeAndTime& modeAndTime) {
+    // The process's mask may have made it a file that cannot be opened again.
+    throwUnless(::fchmod(file.get(), S_IRUSR | S_IWUSR) == 0);
     throwUnless(file.close());
-    m_postponed.push_back({joined(path), attributes, S_IFREG});
+    m_postponed.push_back({path, modeAndTime, S_IFREG});
 }
 
-void FolderWriter::makeHardLink(const MemberPath& path, const MemberPath& target, const Identity& expected) {
-    ZPKFileDescriptor targetParent(::fcntl(openParent(target, false), F_DUPFD_CLOEXEC, 0));
+void FolderWriter::makeHardLink(const MemberPath& path, const MemberPath& target,
+                                const FileIdentity& expected) {
+    const ZPKFileDescriptor targetParent(::fcntl(openParent(target, false), F_DUPFD_CLOEXEC, 0));
     throwUnless(targetParent.isOpen());
-    struct stat found {};
-    throwUnless(::fstatat(targetParent.get(), target.back().c_str(), &found, AT_SYMLINK_NOFOLLOW) == 0);
-    if (Identity(found) != expected) {
-        throw MemberFailure("the file that it is a link to has been replaced");
+    std::optional<FileIdentity> found = identityAt(targetParent.get(), target.leaf());
+    throwUnless(found.has_value());
+    throwUnlessSame(*found, expected);
+    const int parent = openParent(path, true);
+    found = identityAt(parent, path.leaf());
+    if (found == expected) {
+        return;
     }
-    int parent = openParent(path, true);
-    const char* name = path.back().c_str();
-    if (::fstatat(parent, name, &found, AT_SYMLINK_NOFOLLOW) == 0) {
-        if (Identity(found) == expected) {
-            return;
-        }
-        clearPlace(parent, path.back());
+    if (found) {
+        clearPlace(parent, path.leaf());
     }
-    throwUnless(::linkat(targetParent.get(), target.back().c_str(), parent, name, 0) == 0);
+    throwUnless(::linkat(targetParent.get(), target.leaf(), parent, path.leaf(), 0) == 0);
     // Only now is it certain what was linked.
-    if (::fstatat(parent, name, &found, AT_SYMLINK_NOFOLLOW) != 0 || Identity(found) != expected) {
-        ::unlinkat(parent, name, 0);
+    if (identityAt(parent, path.leaf()) != expected) {
+        ::unlinkat(parent, path.leaf(), 0);
         throw MemberFailure("the file that it is a link to has been replaced");
     }
 }
 
-ZPKFileDescriptor FolderWriter::reopenFile(const MemberPath& path, const Identity& expected) {
-    int parent = openParent(path, false);
-    ZPKFileDescriptor file(
-        ::openat(parent, path.back().c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+ZPKFileDescriptor FolderWriter::reopenFile(const MemberPath& path, const FileIdentity& expected) {
+    const int parent = openParent(path, false);
+    ZPKFileDescriptor file(::openat(parent, path.leaf(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     struct stat found {};
     throwUnless(file.isOpen() && ::fstat(file.get(), &found) == 0);
-    if (Identity(found) != expected) {
-        throw MemberFailure("the file that it is a link to has been replaced");
-    }
+    throwUnlessSame(FileIdentity(found), expected);
     throwUnless(::ftruncate(file.get(), 0) == 0);
     return file;
 }
 
-bool FolderWriter::examine(const MemberPath& path, struct stat& status) {
+std::optional<FileIdentity> FolderWriter::identify(const MemberPath& path) {
     try {
-        int parent = openParent(path, false);
-        return ::fstatat(parent, path.back().c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
+        return identityAt(openParent(path, false), path.leaf());
     } catch (const MemberFailure&) {
-        return false;
+        return std::nullopt;
     }
 }
 
 ZPKFileDescriptor FolderWriter::locate(const MemberPath& path) {
-    int parent = openParent(path, false);
-    ZPKFileDescriptor found(::openat(parent, path.back().c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    const int parent = openParent(path, false);
+    ZPKFileDescriptor found(::openat(parent, path.leaf(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
     throwUnless(found.isOpen());
     return found;
 }
 
 std::string FolderWriter::readFile(const MemberPath& path, std::size_t limit) {
-    int parent = openParent(path, false);
-    ZPKFileDescriptor file(
-        ::openat(parent, path.back().c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    const int parent = openParent(path, false);
+    const ZPKFileDescriptor file(
+        ::openat(parent, path.leaf(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     struct stat status {};
     throwUnless(file.isOpen() && ::fstat(file.get(), &status) == 0);
     if (!S_ISREG(status.st_mode)) {
@@ -218,30 +241,27 @@ std::string FolderWriter::readFile(const MemberPath& path, std::size_t limit) {
 }
 
 void FolderWriter::remove(const MemberPath& path) {
-    int parent = openParent(path, false);
-    throwUnless(::unlinkat(parent, path.back().c_str(), 0) == 0 || errno == ENOENT);
+    const int parent = openParent(path, false);
+    throwUnless(::unlinkat(parent, path.leaf(), 0) == 0 || errno == ENOENT);
 }
 
 void FolderWriter::sortPostponed() {
     // What lies deepest comes first, for a folder's own mode may forbid to enter it. Of several entries
     // for one path the archive's last stays last.
-    auto depth = [](const Postponed& item) { return std::count(item.path.begin(), item.path.end(), '/'); };
     std::stable_sort(
         m_postponed.begin(), m_postponed.end(),
-        [&](const Postponed& left, const Postponed& right) { return depth(left) > depth(right); });
+        [](const Postponed& left, const Postponed& right) { return left.path.depth() > right.path.depth(); });
 }
 
 void FolderWriter::apply(const Postponed& item) {
-    MemberPath path = splitMemberName(item.path);
-    struct stat status {};
-    if (!examine(path, status) || (status.st_mode & S_IFMT) != item.type) {
+    const std::optional<FileIdentity> found = identify(item.path);
+    if (!found || found->type != item.type) {
         return;  // A later member took its place.
     }
-    int parent = openParent(path, false);
-    int flags = item.type == S_IFDIR ? kFolderFlags : O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-    ZPKFileDescriptor opened(::openat(parent, path.back().c_str(), flags));
+    const int flags = item.type == S_IFDIR ? kFolderFlags : O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    const ZPKFileDescriptor opened(::openat(openParent(item.path, false), item.path.leaf(), flags));
     throwUnless(opened.isOpen());
-    setAttributes(opened.get(), item.attributes);
+    setModeAndTime(opened.get(), item.modeAndTime);
 }
 
 }  // namespace zpk_archive

@@ -70,16 +70,16 @@ private:
     std::vector<std::uint8_t> m_bytes;
 };
 
-std::optional<MemberSizes> findSizes(std::span<const std::uint8_t> extra) {
+std::optional<GzipMemberSizes> findSizes(std::span<const std::uint8_t> extra) {
     while (extra.size() >= 4) {
         std::size_t length = getLittle(extra.subspan(2, 2));
         if (length > extra.size() - 4) {
             break;
         }
         if (extra[0] == kFieldId[0] && extra[1] == kFieldId[1] && length == kFieldSize) {
-            MemberSizes sizes{getLittle(extra.subspan(4, 4)), getLittle(extra.subspan(8, 4))};
-            bool credible = sizes.packed > kMemberTrailerSize && sizes.packed <= kMemberPackedLimit &&
-                            sizes.plain <= kMemberPlainSize;
+            GzipMemberSizes sizes{getLittle(extra.subspan(4, 4)), getLittle(extra.subspan(8, 4))};
+            bool credible = sizes.packed > kGzipMemberTrailerSize && sizes.packed <= kGzipMemberPackedLimit &&
+                            sizes.plain <= kGzipMemberPlainSize;
             return credible ? std::optional(sizes) : std::nullopt;
         }
         extra = extra.subspan(4 + length);
@@ -89,9 +89,9 @@ std::optional<MemberSizes> findSizes(std::span<const std::uint8_t> extra) {
 
 }  // namespace
 
-std::array<std::uint8_t, kMemberHeaderSize> makeMemberHeader(const MemberSizes& sizes) {
+std::array<std::uint8_t, kGzipMemberHeaderSize> makeGzipMemberHeader(const GzipMemberSizes& sizes) {
     // The time is left at 0, so that the same tree gives the same bytes.
-    std::array<std::uint8_t, kMemberHeaderSize> header = {
+    std::array<std::uint8_t, kGzipMemberHeaderSize> header = {
         0x1f, 0x8b,      kDeflateMethod, kHasExtra, 0,           0,           0,          0,
         0,    kUnixHost, 4 + kFieldSize, 0,         kFieldId[0], kFieldId[1], kFieldSize, 0};
     putLittle(header.data() + 16, sizes.packed);
@@ -99,21 +99,22 @@ std::array<std::uint8_t, kMemberHeaderSize> makeMemberHeader(const MemberSizes& 
     return header;
 }
 
-std::array<std::uint8_t, kMemberTrailerSize> makeMemberTrailer(std::uint32_t crc, std::uint32_t plainSize) {
-    std::array<std::uint8_t, kMemberTrailerSize> trailer{};
+std::array<std::uint8_t, kGzipMemberTrailerSize> makeGzipMemberTrailer(std::uint32_t crc,
+                                                                       std::uint32_t plainSize) {
+    std::array<std::uint8_t, kGzipMemberTrailerSize> trailer{};
     putLittle(trailer.data(), crc);
     putLittle(trailer.data() + 4, plainSize);
     return trailer;
 }
 
-std::optional<MemberSizes> readMemberHeader(InputFile& input) {
+std::optional<GzipMemberSizes> readGzipMemberHeader(InputFile& input) {
     HeaderBytes header(input);
     std::span<const std::uint8_t> fixed = header.take(10);
     std::uint8_t flags = fixed[3];
     if (fixed[0] != 0x1f || fixed[1] != 0x8b || fixed[2] != kDeflateMethod || (flags & kReservedFlags) != 0) {
         throw ArchiveFailure("a gzip header is damaged");
     }
-    std::optional<MemberSizes> sizes;
+    std::optional<GzipMemberSizes> sizes;
     if ((flags & kHasExtra) != 0) {
         std::size_t length = getLittle(header.take(2));
         sizes = findSizes(header.take(length));

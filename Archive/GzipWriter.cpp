@@ -29,17 +29,18 @@ using Compressor = std::unique_ptr<libdeflate_compressor, CompressorCloser>;
 
 void deflateBlock(libdeflate_compressor* compressor, BlockPipeline::Block& block) {
     std::size_t bound = libdeflate_deflate_compress_bound(compressor, block.plain.size);
-    block.packed.reserve(kMemberHeaderSize + bound + kMemberTrailerSize);
-    std::uint8_t* deflated = block.packed.data() + kMemberHeaderSize;
+    block.packed.reserve(kGzipMemberHeaderSize + bound + kGzipMemberTrailerSize);
+    std::uint8_t* deflated = block.packed.data() + kGzipMemberHeaderSize;
     std::size_t size =
         libdeflate_deflate_compress(compressor, block.plain.data(), block.plain.size, deflated, bound);
     if (size == 0) {
         throw ArchiveFailure("the data cannot be compressed");
     }
     auto plainSize = static_cast<std::uint32_t>(block.plain.size);
-    auto packedSize = static_cast<std::uint32_t>(size + kMemberTrailerSize);
-    auto header = makeMemberHeader({packedSize, plainSize});
-    auto trailer = makeMemberTrailer(libdeflate_crc32(0, block.plain.data(), block.plain.size), plainSize);
+    auto packedSize = static_cast<std::uint32_t>(size + kGzipMemberTrailerSize);
+    auto header = makeGzipMemberHeader({packedSize, plainSize});
+    auto trailer =
+        makeGzipMemberTrailer(libdeflate_crc32(0, block.plain.data(), block.plain.size), plainSize);
     std::copy(header.begin(), header.end(), block.packed.data());
     std::copy(trailer.begin(), trailer.end(), deflated + size);
     block.packed.size = header.size() + size + trailer.size();
@@ -59,7 +60,7 @@ public:
     }
 
     void deflate(BlockPipeline::Block& block) {
-        bool zeros = block.plain.size == kMemberPlainSize && isAllZeros(block.plain.bytes());
+        bool zeros = block.plain.size == kGzipMemberPlainSize && isAllZeros(block.plain.bytes());
         if (zeros && !m_zeroMember.empty()) {
             block.packed.reserve(m_zeroMember.size());
             std::copy(m_zeroMember.begin(), m_zeroMember.end(), block.packed.data());
@@ -79,8 +80,8 @@ private:
 
 }  // namespace
 
-GzipWriter::GzipWriter(OutputFile& output) : m_output(output), m_pipeline(2 * workerCount() + 2) {
-    for (std::size_t i = 0; i < workerCount(); ++i) {
+GzipWriter::GzipWriter(OutputFile& output) : m_output(output), m_pipeline(BlockPipeline::suitableLength()) {
+    for (std::size_t i = 0; i < BlockPipeline::suitableWorkers(); ++i) {
         m_workers.emplace_back([this] { deflateSubmitted(); });
     }
     m_writer = std::jthread([this] { writeCompleted(); });
@@ -97,14 +98,14 @@ void GzipWriter::write(std::span<const std::uint8_t> bytes) {
             if (m_filling == nullptr) {
                 throwIfFailed();
             }
-            m_filling->plain.reserve(kMemberPlainSize);
+            m_filling->plain.reserve(kGzipMemberPlainSize);
         }
         ByteBuffer& plain = m_filling->plain;
-        std::size_t count = std::min(bytes.size(), kMemberPlainSize - plain.size);
+        std::size_t count = std::min(bytes.size(), kGzipMemberPlainSize - plain.size);
         std::memcpy(plain.data() + plain.size, bytes.data(), count);
         plain.size += count;
         bytes = bytes.subspan(count);
-        if (plain.size == kMemberPlainSize) {
+        if (plain.size == kGzipMemberPlainSize) {
             handOn();
         }
     }

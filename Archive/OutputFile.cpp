@@ -8,6 +8,7 @@
 #include <cerrno>
 
 #include "Archive/Failure.h"
+#include "Archive/FileIdentity.h"
 #include "Base/ZPKDescriptorIO.h"
 
 namespace zpk_archive {
@@ -20,10 +21,6 @@ ZPKReplacementFile growingFile(const std::string& path) {
         throw ArchiveFailure(file.failure().reason());
     }
     return std::move(*file);
-}
-
-bool isSameFile(const struct stat& left, const struct stat& right) {
-    return left.st_dev == right.st_dev && left.st_ino == right.st_ino;
 }
 
 }  // namespace
@@ -43,9 +40,10 @@ void OutputFile::commit() {
 }
 
 bool OutputFile::isSelf(const struct stat& status) const {
+    const FileIdentity identity(status);
     struct stat own {};
-    return (::fstat(m_file.descriptor(), &own) == 0 && isSameFile(own, status)) ||
-           (::stat(m_path.c_str(), &own) == 0 && isSameFile(own, status));
+    return (::fstat(m_file.descriptor(), &own) == 0 && FileIdentity(own) == identity) ||
+           (::stat(m_path.c_str(), &own) == 0 && FileIdentity(own) == identity);
 }
 
 }  // namespace zpk_archive

@@ -6,6 +6,7 @@
 #include <archive.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <memory>
 
@@ -27,10 +28,44 @@ struct ReaderCloser {
     void operator()(archive* reader) const { archive_read_free(reader); }
 };
 
+/// Hands libarchive the input's bytes, and keeps the reason when they cannot be read.
+class ByteSupply {
+public:
+    explicit ByteSupply(InputFile& input) : m_input(input) {}
+
+    static la_ssize_t read(archive* reader, void* data, const void** bytes) {
+        return static_cast<ByteSupply*>(data)->supply(reader, bytes);
+    }
+
+    [[noreturn]] void fail() const {
+        throw ArchiveFailure(m_error.empty() ? "the bzip2 data are damaged or cut short" : m_error);
+    }
+
+private:
+    la_ssize_t supply(archive* reader, const void** bytes) {
+        // No exception may pass through the library's own frames.
+        try {
+            m_input.consume(m_handedOut);
+            const std::span<const std::uint8_t> available = m_input.available();
+            m_handedOut = available.size();
+            *bytes = available.data();
+            return static_cast<la_ssize_t>(available.size());
+        } catch (const std::exception& failure) {
+            m_error = failure.what();
+            archive_set_error(reader, EIO, "%s", failure.what());
+            return -1;
+        }
+    }
+
+    InputFile& m_input;
+    std::size_t m_handedOut = 0;
+    std::string m_error;
+};
+
 }  // namespace
 
 PlainStream::PlainStream(const std::string& path)
-    : m_path(path), m_input(path), m_pipeline(2 * workerCount() + 2) {
+    : m_input(path), m_pipeline(BlockPipeline::suitableLength()) {
     std::span<const std::uint8_t> head = m_input.peek(3);
     void (PlainStream::*method)() = &PlainStream::copyPlain;
     if (head.empty()) {
@@ -89,13 +124,14 @@ void PlainStream::copyPlain() {
 }
 
 void PlainStream::unpackBzip2() {
-    std::unique_ptr<archive, ReaderCloser> reader(archive_read_new());
+    ByteSupply supply(m_input);
+    const std::unique_ptr<archive, ReaderCloser> reader(archive_read_new());
     archive_read_support_filter_bzip2(reader.get());
     archive_read_support_format_raw(reader.get());
     archive_entry* entry = nullptr;
-    if (archive_read_open_filename(reader.get(), m_path.c_str(), kCopySize) != ARCHIVE_OK ||
+    if (archive_read_open(reader.get(), &supply, nullptr, &ByteSupply::read, nullptr) != ARCHIVE_OK ||
         archive_read_next_header(reader.get(), &entry) != ARCHIVE_OK) {
-        throw ArchiveFailure("the bzip2 data are damaged");
+        supply.fail();
     }
     for (BlockPipeline::Block* block = m_pipeline.acquire(); block != nullptr; block = m_pipeline.acquire()) {
         block->plain.reserve(kCopySize);
@@ -103,7 +139,7 @@ void PlainStream::unpackBzip2() {
         block->plain.size = static_cast<std::size_t>(std::max<la_ssize_t>(got, 0));
         m_pipeline.complete(*block);
         if (got < 0) {
-            throw ArchiveFailure("the bzip2 data are damaged or cut short");
+            supply.fail();
         }
         if (got == 0) {
             return;
@@ -114,7 +150,7 @@ void PlainStream::unpackBzip2() {
 void PlainStream::unpackGzip() {
     Inflater inflater;
     do {
-        std::optional<MemberSizes> sizes = readMemberHeader(m_input);
+        std::optional<GzipMemberSizes> sizes = readGzipMemberHeader(m_input);
         bool goOn =
             sizes ? submitMember(sizes->packed, sizes->plain) : inflater.inflateStream(m_input, m_pipeline);
         if (!goOn) {
@@ -129,7 +165,7 @@ bool PlainStream::submitMember(std::size_t packedSize, std::size_t plainSize) {
         return false;
     }
     startWorkers();
-    block->packed.reserve(kMemberPackedLimit);
+    block->packed.reserve(kGzipMemberPackedLimit);
     block->packed.size = m_input.read(block->packed.data(), packedSize);
     // The worker is told the size that must come out in the size field of the buffer to fill.
     block->plain.size = plainSize;
@@ -162,7 +198,7 @@ bool PlainStream::skipPadding() {
 
 void PlainStream::startWorkers() {
     if (m_workers.empty()) {
-        for (std::size_t i = 0; i < workerCount(); ++i) {
+        for (std::size_t i = 0; i < BlockPipeline::suitableWorkers(); ++i) {
             m_workers.emplace_back([this] { inflateSubmitted(); });
         }
     }

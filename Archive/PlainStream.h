@@ -38,7 +38,6 @@ private:
     void inflateSubmitted();
     void startWorkers();
 
-    std::string m_path;
     InputFile m_input;
     BlockPipeline m_pipeline;
     std::vector<std::jthread> m_workers;

@@ -11,7 +11,8 @@
 #include <vector>
 
 #include "Archive/AppleDouble.h"
-#include "Archive/CpioReader.h"
+#include "Archive/FileIdentity.h"
+#include "Archive/Member.h"
 #include "Base/ZPKFileDescriptor.h"
 
 namespace zpk_archive {
@@ -20,34 +21,47 @@ class CpioWriter;
 class ErrorSink;
 class OutputFile;
 
-/// Packs a tree, each folder's things in the order of their names' bytes.
+/// Packs one tree, each folder's things in the order of their names' bytes. The way down is kept in
+/// memory of its own and not on the stack, so that a tree may be as deep as there are descriptors.
 class TreePacker {
 public:
+    /// Opens what is to be packed: a folder or a file, or a link to one. Throws ArchiveFailure.
+    static ZPKFileDescriptor openSource(const std::string& path);
+
     TreePacker(CpioWriter& writer, const OutputFile& output, ErrorSink& sink);
 
     /// Packs `source` under the name `name`. What cannot be packed is reported, and left out.
     /// Throws ArchiveFailure when the archive cannot be written.
-    void pack(const std::string& source, const std::string& name);
+    void pack(ZPKFileDescriptor source, const std::string& name);
 
 private:
-    void packThing(int parent, const std::string& leaf, const std::string& name);
-    void packOpened(const ZPKFileDescriptor& thing, const std::string& name, const struct stat& status);
-    void packFolder(int folder, const std::string& name);
-    void packSymbolicLink(int parent, const std::string& leaf, const std::string& name,
-                          const struct stat& status);
-    void packData(int file, const std::string& name, std::int64_t size);
-    void packAttributes(const AttributeMap& attributes, const std::string& name, const struct stat& status);
+    /// A folder whose things are being packed.
+    struct OpenFolder {
+        ZPKFileDescriptor descriptor;
+        std::size_t nameLength;           ///< Of the folder's own name, at the start of `m_name`.
+        std::vector<std::string> leaves;  ///< What is still to come, the next one last.
+    };
+
+    void packSource(ZPKFileDescriptor source);
+    void packNext(OpenFolder& folder);
+    void packThing(int parent, const std::string& leaf);
+    void packOpened(ZPKFileDescriptor thing, const struct stat& status);
+    void packSymbolicLink(int parent, const std::string& leaf, const struct stat& status);
+    void packData(int file, std::int64_t size);
+    void packAttributes(const AttributeMap& attributes, const struct stat& status);
+    AttributeMap attributesOf(int thing);
     void startMember(Member& member, const struct stat& status);
-    std::vector<std::string> sortedNames(int folder);
     void padWithZeros(std::int64_t count);
 
     CpioWriter& m_writer;
     const OutputFile& m_output;
     ErrorSink& m_sink;
+    std::string m_name;  ///< Of the member at hand.
+    std::vector<OpenFolder> m_way;
     std::vector<std::uint8_t> m_buffer;
     /// Numbers for files with several names; the machine's own inode numbers would differ from run to
     /// run and do not fit the header.
-    std::map<std::pair<dev_t, ino_t>, std::int64_t> m_inodes;
+    std::map<FileIdentity, std::int64_t> m_inodes;
 };
 
 }  // namespace zpk_archive

@@ -91,6 +91,27 @@ void appendNewc(std::string& archive, const RawMember& member) {
 
 }  // namespace
 
+std::string randomText(std::size_t size, unsigned seed) {
+    std::string text(size, '\0');
+    std::uint64_t state = seed * 2654435761U + 1;
+    for (char& byte : text) {
+        state = state * 6364136223846793005U + 1442695040888963407U;
+        byte = static_cast<char>("abcdefgh\n"[(state >> 33) % 9]);
+    }
+    return text;
+}
+
+void setTime(const std::string& path, time_t seconds) {
+    timespec times[2] = {{seconds, 0}, {seconds, 0}};
+    ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW), 0) << path;
+}
+
+void becomeNobody() {
+    if (::geteuid() == 0 && (::setgid(65534) != 0 || ::setuid(65534) != 0)) {
+        _exit(126);
+    }
+}
+
 Outcome runProgram(const std::vector<std::string>& command, const std::function<void()>& prepare) {
     TemporaryFolder folder;
     std::string errorPath = folder / "stderr";

@@ -37,6 +37,15 @@ void shell(const std::string& line);
 /// Whether the program is on this machine.
 bool hasProgram(const std::string& name);
 
+/// Gives up the rights of root for good, where the process has them; for `prepare`.
+void becomeNobody();
+
+/// Text of the letters a to h and line feeds, the same for each seed.
+std::string randomText(std::size_t size, unsigned seed);
+
+/// Sets the time of the file, folder or link itself.
+void setTime(const std::string& path, time_t seconds);
+
 /// Each thing below the folder by its relative path, with all that must survive a round trip: type,
 /// permissions, time (whole seconds; of folders and links only with `otherTimes`), contents' digest or link
 /// target, and which names are one file.

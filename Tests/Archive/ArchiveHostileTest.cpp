@@ -1,68 +1,19 @@
 // SPDX-FileCopyrightText: 2026 The Zephyrkit authors
 // SPDX-License-Identifier: MIT
 
-#include <fcntl.h>
 #include <signal.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
-#include <thread>
 
-#include "Tests/Archive/ArchiveFixture.h"
+#include "Tests/Archive/HostileArchiveFixture.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using namespace zpk_test;
-
-constexpr std::uint32_t kFile = S_IFREG | 0644;
-constexpr std::uint32_t kFolder = S_IFDIR | 0755;
-constexpr std::uint32_t kLink = S_IFLNK | 0777;
-
-void becomeNobody() {
-    if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) {
-        _exit(126);
-    }
-}
-
-/// A folder to extract into, `in`, whose neighbours must stay as they are.
-class HostileArchiveTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        writeFile(m_folder / "sentinel", "untouched");
-        writeFile(m_folder / "outside/file", "untouched");
-        writeFile(m_folder / "in-evil/file", "untouched");
-        fs::create_directory(m_folder / "in");
-        chmod((m_folder / "sentinel").c_str(), 0640);
-        m_before = neighbours();
-    }
-
-    void TearDown() override { EXPECT_EQ(neighbours(), m_before); }
-
-    std::map<std::string, std::string> neighbours() {
-        auto all = snapshot(m_folder.path());
-        std::erase_if(all, [](const auto& item) {
-            return item.first == "archive" || item.first == "in" || item.first.starts_with("in/");
-        });
-        return all;
-    }
-
-    void letNobodyIn() {
-        chmod(m_folder.path().c_str(), 0755);
-        chmod((m_folder / "in").c_str(), 0777);
-    }
-
-    Outcome extractMembers(const std::vector<RawMember>& members) {
-        writeFile(m_folder / "archive", makeOdc(members));
-        return extract(m_folder / "archive", m_folder / "in");
-    }
-
-    TemporaryFolder m_folder;
-    std::map<std::string, std::string> m_before;
-};
 
 TEST_F(HostileArchiveTest, NamesThatLeaveTheFolderAreRefusedOneByOne) {
     const std::string absolute = m_folder / "absolute";
@@ -344,168 +295,6 @@ TEST_F(HostileArchiveTest, AnnouncedLengthsCostNoMemory) {
     EXPECT_LT(outcome.peakMemory, 64 * 1024);
 }
 
-class DamagedArchiveTest : public HostileArchiveTest {
-protected:
-    void SetUp() override {
-        HostileArchiveTest::SetUp();
-        writeFile(m_folder / "in/D/a", "the contents of a");
-        writeFile(m_folder / "in/D/sub/b", std::string(3000, 'b') + "end");
-        fs::create_symlink("a", m_folder / "in/D/link");
-        ASSERT_EQ(create(m_folder / "in/D", m_folder / "archive").exitStatus, 0);
-        m_good = readFile(m_folder / "archive");
-        ASSERT_LT(m_good.size(), 1500U);
-    }
-
-    bool extractBytes(const std::string& bytes) {
-        KeepingSink sink;
-        writeFile(m_folder / "archive", bytes);
-        bool good = zpk_archive::extract(m_folder / "archive", m_folder / "in/out", sink);
-        EXPECT_EQ(good, sink.errors.empty());
-        return good;
-    }
-
-    std::string m_good;
-};
-
-TEST_F(DamagedArchiveTest, CutAtEveryOffsetIsAnError) {
-    for (std::size_t size = 0; size < m_good.size(); ++size) {
-        EXPECT_FALSE(extractBytes(m_good.substr(0, size))) << size;
-    }
-    EXPECT_TRUE(extractBytes(m_good));
-}
-
-TEST_F(DamagedArchiveTest, ForeignGzipCutAtEveryOffsetIsAnError) {
-    shell("cd '" + (m_folder / "in") + "'; bsdtar --format cpio -cf - D | gzip > ../archive");
-    std::string good = readFile(m_folder / "archive");
-    for (std::size_t size = 0; size < good.size(); ++size) {
-        EXPECT_FALSE(extractBytes(good.substr(0, size))) << size;
-    }
-    EXPECT_TRUE(extractBytes(good));
-}
-
-TEST_F(DamagedArchiveTest, Bzip2CutAtEveryOffsetIsAnError) {
-    if (!hasProgram("bzip2")) {
-        GTEST_SKIP() << "bzip2 is not installed";
-    }
-    shell("cd '" + (m_folder / "in") + "'; bsdtar --format cpio -cf - D | bzip2 > ../archive");
-    std::string good = readFile(m_folder / "archive");
-    for (std::size_t size = 0; size < good.size(); ++size) {
-        EXPECT_FALSE(extractBytes(good.substr(0, size))) << size;
-    }
-    EXPECT_TRUE(extractBytes(good));
-}
-
-TEST_F(DamagedArchiveTest, FlippedBitsInTheDataAreErrorsAndNeverEscape) {
-    shell("cd '" + (m_folder / "in") + "'; bsdtar --format cpio -cf - D | gzip -n > ../archive");
-    for (const std::string& good : {m_good, readFile(m_folder / "archive")}) {
-        std::size_t unnoticed = 0;
-        for (std::size_t at = 0; at < good.size(); ++at) {
-            std::string bad = good;
-            bad[at] = static_cast<char>(bad[at] ^ (1 << (at % 8)));
-            fs::remove_all(m_folder / "in/out");
-            // Some bits of a gzip file mean nothing.
-            if (extractBytes(bad)) {
-                EXPECT_EQ(snapshot(m_folder / "in/out/D"), snapshot(m_folder / "in/D")) << at;
-                ++unnoticed;
-            }
-        }
-        EXPECT_LT(unnoticed, 30U);
-    }
-}
-
-TEST_F(DamagedArchiveTest, FlippedBitsInPlainArchivesNeverEscape) {
-    std::vector<RawMember> members = {{"D", kFolder, "", 1, 2},
-                                      {"D/a", kFile, "contents", 2, 2},
-                                      {"D/b", kFile, "contents", 2, 2},
-                                      {"D/l", kLink, "a", 3},
-                                      {"D/._a", kFile, "x", 4}};
-    for (const std::string& good : {makeOdc(members), makeNewc(members)}) {
-        for (std::size_t at = 0; at < good.size(); ++at) {
-            std::string bad = good;
-            bad[at] = static_cast<char>(bad[at] ^ (1 << (at * 3 % 8)));
-            KeepingSink sink;
-            writeFile(m_folder / "archive", bad);
-            zpk_archive::extract(m_folder / "archive", m_folder / "in/flipped", sink);
-        }
-    }
-}
-
-TEST_F(DamagedArchiveTest, BytesAfterTheArchiveThatAreNoGzipAreAnError) {
-    EXPECT_TRUE(extractBytes(m_good + std::string(1000, '\0')));
-    EXPECT_FALSE(extractBytes(m_good + "appended"));
-    EXPECT_FALSE(extractBytes(m_good + std::string(1000, '\0') + "appended"));
-}
-
-TEST_F(HostileArchiveTest, FullDiskIsAnErrorAndLeavesNoHalfFile) {
-    std::string big(3000000, '\1');
-    writeFile(m_folder / "archive",
-              makeOdc({{"small", kFile, "small"}, {"big", kFile, big}, {"after", kFile, "after"}}));
-    std::string disk = m_folder / "in/disk";
-    fs::create_directory(disk);
-    if (geteuid() != 0 ||
-        std::system(("mount -t tmpfs -o size=1m none '" + disk + "' 2>/dev/null").c_str()) != 0) {
-        GTEST_SKIP() << "cannot mount a small file system";
-    }
-    Outcome outcome = extract(m_folder / "archive", disk);
-    EXPECT_EQ(outcome.exitStatus, 1);
-    EXPECT_EQ(outcome.standardError, "ditto: big: No space left on device\n");
-    EXPECT_EQ(readFile(disk + "/small"), "small");
-    EXPECT_FALSE(fs::exists(disk + "/big"));
-    EXPECT_EQ(readFile(disk + "/after"), "after");
-    std::string random = m_folder / "in/random";
-    shell("mkdir '" + random + "'; head -c 5000000 /dev/urandom > '" + random + "/r'");
-    Outcome packed = create(random, disk + "/new.dat");
-    EXPECT_EQ(packed.exitStatus, 1);
-    EXPECT_NE(packed.standardError.find("No space left on device"), std::string::npos);
-    EXPECT_EQ(snapshot(disk).size(), 2U);
-    shell("umount '" + disk + "'");
-}
-
-TEST_F(HostileArchiveTest, FileSizeLimitIsAnErrorToo) {
-    writeFile(m_folder / "archive",
-              makeOdc({{"big", kFile, std::string(100000, '\1')}, {"after", kFile, "after"}}));
-    auto limit = [] {
-        rlimit small{50000, 50000};
-        setrlimit(RLIMIT_FSIZE, &small);
-    };
-    Outcome outcome = extract(m_folder / "archive", m_folder / "in", limit);
-    EXPECT_EQ(outcome.exitStatus, 1);
-    EXPECT_EQ(outcome.standardError, "ditto: big: File too large\n");
-    EXPECT_EQ(readFile(m_folder / "in/after"), "after");
-}
-
-TEST_F(HostileArchiveTest, PipeThatNobodyReadsNeverBlocks) {
-    std::vector<RawMember> members;
-    for (int i = 0; i < 3000; ++i) {
-        members.push_back({"../" + std::string(150, 'n') + std::to_string(i), kFile, "x"});
-    }
-    writeFile(m_folder / "archive", makeOdc(members));
-    int ends[2];
-    ASSERT_EQ(pipe(ends), 0);
-    ASSERT_GE(fcntl(ends[1], F_SETPIPE_SZ, 4096), 4096);
-    Outcome outcome = extract(m_folder / "archive", m_folder / "in", [&] {
-        dup2(ends[1], STDERR_FILENO);
-        alarm(30);
-    });
-    close(ends[0]);
-    close(ends[1]);
-    EXPECT_EQ(outcome.exitStatus, 1);
-}
-
-TEST_F(HostileArchiveTest, ClosedStandardErrorIsNoReasonToStop) {
-    writeFile(m_folder / "archive", makeOdc({{"../x", kFile, "x"}, {"good", kFile, "good"}}));
-    int ends[2];
-    ASSERT_EQ(pipe(ends), 0);
-    close(ends[0]);
-    EXPECT_EQ(
-        extract(m_folder / "archive", m_folder / "in", [&] { dup2(ends[1], STDERR_FILENO); }).exitStatus, 1);
-    EXPECT_EQ(readFile(m_folder / "in/good"), "good");
-    fs::remove_all(m_folder / "in");
-    EXPECT_EQ(extract(m_folder / "archive", m_folder / "in", [] { close(STDERR_FILENO); }).exitStatus, 1);
-    EXPECT_EQ(readFile(m_folder / "in/good"), "good");
-    close(ends[1]);
-}
-
 TEST_F(HostileArchiveTest, PermissionsAreExactWhateverTheMaskEvenForNobody) {
     writeFile(m_folder / "archive", makeOdc({{"open", S_IFDIR | 0777},
                                              {"open/file", S_IFREG | 0666, "x"},
@@ -561,69 +350,6 @@ TEST_F(HostileArchiveTest, FolderSwappedForALinkMeanwhileIsNotFollowed) {
     }
     kill(swapper, SIGKILL);
     waitpid(swapper, nullptr, 0);
-}
-
-TEST_F(HostileArchiveTest, MemoryStaysSmallForALargePayload) {
-    std::string tree = m_folder / "in/Data";
-    for (int i = 0; i < 3; ++i) {
-        shell("mkdir -p '" + tree + "'; yes 'a line of text that repeats " + std::to_string(i) +
-              "' | head -c 100000000 > '" + tree + "/" + std::to_string(i) + "'");
-    }
-    Outcome packed = create(tree, m_folder / "archive");
-    ASSERT_EQ(packed.exitStatus, 0);
-    Outcome own = extract(m_folder / "archive", m_folder / "in/own");
-    shell("gzip -dc '" + (m_folder / "archive") + "' | gzip -1 > '" + (m_folder / "in/foreign") + "'");
-    Outcome foreign = extract(m_folder / "in/foreign", m_folder / "in/foreign out");
-    EXPECT_EQ(own.exitStatus + foreign.exitStatus, 0);
-    for (const Outcome& outcome : {packed, own, foreign}) {
-        EXPECT_LT(outcome.peakMemory, 64 * 1024);
-    }
-    EXPECT_EQ(fs::file_size(m_folder / "in/own/Data/2"), 100000000U);
-}
-
-TEST(CommandLineTest, OnlyTheTwoArgumentVectorsAreTaken) {
-    TemporaryFolder folder;
-    writeFile(folder / "D/a", "a");
-    const std::string source = folder / "D";
-    const std::string archive = folder / "d.dat";
-    for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
-             {},
-             {"-c"},
-             {"--help"},
-             {"-c", "-z", "--rsrc", "--keepParent", source, archive},
-             {"-c", "-z", "-rsrc", source, archive},
-             {"-z", "-c", "-rsrc", "--keepParent", source, archive},
-             {"-c", "-z", "-rsrc", "--keepParent", source},
-             {"-c", "-z", "-rsrc", "--keepParent", source, archive, archive},
-             {"-x", "-z", "-rsrc", archive, source},
-             {"-x", "-z", "--rsrc", archive},
-             {"-x", "--rsrc", "-z", archive, source}}) {
-        std::vector<std::string> command = {ZPK_DITTO};
-        command.insert(command.end(), arguments.begin(), arguments.end());
-        Outcome outcome = runProgram(command);
-        EXPECT_EQ(outcome.exitStatus, 64);
-        EXPECT_EQ(outcome.standardError,
-                  "usage: ditto -c -z -rsrc --keepParent SRC DST | ditto -x -z --rsrc SRC DST\n");
-    }
-    EXPECT_FALSE(fs::exists(archive));
-}
-
-TEST(CommandLineTest, CallsNoOtherProgram) {
-    TemporaryFolder folder;
-    writeFile(folder / "D/a", "a");
-    if (!hasProgram("strace")) {
-        GTEST_SKIP() << "strace is not installed";
-    }
-    for (const std::string& line : {"-c -z -rsrc --keepParent " + (folder / "D") + " " + (folder / "d"),
-                                    "-x -z --rsrc " + (folder / "d") + " " + (folder / "out")}) {
-        std::string trace = folder / "trace";
-        if (std::system(("strace -f -e trace=execve -o " + trace + " " ZPK_DITTO " " + line).c_str()) != 0) {
-            GTEST_SKIP() << "processes cannot be traced here";
-        }
-        std::string calls = readFile(trace);
-        EXPECT_EQ(calls.find("execve("), calls.rfind("execve(")) << calls;
-    }
-    EXPECT_EQ(readFile(folder / "out/D/a"), "a");
 }
 
 }  // namespace

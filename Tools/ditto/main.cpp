@@ -39,7 +39,7 @@ int main(int argc, char** argv) {
     // Failed writes are to be reported, not to end the process.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
-    // New folders must be open to their owner, whatever the caller's mask.
+    // What is made must be open to its owner, whatever the caller's mask.
     ::umask(::umask(0) & 077);
     allowDeepTrees();
 
