@@ -23,8 +23,8 @@ bool mapByte(iconv_t converter, char byte, int& outCharacter) {
     char buffer[sizeof(std::uint32_t)];
     char* output = buffer;
     std::size_t outputLeft = sizeof(buffer);
-    iconv(converter, nullptr, nullptr, nullptr, nullptr);
-    if (iconv(converter, &input, &inputLeft, &output, &outputLeft) == static_cast<std::size_t>(-1)) {
+    ::iconv(converter, nullptr, nullptr, nullptr, nullptr);
+    if (::iconv(converter, &input, &inputLeft, &output, &outputLeft) == static_cast<std::size_t>(-1)) {
         outCharacter = kNoCharacter;
         return errno == EILSEQ;
     }
@@ -51,13 +51,13 @@ bool fillMap(iconv_t converter, int (&map)[256]) {
 }  // namespace
 
 int CExpatEncoding::HandleUnknownEncoding(void*, const char* name, XML_Encoding* outEncoding) {
-    const iconv_t converter = iconv_open("WCHAR_T", name);
+    const iconv_t converter = ::iconv_open("WCHAR_T", name);
     // The host's way to say that it has no such converter.
     if (converter == reinterpret_cast<iconv_t>(-1)) {
         return XML_STATUS_ERROR;
     }
     const bool isFilled = fillMap(converter, outEncoding->map);
-    iconv_close(converter);
+    ::iconv_close(converter);
     outEncoding->data = nullptr;
     outEncoding->convert = nullptr;
     outEncoding->release = nullptr;

@@ -3,14 +3,10 @@
 
 #include "Common/CExpatXMLParser.h"
 
-#include <errno.h>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 
-#include "Common/CAtomicFile.h"
+#include "Base/ZPKDescriptorIO.h"
+#include "Base/ZPKReplacementFile.h"
 #include "Common/CExpatTreeBuilder.h"
 #include "Common/CXMLSerializer.h"
 
@@ -23,35 +19,19 @@ namespace {
 constexpr std::size_t kLargestBlock = std::size_t{256} << 20;
 constexpr std::size_t kSmallestBlock = 4096;
 
-/// Reads until `size` bytes are there or the input ends; -1 when it cannot be read.
-ssize_t readBlock(int descriptor, char* buffer, std::size_t size) {
-    std::size_t done = 0;
-    while (done < size) {
-        const ssize_t count = read(descriptor, buffer + done, size - done);
-        if (count == 0) {
-            break;
-        }
-        if (count < 0 && errno != EINTR) {
-            return -1;
-        }
-        done += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+/// Readers see the old file or the new one, and a failure leaves the old one.
+void replaceFile(const char* path, const std::string& contents) {
+    ZPKResult<ZPKReplacementFile> file = ZPKReplacementFile::forPath(path);
+    if (file && ZPKDescriptorIO::writeWhole(file->descriptor(), contents) && file->takeOverPermissions()) {
+        file->commit().ignore();
     }
-    return static_cast<ssize_t>(done);
 }
 
 }  // namespace
 
 CXMLDocument* CExpatXMLParser::CreateXMLDocumentWithPath(const char* path) {
-    // Without waiting: the path may lead to a pipe that nobody writes.
-    const int descriptor = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-    if (descriptor < 0) {
-        return nullptr;
-    }
-    const struct Closer {
-        int descriptor;
-        ~Closer() { close(descriptor); }
-    } closer{descriptor};
-    return CreateCXMLNodeWithFile(descriptor, kLargestBlock).release();
+    const ZPKResult<ZPKFileHandle> file = ZPKFileHandle::forReadingAtPath(path);
+    return file ? CreateCXMLNodeWithFile(*file, kLargestBlock).release() : nullptr;
 }
 
 CXMLDocument* CExpatXMLParser::CreateXMLDocumentWithXMLContents(const char* xml) {
@@ -59,25 +39,23 @@ CXMLDocument* CExpatXMLParser::CreateXMLDocumentWithXMLContents(const char* xml)
 }
 
 void CExpatXMLParser::WriteXMLDocumentToFile(CXMLDocument* doc, const char* path) {
-    static_cast<void>(CAtomicFile::Replace(path, CXMLSerializer::Serialize(*doc)));
+    replaceFile(path, CXMLSerializer::Serialize(*doc));
 }
 
 void CExpatXMLParser::WriteXMLDocumentToString(CXMLDocument* doc, std::string& outXML) {
     outXML = CXMLSerializer::Serialize(*doc);
 }
 
-std::unique_ptr<CXMLDocument> CExpatXMLParser::CreateCXMLNodeWithFile(int descriptor, std::size_t blockSize) {
-    struct stat info;
-    if (fstat(descriptor, &info) != 0 || !S_ISREG(info.st_mode)) {
-        return nullptr;
-    }
-    const auto fileSize = static_cast<std::size_t>(info.st_size);
+std::unique_ptr<CXMLDocument> CExpatXMLParser::CreateCXMLNodeWithFile(const ZPKFileHandle& file,
+                                                                      std::size_t blockSize) {
+    const auto fileSize = static_cast<std::size_t>(file.size());
     // One byte more than the file has, so that the first block already meets the end.
     const std::size_t size = std::min(std::max(fileSize + 1, kSmallestBlock), blockSize);
     CExpatTreeBuilder builder(nullptr, fileSize);
     for (bool isLast = false; !isLast;) {
         char* buffer = static_cast<char*>(builder.GetBuffer(static_cast<int>(size)));
-        const ssize_t count = buffer != nullptr ? readBlock(descriptor, buffer, size) : -1;
+        const ssize_t count =
+            buffer != nullptr ? ZPKDescriptorIO::readWhole(file.descriptor(), buffer, size) : -1;
         if (count < 0) {
             return nullptr;
         }

@@ -10,6 +10,7 @@
 
 #include "Common/CXMLDocument.h"
 #include "Common/CXMLParser.h"
+#include "Platform/ZPKFileHandle.h"
 
 namespace varno_zpk {
 
@@ -21,9 +22,10 @@ public:
     void WriteXMLDocumentToFile(CXMLDocument* doc, const char* path) override;
     void WriteXMLDocumentToString(CXMLDocument* doc, std::string& outXML) override;
 
-    /// The tree of an open regular file, read from its start in blocks of at most `blockSize` bytes;
-    /// null when it cannot be read or is malformed.
-    static std::unique_ptr<CXMLDocument> CreateCXMLNodeWithFile(int descriptor, std::size_t blockSize);
+    /// The tree of a file that is open at its start, read in blocks of at most `blockSize` bytes; null
+    /// when it cannot be read or is malformed.
+    static std::unique_ptr<CXMLDocument> CreateCXMLNodeWithFile(const ZPKFileHandle& file,
+                                                                std::size_t blockSize);
     /// The tree of a text, which is UTF-8 whatever its own declaration says; null when malformed.
     static std::unique_ptr<CXMLDocument> CreateCXMLNodeWithText(std::string_view text);
 };

@@ -16,14 +16,6 @@ namespace {
 
 constexpr char kSeparator = '/';
 
-/// The path without the separators at its end; the root keeps its own.
-std::string withoutTrailingSeparators(std::string path) {
-    while (path.size() > 1 && path.back() == kSeparator) {
-        path.pop_back();
-    }
-    return path;
-}
-
 /// The working folder; empty when it cannot be told.
 std::string workingFolder() {
     std::error_code error;
@@ -32,7 +24,7 @@ std::string workingFolder() {
 }
 
 std::string standardizedPath(const std::string& path) {
-    return withoutTrailingSeparators(std::filesystem::path(path).lexically_normal().string());
+    return ZPKPath::withoutTrailingSeparators(std::filesystem::path(path).lexically_normal().string());
 }
 
 }  // namespace
@@ -57,7 +49,7 @@ void CFileManagerLow::GetFolderContents(const char* folder, std::vector<std::str
 
 bool CFileManagerLow::IsFolder(const char* path) {
     // A separator at the end would make the host follow a link.
-    return ZPKFileManager::isFolderNotFollowingLinks(withoutTrailingSeparators(path));
+    return ZPKFileManager::isFolderNotFollowingLinks(ZPKPath::withoutTrailingSeparators(path));
 }
 
 }  // namespace varno_zpk

@@ -17,6 +17,7 @@
 #include "Common/CExpatXMLParser.h"
 #include "Common/CXMLElement.h"
 #include "Common/CXMLSerializer.h"
+#include "Platform/ZPKFileHandle.h"
 
 namespace {
 
@@ -77,11 +78,13 @@ void CheckRoundTrip(const CXMLDocument& document) {
 
 /// As a file, the input's own words about its encoding count.
 std::unique_ptr<CXMLDocument> ReadAsFile(std::string_view input, std::size_t blockSize) {
-    static const int descriptor = memfd_create("input", MFD_CLOEXEC);
-    Require(ftruncate(descriptor, 0) == 0);
-    Require(pwrite(descriptor, input.data(), input.size(), 0) == static_cast<ssize_t>(input.size()));
-    Require(lseek(descriptor, 0, SEEK_SET) == 0);
-    return CExpatXMLParser::CreateCXMLNodeWithFile(descriptor, blockSize);
+    static const int descriptor = ::memfd_create("input", MFD_CLOEXEC);
+    static const std::string path = "/proc/self/fd/" + std::to_string(descriptor);
+    Require(::ftruncate(descriptor, 0) == 0);
+    Require(::pwrite(descriptor, input.data(), input.size(), 0) == static_cast<ssize_t>(input.size()));
+    const ZPKResult<ZPKFileHandle> file = ZPKFileHandle::forReadingAtPath(path);
+    Require(static_cast<bool>(file));
+    return CExpatXMLParser::CreateCXMLNodeWithFile(*file, blockSize);
 }
 
 }  // namespace

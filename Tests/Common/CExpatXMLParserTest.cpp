@@ -3,7 +3,6 @@
 
 #include "Common/CExpatXMLParser.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -44,6 +43,12 @@ std::string treeOfFile(const std::string& bytes) {
     zpk_test::writeFile(folder / "in.xml", bytes);
     return treeTextOf(std::unique_ptr<CXMLDocument>(
         CExpatXMLParser().CreateXMLDocumentWithPath((folder / "in.xml").c_str())));
+}
+
+/// The tree of the file at `path`, given to the parser in pieces of `blockSize` bytes.
+std::string treeOfFileInBlocks(const std::string& path, std::size_t blockSize) {
+    const ZPKResult<ZPKFileHandle> file = ZPKFileHandle::forReadingAtPath(path);
+    return file ? treeTextOf(CExpatXMLParser::CreateCXMLNodeWithFile(*file, blockSize)) : "no file";
 }
 
 class DefaultParserAccess : public CXMLParser {
@@ -223,9 +228,9 @@ TEST(CExpatXMLParserTest, RootOfAReadDocumentHasNoParent) {
 TEST(CExpatXMLParserTest, WhatIsNoReadableFileGivesNull) {
     const zpk_test::TemporaryFolder folder;
     CExpatXMLParser parser;
-    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
-    ASSERT_EQ(symlink("nowhere", (folder / "link").c_str()), 0);
-    ASSERT_EQ(symlink("loop", (folder / "loop").c_str()), 0);
+    ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+    ASSERT_EQ(::symlink("nowhere", (folder / "link").c_str()), 0);
+    ASSERT_EQ(::symlink("loop", (folder / "loop").c_str()), 0);
     for (const std::string& path :
          {folder / "missing.xml", folder.path(), folder / "pipe", folder / "link", folder / "loop",
           std::string(), "/dev/zero"s, "/"s + std::string(5000, 'x')}) {
@@ -236,21 +241,21 @@ TEST(CExpatXMLParserTest, WhatIsNoReadableFileGivesNull) {
 TEST(CExpatXMLParserTest, UnreadableFileGivesNull) {
     const zpk_test::TemporaryFolder folder;
     zpk_test::writeFile(folder / "in.xml", "<a/>");
-    ASSERT_EQ(chmod(folder.path().c_str(), 0755), 0);
-    ASSERT_EQ(chmod((folder / "in.xml").c_str(), 0), 0);
+    ASSERT_EQ(::chmod(folder.path().c_str(), 0755), 0);
+    ASSERT_EQ(::chmod((folder / "in.xml").c_str(), 0), 0);
     // Root reads every file, so the test goes on as nobody.
-    const uid_t user = geteuid();
-    ASSERT_TRUE(user != 0 || seteuid(65534) == 0);
+    const uid_t user = ::geteuid();
+    ASSERT_TRUE(user != 0 || ::seteuid(65534) == 0);
     const std::unique_ptr<CXMLDocument> document(
         CExpatXMLParser().CreateXMLDocumentWithPath((folder / "in.xml").c_str()));
-    ASSERT_EQ(seteuid(user), 0);
+    ASSERT_EQ(::seteuid(user), 0);
     EXPECT_EQ(document, nullptr);
 }
 
 TEST(CExpatXMLParserTest, FileIsReadThroughALink) {
     const zpk_test::TemporaryFolder folder;
     zpk_test::writeFile(folder / "in.xml", "<a/>");
-    ASSERT_EQ(symlink("in.xml", (folder / "link").c_str()), 0);
+    ASSERT_EQ(::symlink("in.xml", (folder / "link").c_str()), 0);
     const std::unique_ptr<CXMLDocument> document(
         CExpatXMLParser().CreateXMLDocumentWithPath((folder / "link").c_str()));
     EXPECT_EQ(treeTextOf(document), "a[]");
@@ -260,13 +265,13 @@ TEST(CExpatXMLParserTest, ReadingLeavesNoDescriptorOpen) {
     const zpk_test::TemporaryFolder folder;
     zpk_test::writeFile(folder / "good.xml", "<a/>");
     zpk_test::writeFile(folder / "bad.xml", "<a");
-    const int before = dup(0);
-    close(before);
+    const int before = ::dup(0);
+    ::close(before);
     for (const char* name : {"good.xml", "bad.xml"}) {
         delete CExpatXMLParser().CreateXMLDocumentWithPath((folder / name).c_str());
     }
-    const int after = dup(0);
-    close(after);
+    const int after = ::dup(0);
+    ::close(after);
     EXPECT_EQ(after, before);
 }
 
@@ -280,11 +285,7 @@ TEST(CExpatXMLParserTest, EveryBlockSizeGivesTheSameTree) {
     const std::string expected = treeOfFile(xml);
     EXPECT_EQ(expected, "a(x='1& 2')[b['\xE6\x97\xA5in!B]]> ]] \n'] d[] 't\n']");
     for (std::size_t blockSize = 1; blockSize <= xml.size() + 1; ++blockSize) {
-        const int descriptor = open((folder / "in.xml").c_str(), O_RDONLY | O_CLOEXEC);
-        ASSERT_GE(descriptor, 0);
-        EXPECT_EQ(treeTextOf(CExpatXMLParser::CreateCXMLNodeWithFile(descriptor, blockSize)), expected)
-            << blockSize;
-        close(descriptor);
+        EXPECT_EQ(treeOfFileInBlocks(folder / "in.xml", blockSize), expected) << blockSize;
     }
 }
 
@@ -292,9 +293,7 @@ TEST(CExpatXMLParserTest, FileTakenInSeveralBlocksMayBeMalformedInAny) {
     const zpk_test::TemporaryFolder folder;
     zpk_test::writeFile(folder / "in.xml", "<a><b/></a>x");
     for (std::size_t blockSize = 1; blockSize <= 13; ++blockSize) {
-        const int descriptor = open((folder / "in.xml").c_str(), O_RDONLY | O_CLOEXEC);
-        EXPECT_EQ(CExpatXMLParser::CreateCXMLNodeWithFile(descriptor, blockSize), nullptr);
-        close(descriptor);
+        EXPECT_EQ(treeOfFileInBlocks(folder / "in.xml", blockSize), kMalformed) << blockSize;
     }
 }
 

@@ -69,12 +69,12 @@ std::vector<std::string> readOrder(const std::string& folder) {
 
 /// For a child process: gives up the right to read everything, then lists.
 [[noreturn]] void exitWithCountAsNobody(const std::string& folder) {
-    if (geteuid() == 0 && setuid(kNobody) != 0) {
-        _exit(99);
+    if (::geteuid() == 0 && ::setuid(kNobody) != 0) {
+        ::_exit(99);
     }
     std::vector<std::string> names{"earlier"};
     CFileManagerLow::GetFolderContents(folder.c_str(), names);
-    _exit(static_cast<int>(names.size()));
+    ::_exit(static_cast<int>(names.size()));
 }
 
 }  // namespace
@@ -237,11 +237,11 @@ TEST(FileManagerLowTest, WhatIsNoFolderHasNoContents) {
 TEST(FileManagerLowTest, FolderThatMayNotBeReadHasNoContents) {
     const TemporaryFolder folder;
     writeFile(folder / "closed/file", "");
-    ASSERT_EQ(chmod(folder.path().c_str(), 0755), 0);
+    ASSERT_EQ(::chmod(folder.path().c_str(), 0755), 0);
     EXPECT_EXIT(exitWithCountAsNobody(folder / "closed"), testing::ExitedWithCode(1), "");
-    ASSERT_EQ(chmod((folder / "closed").c_str(), 0), 0);
+    ASSERT_EQ(::chmod((folder / "closed").c_str(), 0), 0);
     EXPECT_EXIT(exitWithCountAsNobody(folder / "closed"), testing::ExitedWithCode(0), "");
-    chmod((folder / "closed").c_str(), 0755);
+    ::chmod((folder / "closed").c_str(), 0755);
 }
 
 TEST(FileManagerLowTest, OnlyAFolderItselfIsAFolder) {

@@ -272,15 +272,15 @@ TEST(StringTableParserTest, UnreadableFileGivesTheSystemsErrorNumber) {
     const TemporaryFolder folder;
     const std::string path = folder / "table";
     writeFile(path, "a=1;");
-    ASSERT_EQ(chmod(path.c_str(), 0), 0);
+    ASSERT_EQ(::chmod(path.c_str(), 0), 0);
     const auto parse = [&path] {
         // Root reads everything, so it becomes nobody first.
-        if (geteuid() == 0 && setuid(65534) != 0) {
-            _exit(2);
+        if (::geteuid() == 0 && ::setuid(65534) != 0) {
+            ::_exit(2);
         }
         std::vector<CBaseObject*> elements;
         const int result = CResourceBundleStringTableParser().Parse(path.c_str(), elements);
-        _exit(result == EACCES && elements.empty() ? 0 : 1);
+        ::_exit(result == EACCES && elements.empty() ? 0 : 1);
     };
     EXPECT_EXIT(parse(), testing::ExitedWithCode(0), "");
 }

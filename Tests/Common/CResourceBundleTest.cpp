@@ -506,16 +506,16 @@ TEST_F(ResourceBundleTest, LanguageIndexIsCheckedOnFirstUseToo) {
 TEST_F(ResourceBundleTest, UnreadableFolderHasNoLanguagesAndNoTexts) {
     writeTable("en/ZPKStringTable.def", "a=1;");
     addBundle();
-    ASSERT_EQ(chmod(m_bundle.c_str(), 0), 0);
+    ASSERT_EQ(::chmod(m_bundle.c_str(), 0), 0);
     const auto look = [this] {
         // Root reads everything, so it becomes nobody first.
-        if (geteuid() == 0 && setuid(65534) != 0) {
-            _exit(2);
+        if (::geteuid() == 0 && ::setuid(65534) != 0) {
+            ::_exit(2);
         }
-        _exit(theBundle()->GetLanguageCount() == 0 && localized("a") == "a" ? 0 : 1);
+        ::_exit(theBundle()->GetLanguageCount() == 0 && localized("a") == "a" ? 0 : 1);
     };
     EXPECT_EXIT(look(), testing::ExitedWithCode(0), "");
-    ASSERT_EQ(chmod(m_bundle.c_str(), 0700), 0);
+    ASSERT_EQ(::chmod(m_bundle.c_str(), 0700), 0);
 }
 
 // Order and search.
