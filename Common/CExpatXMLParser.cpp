@@ -19,6 +19,10 @@ namespace {
 constexpr std::size_t kLargestBlock = std::size_t{256} << 20;
 constexpr std::size_t kSmallestBlock = 4096;
 
+// A few file systems tell no size. A file that goes on and on beyond the size that it had when it was
+// opened must not be read for ever.
+constexpr std::size_t kLargestUntoldSize = std::size_t{16} << 20;
+
 /// Readers see the old file or the new one, and a failure leaves the old one.
 void replaceFile(const char* path, const std::string& contents) {
     ZPKResult<ZPKReplacementFile> file = ZPKReplacementFile::forPath(path);
@@ -51,14 +55,16 @@ std::unique_ptr<CXMLDocument> CExpatXMLParser::CreateCXMLNodeWithFile(const ZPKF
     const auto fileSize = static_cast<std::size_t>(file.size());
     // One byte more than the file has, so that the first block already meets the end.
     const std::size_t size = std::min(std::max(fileSize + 1, kSmallestBlock), blockSize);
+    std::size_t left = std::max(fileSize, kLargestUntoldSize);
     CExpatTreeBuilder builder(nullptr, fileSize);
     for (bool isLast = false; !isLast;) {
         char* buffer = static_cast<char*>(builder.GetBuffer(static_cast<int>(size)));
         const ssize_t count =
             buffer != nullptr ? ZPKDescriptorIO::readWhole(file.descriptor(), buffer, size) : -1;
-        if (count < 0) {
+        if (count < 0 || static_cast<std::size_t>(count) > left) {
             return nullptr;
         }
+        left -= static_cast<std::size_t>(count);
         isLast = static_cast<std::size_t>(count) < size;
         if (!builder.ParseBuffer(static_cast<int>(count), isLast)) {
             return nullptr;

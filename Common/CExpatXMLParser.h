@@ -23,7 +23,7 @@ public:
     void WriteXMLDocumentToString(CXMLDocument* doc, std::string& outXML) override;
 
     /// The tree of a file that is open at its start, read in blocks of at most `blockSize` bytes; null
-    /// when it cannot be read or is malformed.
+    /// when it cannot be read, is malformed or grows without end.
     static std::unique_ptr<CXMLDocument> CreateCXMLNodeWithFile(const ZPKFileHandle& file,
                                                                 std::size_t blockSize);
     /// The tree of a text, which is UTF-8 whatever its own declaration says; null when malformed.

@@ -3,9 +3,13 @@
 
 #include "Common/CResourceBundleStringTableParser.h"
 
+#include <sys/stat.h>
+
 #include <array>
+#include <cerrno>
 #include <cstddef>
 #include <memory>
+#include <stdexcept>
 #include <string_view>
 
 #include "Common/CPlusUtil.h"
@@ -23,6 +27,27 @@ constexpr const char* kEscapeError = "Not supported escape sequence charactor.";
 struct FileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
+
+/// Puts the reports out when a parse ends, however it ends. Buffered, as they are when standard output
+/// is a file, they would come after the words of programs that run later, or go with a process that is
+/// killed.
+struct ReportFlusher {
+    ~ReportFlusher() { std::fflush(stdout); }
+};
+
+/// 0 for a regular file and for a link to one, else the error number of an item that cannot be opened
+/// as a table: a FIFO would be waited for, a device read for ever. Looked at before it is opened, since
+/// opening a device may already do something.
+int errorOfItem(const char* path) {
+    struct stat item;
+    if (::stat(path, &item) != 0) {
+        return errno;
+    }
+    if (S_ISDIR(item.st_mode)) {
+        return EISDIR;
+    }
+    return S_ISREG(item.st_mode) ? 0 : ENXIO;
+}
 
 /// For each byte, whether it belongs to a run that can be taken in one step.
 using RunBytes = std::array<bool, 256>;
@@ -70,9 +95,11 @@ struct CResourceBundleStringTableParser::tagPRIVATE_DATA {
 };
 
 int CResourceBundleStringTableParser::Parse(const char* inPath, std::vector<CBaseObject*>& outElements) {
+    if (const int error = errorOfItem(inPath)) {
+        return error;
+    }
     std::FILE* opened = nullptr;
-    const int error = fopen_s(&opened, inPath, "r");
-    if (error != 0) {
+    if (const int error = fopen_s(&opened, inPath, "r")) {
         return error;
     }
     const std::unique_ptr<std::FILE, FileCloser> file(opened);
@@ -90,6 +117,7 @@ void CResourceBundleStringTableParser::ParseInternal(std::FILE* inFile, const ch
     data.path = inPath;
     data.file = inFile;
     data.line = 1;
+    const ReportFlusher flusher;
     SkipBom(data);
 
     std::string key;
@@ -112,7 +140,8 @@ void CResourceBundleStringTableParser::ParseInternal(std::FILE* inFile, const ch
     }
 }
 
-/// The next byte as 0 to 255, or `END_OF_FILE`, which once given is given ever after.
+/// The next byte as 0 to 255, or `kEndOfFile`, which once given is given ever after. Throws beyond the
+/// largest size of a table.
 int CResourceBundleStringTableParser::ReadAndNextChar(tagPRIVATE_DATA& data) {
     if (data.position < data.filled) {
         return data.buffer[data.position++];
@@ -126,6 +155,9 @@ int CResourceBundleStringTableParser::ReadAndNextChar(tagPRIVATE_DATA& data) {
     if (data.filled == 0) {
         data.atEnd = true;
         return kEndOfFile;
+    }
+    if (data.filled > kLargestTable - data.bufferBase) {
+        throw std::length_error("string table");
     }
     return data.buffer[data.position++];
 }
@@ -151,7 +183,7 @@ void CResourceBundleStringTableParser::SkipBom(tagPRIVATE_DATA& data) {
     }
 }
 
-/// Puts the text up to the next delimiter into `out` and returns the delimiter, or `END_OF_FILE`.
+/// Puts the text up to the next delimiter into `out` and returns the delimiter, or `kEndOfFile`.
 int CResourceBundleStringTableParser::GetNextString(tagPRIVATE_DATA& data, std::string& out) {
     out.clear();
     for (;;) {

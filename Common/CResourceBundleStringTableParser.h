@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <cstddef>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -15,18 +16,22 @@ namespace varno_zpk {
 /// escapes, into a list of elements.
 ///
 /// A syntax fault never ends the parse: it is reported on standard output as
-/// `[path=...:line=...:byte=...]message` and every well-formed entry still arrives. Holds no state;
-/// made on the stack for one `Parse`.
+/// `[path=...:line=...:byte=...]message`, and every well-formed entry still arrives. The reports are
+/// out when a parse returns. Holds no state; made on the stack for one `Parse`.
 class CResourceBundleStringTableParser {
 public:
+    /// Bytes. No table comes near it; what goes on beyond is damaged, and reading it ends there.
+    static constexpr std::size_t kLargestTable = std::size_t{16} << 20;
+
     /// Appends the entries of the file at `inPath` to `outElements`, in file order, each as a new
     /// `CResourceBundleStringElement` that the owner of the list owns. Returns 0; the system's error
-    /// number when the file cannot be opened; -1 when an exception ended the reading, and then the
-    /// entries before it stay in the list.
+    /// number when the file cannot be opened, and what is no regular file never is; -1 when an
+    /// exception ended the reading, as it does for a file that is too large, and then the entries
+    /// before it stay in the list.
     int Parse(const char* inPath, std::vector<CBaseObject*>& outElements);
 
     /// The parse of an open file, read from where it stands; `inPath` only names it in messages.
-    /// Exceptions pass.
+    /// Exceptions pass, `std::length_error` for a file that is too large among them.
     void ParseInternal(std::FILE* inFile, const char* inPath, std::vector<CBaseObject*>& outElements);
 
 private:

@@ -7,10 +7,16 @@
 #include "Common/CXMLParser.h"
 #include "Common/CZPKError.h"
 #include "Common/CZPKStatus.h"
+#include "Platform/ZPKFileHandle.h"
 
 namespace varno_zpk {
 
 namespace {
+
+bool isTooLarge(const std::string& path) {
+    const ZPKResult<ZPKFileHandle> file = ZPKFileHandle::forReadingAtPath(path);
+    return file && file->size() > CZPKXMLLoader::kLargestDescription;
+}
 
 std::unique_ptr<CLanguagesType> buildLanguages(const CXMLElement* root) {
     if (root == nullptr) {
@@ -25,6 +31,9 @@ template <typename Description>
 std::unique_ptr<Description> load(const std::string& path,
                                   std::unique_ptr<Description> (*build)(CXMLElement*)) {
     try {
+        if (isTooLarge(path)) {
+            return nullptr;
+        }
         const std::unique_ptr<CXMLDocument> document(CXMLNode::CreateDocumentWithPath(path.c_str()));
         return document != nullptr ? build(document->GetRootElement()) : nullptr;
     } catch (...) {
@@ -32,7 +41,7 @@ std::unique_ptr<Description> load(const std::string& path,
     }
 }
 
-/// As `Load`, then gives the parser back, but only after success.
+/// As `load`, then gives the parser back, but only after success.
 template <typename Description>
 Description* loadAndFinalize(const std::string& path) {
     std::unique_ptr<Description> description =

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -12,11 +13,15 @@
 
 namespace varno_zpk {
 
-/// Reads the description files. A file that is missing, malformed or incomplete gives an empty
-/// result, as does memory exhaustion: nothing is thrown and nothing is reported. Main thread only.
+/// Reads the description files. A file that is missing, malformed, incomplete or too large gives an
+/// empty result, as do an item that is no regular file and memory exhaustion: nothing is thrown and
+/// nothing is reported. Main thread only.
 class CZPKXMLLoader {
 public:
     CZPKXMLLoader() = delete;
+
+    /// Bytes. No description comes near it; a larger file counts as malformed.
+    static constexpr std::uint64_t kLargestDescription = std::uint64_t{16} << 20;
 
     /// Owned by the caller; null on failure.
     static CUpdateInfoType* LoadConditionXML(const std::string& path);

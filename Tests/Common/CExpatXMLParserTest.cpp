@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <fstream>
 #include <memory>
 #include <random>
 #include <string>
@@ -295,6 +296,23 @@ TEST(CExpatXMLParserTest, FileTakenInSeveralBlocksMayBeMalformedInAny) {
     for (std::size_t blockSize = 1; blockSize <= 13; ++blockSize) {
         EXPECT_EQ(treeOfFileInBlocks(folder / "in.xml", blockSize), kMalformed) << blockSize;
     }
+}
+
+/// The tree of a file that is empty when it is opened and holds `size` bytes when it is read.
+std::string treeOfFileThatGrows(std::size_t size) {
+    const zpk_test::TemporaryFolder folder;
+    zpk_test::writeFile(folder / "in.xml", "");
+    const ZPKResult<ZPKFileHandle> file = ZPKFileHandle::forReadingAtPath(folder / "in.xml");
+    const std::string start = "<a><!--";
+    const std::string end = "--></a>";
+    std::ofstream(folder / "in.xml") << start << std::string(size - start.size() - end.size(), '.') << end;
+    return treeTextOf(CExpatXMLParser::CreateCXMLNodeWithFile(*file, 1 << 20));
+}
+
+TEST(CExpatXMLParserTest, FileWhoseSizeIsNotToldIsReadUpToABound) {
+    constexpr std::size_t kBound = std::size_t{16} << 20;
+    EXPECT_EQ(treeOfFileThatGrows(kBound), "a[]");
+    EXPECT_EQ(treeOfFileThatGrows(kBound + 1), kMalformed);
 }
 
 TEST(CExpatXMLParserTest, ExternalEntitiesAreNeverRead) {

@@ -5,9 +5,12 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
+#include <cstdio>
 #include <filesystem>
 #include <iterator>
 #include <string>
@@ -285,9 +288,93 @@ TEST(StringTableParserTest, UnreadableFileGivesTheSystemsErrorNumber) {
     EXPECT_EXIT(parse(), testing::ExitedWithCode(0), "");
 }
 
-TEST(StringTableParserTest, FolderOpensAndReadsAsEmpty) {
+/// Ends the program when the code under test waits or never comes to an end.
+class Alarm {
+public:
+    Alarm() { ::alarm(60); }
+    ~Alarm() { ::alarm(0); }
+    Alarm(const Alarm&) = delete;
+    Alarm& operator=(const Alarm&) = delete;
+};
+
+TEST(StringTableParserTest, WhatIsNoRegularFileIsNeverOpened) {
+    const Alarm alarm;
     const TemporaryFolder folder;
-    EXPECT_EQ(parseFile(folder.path()), ParsedTable());
+    ASSERT_EQ(::mkfifo((folder / "fifo").c_str(), 0600), 0);
+    ASSERT_EQ(::symlink("fifo", (folder / "link to a fifo").c_str()), 0);
+    ASSERT_EQ(::symlink("/dev/zero", (folder / "link to a device").c_str()), 0);
+    ASSERT_EQ(::symlink(".", (folder / "link to a folder").c_str()), 0);
+    ASSERT_EQ(::symlink("loop", (folder / "loop").c_str()), 0);
+    EXPECT_EQ(parseFile(folder / "fifo"), failed(ENXIO));
+    EXPECT_EQ(parseFile(folder / "link to a fifo"), failed(ENXIO));
+    EXPECT_EQ(parseFile(folder / "link to a device"), failed(ENXIO));
+    EXPECT_EQ(parseFile("/dev/zero"), failed(ENXIO));
+    EXPECT_EQ(parseFile(folder.path()), failed(EISDIR));
+    EXPECT_EQ(parseFile(folder / "link to a folder"), failed(EISDIR));
+    EXPECT_EQ(parseFile(folder / "loop"), failed(ELOOP));
+}
+
+TEST(StringTableParserTest, FileIsReadThroughALink) {
+    const TemporaryFolder folder;
+    writeFile(folder / "table", "a=1;");
+    ASSERT_EQ(::symlink("table", (folder / "link").c_str()), 0);
+    EXPECT_EQ(parseFile(folder / "link").entries, (Entries{{"a", "1"}}));
+}
+
+/// A table of `size` bytes whose first and last entry are `first=1;` and `last=2;`.
+std::string tableOfSize(std::size_t size) {
+    const std::string first = "first=1;//";
+    const std::string last = "\nlast=2;";
+    return first + std::string(size - first.size() - last.size(), '.') + last;
+}
+
+TEST(StringTableParserTest, TableOfTheLargestSizeIsReadWhole) {
+    const TemporaryFolder folder;
+    const ParsedTable table =
+        parseContents(folder / "table", tableOfSize(CResourceBundleStringTableParser::kLargestTable));
+    EXPECT_EQ(table.result, 0);
+    EXPECT_EQ(table.entries, (Entries{{"first", "1"}, {"last", "2"}}));
+}
+
+TEST(StringTableParserTest, TableOneByteLargerIsDamagedAndKeepsTheEntriesBefore) {
+    const TemporaryFolder folder;
+    const ParsedTable table =
+        parseContents(folder / "table", tableOfSize(CResourceBundleStringTableParser::kLargestTable + 1));
+    EXPECT_EQ(table.result, -1);
+    EXPECT_EQ(table.entries, (Entries{{"first", "1"}}));
+}
+
+/// What is in the file that is the standard output of a program that parses `path` and is killed as
+/// soon as the parser returns.
+std::string outputOfAKilledProgram(const std::string& path, const std::string& output) {
+    std::fflush(stdout);
+    const pid_t program = ::fork();
+    if (program == 0) {
+        std::vector<CBaseObject*> elements;
+        if (std::freopen(output.c_str(), "w", stdout) != nullptr) {
+            CResourceBundleStringTableParser().Parse(path.c_str(), elements);
+            ::raise(SIGKILL);
+        }
+        ::_exit(1);
+    }
+    int status = 0;
+    EXPECT_EQ(::waitpid(program, &status, 0), program);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
+    return zpk_test::readFile(output);
+}
+
+TEST(StringTableParserTest, MessagesAreInTheFileWhenTheProgramIsKilledAfterwards) {
+    const TemporaryFolder folder;
+    const std::string path = folder / "table";
+    writeFile(path, "a;b=1;");
+    EXPECT_EQ(outputOfAKilledProgram(path, folder / "output"), faultLine(path, 1, 2, "Syntax error."));
+}
+
+TEST(StringTableParserTest, MessagesOfADamagedTableAreInTheFileToo) {
+    const TemporaryFolder folder;
+    const std::string path = folder / "table";
+    writeFile(path, "a;" + tableOfSize(CResourceBundleStringTableParser::kLargestTable));
+    EXPECT_EQ(outputOfAKilledProgram(path, folder / "output"), faultLine(path, 1, 2, "Syntax error."));
 }
 
 std::ptrdiff_t openDescriptors() {

@@ -4,6 +4,8 @@
 #include "Description/CZPKXMLLoader.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <memory>
@@ -197,6 +199,13 @@ TEST_F(CZPKXMLLoaderTest, LanguagesKeepTheirOrder) {
     EXPECT_EQ(languages->languages[2]->code, "");
 }
 
+TEST_F(CZPKXMLLoaderTest, LanguagesMayFallBackOnNoLanguage) {
+    const auto languages = loadLanguages("<Languages FallBackCode=''><Language Code='ja'/></Languages>");
+    ASSERT_NE(languages, nullptr);
+    EXPECT_EQ(languages->fallBackCode, "");
+    EXPECT_EQ(languages->languages.size(), 1u);
+}
+
 TEST_F(CZPKXMLLoaderTest, LanguagesRootWithOnlyWhiteSpaceHasAnEmptyList) {
     const auto languages = loadLanguages("<Languages FallBackCode='en'>\n</Languages>");
     ASSERT_NE(languages, nullptr);
@@ -371,6 +380,43 @@ TEST_F(CZPKXMLLoaderTest, MissingFileFailsLikeAMalformedOne) {
     EXPECT_EQ(CZPKXMLLoader::LoadStartupXML(folder.path()), nullptr);
     EXPECT_FALSE(isFinalized);
     EXPECT_EQ(CZPKXMLLoader::LoadLanguagesXML(missing), nullptr);
+    EXPECT_TRUE(isFinalized);
+}
+
+TEST_F(CZPKXMLLoaderTest, WhatIsNoRegularFileFailsAndIsNotWaitedFor) {
+    ::alarm(60);
+    ASSERT_EQ(::mkfifo((folder / "fifo").c_str(), 0600), 0);
+    ASSERT_EQ(::symlink("fifo", (folder / "link to a fifo").c_str()), 0);
+    ASSERT_EQ(::symlink("/dev/zero", (folder / "link to a device").c_str()), 0);
+    for (const std::string& path :
+         {folder / "fifo", folder / "link to a fifo", folder / "link to a device", folder.path()}) {
+        EXPECT_EQ(CZPKXMLLoader::LoadConditionXML(path), nullptr) << path;
+        EXPECT_EQ(CZPKXMLLoader::LoadStartupXML(path), nullptr) << path;
+        EXPECT_EQ(CZPKXMLLoader::LoadLanguagesXML(path), nullptr) << path;
+    }
+    ::alarm(0);
+}
+
+/// A description of `size` bytes that every loader takes.
+std::string descriptionOfSize(std::size_t size) {
+    const std::string start = "<d FallBackCode='en'> <!--";
+    const std::string end = "--></d>";
+    return start + std::string(size - start.size() - end.size(), '.') + end;
+}
+
+TEST_F(CZPKXMLLoaderTest, DescriptionOfTheLargestSizeLoads) {
+    const std::string path = file(descriptionOfSize(CZPKXMLLoader::kLargestDescription));
+    EXPECT_NE(std::unique_ptr<CUpdateInfoType>(CZPKXMLLoader::LoadConditionXML(path)), nullptr);
+    EXPECT_NE(std::unique_ptr<CStartupType>(CZPKXMLLoader::LoadStartupXML(path)), nullptr);
+    EXPECT_NE(CZPKXMLLoader::LoadLanguagesXML(path), nullptr);
+}
+
+TEST_F(CZPKXMLLoaderTest, DescriptionOneByteLargerFailsLikeAMalformedOne) {
+    const std::string path = file(descriptionOfSize(CZPKXMLLoader::kLargestDescription + 1));
+    EXPECT_EQ(CZPKXMLLoader::LoadConditionXML(path), nullptr);
+    EXPECT_EQ(CZPKXMLLoader::LoadStartupXML(path), nullptr);
+    EXPECT_FALSE(isFinalized);
+    EXPECT_EQ(CZPKXMLLoader::LoadLanguagesXML(path), nullptr);
     EXPECT_TRUE(isFinalized);
 }
 
