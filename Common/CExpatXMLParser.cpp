@@ -54,7 +54,7 @@ std::unique_ptr<CXMLDocument> CExpatXMLParser::CreateCXMLNodeWithFile(const ZPKF
                                                                       std::size_t blockSize) {
     const auto fileSize = static_cast<std::size_t>(file.size());
     // One byte more than the file has, so that the first block already meets the end.
-    const std::size_t size = std::min(std::max(fileSize + 1, kSmallestBlock), blockSize);
+    std::size_t size = std::min(std::max(fileSize + 1, kSmallestBlock), blockSize);
     std::size_t left = std::max(fileSize, kLargestUntoldSize);
     CExpatTreeBuilder builder(nullptr, fileSize);
     for (bool isLast = false; !isLast;) {
@@ -69,6 +69,9 @@ std::unique_ptr<CXMLDocument> CExpatXMLParser::CreateCXMLNodeWithFile(const ZPKF
         if (!builder.ParseBuffer(static_cast<int>(count), isLast)) {
             return nullptr;
         }
+        // A token is looked at again with each block that it reaches into: blocks that grow keep that
+        // in proportion to its length.
+        size = std::min(2 * size, blockSize);
     }
     return builder.TakeDocument();
 }
