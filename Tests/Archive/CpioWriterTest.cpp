@@ -1,0 +1,71 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#include "Archive/CpioWriter.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <string>
+#include <vector>
+
+#include "Archive/Archive.h"
+#include "Archive/Failure.h"
+#include "Archive/GzipWriter.h"
+#include "Archive/OutputFile.h"
+#include "Tests/Archive/ArchiveFixture.h"
+
+namespace {
+
+using namespace zpk_archive;
+using namespace zpk_test;
+
+/// A name of that many bytes, in parts that a file may be called.
+std::string longName(std::size_t size) {
+    std::string name;
+    while (name.size() < size) {
+        name += name.empty() ? "" : "/";
+        name += std::string(200, 'p');
+    }
+    name.resize(size, 'p');
+    name.back() = 'p';
+    return name;
+}
+
+/// Packs empty files of these names; gives what was refused, and why.
+std::vector<std::string> pack(const std::string& archive, const std::vector<std::string>& names) {
+    std::vector<std::string> refused;
+    OutputFile output(archive);
+    GzipWriter gzip(output);
+    CpioWriter writer(gzip);
+    for (const std::string& name : names) {
+        Member member;
+        member.name = name;
+        member.mode = S_IFREG | 0644;
+        try {
+            writer.startMember(member, 0);
+        } catch (const MemberFailure& failure) {
+            refused.push_back(std::to_string(name.size()) + ": " + failure.what());
+        }
+    }
+    writer.finish();
+    gzip.finish();
+    output.commit();
+    return refused;
+}
+
+TEST(CpioWriterTest, LongestNameComesBackAndOneByteMoreIsRefused) {
+    const TemporaryFolder folder;
+    const std::string archive = folder / "archive";
+    const std::vector<std::string> names = {"first", longName(262142), longName(262143), "last"};
+    EXPECT_EQ(
+        pack(archive, names),
+        std::vector<std::string>{"262143: a CPIO archive cannot hold a path of more than 262142 bytes"});
+    std::vector<std::string> listed;
+    KeepingSink sink;
+    EXPECT_TRUE(list(
+        archive, [&](const MemberDescription& member) { listed.push_back(member.name); }, sink));
+    EXPECT_TRUE(listed == (std::vector<std::string>{names[0], names[1], names[3]}));
+}
+
+}  // namespace
