@@ -13,7 +13,7 @@ struct ZPKDesktopParameters {
     int argc = 0;
     char** argv = nullptr;
 
-    /// The folder of the window forms.
+    /// The folder of the window forms; any bytes, as in every path.
     std::string resourceFolder;
 
     /// The name that the windows' application carries.

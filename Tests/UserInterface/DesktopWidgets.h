@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QContextMenuEvent>
 #include <QTimer>
 #include <QWidget>
 #include <functional>
@@ -33,6 +34,20 @@ Widget* findVisible(const char* name) {
 /// Has `action` run inside the next loop.
 inline void inNextLoop(const std::function<void()>& action) {
     QTimer::singleShot(0, qApp, action);
+}
+
+/// Asks `widget` for a menu as the other mouse button does, in a way that waits for no menu to be closed.
+inline void askForMenu(QWidget* widget) {
+    const QPoint middle = widget->rect().center();
+    QTimer::singleShot(0, qApp, [] {
+        if (QWidget* menu = QApplication::activePopupWidget()) {
+            ADD_FAILURE() << "a menu came up";
+            menu->close();
+        }
+    });
+    QContextMenuEvent event(QContextMenuEvent::Mouse, middle, widget->mapToGlobal(middle));
+    QApplication::sendEvent(widget, &event);
+    QApplication::processEvents();
 }
 
 }  // namespace zpk_test

@@ -176,7 +176,7 @@ TEST_F(TerminalOnPipes, ProgressIsALineAValue) {
         window->progressIndicator().setNeedsDisplay();
     }
     window->close();
-    EXPECT_EQ(out.drained(), "Unpacking: 10 %\nUnpacking: 40 %\nUnpacking: 100 %\n");
+    EXPECT_EQ(out.drained(), "Unpacking: 10%\nUnpacking: 40%\nUnpacking: 100%\n");
 }
 
 TEST_F(TerminalOnPipes, ProgressThatIsNotShownPrintsNothing) {
@@ -194,7 +194,7 @@ TEST_F(TerminalOnPipes, ProgressCountsFromMinimumToMaximum) {
     bar.setDoubleValue(75);
     bar.setDoubleValue(1000);
     bar.setDoubleValue(-1000);
-    EXPECT_EQ(out.drained(), "T: 25 %\nT: 100 %\nT: 0 %\n");
+    EXPECT_EQ(out.drained(), "T: 25%\nT: 100%\nT: 0%\n");
 }
 
 TEST_F(TerminalOnPipes, ProgressWithoutARangeOrANumberPrintsNothing) {
@@ -229,14 +229,27 @@ TEST_F(TerminalOnPipes, AlertIsTextOnStandardError) {
     EXPECT_EQ(out.drained(), "");
 }
 
-TEST_F(TerminalOnPipes, TextCannotCommandTheTerminal) {
-    frontEnd.runAlert(
-        {"a\x1b[2J\rb\x07\xc2\x9b"
-         "31mc\x7f\xff\xe3\x81",
-         "", ""});
-    EXPECT_EQ(error.drained(), "a?[2J?b??31mc????\n");
-    shownProgress("one\ntwo\x1b")->progressIndicator().setDoubleValue(1);
-    EXPECT_EQ(out.drained(), "one two?: 1 %\n");
+TEST_F(TerminalOnPipes, TextCannotCommandTheTerminalNorTurnItselfAround) {
+    const std::string hostile =
+        "a\x1b[2J\rb\x07\xc2\x9b"
+        "31mc\x7f\xff\xe3\x81 exe.\u202Efdp\u2066\u200F\tz";
+    const std::string drawn = "a[2Jb31mc exe.fdp z";
+    frontEnd.runAlert({hostile + "\nmore", hostile, ""});
+    EXPECT_EQ(error.drained(), drawn + "\nmore\n" + drawn + "\n");
+    shownProgress("one\ntwo" + hostile)->progressIndicator().setDoubleValue(1);
+    auto window = frontEnd.createCDSearchWindow();
+    window->setTitle("1\n" + hostile);
+    window->setMessage("2\n" + hostile);
+    window->setProductList(hostile + "\n" + hostile);
+    window->makeKeyAndOrderFront();
+    EXPECT_EQ(out.drained(), "one two" + drawn + ": 1%\n1 " + drawn + "\n\n2\n" + drawn + "\n  " + drawn +
+                                 "\n  " + drawn + "\n");
+}
+
+TEST_F(TerminalOnPipes, ProgressIsWrittenAsTheLanguageDoes) {
+    frontEnd.setInterfaceLanguage("tr");
+    shownProgress("T")->progressIndicator().setDoubleValue(40);
+    EXPECT_EQ(out.drained(), "T: %40\n");
 }
 
 TEST_F(TerminalOnPipes, QuestionWithoutATerminalCountsAsCancel) {
@@ -258,33 +271,29 @@ TEST_F(TerminalOnPipes, OutputThatIsClosedIsIgnored) {
     shownProgress("T")->progressIndicator().setDoubleValue(1);
 }
 
-TEST(TerminalText, KeepsUtf8AndReplacesWhatIsNone) {
+TEST(TerminalLine, KeepsUtf8AndLeavesOutWhatIsNone) {
     const std::string fine = "z\xc3\xa9 \xe6\x97\xa5 \xf0\x9f\x92\xbf \xd7\xa9";
-    EXPECT_EQ(ZPKTerminalLine(fine), fine);
+    EXPECT_EQ(ZPKTerminal::line(fine), fine);
     const struct {
         const char* input;
         const char* output;
     } rows[] = {
-        {"\xc0\x80", "??"},
-        {"\xe0\x80\x80", "???"},
-        {"\xed\xa0\x80", "???"},
-        {"\xf4\x90\x80\x80", "????"},
-        {"\xf5\x80\x80\x80", "????"},
-        {"\x80", "?"},
-        {"\xc3", "?"},
-        {"\xc3(", "?("},
-        {"\xf0\x9f\x92", "???"},
-        {"\xc2\x85", "?"},
+        {"\xc0\x80", ""},
+        {"\xed\xa0\x80", ""},
+        {"\x80", ""},
+        {"\xc3(", "("},
+        {"\xf0\x9f\x92z", "z"},
+        {"\xc2\x85", ""},
         {"\xc2\xa0", "\xc2\xa0"},
         {"a\tb", "a b"},
-        {"a\r\nb", "a? b"},
+        {"a\r\nb", "a b"},
+        {"a\u2028b", "ab"},
         {"", ""},
     };
     for (const auto& row : rows) {
-        EXPECT_EQ(ZPKTerminalLine(row.input), row.output);
+        EXPECT_EQ(ZPKTerminal::line(row.input), row.output);
     }
-    EXPECT_EQ(ZPKTerminalLine(std::string("a\0b", 3)), "a?b");
-    EXPECT_EQ(ZPKTerminalText("a\tb\nc\rd"), "a\tb\nc?d");
+    EXPECT_EQ(ZPKTerminal::line(std::string("a\0b", 3)), "ab");
 }
 
 TEST(TerminalOnATerminal, ProgressRewritesItsLine) {
@@ -298,7 +307,7 @@ TEST(TerminalOnATerminal, ProgressRewritesItsLine) {
     frontEnd.runAlert({"Alert", "", "OK"});
     window->progressIndicator().setDoubleValue(50);
     window->close();
-    EXPECT_EQ(terminal.screen(), "\rT: 100 %\rT: 40 % \b\r\nAlert\r\n\rT: 50 %\r\n");
+    EXPECT_EQ(terminal.screen(), "\rT: 100%\rT: 40% \b\r\nAlert\r\n\rT: 50%\r\n");
 }
 
 TEST(TerminalOnATerminal, ProgressThatIsTooWideIsALineAValue) {
@@ -309,7 +318,17 @@ TEST(TerminalOnATerminal, ProgressThatIsTooWideIsALineAValue) {
     window->makeKeyAndOrderFront();
     window->progressIndicator().setDoubleValue(10);
     window->progressIndicator().setDoubleValue(40);
-    EXPECT_EQ(terminal.screen(), "Unpacking: 10 %\r\nUnpacking: 40 %\r\n");
+    EXPECT_EQ(terminal.screen(), "Unpacking: 10%\r\nUnpacking: 40%\r\n");
+}
+
+TEST(TerminalOnATerminal, HostileTitleCannotMoveTheCursor) {
+    PseudoTerminal terminal;
+    ZPKTerminalFrontEnd frontEnd(terminal.program(), terminal.program(), terminal.program());
+    auto window = frontEnd.createProgressWindow();
+    window->setTitle("T\x1b[A\b\n\u202E");
+    window->makeKeyAndOrderFront();
+    window->progressIndicator().setDoubleValue(40);
+    EXPECT_EQ(terminal.screen(), "\rT[A : 40%");
 }
 
 class TerminalQuestion : public ::testing::Test {

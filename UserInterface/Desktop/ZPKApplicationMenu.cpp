@@ -4,17 +4,26 @@
 #include "UserInterface/Desktop/ZPKApplicationMenu.h"
 
 #include <QApplication>
-#include <QMessageBox>
+#include <QDialog>
+#include <QLabel>
+#include <QShortcut>
+#include <QVBoxLayout>
 
 #include "UserInterface/Desktop/ZPKDesktopText.h"
 #include "UserInterface/Desktop/ZPKForm.h"
 
-std::unique_ptr<ZPKApplicationMenu> ZPKApplicationMenu::createFromFolder(const QString& folder) {
+namespace {
+
+constexpr QSize kSmallestAbout(280, 80);
+
+}  // namespace
+
+std::unique_ptr<ZPKApplicationMenu> ZPKApplicationMenu::createFromFolder(const std::string& folder) {
     constexpr std::array<const char*, 7> kNames = {
         "aboutAppMenuItem",   "preferencesMenuItem", "servicesMenuItem", "hideAppMenuItem",
         "hideOthersMenuItem", "showAllMenuItem",     "quitAppMenuItem",
     };
-    ZPKForm form(folder, QStringLiteral("MainMenu.ui"));
+    ZPKForm form(folder, "MainMenu.ui");
     Items items{};
     for (std::size_t at = 0; at < kNames.size(); ++at) {
         items[at] = form.find<QAction>(kNames[at]);
@@ -37,9 +46,18 @@ void ZPKApplicationMenu::setItemTitle(ZPKMenuItem item, const std::string& title
 }
 
 void ZPKApplicationMenu::showAbout() const {
-    QMessageBox box(QApplication::activeWindow());
+    // No button: the toolkit's title for it would not be of the launcher's texts.
+    QDialog box(QApplication::activeWindow());
     box.setWindowTitle(item(ZPKMenuItem::About).text().replace(QStringLiteral("&&"), QStringLiteral("&")));
-    box.setTextFormat(Qt::PlainText);
-    box.setText(QCoreApplication::applicationName());
+    auto* label = new QLabel(QCoreApplication::applicationName());
+    label->setTextFormat(Qt::PlainText);
+    label->setAlignment(Qt::AlignCenter);
+    label->setMinimumSize(kSmallestAbout);
+    auto* layout = new QVBoxLayout(&box);
+    layout->addWidget(label);
+    layout->setSizeConstraint(QLayout::SetFixedSize);
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space}) {
+        QObject::connect(new QShortcut(key, &box), &QShortcut::activated, &box, &QDialog::accept);
+    }
     box.exec();
 }

@@ -15,7 +15,7 @@
 class ZPKApplicationMenu {
 public:
     /// Null, after a line on standard error, when the form cannot be loaded.
-    static std::unique_ptr<ZPKApplicationMenu> createFromFolder(const QString& folder);
+    static std::unique_ptr<ZPKApplicationMenu> createFromFolder(const std::string& folder);
 
     QMenu& menu() const { return *m_menu; }
     QAction& item(ZPKMenuItem item) const { return *m_items[static_cast<std::size_t>(item)]; }
@@ -26,6 +26,7 @@ private:
 
     ZPKApplicationMenu(std::unique_ptr<QMenu> menu, const Items& items);
 
+    /// The name of the application in a window that Return, Escape and the close box close.
     void showAbout() const;
 
     std::unique_ptr<QMenu> m_menu;

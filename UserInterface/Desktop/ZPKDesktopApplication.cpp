@@ -3,6 +3,7 @@
 
 #include "UserInterface/Desktop/ZPKDesktopApplication.h"
 
+#include <QEvent>
 #include <QLibraryInfo>
 #include <QLocale>
 #include <QTranslator>
@@ -22,6 +23,13 @@ std::vector<char*> copyOfArguments(const ZPKDesktopParameters& parameters) {
     return arguments;
 }
 
+/// The toolkit puts menus of its own wording behind the other mouse button: there are none.
+class ContextMenuFilter : public QObject {
+    using QObject::QObject;
+
+    bool eventFilter(QObject*, QEvent* event) override { return event->type() == QEvent::ContextMenu; }
+};
+
 }  // namespace
 
 ZPKDesktopApplication::ZPKDesktopApplication(const ZPKDesktopParameters& parameters)
@@ -29,6 +37,7 @@ ZPKDesktopApplication::ZPKDesktopApplication(const ZPKDesktopParameters& paramet
     const ZPKToolkitMessages::Start start(parameters.runWithoutDesktop);
     QGuiApplication::setQuitOnLastWindowClosed(false);
     m_application = std::make_unique<QApplication>(m_argumentCount, m_arguments.data());
+    QCoreApplication::instance()->installEventFilter(new ContextMenuFilter(m_application.get()));
     QCoreApplication::setApplicationName(ZPKDesktopText(parameters.applicationName));
     // The toolkit sets the person's number format for the whole process, where the core reads and
     // writes numbers of its own.

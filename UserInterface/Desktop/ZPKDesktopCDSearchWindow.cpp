@@ -26,8 +26,8 @@ void perform(const std::function<void()>& action) {
 }  // namespace
 
 std::unique_ptr<ZPKDesktopCDSearchWindow> ZPKDesktopCDSearchWindow::createFromFolder(
-    const QString& folder, ZPKApplicationMenu& menu) {
-    ZPKForm form(folder, QStringLiteral("CDSearchWindow.ui"));
+    const std::string& folder, ZPKApplicationMenu& menu) {
+    ZPKForm form(folder, "CDSearchWindow.ui");
     Controls controls;
     controls.textField = form.find<QLabel>("textField");
     controls.textView = form.find<QPlainTextEdit>("textView");

@@ -20,7 +20,7 @@ class ZPKDesktopCDSearchWindow : public ZPKDesktopWindow<ZPKCDSearchWindow> {
 public:
     /// Null, after a line on standard error, when the form cannot be loaded. `menu` outlives the
     /// window.
-    static std::unique_ptr<ZPKDesktopCDSearchWindow> createFromFolder(const QString& folder,
+    static std::unique_ptr<ZPKDesktopCDSearchWindow> createFromFolder(const std::string& folder,
                                                                       ZPKApplicationMenu& menu);
 
     void setActions(Actions actions) override;

@@ -12,7 +12,6 @@
 #include "UserInterface/Desktop/ZPKDesktopAlert.h"
 #include "UserInterface/Desktop/ZPKDesktopCDSearchWindow.h"
 #include "UserInterface/Desktop/ZPKDesktopProgressWindow.h"
-#include "UserInterface/Desktop/ZPKDesktopText.h"
 
 namespace {
 
@@ -46,7 +45,7 @@ private:
 ZPKDesktopFrontEnd::ZPKDesktopFrontEnd(const ZPKDesktopParameters& parameters)
     : ZPKDesktopApplication(parameters),
       ZPKFrontEndBase([this] { postToMainThread([this] { runPendingActions(); }); }),
-      m_resourceFolder(ZPKDesktopText(parameters.resourceFolder)) {}
+      m_resourceFolder(parameters.resourceFolder) {}
 
 bool ZPKDesktopFrontEnd::prepare() {
     m_menu = ZPKApplicationMenu::createFromFolder(m_resourceFolder);

@@ -4,7 +4,6 @@
 #pragma once
 
 #include <QEventLoop>
-#include <QString>
 #include <memory>
 #include <string>
 
@@ -35,7 +34,7 @@ private:
     /// Notices inside a session what only the end of the toolkit's own loop would tell.
     void terminateIfToolkitQuits();
 
-    const QString m_resourceFolder;
+    const std::string m_resourceFolder;
     std::unique_ptr<ZPKApplicationMenu> m_menu;
     /// The innermost loop of the toolkit that this front end runs.
     const QEventLoop* m_events = nullptr;

@@ -6,8 +6,9 @@
 #include "UserInterface/Desktop/ZPKDesktopText.h"
 #include "UserInterface/Desktop/ZPKForm.h"
 
-std::unique_ptr<ZPKDesktopProgressWindow> ZPKDesktopProgressWindow::createFromFolder(const QString& folder) {
-    ZPKForm form(folder, QStringLiteral("ProgressWindow.ui"));
+std::unique_ptr<ZPKDesktopProgressWindow> ZPKDesktopProgressWindow::createFromFolder(
+    const std::string& folder) {
+    ZPKForm form(folder, "ProgressWindow.ui");
     auto* label = form.find<QLabel>("titleLabel");
     auto* bar = form.find<QProgressBar>("progressIndicator");
     std::unique_ptr<QWidget> root = form.takeRoot<QWidget>();

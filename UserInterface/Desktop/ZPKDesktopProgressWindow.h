@@ -17,7 +17,7 @@
 class ZPKDesktopProgressWindow : public ZPKDesktopWindow<ZPKProgressWindow> {
 public:
     /// Null, after a line on standard error, when the form cannot be loaded.
-    static std::unique_ptr<ZPKDesktopProgressWindow> createFromFolder(const QString& folder);
+    static std::unique_ptr<ZPKDesktopProgressWindow> createFromFolder(const std::string& folder);
 
     ZPKProgressIndicator& progressIndicator() override { return m_state; }
     void setTitle(const std::string& title) override;

@@ -24,7 +24,7 @@ private:
     };
 
     bool probe();
-    bool probeX11();
+    bool answersX11();
 
     std::unique_ptr<xcb_connection_t, Disconnect> m_connection;
     bool m_answers;

@@ -3,14 +3,43 @@
 
 #include "UserInterface/Desktop/ZPKForm.h"
 
-#include <QCoreApplication>
-#include <QFile>
-#include <QUiLoader>
-#include <cstdio>
+#include <fcntl.h>
+#include <sys/stat.h>
 
+#include <QBuffer>
+#include <QCoreApplication>
+#include <QUiLoader>
+#include <cerrno>
+#include <cstdio>
+#include <optional>
+
+#include "Base/ZPKDescriptorIO.h"
+#include "Base/ZPKFailure.h"
+#include "Base/ZPKFileDescriptor.h"
+#include "Base/ZPKPath.h"
+#include "Base/ZPKTerminalText.h"
+#include "UserInterface/Desktop/ZPKDesktopText.h"
 #include "UserInterface/Desktop/ZPKToolkitMessages.h"
 
 namespace {
+
+/// Far more than any window needs.
+constexpr std::size_t kLargestForm = std::size_t{1} << 20;
+
+/// Nothing, with errno set, when the file cannot be read; a FIFO or a device counts as no file.
+std::optional<std::string> regularFileContents(const std::string& path) {
+    const ZPKFileDescriptor file(
+        ZPKDescriptorIO::retry([&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); }));
+    struct stat attributes {};
+    if (!file.isOpen() || ::fstat(file.get(), &attributes) != 0) {
+        return std::nullopt;
+    }
+    if (!S_ISREG(attributes.st_mode)) {
+        errno = S_ISDIR(attributes.st_mode) ? EISDIR : EINVAL;
+        return std::nullopt;
+    }
+    return ZPKDescriptorIO::readToEnd(file.get(), kLargestForm);
+}
 
 /// A loader looks for further widget classes in the toolkit's plug-in folders, and loads whatever
 /// lies there. The forms use none, so it is made while there are no such folders.
@@ -24,12 +53,15 @@ std::unique_ptr<QUiLoader> makeLoader() {
 
 }  // namespace
 
-ZPKForm::ZPKForm(const QString& folder, const QString& name) : m_path(folder + QLatin1Char('/') + name) {
-    QFile file(m_path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        fail(file.errorString());
+ZPKForm::ZPKForm(const std::string& folder, const std::string& name) : m_path(ZPKPath::join(folder, name)) {
+    const std::optional<std::string> contents = regularFileContents(m_path);
+    if (!contents) {
+        fail(ZPKDesktopText(ZPKFailure::systemReason(errno)));
         return;
     }
+    QByteArray bytes = QByteArray::fromStdString(*contents);
+    QBuffer file(&bytes);
+    file.open(QIODevice::ReadOnly);
     const ZPKToolkitMessages::Held held;
     const std::unique_ptr<QUiLoader> loader = makeLoader();
     m_root.reset(loader->load(&file));
@@ -42,8 +74,8 @@ bool ZPKForm::check() const {
     if (m_failure.isEmpty()) {
         return true;
     }
-    std::fprintf(stderr, "Cannot load the form %s: %s\n", m_path.toUtf8().constData(),
-                 m_failure.simplified().toUtf8().constData());
+    std::fprintf(stderr, "Cannot load the form %s: %s\n", ZPKTerminalText::printable(m_path).c_str(),
+                 ZPKTerminalText::printable(m_failure.simplified().toStdString()).c_str());
     return false;
 }
 

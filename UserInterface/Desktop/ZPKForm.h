@@ -6,12 +6,14 @@
 #include <QString>
 #include <QWidget>
 #include <memory>
+#include <string>
 
 /// A window form: the widgets that a `.ui` file in the resource folder describes. Main thread only.
 class ZPKForm {
 public:
-    /// Loads `<folder>/<name>`.
-    ZPKForm(const QString& folder, const QString& name);
+    /// Loads `<folder>/<name>`. The folder's path is taken byte for byte: the toolkit's own texts cannot
+    /// hold one that is no UTF-8.
+    ZPKForm(const std::string& folder, const std::string& name);
 
     /// The object of that name, owned by the form's root; null when the form has none such.
     template <class Object>
@@ -44,7 +46,7 @@ public:
 private:
     void fail(const QString& reason);
 
-    QString m_path;
+    const std::string m_path;
     std::unique_ptr<QWidget> m_root;
     QString m_failure;
 };

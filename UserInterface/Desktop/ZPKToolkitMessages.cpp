@@ -8,18 +8,21 @@
 #include <QLoggingCategory>
 #include <cstdio>
 #include <cstdlib>
-#include <mutex>
+#include <optional>
+
+#include "Base/ZPKMutex.h"
+#include "Base/ZPKTerminalText.h"
 
 namespace {
 
 enum class Phase { Starting, WithoutDesktop, Running };
 
 struct State {
-    std::mutex mutex;
-    Phase phase = Phase::Running;
-    bool isHolding = false;
-    QString last;
-    int (*runWithoutDesktop)() = nullptr;
+    ZPKMutex mutex;
+    Phase phase ZPK_GUARDED_BY(mutex) = Phase::Running;
+    bool isHolding ZPK_GUARDED_BY(mutex) = false;
+    QString last ZPK_GUARDED_BY(mutex);
+    int (*runWithoutDesktop)() ZPK_GUARDED_BY(mutex) = nullptr;
 };
 
 State& theState() {
@@ -28,27 +31,38 @@ State& theState() {
 }
 
 void printLine(const QString& text) {
-    std::fprintf(stderr, "%s\n", text.toUtf8().constData());
+    std::fprintf(stderr, "%s\n", ZPKTerminalText::harmless(text.toStdString()).c_str());
 }
 
 [[noreturn]] void leaveToolkit(const QString& reason, int (*run)()) {
     printLine(QStringLiteral("Cannot use the desktop: ") + reason.section(QLatin1Char('\n'), 0, 0));
     const int status = run == nullptr ? 1 : run();
     std::fflush(nullptr);
-    _exit(status);
+    ::_exit(status);
 }
 
-void handleFatal(const QString& text) {
+/// What is left to do when the toolkit gives up while it starts.
+struct Escape {
+    QString reason;
+    int (*run)() = nullptr;
+};
+
+/// Nothing once the toolkit has started, or when it gives up a second time.
+std::optional<Escape> takeEscape(const QString& text) {
     State& state = theState();
-    std::unique_lock lock(state.mutex);
-    if (state.phase == Phase::Starting) {
-        state.phase = Phase::WithoutDesktop;
-        // What came before says what is wrong; the fatal message only that there is no way on.
-        const QString reason = state.last.isEmpty() ? text : state.last;
-        lock.unlock();
-        leaveToolkit(reason, state.runWithoutDesktop);
+    const ZPKMutexLock lock(state.mutex);
+    if (state.phase != Phase::Starting) {
+        return std::nullopt;
     }
-    lock.unlock();
+    state.phase = Phase::WithoutDesktop;
+    // What came before says what is wrong; the fatal message only that there is no way on.
+    return Escape{state.last.isEmpty() ? text : state.last, state.runWithoutDesktop};
+}
+
+[[noreturn]] void handleFatal(const QString& text) {
+    if (const std::optional<Escape> escape = takeEscape(text)) {
+        leaveToolkit(escape->reason, escape->run);
+    }
     printLine(text);
     std::exit(1);
 }
@@ -61,7 +75,7 @@ void handleMessage(QtMsgType type, const QMessageLogContext& context, const QStr
         return;
     }
     State& state = theState();
-    const std::lock_guard lock(state.mutex);
+    const ZPKMutexLock lock(state.mutex);
     if (state.isHolding || state.phase != Phase::Running) {
         state.last = text;
     } else {
@@ -72,34 +86,37 @@ void handleMessage(QtMsgType type, const QMessageLogContext& context, const QStr
 }  // namespace
 
 ZPKToolkitMessages::Start::Start(int (*runWithoutDesktop)()) {
-    State& state = theState();
-    state.phase = Phase::Starting;
-    state.runWithoutDesktop = runWithoutDesktop;
-    state.last.clear();
+    {
+        State& state = theState();
+        const ZPKMutexLock lock(state.mutex);
+        state.phase = Phase::Starting;
+        state.runWithoutDesktop = runWithoutDesktop;
+        state.last.clear();
+    }
     qInstallMessageHandler(handleMessage);
 }
 
 ZPKToolkitMessages::Start::~Start() {
     State& state = theState();
-    const std::lock_guard lock(state.mutex);
+    const ZPKMutexLock lock(state.mutex);
     state.phase = Phase::Running;
 }
 
 ZPKToolkitMessages::Held::Held() {
     State& state = theState();
-    const std::lock_guard lock(state.mutex);
+    const ZPKMutexLock lock(state.mutex);
     state.isHolding = true;
     state.last.clear();
 }
 
 ZPKToolkitMessages::Held::~Held() {
     State& state = theState();
-    const std::lock_guard lock(state.mutex);
+    const ZPKMutexLock lock(state.mutex);
     state.isHolding = false;
 }
 
 QString ZPKToolkitMessages::Held::last() const {
     State& state = theState();
-    const std::lock_guard lock(state.mutex);
+    const ZPKMutexLock lock(state.mutex);
     return state.last;
 }

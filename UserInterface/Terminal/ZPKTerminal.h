@@ -7,15 +7,9 @@
 #include <optional>
 #include <string>
 
-/// The text as one line of printable characters: what a terminal would obey (control characters,
-/// escape sequences, line ends) and what is no UTF-8 becomes "?" or a blank.
-std::string ZPKTerminalLine(const std::string& text);
-
-/// The same for a text of several lines; its line ends stay.
-std::string ZPKTerminalText(const std::string& text);
-
-/// The three streams of the terminal front end, and the line that is still being rewritten. Failures
-/// to write are ignored. Main thread only.
+/// The three streams of the terminal front end, and the line that is still being rewritten. Of the texts
+/// only what a terminal draws gets through, whoever wrote them. Failures to write are ignored. Main
+/// thread only.
 class ZPKTerminal {
 public:
     /// The descriptors stay the caller's.
@@ -24,13 +18,16 @@ public:
     /// Whether a question can be asked: both the input and the output are terminals.
     bool isInteractive() const { return m_interactive; }
 
-    /// Prints text as it stands.
+    /// The text as one line: line feeds and tabs become blanks.
+    static std::string line(std::string text);
+
+    /// Prints a text of any number of lines.
     void print(const std::string& text);
     void printError(const std::string& text);
 
     /// Prints a line that the next call rewrites. On an output that cannot rewrite it, or that is
     /// too narrow for it, each call prints a line of its own.
-    void printStatus(const std::string& line);
+    void printStatus(const std::string& text);
 
     /// Ends the line being rewritten, if there is one.
     void endStatus();

@@ -34,8 +34,8 @@ void ZPKTerminalCDSearchWindow::show() {
         return;
     }
     m_shown = true;
-    std::string text = ZPKTerminalLine(m_title) + "\n\n" + ZPKTerminalText(m_message) + "\n";
-    std::istringstream products(ZPKTerminalText(m_productList));
+    std::string text = ZPKTerminal::line(m_title) + "\n\n" + m_message + "\n";
+    std::istringstream products(m_productList);
     for (std::string product; std::getline(products, product);) {
         text += "  " + product + "\n";
     }
@@ -43,7 +43,7 @@ void ZPKTerminalCDSearchWindow::show() {
 }
 
 std::string ZPKTerminalCDSearchWindow::question() const {
-    return "[1] " + ZPKTerminalLine(m_searchTitle) + "  [2] " + ZPKTerminalLine(m_cancelTitle) + ": ";
+    return "[1] " + ZPKTerminal::line(m_searchTitle) + "  [2] " + ZPKTerminal::line(m_cancelTitle) + ": ";
 }
 
 void ZPKTerminalCDSearchWindow::takeAnswer(const std::optional<std::string>& line) {

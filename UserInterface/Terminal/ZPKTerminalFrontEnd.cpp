@@ -40,7 +40,7 @@ ZPKTerminalFrontEnd::ZPKTerminalFrontEnd(int input, int output, int error)
     : ZPKFrontEndBase([this] { wake(); }), m_terminal(input, output, error) {}
 
 std::unique_ptr<ZPKProgressWindow> ZPKTerminalFrontEnd::createProgressWindow() {
-    return std::make_unique<ZPKTerminalProgressWindow>(m_terminal);
+    return std::make_unique<ZPKTerminalProgressWindow>(m_terminal, m_language);
 }
 
 std::unique_ptr<ZPKCDSearchWindow> ZPKTerminalFrontEnd::createCDSearchWindow() {
@@ -48,9 +48,9 @@ std::unique_ptr<ZPKCDSearchWindow> ZPKTerminalFrontEnd::createCDSearchWindow() {
 }
 
 void ZPKTerminalFrontEnd::runAlert(const ZPKAlert& alert) {
-    std::string text = ZPKTerminalText(alert.messageText) + "\n";
+    std::string text = alert.messageText + "\n";
     if (!alert.informativeText.empty()) {
-        text += ZPKTerminalText(alert.informativeText) + "\n";
+        text += alert.informativeText + "\n";
     }
     m_terminal.printError(text);
 }

@@ -22,7 +22,7 @@ public:
     ZPKTerminalFrontEnd(int input, int output, int error);
 
     void activateIgnoringOtherApps() override {}
-    void setInterfaceLanguage(const std::string&) override {}
+    void setInterfaceLanguage(const std::string& code) override { m_language = code; }
     void setMenuItemTitle(ZPKMenuItem, const std::string&) override {}
     std::unique_ptr<ZPKProgressWindow> createProgressWindow() override;
     std::unique_ptr<ZPKCDSearchWindow> createCDSearchWindow() override;
@@ -39,4 +39,5 @@ private:
     std::optional<std::string> waitForLine(const ZPKModalLoop& loop);
 
     ZPKTerminal m_terminal;
+    std::string m_language;
 };

@@ -3,8 +3,10 @@
 
 #include "UserInterface/Terminal/ZPKTerminalProgressWindow.h"
 
+#include "UserInterface/Terminal/ZPKPercentText.h"
+
 void ZPKTerminalProgressWindow::setTitle(const std::string& title) {
-    m_title = ZPKTerminalLine(title);
+    m_title = ZPKTerminal::line(title);
     print();
 }
 
@@ -37,5 +39,5 @@ std::string ZPKTerminalProgressWindow::line() const {
         return m_title;
     }
     const std::optional<int> percent = m_state.percent();
-    return percent ? m_title + ": " + std::to_string(*percent) + " %" : std::string();
+    return percent ? m_title + ": " + ZPKPercentText::of(*percent, m_language) : std::string();
 }

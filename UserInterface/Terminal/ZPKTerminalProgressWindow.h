@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 #include "UserInterface/Terminal/ZPKTerminal.h"
 #include "UserInterface/Terminal/ZPKTerminalWindow.h"
@@ -14,8 +15,10 @@
 /// long it takes.
 class ZPKTerminalProgressWindow : public ZPKProgressWindow, public ZPKTerminalWindow {
 public:
-    /// The terminal outlives the window.
-    explicit ZPKTerminalProgressWindow(ZPKTerminal& terminal) : m_terminal(terminal) {}
+    /// The terminal outlives the window. `language` is the code of the language that the percentage is
+    /// written in.
+    ZPKTerminalProgressWindow(ZPKTerminal& terminal, std::string language)
+        : m_terminal(terminal), m_language(std::move(language)) {}
 
     ZPKProgressIndicator& progressIndicator() override { return m_state; }
     void center() override {}
@@ -32,6 +35,7 @@ private:
     std::string line() const;
 
     ZPKTerminal& m_terminal;
+    const std::string m_language;
     std::string m_title;
     std::string m_printed;
     ZPKProgressState m_state{[this] { print(); }};

@@ -5,34 +5,29 @@
 
 #include <poll.h>
 #include <sys/eventfd.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <system_error>
 
-ZPKWakeUp::ZPKWakeUp() : m_event(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
-    if (m_event < 0) {
+ZPKWakeUp::ZPKWakeUp() : m_event(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+    if (!m_event.isOpen()) {
         throw std::system_error(errno, std::generic_category(), "eventfd");
     }
 }
 
-ZPKWakeUp::~ZPKWakeUp() {
-    ::close(m_event);
-}
-
 void ZPKWakeUp::wake() const {
     // It fails only when a wake-up is waiting already.
-    eventfd_write(m_event, 1);
+    ::eventfd_write(m_event.get(), 1);
 }
 
 bool ZPKWakeUp::wait(int descriptor, int milliseconds) const {
-    pollfd waited[] = {{m_event, POLLIN, 0}, {descriptor, POLLIN, 0}};
-    if (poll(waited, 2, milliseconds) <= 0) {
+    pollfd waited[] = {{m_event.get(), POLLIN, 0}, {descriptor, POLLIN, 0}};
+    if (::poll(waited, 2, milliseconds) <= 0) {
         return false;
     }
     if (waited[0].revents != 0) {
         eventfd_t ignored = 0;
-        eventfd_read(m_event, &ignored);
+        ::eventfd_read(m_event.get(), &ignored);
     }
     return waited[1].revents != 0;
 }

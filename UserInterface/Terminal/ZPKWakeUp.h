@@ -3,12 +3,13 @@
 
 #pragma once
 
+#include "Base/ZPKFileDescriptor.h"
+
 /// Lets any thread wake the one that waits.
 class ZPKWakeUp {
 public:
     /// Throws std::system_error when the host gives no descriptor.
     ZPKWakeUp();
-    ~ZPKWakeUp();
     ZPKWakeUp(const ZPKWakeUp&) = delete;
     ZPKWakeUp& operator=(const ZPKWakeUp&) = delete;
 
@@ -20,5 +21,5 @@ public:
     bool wait(int descriptor, int milliseconds) const;
 
 private:
-    int m_event;
+    const ZPKFileDescriptor m_event;
 };

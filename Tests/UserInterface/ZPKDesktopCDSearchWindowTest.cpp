@@ -1,0 +1,322 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#include <QAction>
+#include <QDialog>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPlainTextEdit>
+#include <QPushButton>
+
+#include "Tests/UserInterface/DesktopFixture.h"
+
+namespace zpk_test {
+
+class DesktopDiscWindow : public DesktopFrontEnd {
+protected:
+    int searches = 0;
+    int cancels = 0;
+    int closes = 0;
+    bool mayClose = true;
+    QDialog* dialog = nullptr;
+    QPushButton* search = nullptr;
+    QPushButton* cancel = nullptr;
+    QPlainTextEdit* list = nullptr;
+    std::unique_ptr<ZPKCDSearchWindow> window;
+
+    /// Runs the window's modal loop, with `script` when it is on the screen; gives its code.
+    int run(const std::function<void()>& script) {
+        int code = 0;
+        runWith(*frontEnd, [&] {
+            setMenuTitles();
+            window = frontEnd->createCDSearchWindow();
+            ASSERT_NE(window, nullptr);
+            fill();
+            inNextLoop([&] {
+                search = findVisible<QPushButton>("searchButton");
+                cancel = findVisible<QPushButton>("cancelButton");
+                list = findVisible<QPlainTextEdit>("textView");
+                ASSERT_TRUE(search != nullptr && cancel != nullptr && list != nullptr);
+                dialog = qobject_cast<QDialog*>(search->window());
+                script();
+                frontEnd->abortModal();
+            });
+            code = frontEnd->runModalForWindow(*window);
+            window.reset();
+        });
+        return code;
+    }
+
+    QAction* item(const char* name) const {
+        const QList<QAction*> actions = dialog->findChild<QMenuBar*>()->actions();
+        for (QAction* action : actions.front()->menu()->actions()) {
+            if (action->objectName() == QLatin1String(name)) {
+                return action;
+            }
+        }
+        ADD_FAILURE() << "no item " << name;
+        return actions.front();
+    }
+
+private:
+    void setMenuTitles() {
+        const char* titles[] = {"Info & more", "Prefs", "Services", "Hide", "Others", "All", "Quit"};
+        for (int at = 0; at < 7; ++at) {
+            frontEnd->setMenuItemTitle(static_cast<ZPKMenuItem>(at), titles[at]);
+        }
+    }
+
+    void fill() {
+        window->center();
+        window->setTitle("Disc");
+        window->setMessage("Insert <b>the</b> disc & search.");
+        window->setProductList("Suite <i>3</i>\nTools");
+        window->setSearchButtonTitle("Search & Find");
+        window->setCancelButtonTitle("Cancel");
+        window->setActions({[&] { ++searches; },
+                            [&] {
+                                ++cancels;
+                                frontEnd->stopModal(ZPKModalResponseAbort);
+                                window->close();
+                            },
+                            [&] {
+                                ++closes;
+                                return mayClose;
+                            }});
+    }
+};
+
+TEST_F(DesktopDiscWindow, ShowsItsTextsAsTheyStand) {
+    run([&] {
+        auto* message = dialog->findChild<QLabel*>("textField");
+        EXPECT_EQ(dialog->windowTitle(), "Disc");
+        EXPECT_EQ(message->text(), "Insert <b>the</b> disc & search.");
+        EXPECT_EQ(message->textFormat(), Qt::PlainText);
+        EXPECT_TRUE(message->wordWrap());
+        EXPECT_EQ(list->toPlainText(), "Suite <i>3</i>\nTools");
+        EXPECT_TRUE(list->isReadOnly());
+        EXPECT_EQ(search->text(), "Search && Find");
+        EXPECT_EQ(cancel->text(), "Cancel");
+        EXPECT_EQ(accessibleName(search), "Search & Find");
+        EXPECT_EQ(accessibleName(list), "Insert <b>the</b> disc & search.");
+        EXPECT_EQ(accessibleName(dialog), "Disc");
+        EXPECT_EQ(dialog->windowModality(), Qt::ApplicationModal);
+    });
+}
+
+TEST_F(DesktopDiscWindow, ButtonsDoTheirActions) {
+    EXPECT_EQ(run([&] {
+                  search->click();
+                  search->click();
+                  EXPECT_TRUE(dialog->isVisible());
+                  cancel->click();
+                  EXPECT_FALSE(dialog->isVisible());
+              }),
+              ZPKModalResponseAbort);
+    EXPECT_EQ(searches, 2);
+    EXPECT_EQ(cancels, 1);
+    EXPECT_EQ(closes, 0);
+}
+
+TEST_F(DesktopDiscWindow, ReturnSearchesFromAnywhereButTheCancelButton) {
+    run([&] {
+        EXPECT_TRUE(search->isDefault());
+        QTest::keyClick(search, Qt::Key_Return);
+        list->setFocus();
+        QTest::keyClick(list, Qt::Key_Return);
+        QTest::keyClick(list, Qt::Key_Enter);
+    });
+    EXPECT_EQ(searches, 3);
+}
+
+TEST_F(DesktopDiscWindow, EscapePressesCancelFromAnywhere) {
+    run([&] { QTest::keyClick(list, Qt::Key_Escape); });
+    EXPECT_EQ(cancels, 1);
+    EXPECT_EQ(closes, 0);
+}
+
+TEST_F(DesktopDiscWindow, CloseBoxAsksAndCloses) {
+    run([&] {
+        dialog->close();
+        EXPECT_FALSE(dialog->isVisible());
+    });
+    EXPECT_EQ(closes, 1);
+    EXPECT_EQ(cancels, 0);
+}
+
+TEST_F(DesktopDiscWindow, CloseBoxLeavesTheWindowThatMayNotClose) {
+    mayClose = false;
+    run([&] {
+        dialog->close();
+        EXPECT_TRUE(dialog->isVisible());
+    });
+    EXPECT_EQ(closes, 1);
+}
+
+TEST_F(DesktopDiscWindow, TabGoesFromSearchToCancelToTheList) {
+    run([&] {
+        EXPECT_TRUE(QTest::qWaitForWindowActive(dialog));
+        EXPECT_EQ(QApplication::focusWidget(), search);
+        QTest::keyClick(search, Qt::Key_Tab);
+        EXPECT_EQ(QApplication::focusWidget(), cancel);
+        QTest::keyClick(cancel, Qt::Key_Tab);
+        EXPECT_EQ(QApplication::focusWidget(), list);
+        QTest::keyClick(list, Qt::Key_Tab);
+        EXPECT_EQ(QApplication::focusWidget(), search);
+    });
+}
+
+TEST_F(DesktopDiscWindow, MenuHasTheSevenItemsInOrder) {
+    run([&] {
+        const QList<QAction*> bar = dialog->findChild<QMenuBar*>()->actions();
+        ASSERT_EQ(bar.size(), 1);
+        EXPECT_EQ(bar.front()->text(), "Zephyrkit");
+        std::vector<std::pair<QString, bool>> items;
+        for (const QAction* action : bar.front()->menu()->actions()) {
+            if (!action->isSeparator()) {
+                items.emplace_back(action->text(), action->isEnabled());
+            }
+        }
+        const std::vector<std::pair<QString, bool>> expected = {
+            {"Info && more", true}, {"Prefs", false}, {"Services", false}, {"Hide", true},
+            {"Others", false},      {"All", false},   {"Quit", true},
+        };
+        EXPECT_EQ(items, expected);
+    });
+}
+
+TEST_F(DesktopDiscWindow, QuitCountsAsTheCloseBox) {
+    run([&] {
+        item("quitAppMenuItem")->trigger();
+        EXPECT_FALSE(dialog->isVisible());
+    });
+    EXPECT_EQ(closes, 1);
+}
+
+TEST_F(DesktopDiscWindow, HideMinimizesAndAboutTellsTheName) {
+    run([&] {
+        QTimer::singleShot(10, qApp, [] {
+            auto* box = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+            ASSERT_NE(box, nullptr);
+            EXPECT_EQ(box->windowTitle(), "Info & more");
+            EXPECT_EQ(box->findChild<QLabel*>()->text(), "Zephyrkit");
+            EXPECT_TRUE(box->findChildren<QAbstractButton*>().empty());
+            box->close();
+        });
+        item("aboutAppMenuItem")->trigger();
+        item("hideAppMenuItem")->trigger();
+        EXPECT_TRUE(dialog->isMinimized());
+    });
+}
+
+TEST_F(DesktopDiscWindow, FontIsSetAtThePresentSizeAndOnlyWhenItExists) {
+    run([&] {
+        const QFont before = search->font();
+        for (const char* name : {"", "No such font at all"}) {
+            window->setFontName(ZPKCDSearchControl::SearchButton, name);
+            EXPECT_EQ(search->font(), before) << name;
+        }
+        window->setFontName(ZPKCDSearchControl::SearchButton, "DejaVu Sans Mono");
+        EXPECT_EQ(search->font().families(), QStringList("DejaVu Sans Mono"));
+        EXPECT_EQ(search->font().pointSizeF(), before.pointSizeF());
+        EXPECT_EQ(cancel->font(), before);
+        window->setFontName(ZPKCDSearchControl::CancelButton, "DejaVu Sans Mono");
+        window->setFontName(ZPKCDSearchControl::TextView, "DejaVu Sans Mono");
+        window->setFontName(ZPKCDSearchControl::TextField, "DejaVu Sans Mono");
+        EXPECT_EQ(cancel->font().families(), QStringList("DejaVu Sans Mono"));
+        EXPECT_EQ(list->font().families(), QStringList("DejaVu Sans Mono"));
+        EXPECT_EQ(dialog->findChild<QLabel*>("textField")->font().families(),
+                  QStringList("DejaVu Sans Mono"));
+    });
+}
+
+TEST_F(DesktopDiscWindow, LongTextsStayOnTheScreen) {
+    run([&] {
+        window->close();
+        window->setMessage(manyLines());
+        window->setProductList(manyLines() + std::string(5000, 'x'));
+        window->setSearchButtonTitle("A title that is rather long for a button to search with");
+        window->makeKeyAndOrderFront();
+        expectOnScreen(dialog);
+        EXPECT_GE(search->width(), search->sizeHint().width());
+        EXPECT_TRUE(dialog->rect().contains(search->geometry().center()));
+        EXPECT_GT(list->height(), 40);
+    });
+}
+
+TEST_F(DesktopDiscWindow, RightToLeftLanguageMirrorsIt) {
+    frontEnd->setInterfaceLanguage("he");
+    run([&] {
+        EXPECT_GT(search->x(), cancel->x());
+        EXPECT_EQ(list->document()->defaultTextOption().alignment(), Qt::AlignRight | Qt::AlignAbsolute);
+    });
+}
+
+TEST_F(DesktopDiscWindow, ProgressAndAlertOverItTakeTheKeyboardAndGiveItBack) {
+    run([&] {
+        auto progress = frontEnd->createProgressWindow();
+        progress->makeKeyAndOrderFront();
+        auto session = frontEnd->beginModalSessionForWindow(*progress);
+        session->run();
+        QWidget* progressWidget = findVisible<QProgressBar>("progressIndicator")->window();
+        EXPECT_EQ(QApplication::activeModalWidget(), progressWidget);
+        EXPECT_EQ(progressWidget->windowHandle()->transientParent(), dialog->windowHandle());
+        session.reset();
+        progress->close();
+        progress.reset();
+        EXPECT_EQ(QApplication::activeModalWidget(), dialog);
+        inNextLoop([&] {
+            auto* box = findVisible<QMessageBox>("");
+            EXPECT_EQ(box->parentWidget(), dialog);
+            box->close();
+        });
+        frontEnd->runAlert({"No disc", "", "OK"});
+        EXPECT_EQ(QApplication::activeModalWidget(), dialog);
+    });
+}
+
+TEST_F(DesktopDiscWindow, ToolkitThatIsToldToQuitEndsTheSessionOverItAndTheRun) {
+    const int code = run([&] {
+        auto progress = frontEnd->createProgressWindow();
+        auto session = frontEnd->beginModalSessionForWindow(*progress);
+        EXPECT_TRUE(session->run());
+        QCoreApplication::exit();
+        EXPECT_FALSE(session->run());
+        // A search that found the disc in this moment changes nothing.
+        frontEnd->stopModal(ZPKModalResponseStop);
+    });
+    EXPECT_EQ(code, ZPKModalResponseAbort);
+    EXPECT_EQ(frontEnd->runModalForWindow(*frontEnd->createProgressWindow()), ZPKModalResponseAbort);
+}
+
+TEST_F(DesktopDiscWindow, AboutGoesByReturnAndEscape) {
+    run([&] {
+        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space, Qt::Key_Escape}) {
+            bool seen = false;
+            QTimer::singleShot(10, qApp, [key, &seen] {
+                auto* box = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+                ASSERT_NE(box, nullptr);
+                EXPECT_TRUE(QTest::qWaitForWindowActive(box));
+                seen = true;
+                QTest::keyClick(box, key);
+            });
+            item("aboutAppMenuItem")->trigger();
+            EXPECT_TRUE(seen);
+            EXPECT_EQ(QApplication::activeModalWidget(), dialog);
+        }
+        EXPECT_EQ(searches + cancels, 0);
+    });
+}
+
+TEST_F(DesktopDiscWindow, OtherMouseButtonBringsNoMenu) {
+    run([&] {
+        window->setProductList(manyLines() + std::string(5000, 'x'));
+        for (QWidget* widget : dialog->findChildren<QWidget*>()) {
+            askForMenu(widget);
+            EXPECT_EQ(findVisible<QMenu>(""), nullptr) << widget->objectName().toStdString();
+        }
+    });
+}
+
+}  // namespace zpk_test
