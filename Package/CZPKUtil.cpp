@@ -3,19 +3,13 @@
 
 #include "Package/CZPKUtil.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <cstdint>
 #include <cstdlib>
 #include <memory>
 
 #include "Base/ZPKPath.h"
 #include "Package/ZPKPackageLayout.h"
+#include "Package/ZPKScrambler.h"
 #include "Platform/ZPKBundle.h"
-#include "Platform/ZPKFileHandle.h"
 #include "Platform/ZPKFileManager.h"
 #include "Platform/ZPKMainBundle.h"
 #include "Platform/ZPKTask.h"
@@ -24,9 +18,6 @@ namespace varno_zpk {
 
 namespace {
 
-/// How far the bytes of a package archive are rotated.
-constexpr std::uint64_t kRotation = 102400;
-
 constexpr unsigned int kFolderPermissions = 0777;
 
 void runArchiveTool(ZPKTask& task, const std::vector<std::string>& arguments) {
@@ -34,43 +25,6 @@ void runArchiveTool(ZPKTask& task, const std::vector<std::string>& arguments) {
     task.setArguments(arguments);
     if (task.launch()) {
         task.waitUntilExit();
-    }
-}
-
-bool isSameFile(const ZPKFileHandle& file, const std::string& path) {
-    struct stat attributes;
-    return ::lstat(path.c_str(), &attributes) == 0 && attributes.st_dev == file.attributes().st_dev &&
-           attributes.st_ino == file.attributes().st_ino;
-}
-
-/// Writes the two parts of `source` on both sides of `middle` to the new file in exchanged order.
-bool writeExchanged(const ZPKFileHandle& source, std::uint64_t middle, ZPKResult<ZPKFileHandle> newFile) {
-    if (!newFile) {
-        return false;
-    }
-    newFile->reserve(source.size());
-    return static_cast<bool>(newFile->append(source, middle, source.size() - middle)) &&
-           static_cast<bool>(newFile->append(source, 0, middle));
-}
-
-/// The same for a file in its own place: it stays as it is until its replacement is complete.
-void exchangeInPlace(const ZPKFileHandle& source, std::uint64_t middle, const std::string& path) {
-    const std::string replacement = path + ".new-" + std::to_string(::getpid());
-    ZPKResult<ZPKFileHandle> newFile = ZPKFileHandle::newFileAt(AT_FDCWD, replacement, 0666, replacement);
-    if (!newFile) {
-        return;
-    }
-    if (!writeExchanged(source, middle, std::move(newFile)) ||
-        ::rename(replacement.c_str(), path.c_str()) != 0) {
-        ZPKFileManager::removeItem(replacement).ignore();
-    }
-}
-
-void exchange(const ZPKFileHandle& source, std::uint64_t middle, const std::string& dst) {
-    if (isSameFile(source, dst)) {
-        exchangeInPlace(source, middle, dst);
-    } else {
-        writeExchanged(source, middle, ZPKFileHandle::replacingFileAtPath(dst));
     }
 }
 
@@ -121,21 +75,11 @@ void CZPKUtil::Extract(const std::string& src, const std::string& dst) {
 }
 
 void CZPKUtil::Fake(const std::string& src, const std::string& dst) {
-    const ZPKResult<ZPKFileHandle> source = ZPKFileHandle::forReadingAtPath(src);
-    if (!source) {
-        static_cast<void>(ZPKFileHandle::replacingFileAtPath(dst));
-        return;
-    }
-    exchange(*source, std::min(kRotation, source->size()), dst);
+    ZPKScrambler::scramble(src, dst).ignore();
 }
 
 void CZPKUtil::Unfake(const std::string& src, const std::string& dst) {
-    const ZPKResult<ZPKFileHandle> source = ZPKFileHandle::forReadingAtPath(src);
-    if (source && source->size() > kRotation) {
-        exchange(*source, source->size() - kRotation, dst);
-        return;
-    }
-    ZPKFileManager::copyItem(resolvedPath(src), dst).ignore();
+    ZPKScrambler::unscramble(src, dst).ignore();
 }
 
 bool CZPKUtil::MakeDirectoryWithIntermediateDirectories(const std::string& path) {

@@ -35,7 +35,7 @@ void ArchiveCheck::run(const std::string& archivePath, const std::string& source
     const std::set<std::string> members = memberNames(archivePath, sourceFolder);
     std::vector<std::string> paths{""};
     std::vector<std::string> below;
-    ZPKFileManager::subpathsOfFolder(sourceFolder, below).ignore();
+    require(ZPKFileManager::subpathsOfFolder(sourceFolder, below));
     paths.insert(paths.end(), below.begin(), below.end());
     for (const std::string& path : paths) {
         const std::string member = ZPKPath::join(name, path);

@@ -3,18 +3,12 @@
 
 #include "Tools/zpkpack/ArchivePacker.h"
 
-#include <sys/stat.h>
-
-#include <cerrno>
-
 #include "Archive/Archive.h"
-#include "Package/CZPKUtil.h"
+#include "Package/ZPKScrambler.h"
 #include "Platform/ZPKFileManager.h"
 #include "Tools/zpkpack/ArchiveCheck.h"
 #include "Tools/zpkpack/FirstErrorSink.h"
 #include "Tools/zpkpack/PackagerFailure.h"
-
-using varno_zpk::CZPKUtil;
 
 namespace zpk_packager {
 
@@ -27,21 +21,6 @@ void makeArchive(const std::string& source, const std::string& archive) {
     }
 }
 
-off_t sizeOf(const std::string& path) {
-    struct stat attributes;
-    if (::stat(path.c_str(), &attributes) != 0) {
-        throw PackagerFailure::ofSystem(path, errno);
-    }
-    return attributes.st_size;
-}
-
-/// Scrambling itself is silent; what it wrote tells.
-void requireSameSize(const std::string& made, const std::string& original) {
-    if (sizeOf(made) != sizeOf(original)) {
-        throw PackagerFailure(made, "it could not be written whole");
-    }
-}
-
 }  // namespace
 
 void ArchivePacker::pack(ZPKPackageLayout::Content content, const std::string& sourceFolder,
@@ -51,13 +30,13 @@ void ArchivePacker::pack(ZPKPackageLayout::Content content, const std::string& s
     const std::string scrambled = ZPKPackageLayout::scrambledArchive(resourceFolder, content);
     const std::string readBack = plain + ".check";
     makeArchive(source, plain);
-    CZPKUtil::Fake(plain, scrambled);
-    requireSameSize(scrambled, plain);
-    ZPKFileManager::removeItem(plain).ignore();
-    CZPKUtil::Unfake(scrambled, readBack);
-    requireSameSize(readBack, scrambled);
+    // The template may hold something of the name.
+    ZPKFileManager::removeItem(scrambled).ignore();
+    require(ZPKScrambler::scramble(plain, scrambled));
+    require(ZPKFileManager::removeItem(plain));
+    require(ZPKScrambler::unscramble(scrambled, readBack));
     ArchiveCheck::run(readBack, source, ZPKPackageLayout::name(content));
-    ZPKFileManager::removeItem(readBack).ignore();
+    require(ZPKFileManager::removeItem(readBack));
 }
 
 }  // namespace zpk_packager

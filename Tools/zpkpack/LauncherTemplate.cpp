@@ -44,9 +44,7 @@ void LauncherTemplate::check() const {
 
 void LauncherTemplate::copyTo(const std::string& bundle) const {
     // Of a link, what it leads to is meant.
-    if (!ZPKFileManager::copyItem(ZPKPath::resolved(m_path), bundle)) {
-        throw PackagerFailure("cannot copy " + m_path + " to " + bundle);
-    }
+    require(ZPKFileManager::copyItem(ZPKPath::resolved(m_path), bundle));
     for (const char* const folder : {"", "Contents", "Contents/Resources"}) {
         makeWritable(ZPKPath::join(bundle, folder));
     }

@@ -70,9 +70,7 @@ void PackageBuilder::copyLanguages(const std::string& resourceFolder) const {
     const std::string copy = ZPKPackageLayout::languageFolder(resourceFolder);
     ZPKFileManager::removeItem(copy).ignore();
     // Of a link, what it leads to is meant.
-    if (!ZPKFileManager::copyItem(ZPKPath::resolved(m_source.languageFolder()), copy)) {
-        throw PackagerFailure("cannot copy " + m_source.languageFolder());
-    }
+    require(ZPKFileManager::copyItem(ZPKPath::resolved(m_source.languageFolder()), copy));
 }
 
 }  // namespace zpk_packager

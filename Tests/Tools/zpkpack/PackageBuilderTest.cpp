@@ -121,6 +121,29 @@ TEST_F(PackageBuilderTest, NamesThePayloadFileThatMayNotBeRead) {
     expectNothingLeft(before);
 }
 
+TEST_F(PackageBuilderTest, NamesTheFileOfTheTemplateThatMayNotBeRead) {
+    writeFile(templateBundle("Contents/Resources/secret"), "");
+    fs::permissions(templateBundle("Contents/Resources/secret"), fs::perms(0));
+    const std::string before = listing();
+    EXPECT_EQ(buildAsOrdinaryUser(options()), templateBundle("Contents/Resources/secret: Permission denied"));
+    expectNothingLeft(before);
+}
+
+TEST_F(PackageBuilderTest, NamesTheTextThatCannotBeCopied) {
+    writeFile(source("UILang/Languages.xml"),
+              "<Languages FallBackCode=\"en\"><Language Code=\"en\"/></Languages>");
+    ASSERT_EQ(::mkfifo(source("UILang/pipe").c_str(), 0644), 0);
+    const std::string before = listing();
+    EXPECT_THAT(build(options()), StartsWith(source("UILang/pipe: ")));
+    expectNothingLeft(before);
+}
+
+TEST_F(PackageBuilderTest, ReplacesWhatTheTemplateHoldsInThePlaceOfAnArchive) {
+    writeFile(templateBundle("Contents/Resources/Data.datx/file"), "");
+    ASSERT_EQ(build(options()), "");
+    EXPECT_TRUE(fs::is_regular_file(output("Contents/Resources/Data.datx")));
+}
+
 TEST_F(PackageBuilderTest, SaysThatTheOutputFolderMayNotBeWritten) {
     fs::create_directory(m_folder / "closed");
     fs::permissions(m_folder / "closed", fs::perms(0555));
