@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-/// The optical drives of this machine and the discs in them, as the kernel and the device manager know them now. May be called
-/// from any thread.
+/// The optical drives of this machine and the discs in them, as the kernel and the device manager know them
+/// now. May be called from any thread.
 class ZPKOpticalDevices {
 public:
     ZPKOpticalDevices() = delete;

@@ -39,7 +39,8 @@ public:
     void waitUntilExit() ZPK_EXCLUDES(m_mutex);
 
     /// Ends the child, if one runs, in a way that it cannot refuse (SIGKILL); from now on `launch` fails,
-    /// with the system's text for ECANCELED as its reason. Whoever waits for the child goes on. Any thread, as long as the task is there.
+    /// with the system's text for ECANCELED as its reason. Whoever waits for the child goes on. Any thread,
+    /// as long as the task is there.
     void terminate() ZPK_EXCLUDES(m_mutex);
 
     /// Exit status of the child, or 128 plus the signal's number. Meaningful after `waitUntilExit`.
