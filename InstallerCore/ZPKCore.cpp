@@ -3,120 +3,42 @@
 
 #include "InstallerCore/ZPKCore.h"
 
-#include <unistd.h>
-
-#include <algorithm>
-#include <chrono>
-#include <cstring>
 #include <iostream>
-#include <memory>
-#include <thread>
 #include <utility>
 
 #include "Base/ZPKPath.h"
 #include "Common/CLocalizerUtil.h"
 #include "Common/ZPKCoreStringDefine.h"
-#include "Description/CConditionsType.h"
-#include "Description/CDiscType.h"
-#include "Description/CStartupType.h"
-#include "Description/CTargetItemsType.h"
-#include "Description/CUIMLogType.h"
-#include "Description/CUninstallXMLType.h"
-#include "Description/CUpdateInfoType.h"
-#include "Description/CZPKXMLLoader.h"
+#include "InstallerCore/ZPKConditionCheck.h"
 #include "InstallerCore/ZPKInterfaceLanguage.h"
 #include "InstallerCore/ZPKLanguageInfos.h"
+#include "InstallerCore/ZPKSetupProgramFinder.h"
+#include "InstallerCore/ZPKSetupProgramRunner.h"
+#include "InstallerCore/ZPKSingleInstance.h"
 #include "InstallerCore/ZPKSoftwareListText.h"
-#include "Package/CDirectoryHolder.h"
+#include "InstallerCore/ZPKStagingFolder.h"
 #include "Package/CZPKUtil.h"
 #include "Package/ZPKPackageLayout.h"
-#include "Platform/ZPKBundle.h"
-#include "Platform/ZPKFileManager.h"
 #include "Platform/ZPKMainBundle.h"
-#include "Platform/ZPKPropertyList.h"
-#include "Platform/ZPKRunningApplications.h"
-#include "Platform/ZPKStandardFolders.h"
-#include "Platform/ZPKTask.h"
 #include "UserInterface/ZPKCDSearchWindowController.h"
-#include "UserInterface/ZPKProgressWindowController.h"
 
 using namespace varno_zpk;
-using Content = ZPKPackageLayout::Content;
 
 namespace {
 
-constexpr const char* kDataFilePathKey = "DataFilePath";
-constexpr const char* kTemporaryFolderPathKey = "TemporaryFolderPath";
-constexpr const char* kProgressControllerKey = "ProgressController";
-
-std::string replaceAll(std::string text, const std::string& token, const std::string& value) {
-    for (std::size_t at = text.find(token); at != std::string::npos;
-         at = text.find(token, at + value.size())) {
-        text.replace(at, token.size(), value);
-    }
-    return text;
-}
-
-/// The name that another run of this application carries.
-std::string ownName() {
-    const ZPKBundle& bundle = ZPKMainBundle::mainBundle();
-    if (const auto strings = ZPKPropertyList::dictionaryWithContentsOfFile(
-            ZPKPath::join(bundle.resourcePath(), "InfoPlist.strings"))) {
-        if (const auto name = strings->stringForKey("CFBundleName")) {
-            return *name;
-        }
-    }
-    return ZPKPath::extension(bundle.bundleIdentifier());
-}
-
-std::optional<std::string> mainProgramOfBundle(const std::string& path) {
-    const std::optional<ZPKBundle> bundle = ZPKBundle::bundleWithPath(path);
-    return bundle ? bundle->executablePath() : std::nullopt;
-}
-
-/// The program that the startup description names: `exec` with the payload folder in place of
-/// "$Data$", an application bundle standing for its main program.
-std::optional<std::string> programOfStartup(const CStartupType& startup, const std::string& dataFolder) {
-    if (startup.exec.empty()) {
-        return std::nullopt;
-    }
-    std::string program = replaceAll(startup.exec, ZPKPackageLayout::kDataFolderToken, dataFolder);
-    if (ZPKPath::extension(program) == "app") {
-        return mainProgramOfBundle(program);
-    }
-    return program;
-}
-
-/// The first program of the payload, in the file system's own order.
-std::optional<std::string> firstExecutableInFolder(const std::string& folder) {
-    std::vector<std::string> names;
-    ZPKFileManager::contentsOfFolder(folder, names).ignore();
-    for (const std::string& name : names) {
-        if (name.front() == '.') {
-            continue;
-        }
-        const std::string path = ZPKPath::join(folder, name);
-        if (ZPKBundle::bundleWithPath(path)) {
-            if (std::optional<std::string> program = mainProgramOfBundle(path)) {
-                return program;
-            }
-        } else if (ZPKFileManager::isExecutableRegularFile(path)) {
-            return path;
-        }
-    }
-    return std::nullopt;
+std::string resourceFolder() {
+    return ZPKMainBundle::mainBundle().resourcePath();
 }
 
 }  // namespace
 
-ZPKCore::ZPKCore(ZPKFrontEnd& frontEnd, const ZPKRemovableVolumes& volumes)
-    : m_frontEnd(frontEnd), m_volumes(volumes) {}
+ZPKCore::ZPKCore(ZPKFrontEnd& frontEnd, const ZPKRemovableVolumes& volumes, ZPKClock& clock)
+    : m_frontEnd(frontEnd), m_volumes(volumes), m_extraction(frontEnd, clock) {}
 
 ZPKCore::~ZPKCore() = default;
 
 void ZPKCore::awakeFromNib() {
-    m_frontEnd.setInterfaceLanguage(
-        ZPKInterfaceLanguage::setUp(ZPKMainBundle::mainBundle().resourcePath(), ZPKLanguageInfos::infos()));
+    m_frontEnd.setInterfaceLanguage(ZPKInterfaceLanguage::setUp(resourceFolder(), ZPKLanguageInfos::infos()));
     localizeMenu();
 }
 
@@ -139,13 +61,7 @@ void ZPKCore::applicationWillFinishLaunching() {
 }
 
 bool ZPKCore::isAlreadyExecuting() {
-    const std::string name = ownName();
-    const pid_t self = getpid();
-    const std::vector<ZPKRunningApplication> applications = ZPKRunningApplications::current();
-    return std::any_of(applications.begin(), applications.end(),
-                       [&](const ZPKRunningApplication& application) {
-                           return application.localizedName == name && application.processIdentifier != self;
-                       });
+    return ZPKSingleInstance::isOtherRunning();
 }
 
 void ZPKCore::applicationDidFinishLaunching() {
@@ -155,11 +71,12 @@ void ZPKCore::applicationDidFinishLaunching() {
         m_frontEnd.terminate();
         return;
     }
-    if (mayInstall(unpackDescription(m_stagingFolder))) {
-        install(m_stagingFolder);
-        m_stagingHolder.reset();
+    m_stagingFolder->unpackDescription(resourceFolder());
+    if (mayInstall()) {
+        install();
+        m_stagingFolder.reset();
     } else {
-        m_stagingHolder.reset();
+        m_stagingFolder.reset();
         // Where a disc was asked for, its window has already told the person.
         if (_filePaths.empty()) {
             showSoftwareListDialog();
@@ -168,221 +85,79 @@ void ZPKCore::applicationDidFinishLaunching() {
     m_frontEnd.terminate();
 }
 
+void ZPKCore::cutShort() {
+    m_extraction.stop();
+    m_stagingFolder.reset();
+}
+
 bool ZPKCore::createStagingFolder() {
-    const std::optional<std::string> temporaryFolder = ZPKStandardFolders::temporaryFolder();
-    if (!temporaryFolder) {
+    ZPKResult<std::unique_ptr<ZPKStagingFolder>> folder = ZPKStagingFolder::make();
+    if (!folder) {
+        std::cerr << "Zephyrkit: " << folder.failure().message() << "\n";
         return false;
     }
-    m_stagingFolder = ZPKPackageLayout::stagingFolder(*temporaryFolder);
-    m_stagingHolder = std::make_unique<CDirectoryHolder>(m_stagingFolder, m_stagingFolder);
-    return CZPKUtil::IsFolderExist(m_stagingFolder);
+    m_stagingFolder = std::move(*folder);
+    return true;
 }
 
-void ZPKCore::removeStagingFolderInUse() {
-    if (!m_stagingHolder) {
-        return;
-    }
-    m_stagingHolder.reset();
-    // What the archive tool writes meanwhile is removed in turn, until its folder is gone from under it.
-    for (int attempt = 0; attempt < 100 && CZPKUtil::IsFileExist(m_stagingFolder); ++attempt) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        CZPKUtil::DeleteFolder(m_stagingFolder);
-    }
-}
-
-bool ZPKCore::mayInstall(const std::string& conditionPath) {
+bool ZPKCore::mayInstall() {
+    const std::string conditionPath = ZPKPackageLayout::conditionDescription(m_stagingFolder->path());
     if (checkConditionXML(conditionPath)) {
         return true;
     }
     if (_filePaths.empty()) {
         return false;
     }
+    // It was read, so that no link on the way to it leads out of the staging folder.
     CZPKUtil::DeleteFile(conditionPath);
     return searchSoftwareOnCDVolumes();
 }
 
-void ZPKCore::showTemporaryFolderAlert() {
-    m_frontEnd.runAlert(
-        {localized(ZPKSTRING_TEMPFOLDERCREATEFAILURE), "", localized(ZPKSTRING_OK), ZPKAlertStyle::Critical});
-}
-
-/// Gives the path at which the condition description lies, if the package has one.
-std::string ZPKCore::unpackDescription(const std::string& stagingFolder) {
-    const std::string plainPath = ZPKPackageLayout::plainArchive(stagingFolder, Content::Info);
-    CZPKUtil::Unfake(
-        ZPKPackageLayout::scrambledArchive(ZPKMainBundle::mainBundle().resourcePath(), Content::Info),
-        plainPath);
-    CZPKUtil::Extract(plainPath, stagingFolder);
-    CZPKUtil::DeleteFile(plainPath);
-    const std::string descriptionFolder = ZPKPackageLayout::folder(stagingFolder, Content::Info);
-    if (!ZPKFileManager::isFolderNotFollowingLinks(descriptionFolder)) {
-        // The condition description may be deleted later: through a link, a file of somebody else's.
-        CZPKUtil::DeleteFile(descriptionFolder);
-    }
-    return ZPKPackageLayout::conditionDescription(stagingFolder);
-}
-
-void ZPKCore::install(const std::string& stagingFolder) {
-    if (!extractPayload(stagingFolder)) {
+void ZPKCore::install() {
+    const std::string archive =
+        ZPKPackageLayout::scrambledArchive(resourceFolder(), ZPKPackageLayout::Content::Data);
+    if (!m_extraction.run(archive, m_stagingFolder->path(), localized(ZPKSTRING_FILE_EXTRACT))) {
         return;
     }
     Parameters params;
-    const std::optional<std::string> program = executableFileAtTemporaryFolder(stagingFolder, &params);
+    const std::optional<std::string> program =
+        executableFileAtTemporaryFolder(m_stagingFolder->path(), &params);
     executeFile(program, params, true);
 }
 
-/// False when there was no window to show, or when the application is to end before all is unpacked:
-/// then no program may be run.
-bool ZPKCore::extractPayload(const std::string& stagingFolder) {
-    ZPKProgressWindowController controller(m_frontEnd);
-    if (controller.window() == nullptr) {
-        return false;
-    }
-    controller.progressIndicator()->setIndeterminate(false);
-    controller.setTitle(localized(ZPKSTRING_FILE_EXTRACT));
-
-    const WorkOrder workOrder = {
-        {kDataFilePathKey,
-         ZPKPackageLayout::scrambledArchive(ZPKMainBundle::mainBundle().resourcePath(), Content::Data)},
-        {kTemporaryFolderPathKey, stagingFolder},
-        {kProgressControllerKey, &controller},
-    };
-    std::thread([this, workOrder] { extractDataTask(workOrder); }).detach();
-    m_frontEnd.runModalForWindow(*controller.window());
-    if (!m_isExtractionOver) {
-        controller.close();
-        removeStagingFolderInUse();
-        return false;
-    }
-
-    // The full bar stays on the screen for a moment, so that a short installation is seen at all.
-    std::this_thread::sleep_for(std::chrono::seconds(1));
-    controller.close();
-    return true;
-}
-
 void ZPKCore::extractDataTask(const WorkOrder& workOrder) {
-    try {
-        const std::string dataPath = std::get<std::string>(workOrder.at(kDataFilePathKey));
-        const std::string stagingFolder = std::get<std::string>(workOrder.at(kTemporaryFolderPathKey));
-        const auto given = workOrder.find(kProgressControllerKey);
-        ZPKProgressWindowController* controller =
-            given == workOrder.end() ? nullptr : std::get<ZPKProgressWindowController*>(given->second);
-        const std::string plainPath = ZPKPackageLayout::plainArchive(stagingFolder, Content::Data);
-
-        showProgress(controller, 10);
-        CZPKUtil::Unfake(dataPath, plainPath);
-        showProgress(controller, 40);
-        CZPKUtil::Extract(plainPath, stagingFolder);
-        showProgress(controller, 100);
-        CZPKUtil::DeleteFile(plainPath);
-    } catch (const std::exception& error) {
-        // The main thread waits in its modal loop: it must be let go whatever happens here.
-        std::cerr << "Zephyrkit: unpacking the payload failed: " << error.what() << "\n";
-    }
-    m_isExtractionOver = true;
-    m_frontEnd.abortModal();
-}
-
-void ZPKCore::showProgress(ZPKProgressWindowController* controller, double percent) {
-    if (controller != nullptr) {
-        m_frontEnd.performOnMainThreadAndWait(
-            [controller, percent] { controller->setProgressValue(percent); });
-    }
+    m_extraction.extract(workOrder);
 }
 
 std::optional<std::string> ZPKCore::executableFileAtTemporaryFolder(const std::string& folder,
                                                                     Parameters* params) {
+    ZPKSetupProgram program = ZPKSetupProgramFinder::find(folder);
     if (params != nullptr) {
-        params->reset();
+        *params = std::move(program.parameters);
     }
-    const std::string dataFolder = ZPKPackageLayout::folder(folder, Content::Data);
-    const std::string startupPath = ZPKPackageLayout::startupDescription(folder);
-    if (CZPKUtil::IsFileExist(startupPath)) {
-        const std::unique_ptr<const CStartupType> startup(CZPKXMLLoader::LoadStartupXML(startupPath));
-        if (startup) {
-            // The test is on `exec` alone: a program that is named always gets its one argument,
-            // even an empty one, and a parameter without a program counts for nothing.
-            if (params != nullptr && !startup->exec.empty()) {
-                *params = std::vector<std::string>{startup->param};
-            }
-            if (std::optional<std::string> program = programOfStartup(*startup, dataFolder)) {
-                return program;
-            }
-        }
-    }
-    return firstExecutableInFolder(dataFolder);
+    return std::move(program.path);
 }
 
 void ZPKCore::executeFile(const std::optional<std::string>& path, const Parameters& params,
                           bool synchronous) {
-    if (!path) {
-        return;
-    }
-    ZPKTask task;
-    task.setLaunchPath(*path);
-    if (params) {
-        task.setArguments(*params);
-    }
-    if (const ZPKOutcome outcome = task.launch(); !outcome) {
-        std::cerr << "Zephyrkit: cannot start " << *path << ": " << outcome.failure().reason() << "\n";
-        return;
-    }
-    if (synchronous) {
-        task.waitUntilExit();
-    }
+    ZPKSetupProgramRunner::run({path, params}, synchronous);
 }
 
 bool ZPKCore::checkConditionXML(const std::string& path) {
-    _softwares.clear();
-    _filePaths.clear();
-    if (!CZPKUtil::IsFileExist(path)) {
-        return true;
-    }
-    // Kept until the process ends.
-    const CUpdateInfoType* const info = CZPKXMLLoader::LoadConditionXML(path);
-    if (info == nullptr) {
-        return false;
-    }
-    if (info->conditions != nullptr) {
-        for (const auto& log : info->conditions->uimLogs) {
-            if (UIMLogExistAtSignature(log->signature)) {
-                return true;
-            }
-        }
-        for (const auto& uninstall : info->conditions->uninstallXmls) {
-            if (uninstallXMLExistAtName(uninstall->appName)) {
-                return true;
-            }
-        }
-        for (const auto& disc : info->conditions->discs) {
-            _filePaths.push_back(disc->filePath);
-        }
-    }
-    if (info->targetItems != nullptr) {
-        _softwares = info->targetItems->GetDisplayNameList();
-    }
-    return false;
+    // The description stands in the staging folder's `Info`.
+    const std::string stagingFolder = ZPKPath::parent(ZPKPath::parent(path));
+    ZPKConditionAnswer answer = ZPKConditionCheck::check(path, stagingFolder);
+    _softwares = std::move(answer.products);
+    _filePaths = std::move(answer.discPaths);
+    return answer.isMet;
 }
 
 bool ZPKCore::UIMLogExistAtSignature(const std::string& signature) {
-    const std::optional<std::string> library = ZPKStandardFolders::localLibraryFolder();
-    if (!library) {
-        return false;
-    }
-    const auto list = ZPKPropertyList::dictionaryWithContentsOfFile(
-        ZPKPath::join(*library, "Preferences/com.varno.ic_installer.plist"));
-    if (!list) {
-        return false;
-    }
-    const auto signatures = list->stringArrayForKey("Varno Utilities");
-    return signatures && std::find(signatures->begin(), signatures->end(), signature) != signatures->end();
+    return ZPKConditionCheck::isSignatureInstalled(signature);
 }
 
 bool ZPKCore::uninstallXMLExistAtName(const std::string& name) {
-    const std::optional<std::string> support = ZPKStandardFolders::localApplicationSupportFolder();
-    return support && CZPKUtil::IsFileExist(
-                          ZPKPath::join(ZPKPath::join(*support, "Varno_Inc_IC/Tandemset/Uninstall"), name));
+    return ZPKConditionCheck::isUninstallDescriptionThere(name);
 }
 
 bool ZPKCore::searchSoftwareOnCDVolumes() {
@@ -393,4 +168,9 @@ bool ZPKCore::searchSoftwareOnCDVolumes() {
 void ZPKCore::showSoftwareListDialog() {
     m_frontEnd.runAlert({ZPKSoftwareListText(localized(ZPKSTRING_UPDATE_FAILURE), _softwares), "",
                          localized(ZPKSTRING_OK), ZPKAlertStyle::Critical});
+}
+
+void ZPKCore::showTemporaryFolderAlert() {
+    m_frontEnd.runAlert(
+        {localized(ZPKSTRING_TEMPFOLDERCREATEFAILURE), "", localized(ZPKSTRING_OK), ZPKAlertStyle::Critical});
 }

@@ -5,11 +5,11 @@
 
 #include <csignal>
 #include <cstdlib>
-#include <exception>
 #include <iostream>
 #include <memory>
 
-#include "InstallerCore/ZPKCore.h"
+#include "Base/ZPKClock.h"
+#include "InstallerCore/ZPKApplicationRun.h"
 #include "Platform/ZPKBundle.h"
 #include "Platform/ZPKMainBundle.h"
 #include "UserInterface/Terminal/ZPKTerminalFrontEnd.h"
@@ -18,28 +18,10 @@
 
 namespace {
 
-/// The run in progress, for an exit that does not come from it.
-ZPKCore* g_runningCore = nullptr;
-
-void cleanUpAtExit() {
-    if (g_runningCore != nullptr) {
-        g_runningCore->removeStagingFolderInUse();
-    }
-}
-
 int runApplication(ZPKFrontEnd& frontEnd) {
-    try {
-        const ZPKRemovableVolumes volumes;
-        ZPKCore core(frontEnd, volumes);
-        g_runningCore = &core;
-        const int status = frontEnd.run(core);
-        g_runningCore = nullptr;
-        return status;
-    } catch (const std::exception& error) {
-        g_runningCore = nullptr;
-        std::cerr << "Zephyrkit: " << error.what() << "\n";
-        return EXIT_FAILURE;
-    }
+    const ZPKRemovableVolumes volumes;
+    ZPKSystemClock clock;
+    return ZPKApplicationRun::run(frontEnd, volumes, clock);
 }
 
 int runOnTerminal() {
@@ -77,7 +59,6 @@ std::unique_ptr<ZPKFrontEnd> openDesktop(int argc, char** argv) {
 int main(int argc, char** argv) {
     // Whoever reads the launcher's words may go away; the run must not end halfway for that.
     std::signal(SIGPIPE, SIG_IGN);
-    std::atexit(cleanUpAtExit);
     const std::unique_ptr<ZPKFrontEnd> desktop = openDesktop(argc, argv);
     return desktop ? runApplication(*desktop) : runOnTerminal();
 }

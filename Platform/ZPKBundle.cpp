@@ -11,6 +11,7 @@ namespace {
 
 const std::string kContentsFolder = "/Contents/";
 const std::string kInformationFile = "/Contents/Info.plist";
+constexpr const char* kNameKey = "CFBundleName";
 const std::string kBundleExtension = ".app";
 
 bool isPlainFileName(const std::string& name) {
@@ -66,18 +67,18 @@ std::string ZPKBundle::bundleIdentifier() const {
     return infoString("CFBundleIdentifier");
 }
 
+std::optional<std::string> ZPKBundle::nameInStrings() const {
+    const auto strings = ZPKPropertyList::dictionaryWithContentsOfFile(resourcePath() + "/InfoPlist.strings");
+    return strings ? strings->stringForKey(kNameKey) : std::nullopt;
+}
+
 std::string ZPKBundle::localizedName() const {
-    const std::string key = "CFBundleName";
-    const auto localized =
-        ZPKPropertyList::dictionaryWithContentsOfFile(resourcePath() + "/InfoPlist.strings");
-    if (localized) {
-        if (std::optional<std::string> name = localized->stringForKey(key)) {
-            return *name;
-        }
+    if (std::optional<std::string> name = nameInStrings()) {
+        return *name;
     }
     const auto information = ZPKPropertyList::dictionaryWithContentsOfFile(m_path + kInformationFile);
     if (information) {
-        if (std::optional<std::string> name = information->stringForKey(key)) {
+        if (std::optional<std::string> name = information->stringForKey(kNameKey)) {
             return *name;
         }
     }

@@ -43,6 +43,9 @@ public:
     /// `Info.plist`, else the folder's name without ".app".
     std::string localizedName() const;
 
+    /// `CFBundleName` of the top-level `InfoPlist.strings`, or nothing.
+    std::optional<std::string> nameInStrings() const;
+
 private:
     explicit ZPKBundle(std::string path) : m_path(std::move(path)) {}
     std::string infoString(const std::string& key) const;

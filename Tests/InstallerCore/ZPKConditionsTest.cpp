@@ -2,150 +2,44 @@
 // SPDX-License-Identifier: MIT
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <filesystem>
 
-#include "Tests/InstallerCore/ZPKCoreFixture.h"
+#include "Tests/InstallerCore/ConditionsFixture.h"
 
 namespace fs = std::filesystem;
+using zpk_test::kProducts;
 using zpk_test::readFile;
-using zpk_test::TestBundle;
 using zpk_test::writeFile;
 
 namespace {
 
-constexpr const char* kProducts =
-    R"(<TargetItems><ItemInfo DisplayName="Tandem &lt;b&gt;"/><ItemInfo DisplayName="Set"/></TargetItems>)";
+// The sequence where the package has conditions.
 
-class ZPKConditionsTest : public zpk_test::ZPKCoreFixture {
-protected:
-    void installSignature(const std::string& signature) {
-        installSoftwareList(
-            "<plist><dict><key>Varno "
-            "Utilities</key><array><integer>1</integer><string>other</string><string>" +
-            signature + "</string></array></dict></plist>");
-    }
-};
-
-// The check
-
-TEST_F(ZPKConditionsTest, MissingDescriptionAllows) {
-    EXPECT_TRUE(m_door.check(m_folder / "none"));
-}
-
-TEST_F(ZPKConditionsTest, MalformedDescriptionRefusesWithEmptyLists) {
-    check(std::string("<U><Conditions><Disc FilePath='a'/></Conditions>") + kProducts + "</U>");
-    EXPECT_FALSE(check("<UpdateInfo><Conditions>"));
-    EXPECT_EQ(m_door.softwares(), Lines{});
-    EXPECT_EQ(m_door.filePaths(), Lines{});
-}
-
-TEST_F(ZPKConditionsTest, EmptyDescriptionRefuses) {
-    EXPECT_FALSE(check("<UpdateInfo/>"));
-    EXPECT_FALSE(check("<UpdateInfo><Conditions/></UpdateInfo>"));
-    EXPECT_EQ(m_door.filePaths(), Lines{});
-}
-
-TEST_F(ZPKConditionsTest, SignatureInTheListAllowsAndLeavesDiscsOut) {
-    installSignature("sig.1");
-    EXPECT_TRUE(
-        check("<U><Conditions><Disc FilePath='a'/><UIMLog Signature='sig.0'/><UIMLog Signature='sig.1'/>"
-              "</Conditions></U>"));
-    EXPECT_EQ(m_door.filePaths(), Lines{});
-}
-
-TEST_F(ZPKConditionsTest, SignatureMustBeExact) {
-    installSignature("sig.1");
-    for (const char* signature : {"SIG.1", "sig.1 ", "sig", ""}) {
-        EXPECT_FALSE(
-            check("<U><Conditions><UIMLog Signature='" + std::string(signature) + "'/></Conditions></U>"))
-            << signature;
-    }
-}
-
-TEST_F(ZPKConditionsTest, ListInTextFormIsRead) {
-    installSoftwareList("{ \"Varno Utilities\" = (other, \"sig.1\"); }");
-    EXPECT_TRUE(check("<U><Conditions><UIMLog Signature='sig.1'/></Conditions></U>"));
-    EXPECT_FALSE(check("<U><Conditions><UIMLog Signature='sig.2'/></Conditions></U>"));
-}
-
-TEST_F(ZPKConditionsTest, ListInBinaryFormIsRead) {
-    installSignature("sig.1");
-    const std::string path = m_library + "/Preferences/com.varno.ic_installer.plist";
-    ASSERT_EQ(std::system(("plistutil -i '" + path + "' -o '" + path + ".bin'").c_str()), 0);
-    fs::rename(path + ".bin", path);
-    ASSERT_EQ(readFile(path).substr(0, 6), "bplist");
-    EXPECT_TRUE(check("<U><Conditions><UIMLog Signature='sig.1'/></Conditions></U>"));
-}
-
-TEST_F(ZPKConditionsTest, ListThatCannotBeUsedCountsAsNotInstalled) {
-    for (const char* list : {"", "<plist>", "<plist><array/></plist>", "<plist><dict/></plist>",
-                             "<plist><dict><key>Varno Utilities</key><string>sig.1</string></dict></plist>",
-                             "bplist00", "bplist00\xff\xff\xff\xff"}) {
-        installSoftwareList(list);
-        EXPECT_FALSE(check("<U><Conditions><UIMLog Signature='sig.1'/></Conditions></U>")) << list;
-    }
-}
-
-TEST_F(ZPKConditionsTest, NoLibraryFolderCountsAsNotInstalled) {
-    const zpk_test::ScopedEnvironment nowhere("XDG_DATA_DIRS", "relative");
-    EXPECT_FALSE(check("<U><Conditions><UIMLog Signature='s'/><UninstallXml AppName='x'/></Conditions></U>"));
-}
-
-TEST_F(ZPKConditionsTest, UninstallDescriptionAllows) {
-    installUninstallDescription("Tandem.xml");
-    EXPECT_FALSE(check("<U><Conditions><UninstallXml AppName='tandem.xml'/></Conditions></U>"));
-    EXPECT_TRUE(check("<U><Conditions><UninstallXml AppName='Tandem.xml'/></Conditions></U>"));
-}
-
-TEST_F(ZPKConditionsTest, EmptyAppNameAsksForTheUninstallFolder) {
-    const char* conditions = "<U><Conditions><UninstallXml/></Conditions></U>";
-    EXPECT_FALSE(check(conditions));
-    installUninstallDescription("any");
-    EXPECT_TRUE(check(conditions));
-}
-
-TEST_F(ZPKConditionsTest, OddAppNamesAreOnlyLookedUp) {
-    installUninstallDescription("any");
-    EXPECT_TRUE(check("<U><Conditions><UninstallXml AppName='../Uninstall/any'/></Conditions></U>"));
-    EXPECT_FALSE(check("<U><Conditions><UninstallXml AppName='/etc/passwd'/></Conditions></U>"));
-    EXPECT_FALSE(
-        check("<U><Conditions><UninstallXml AppName='" + std::string(100000, 'x') + "'/></Conditions></U>"));
-}
-
-TEST_F(ZPKConditionsTest, RegistryNeverAllows) {
-    EXPECT_FALSE(
-        check(std::string("<U><Conditions><Registry KeyName='x'/></Conditions>") + kProducts + "</U>"));
-    EXPECT_EQ(m_door.filePaths(), Lines{});
-    EXPECT_EQ(m_door.softwares(), (Lines{"Tandem <b>", "Set"}));
-}
-
-TEST_F(ZPKConditionsTest, DiscsAreCollectedInOrder) {
-    EXPECT_FALSE(
-        check("<U><Conditions><Disc FilePath='b/*.bin'/><UIMLog Signature='s'/><Disc/><Disc FilePath='a'/>"
-              "</Conditions></U>"));
-    EXPECT_EQ(m_door.filePaths(), (Lines{"b/*.bin", "", "a"}));
-}
+class ZPKConditionsTest : public zpk_test::ConditionsFixture {};
 
 TEST_F(ZPKConditionsTest, ASecondCheckStartsAfresh) {
-    check(std::string("<U><Conditions><Disc FilePath='a'/></Conditions>") + kProducts + "</U>");
-    EXPECT_TRUE(m_door.check(m_folder / "none"));
-    EXPECT_EQ(m_door.filePaths(), Lines{});
-    EXPECT_EQ(m_door.softwares(), Lines{});
+    const std::string path = m_folder / "staging/Info/Condition.xml";
+    writeFile(path, std::string("<U>") + kProducts + "</U>");
+    EXPECT_FALSE(m_core.checkConditionXML(path));
+    m_core.showSoftwareListDialog();
+    fs::remove(path);
+    EXPECT_TRUE(m_core.checkConditionXML(path));
+    m_core.showSoftwareListDialog();
+    writeFile(m_bundle.resource("UILang/en/ZPKStringTable.def"), "ZPKString_UPDATE_FAILURE = \"<%s>\";");
+    m_core.awakeFromNib();
+    m_core.showSoftwareListDialog();
+    EXPECT_EQ(logged({"alert"}).back(), "alert 2: <>||ZPKString_OK");
 }
 
-TEST_F(ZPKConditionsTest, ThousandsOfEntries) {
-    std::string entries;
-    for (int index = 0; index < 20000; ++index) {
-        entries += "<Disc FilePath='" + std::to_string(index) + "'/>";
-    }
-    EXPECT_FALSE(check("<U><Conditions>" + entries + "</Conditions></U>"));
-    EXPECT_EQ(m_door.filePaths().size(), 20000u);
+TEST_F(ZPKConditionsTest, EachPlaceOfAProductIsAskedByItsName) {
+    installSignature("sig.1");
+    installUninstallDescription("Tandem.xml");
+    EXPECT_TRUE(m_core.UIMLogExistAtSignature("sig.1"));
+    EXPECT_FALSE(m_core.UIMLogExistAtSignature("sig.2"));
+    EXPECT_TRUE(m_core.uninstallXMLExistAtName("Tandem.xml"));
+    EXPECT_FALSE(m_core.uninstallXMLExistAtName("Other.xml"));
 }
-
-// The sequence
 
 TEST_F(ZPKConditionsTest, MetConditionsInstall) {
     installUninstallDescription("Tandem.xml");
@@ -189,6 +83,15 @@ protected:
     ZPKDiscSequenceTest() {
         addConditions(std::string("<Conditions><Disc FilePath='right.txt'/></Conditions>") + kProducts);
         addSetup("setup");
+    }
+
+    /// Packs a description archive whose `Info` is a link, beside a folder `Real`.
+    void packLinkedDescription(const std::string& target) {
+        const std::string conditions = readFile(m_folder / "source/Info/Condition.xml");
+        pack();
+        m_bundle.packMembers(
+            {{"Real", 040755, ""}, {"Real/Condition.xml", 0100644, conditions}, {"Info", 0120777, target}},
+            "Info.datx");
     }
 };
 
@@ -251,86 +154,29 @@ TEST_F(ZPKDiscSequenceTest, BrokenSearchFormEndsWithoutInstalling) {
     EXPECT_FALSE(fs::exists(m_staging));
 }
 
-// One instance
-
-/// A process whose executable lies in a bundle of that name, alive as long as this object.
-class RunningCopy {
-public:
-    RunningCopy(const std::string& bundle, const std::string& name, const std::string& strings = "") {
-        writeFile(bundle + "/Contents/Info.plist",
-                  "<plist><dict><key>CFBundleName</key><string>" + name + "</string></dict></plist>");
-        if (!strings.empty()) {
-            writeFile(bundle + "/Contents/Resources/InfoPlist.strings",
-                      "\"CFBundleName\" = \"" + strings + "\";");
-        }
-        const std::string program = bundle + "/Contents/Linux/Program";
-        fs::create_directories(bundle + "/Contents/Linux");
-        fs::copy_file("/bin/sleep", program);
-        m_child = fork();
-        if (m_child == 0) {
-            execl(program.c_str(), program.c_str(), "60", nullptr);
-            _exit(127);
-        }
-        while (fs::read_symlink("/proc/" + std::to_string(m_child) + "/exe").filename() != "Program") {
-            usleep(1000);
-        }
-    }
-    ~RunningCopy() {
-        kill(m_child, SIGKILL);
-        waitpid(m_child, nullptr, 0);
-    }
-    RunningCopy(const RunningCopy&) = delete;
-    RunningCopy& operator=(const RunningCopy&) = delete;
-
-private:
-    pid_t m_child = -1;
-};
-
-TEST_F(ZPKConditionsTest, AloneRuns) {
-    EXPECT_FALSE(m_door.isAlreadyExecuting());
-}
-
-TEST_F(ZPKConditionsTest, SecondCopyEndsInSilenceBeforeStaging) {
-    const RunningCopy other(m_folder / "Other.app", TestBundle::name());
-    writeFile(m_staging + "/of the other", "");
-    pack();
+TEST_F(ZPKDiscSequenceTest, ConditionsBehindALinkOfThePackageHoldAndAreDeletedThere) {
+    packLinkedDescription("Real");
+    bool isDeleted = false;
+    m_frontEnd.onDiscWindow = [&](const auto& actions) {
+        isDeleted = fs::exists(m_staging + "/Real") && !fs::exists(m_staging + "/Real/Condition.xml");
+        actions.pushCancel();
+    };
     m_frontEnd.run(m_core);
-    EXPECT_EQ(m_frontEnd.log().back(), "terminate");
-    EXPECT_EQ(logged({"activate", "alert", "progress"}), Lines{});
-    EXPECT_TRUE(fs::exists(m_staging + "/of the other"));
+    EXPECT_TRUE(isDeleted);
+    EXPECT_FALSE(setupHasRun());
+    EXPECT_FALSE(fs::exists(m_staging));
 }
 
-TEST_F(ZPKConditionsTest, OtherNamesMayRun) {
-    const RunningCopy longer(m_folder / "A.app", TestBundle::name() + "2");
-    const RunningCopy capitals(m_folder / "B.app", "t" + TestBundle::name().substr(1));
-    EXPECT_FALSE(m_door.isAlreadyExecuting());
-}
-
-TEST_F(ZPKConditionsTest, LocalizedNameOfTheOtherCounts) {
-    const RunningCopy other(m_folder / "Other.app", "Whatever", TestBundle::name());
-    EXPECT_TRUE(m_door.isAlreadyExecuting());
-}
-
-TEST_F(ZPKConditionsTest, TopLevelStringsFileNamesThisOne) {
-    writeFile(m_bundle.resource("InfoPlist.strings"),
-              "CFBundleName = \"Einrichtung für Grün" + std::to_string(getpid()) + "\";");
-    const RunningCopy identifier(m_folder / "A.app", TestBundle::name());
-    EXPECT_FALSE(m_door.isAlreadyExecuting());
-    const RunningCopy same(m_folder / "B.app", "Einrichtung für Grün" + std::to_string(getpid()));
-    EXPECT_TRUE(m_door.isAlreadyExecuting());
-}
-
-TEST_F(ZPKConditionsTest, StringsFileWithoutNameFallsBackToTheIdentifier) {
-    writeFile(m_bundle.resource("InfoPlist.strings"), "Other = \"x\";");
-    const RunningCopy other(m_folder / "A.app", TestBundle::name());
-    EXPECT_TRUE(m_door.isAlreadyExecuting());
-}
-
-TEST_F(ZPKConditionsTest, IdentifierWithoutADotNamesNothing) {
-    writeFile(m_bundle.path() + "/Contents/Info.plist", "<plist><dict><key>CFBundleIdentifier</key><string>" +
-                                                            TestBundle::name() + "</string></dict></plist>");
-    const RunningCopy other(m_folder / "A.app", TestBundle::name());
-    EXPECT_FALSE(m_door.isAlreadyExecuting());
+TEST_F(ZPKDiscSequenceTest, ConditionsBehindALinkToTheOutsideRefuseAndNothingIsDeletedThere) {
+    const std::string outside = m_folder / "outside";
+    fs::create_directory(outside);
+    fs::copy_file(m_folder / "source/Info/Condition.xml", outside + "/Condition.xml");
+    packLinkedDescription(outside);
+    m_frontEnd.run(m_core);
+    EXPECT_EQ(logged({"alert", "disc", "progress"}),
+              (Lines{"alert 2: ZPKString_UPDATE_FAILURE||ZPKString_OK"}));
+    EXPECT_TRUE(fs::exists(outside + "/Condition.xml"));
+    EXPECT_FALSE(setupHasRun());
 }
 
 }  // namespace

@@ -16,38 +16,13 @@
 #include "Common/CResourceBundle.h"
 #include "InstallerCore/ZPKCore.h"
 #include "Tests/Platform/ScopedEnvironment.h"
+#include "Tests/Support/RecordingClock.h"
 #include "Tests/Support/ScriptedFrontEnd.h"
 #include "Tests/Support/TemporaryFolder.h"
 #include "Tests/Support/TestBundle.h"
-#include "UserInterface/ZPKProgressWindowController.h"
 #include "UserInterface/ZPKRemovableVolumes.h"
 
-using Parameters = std::optional<std::vector<std::string>>;
 using Lines = std::vector<std::string>;
-
-/// Opens the private operations to the tests.
-struct ZPKCoreTestDoor {
-    ZPKCore& core;
-
-    std::optional<std::string> find(const std::string& folder, Parameters* params) {
-        return core.executableFileAtTemporaryFolder(folder, params);
-    }
-    void execute(const std::optional<std::string>& path, const Parameters& params) {
-        core.executeFile(path, params, true);
-    }
-    void extract(const std::string& data, const std::string& staging,
-                 ZPKProgressWindowController* controller) {
-        ZPKCore::WorkOrder order = {{"DataFilePath", data}, {"TemporaryFolderPath", staging}};
-        if (controller != nullptr) {
-            order["ProgressController"] = controller;
-        }
-        core.extractDataTask(order);
-    }
-    bool check(const std::string& path) { return core.checkConditionXML(path); }
-    bool isAlreadyExecuting() { return core.isAlreadyExecuting(); }
-    const Lines& softwares() const { return core._softwares; }
-    const Lines& filePaths() const { return core._filePaths; }
-};
 
 namespace zpk_test {
 
@@ -105,21 +80,6 @@ protected:
         m_bundle.pack(m_folder / "source/Data", "Data.datx");
     }
 
-    /// Writes a condition description and checks it.
-    bool check(const std::string& contents) {
-        const std::string path = m_folder / "Condition.xml";
-        writeFile(path, contents);
-        return m_door.check(path);
-    }
-
-    void installSoftwareList(const std::string& contents) {
-        writeFile(m_library + "/Preferences/com.varno.ic_installer.plist", contents);
-    }
-
-    void installUninstallDescription(const std::string& name) {
-        writeFile(m_library + "/Application Support/Varno_Inc_IC/Tandemset/Uninstall/" + name, "");
-    }
-
     bool setupHasRun() const { return std::filesystem::exists(m_folder / "record"); }
 
     /// The lines of the log that begin with one of the words.
@@ -146,8 +106,8 @@ protected:
     TestBundle m_bundle{m_folder / "TestSetup.app"};
     ScriptedFrontEnd m_frontEnd;
     TestVolumes m_volumes;
-    ZPKCore m_core{m_frontEnd, m_volumes};
-    ZPKCoreTestDoor m_door{m_core};
+    RecordingClock m_clock;
+    ZPKCore m_core{m_frontEnd, m_volumes, m_clock};
 };
 
 }  // namespace zpk_test

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace zpk_test {
 
@@ -25,7 +26,19 @@ public:
     /// Packs `folder` (named `Info` or `Data`) into the scrambled archive `name`.
     void pack(const std::string& folder, const std::string& name) const;
 
+    /// One member of an archive as it stands there; the contents of a link are its target.
+    struct Member {
+        std::string name;
+        unsigned int mode;
+        std::string contents;
+    };
+
+    /// Packs what no folder could be packed into, such as an `Info` that is a link.
+    void packMembers(const std::vector<Member>& members, const std::string& name) const;
+
 private:
+    void scramble(const std::string& plain, const std::string& name) const;
+
     std::string m_path;
 };
 

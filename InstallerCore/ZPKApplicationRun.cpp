@@ -1,0 +1,50 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#include "InstallerCore/ZPKApplicationRun.h"
+
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+
+#include "InstallerCore/ZPKCore.h"
+
+namespace {
+
+/// The run in progress, for an exit that does not come from it.
+ZPKCore* g_runningCore = nullptr;
+
+/// Tells of the run for a stretch of code.
+class RunInProgress {
+public:
+    explicit RunInProgress(ZPKCore& core) { g_runningCore = &core; }
+    ~RunInProgress() { g_runningCore = nullptr; }
+    RunInProgress(const RunInProgress&) = delete;
+    RunInProgress& operator=(const RunInProgress&) = delete;
+};
+
+/// Exit functions run last to first. This one is registered when the toolkit is there, and so it runs
+/// before the toolkit takes itself apart: until then the unpacking may call it.
+void cutShortAtExit() {
+    if (g_runningCore != nullptr) {
+        g_runningCore->cutShort();
+    }
+}
+
+void registerOnce() {
+    [[maybe_unused]] static const bool kIsRegistered = std::atexit(cutShortAtExit) == 0;
+}
+
+}  // namespace
+
+int ZPKApplicationRun::run(ZPKFrontEnd& frontEnd, const ZPKRemovableVolumes& volumes, ZPKClock& clock) {
+    registerOnce();
+    try {
+        ZPKCore core(frontEnd, volumes, clock);
+        const RunInProgress mark(core);
+        return frontEnd.run(core);
+    } catch (const std::exception& error) {
+        std::cerr << "Zephyrkit: " << error.what() << "\n";
+        return EXIT_FAILURE;
+    }
+}

@@ -1,0 +1,17 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "InstallerCore/ZPKSetupProgramFinder.h"
+
+/// Runs setup programs. Any thread.
+class ZPKSetupProgramRunner {
+public:
+    ZPKSetupProgramRunner() = delete;
+
+    /// Starts the program, if there is one, with this process's environment and working folder; when
+    /// `synchronous`, waits until it has exited. How it exits does not count. One that cannot be started
+    /// is a line on standard error.
+    static void run(const ZPKSetupProgram& program, bool synchronous);
+};

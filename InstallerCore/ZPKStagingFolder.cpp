@@ -1,0 +1,54 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#include "InstallerCore/ZPKStagingFolder.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <optional>
+#include <utility>
+
+#include "Package/CDirectoryHolder.h"
+#include "Package/CZPKUtil.h"
+#include "Package/ZPKPackageLayout.h"
+#include "Platform/ZPKPrivateFolder.h"
+#include "Platform/ZPKStandardFolders.h"
+
+using varno_zpk::CDirectoryHolder;
+using varno_zpk::CZPKUtil;
+using Content = ZPKPackageLayout::Content;
+
+ZPKResult<std::unique_ptr<ZPKStagingFolder>> ZPKStagingFolder::make() {
+    const std::optional<std::string> temporaryFolder = ZPKStandardFolders::temporaryFolder();
+    if (!temporaryFolder) {
+        return ZPKFailure(ZPKPackageLayout::stagingFolder(""), "No safe folder for temporary files");
+    }
+    std::unique_ptr<ZPKStagingFolder> folder(
+        new ZPKStagingFolder(ZPKPackageLayout::stagingFolder(*temporaryFolder)));
+    if (ZPKOutcome outcome = folder->makePrivate(); !outcome) {
+        return outcome.failure();
+    }
+    return folder;
+}
+
+ZPKStagingFolder::ZPKStagingFolder(std::string path)
+    : m_path(std::move(path)), m_holder(std::make_unique<CDirectoryHolder>(m_path, m_path)) {}
+
+ZPKStagingFolder::~ZPKStagingFolder() = default;
+
+/// The holder's folder is as open as the umask leaves it, and where the holder could not clear the place
+/// it is somebody else's. Only an empty folder can be exchanged for a private one.
+ZPKOutcome ZPKStagingFolder::makePrivate() const {
+    if (::rmdir(m_path.c_str()) != 0 && errno != ENOENT) {
+        return ZPKFailure::ofSystem(m_path, errno);
+    }
+    return ZPKPrivateFolder::makeNew(m_path);
+}
+
+void ZPKStagingFolder::unpackDescription(const std::string& resourceFolder) const {
+    const std::string plainPath = ZPKPackageLayout::plainArchive(m_path, Content::Info);
+    CZPKUtil::Unfake(ZPKPackageLayout::scrambledArchive(resourceFolder, Content::Info), plainPath);
+    CZPKUtil::Extract(plainPath, m_path);
+    CZPKUtil::DeleteFile(plainPath);
+}

@@ -1,0 +1,43 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "Base/ZPKFailure.h"
+
+namespace varno_zpk {
+class CDirectoryHolder;
+}
+
+/// The run's private folder, into which the package is unpacked and from which the setup program runs.
+/// Its owner alone may look into it, whatever the umask. Goes, with all that it holds, when this object
+/// does. Main thread only.
+class ZPKStagingFolder {
+public:
+    /// Makes the staging folder in the user's folder for temporary files, in the place of anything that
+    /// an earlier run left. Fails when something stays there, or when what is there then is not a real
+    /// folder that this run has made, empty and its own. An exception of the making passes on.
+    static ZPKResult<std::unique_ptr<ZPKStagingFolder>> make();
+
+    ~ZPKStagingFolder();
+    ZPKStagingFolder(const ZPKStagingFolder&) = delete;
+    ZPKStagingFolder& operator=(const ZPKStagingFolder&) = delete;
+
+    /// Full path, without a separator at its end.
+    const std::string& path() const { return m_path; }
+
+    /// Unscrambles and unpacks the description archive of `resourceFolder`. What cannot be unpacked is
+    /// missing afterwards.
+    void unpackDescription(const std::string& resourceFolder) const;
+
+private:
+    explicit ZPKStagingFolder(std::string path);
+
+    ZPKOutcome makePrivate() const;
+
+    std::string m_path;
+    std::unique_ptr<varno_zpk::CDirectoryHolder> m_holder;
+};

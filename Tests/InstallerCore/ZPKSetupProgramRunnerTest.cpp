@@ -1,0 +1,61 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#include "InstallerCore/ZPKSetupProgramRunner.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+
+#include "Tests/Platform/ScopedEnvironment.h"
+#include "Tests/Support/CapturedStreams.h"
+#include "Tests/Support/TemporaryFolder.h"
+
+using zpk_test::readFile;
+using zpk_test::ScopedEnvironment;
+using zpk_test::TemporaryFolder;
+using Lines = std::vector<std::string>;
+
+namespace {
+
+class ZPKSetupProgramRunnerTest : public ::testing::Test {
+protected:
+    TemporaryFolder m_folder;
+    ScopedEnvironment m_record{"ZPK_TEST_RECORD", m_folder / "record"};
+};
+
+TEST_F(ZPKSetupProgramRunnerTest, NothingToExecuteDoesNothing) {
+    const auto streams = zpk_test::captureStreams([] {
+        ZPKSetupProgramRunner::run({std::nullopt, Lines{"x"}}, true);
+    });
+    EXPECT_EQ(streams.standardOutput + streams.standardError, "");
+}
+
+TEST_F(ZPKSetupProgramRunnerTest, ExecuteWaitsAndPassesEachArgumentAsItIs) {
+    ZPKSetupProgramRunner::run({ZPK_TEST_SETUP, Lines{"-a -b", "", "'\"$x\n"}}, true);
+    EXPECT_EQ(readFile(m_folder / "record"), std::string(ZPK_TEST_SETUP) + "\n[-a -b]\n[]\n['\"$x\n]\n");
+}
+
+TEST_F(ZPKSetupProgramRunnerTest, ExecuteWithoutParametersPassesNone) {
+    ZPKSetupProgramRunner::run({ZPK_TEST_SETUP, std::nullopt}, true);
+    EXPECT_EQ(readFile(m_folder / "record"), std::string(ZPK_TEST_SETUP) + "\n");
+}
+
+TEST_F(ZPKSetupProgramRunnerTest, ProgramThatCannotStartIsNamedOnStandardError) {
+    const auto streams = zpk_test::captureStreams([this] {
+        ZPKSetupProgramRunner::run({m_folder / "none", std::nullopt}, true);
+    });
+    EXPECT_EQ(streams.standardError,
+              "Zephyrkit: cannot start " + (m_folder / "none") + ": No such file or directory\n");
+}
+
+TEST_F(ZPKSetupProgramRunnerTest, WithTheFlagOffTheProgramIsNotWaitedFor) {
+    // A FIFO that nobody reads holds the program until this test does: waited for, it would never end.
+    const std::string fifo = m_folder / "fifo";
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    ZPKSetupProgramRunner::run({"/bin/sh", Lines{"-c", "echo ran > '" + fifo + "'"}}, false);
+    EXPECT_EQ(readFile(fifo), "ran\n");
+    ::wait(nullptr);
+}
+
+}  // namespace
