@@ -3,13 +3,11 @@
 
 #include "Package/ZPKScrambler.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdint>
-#include <cstdio>
+#include <utility>
 
 #include "Base/ZPKPath.h"
 #include "Base/ZPKReplacementFile.h"
@@ -40,26 +38,31 @@ ZPKOutcome writeExchanged(const ZPKFileHandle& source, std::uint64_t middle,
 
 /// The same for a file in its own place: it stays as it is until its replacement is complete.
 ZPKOutcome exchangeInPlace(const ZPKFileHandle& source, std::uint64_t middle, const std::string& path) {
-    const std::string growing = ZPKReplacementFile::temporaryPathBeside(path, 0);
-    ZPKResult<ZPKFileHandle> newFile = ZPKFileHandle::newFileAt(AT_FDCWD, growing, 0666, growing);
-    if (!newFile) {
-        return newFile.failure();
+    ZPKResult<ZPKReplacementFile> replacement = ZPKReplacementFile::forPath(path);
+    if (!replacement) {
+        return replacement.failure();
     }
-    ZPKOutcome outcome = writeExchanged(source, middle, std::move(newFile));
-    if (outcome && ::rename(growing.c_str(), path.c_str()) != 0) {
-        outcome = ZPKFailure::ofSystem(path, errno);
+    ZPKOutcome outcome =
+        writeExchanged(source, middle, ZPKFileHandle::forWritingTo(replacement->descriptor(), path));
+    return outcome ? replacement->commit() : outcome;
+}
+
+/// An empty file at `path`: a new one, or, in a folder in which nothing may be removed, the old one
+/// without its contents.
+ZPKResult<ZPKFileHandle> emptyFileAt(const std::string& path) {
+    ZPKResult<ZPKFileHandle> newFile = ZPKFileHandle::replacingFileAtPath(path);
+    if (newFile) {
+        return newFile;
     }
-    if (!outcome) {
-        ZPKFileManager::removeItem(growing).ignore();
-    }
-    return outcome;
+    ZPKResult<ZPKFileHandle> oldFile = ZPKFileHandle::emptyingFileAtPath(path);
+    return oldFile ? std::move(oldFile) : std::move(newFile);
 }
 
 ZPKOutcome exchange(const ZPKFileHandle& source, std::uint64_t middle, const std::string& destination) {
     if (isSameFile(source, destination)) {
         return exchangeInPlace(source, middle, destination);
     }
-    return writeExchanged(source, middle, ZPKFileHandle::replacingFileAtPath(destination));
+    return writeExchanged(source, middle, emptyFileAt(destination));
 }
 
 }  // namespace
@@ -67,7 +70,7 @@ ZPKOutcome exchange(const ZPKFileHandle& source, std::uint64_t middle, const std
 ZPKOutcome ZPKScrambler::scramble(const std::string& source, const std::string& destination) {
     const ZPKResult<ZPKFileHandle> file = ZPKFileHandle::forReadingAtPath(source);
     if (!file) {
-        static_cast<void>(ZPKFileHandle::replacingFileAtPath(destination));
+        static_cast<void>(emptyFileAt(destination));
         return file.failure();
     }
     return exchange(*file, std::min(kRotation, file->size()), destination);

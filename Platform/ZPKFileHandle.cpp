@@ -114,6 +114,20 @@ ZPKResult<ZPKFileHandle> ZPKFileHandle::replacingFileAtPath(const std::string& p
     return newFileAt(AT_FDCWD, path, 0666, path);
 }
 
+ZPKResult<ZPKFileHandle> ZPKFileHandle::emptyingFileAtPath(const std::string& path) {
+    // Not emptied while it is opened: it may be no regular file.
+    const int flags = O_WRONLY | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW | O_CLOEXEC;
+    ZPKResult<ZPKFileHandle> file = adopt(ZPKFileDescriptor(::open(path.c_str(), flags)), path);
+    if (file && ::ftruncate(file->descriptor(), 0) != 0) {
+        return ZPKFailure::ofSystem(path, errno);
+    }
+    return file;
+}
+
+ZPKResult<ZPKFileHandle> ZPKFileHandle::forWritingTo(int descriptor, const std::string& path) {
+    return adopt(ZPKFileDescriptor(::fcntl(descriptor, F_DUPFD_CLOEXEC, 0)), path);
+}
+
 ZPKResult<ZPKFileHandle> ZPKFileHandle::newFileAt(int folder, const std::string& name, unsigned int mode,
                                                   const std::string& path) {
     const int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;

@@ -27,6 +27,14 @@ public:
     /// the other names of a file stay as they are. Fails when it cannot be made or a folder is there.
     static ZPKResult<ZPKFileHandle> replacingFileAtPath(const std::string& path);
 
+    /// The regular file at `path` without its contents, which its other names then lose, too: for one that
+    /// may be written and not replaced. A link is refused.
+    static ZPKResult<ZPKFileHandle> emptyingFileAtPath(const std::string& path);
+
+    /// A file that is open for writing already, on a descriptor of this object's own. `path` is for people
+    /// to read.
+    static ZPKResult<ZPKFileHandle> forWritingTo(int descriptor, const std::string& path);
+
     /// A new empty file `name` of an open folder, with `mode` less the umask; fails when anything is
     /// there already. `path` is for people to read.
     static ZPKResult<ZPKFileHandle> newFileAt(int folder, const std::string& name, unsigned int mode,

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <memory>
 #include <new>
 
 #include "Package/CDirectoryHolder.h"
@@ -54,6 +55,24 @@ TEST(CDirectoryHolderAllocationTest, FailureWhileMakingAFolderDeletesIt) {
     EXPECT_GT(number, 3u) << "some allocations were seen to fail";
     ASSERT_LT(number, kMoreThanEver);
     EXPECT_TRUE(exists(path) && !exists(path + "/old"));
+}
+
+TEST(CDirectoryHolderAllocationTest, FailureWhileMakingAFolderLeavesTheRemovePathAlone) {
+    const TemporaryFolder folder;
+    const std::string path = folder / "a folder whose path does not fit into a short string";
+    const std::string other = folder / "another one whose path does not fit into a short string";
+    writeFile(other + "/kept", "kept");
+    std::size_t failures = 0;
+    for (std::size_t number = 1; number < kMoreThanEver; ++number) {
+        std::unique_ptr<CDirectoryHolder> holder;
+        if (!failsAtAllocation(number, [&] { holder = std::make_unique<CDirectoryHolder>(path, other); })) {
+            break;
+        }
+        ++failures;
+        EXPECT_TRUE(exists(other + "/kept")) << "failing allocation " << number;
+    }
+    EXPECT_GT(failures, 3u);
+    EXPECT_FALSE(exists(other)) << "the one that was made deletes it";
 }
 
 TEST(CDirectoryHolderAllocationTest, FailureInAListDeletesTheFoldersMadeBefore) {

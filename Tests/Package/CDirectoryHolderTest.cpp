@@ -49,6 +49,12 @@ TEST(CDirectoryHolderTest, EmptyCreatePathMakesNothingButTheOtherIsDeleted) {
     EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
 }
 
+TEST(CDirectoryHolderTest, EmptyCreatePathMakesNothingAtTheOther) {
+    const TemporaryFolder folder;
+    const CDirectoryHolder holder("", folder / "missing");
+    EXPECT_FALSE(exists(folder / "missing"));
+}
+
 TEST(CDirectoryHolderTest, EmptyRemovePathDeletesNothing) {
     const TemporaryFolder folder;
     {

@@ -173,4 +173,15 @@ TEST(CZPKUtilFileTest, ExistenceOfFilesAndFolders) {
     }
 }
 
+TEST(CZPKUtilFileTest, ListOfAFolderGivenThroughALinkIsTheFolders) {
+    const TemporaryFolder folder;
+    writeFile(folder / "real/sub/file", "x");
+    std::filesystem::create_symlink("real", folder / "link");
+    for (const char* const spelling : {"link", "link/"}) {
+        std::vector<std::string> list;
+        CZPKUtil::GetFilePathList(folder / spelling, &list);
+        EXPECT_EQ(list, std::vector{folder / "link/sub/file"}) << spelling;
+    }
+}
+
 }  // namespace

@@ -290,4 +290,74 @@ TEST(CZPKUtilScrambleTest, GigabyteIsRotatedWithoutBeingHeldInMemory) {
     EXPECT_TRUE(hasSameBytes(folder / "again", 0, folder / "plain", 0, kSize));
 }
 
+/// A file that the user may write in a folder in which nothing may be made or removed.
+class CZPKUtilClosedFolderTest : public ::testing::Test {
+protected:
+    CZPKUtilClosedFolderTest() {
+        writeFile(m_source, m_plain);
+        writeFile(m_destination, std::string(m_plain.size() + 5000, 'o'));
+        for (const std::string& path : {m_folder.path(), m_source, m_folder / "closed", m_destination}) {
+            zpk_test::giveToUserWithoutPrivileges(path);
+        }
+        std::filesystem::permissions(m_folder / "closed", std::filesystem::perms(0555));
+    }
+    ~CZPKUtilClosedFolderTest() override {
+        std::filesystem::permissions(m_folder / "closed", std::filesystem::perms::owner_all);
+    }
+
+    void runAsUser(const std::function<void()>& action) {
+        EXPECT_TRUE(zpk_test::answerWithoutPrivileges([&] {
+            action();
+            return true;
+        }));
+    }
+
+    const TemporaryFolder m_folder;
+    const std::string m_plain = pattern(3 * kRotation + 7);
+    const std::string m_source = m_folder / "source";
+    const std::string m_destination = m_folder / "closed/destination";
+};
+
+TEST_F(CZPKUtilClosedFolderTest, ContentsAreReplacedWhereTheFileCannotBe) {
+    runAsUser([&] { CZPKUtil::Fake(m_source, m_destination); });
+    EXPECT_TRUE(readFile(m_destination) == scrambled(m_plain));
+    runAsUser([&] { CZPKUtil::Unfake(m_destination, m_folder / "again"); });
+    EXPECT_TRUE(readFile(m_folder / "again") == m_plain);
+    writeFile(m_source, scrambled(m_plain));
+    writeFile(m_destination, std::string(m_plain.size() + 5000, 'o'));
+    runAsUser([&] { CZPKUtil::Unfake(m_source, m_destination); });
+    EXPECT_TRUE(readFile(m_destination) == m_plain);
+}
+
+TEST_F(CZPKUtilClosedFolderTest, SmallFileIsReplacedByFakeAndKeptByUnfake) {
+    writeFile(m_source, "small");
+    writeFile(m_destination, "kept");
+    runAsUser([&] { CZPKUtil::Unfake(m_source, m_destination); });
+    EXPECT_EQ(readFile(m_destination), "kept");
+    runAsUser([&] { CZPKUtil::Fake(m_source, m_destination); });
+    EXPECT_EQ(readFile(m_destination), "small");
+}
+
+TEST_F(CZPKUtilClosedFolderTest, MissingSourceLeavesItEmpty) {
+    runAsUser([&] { CZPKUtil::Fake(m_folder / "none", m_destination); });
+    EXPECT_EQ(readFile(m_destination), "");
+}
+
+TEST_F(CZPKUtilClosedFolderTest, FileThatMayNotBeWrittenIsLeft) {
+    writeFile(m_destination, "kept");
+    std::filesystem::permissions(m_destination, std::filesystem::perms(0444));
+    runAsUser([&] { CZPKUtil::Fake(m_source, m_destination); });
+    EXPECT_EQ(readFile(m_destination), "kept");
+}
+
+TEST_F(CZPKUtilClosedFolderTest, LinkIsNotFollowed) {
+    std::filesystem::permissions(m_folder / "closed", std::filesystem::perms::owner_all);
+    writeFile(m_folder / "other", "kept");
+    zpk_test::giveToUserWithoutPrivileges(m_folder / "other");
+    std::filesystem::create_symlink("../other", m_folder / "closed/link");
+    std::filesystem::permissions(m_folder / "closed", std::filesystem::perms(0555));
+    runAsUser([&] { CZPKUtil::Fake(m_source, m_folder / "closed/link"); });
+    EXPECT_EQ(readFile(m_folder / "other"), "kept");
+}
+
 }  // namespace
