@@ -184,6 +184,38 @@ class Gate:
         self._descriptor = None
 
 
+class GlobalMenu:
+    """A bar of the desktop that shows the menus of all applications, whatever window is in front."""
+
+    # Which desktop it is decides whether the toolkit looks for such a bar.
+    variables = {"XDG_CURRENT_DESKTOP": "GNOME"}
+
+    def __init__(self, desktop):
+        self._bar = subprocess.Popen(
+            [HERE / "menu_registrar.py"],
+            env=desktop.environment,
+            stdin=subprocess.PIPE,
+            stdout=subprocess.PIPE,
+            text=True,
+        )
+        if self._bar.stdout.readline() != "ready\n":
+            raise AssertionError("there is no bar for the menus")
+
+    def choose(self, title):
+        """Chooses an item once it is there."""
+
+        def chosen():
+            self._bar.stdin.write(title + "\n")
+            self._bar.stdin.flush()
+            return self._bar.stdout.readline() == "chosen\n"
+
+        wait_until(chosen, 30)
+
+    def close(self):
+        self._bar.terminate()
+        self._bar.communicate()
+
+
 def listed_windows(line):
     """The windows of a line such as `_NET_CLIENT_LIST: window id # 0x1, 0x2`."""
     return line.partition("#")[2].replace(",", " ").split()

@@ -1,234 +1,19 @@
 # SPDX-FileCopyrightText: 2026 The Zephyrkit authors
 # SPDX-License-Identifier: MIT
 
-"""Every way that a run can go, on real windows: what is shown, how it is answered, what is left.
+"""Every way that a run can go without a disc, on real windows: what is shown, how it is answered, what is left."""
 
-With ZPK_TEST_SCREENSHOTS naming a folder, a picture of each window in each language is left there.
-"""
-
-import contextlib
 import gzip
 import os
-import pathlib
 import plistlib
 import re
 import shutil
-import signal
 import subprocess
-import textwrap
 import unittest
-from xml.sax.saxutils import quoteattr
 
-from mocked_drive import DISK, MockedDrive
-from support import STAGING_NAME, PackageTestCase, odc_archive, wait_until, write
-from windows import FolderWatch, Gate, WindowLog, desktop, focused, items, walk
-
-ESCAPES = {"n": "\n", '"': '"', "\\": "\\"}
-SIGNATURE = "Example Studio 4"
-PRODUCTS = ["Example Studio 4", 'A <b>bold</b> & "quoted" &amp; name', "製品 ٣ Ω"]
-
-# Locales need not be installed: the launcher reads the variables alone.
-LANGUAGES = {
-    "en": {"LC_ALL": "", "LANGUAGE": "", "LANG": "en_US.UTF-8"},
-    "ja": {"LC_ALL": "ja_JP.UTF-8"},
-    "ar": {"LC_ALL": "C.UTF-8", "LANGUAGE": "xx:ar_EG"},
-}
-
-# Lets the launcher's unpacking wait where a test wants it to, then does the real work.
-HELD_ARCHIVE_TOOL = textwrap.dedent(
-    """\
-    #!/bin/sh
-    for argument; do
-        case $argument in */{archive}) read -r line < '{gate}' ;; esac
-    done
-    exec "${{0%/*}}/ditto.real" "$@"
-    """
-)
-
-
-def string_table(bundle, language):
-    """The texts of one language, as the bundle carries them."""
-    table = bundle / "Contents/Resources/UILang" / language / "ZPKStringTable.def"
-    rows = re.findall(r'^"(\w+)" = "((?:[^"\\]|\\.)*)";$', table.read_text(encoding="utf-8"), re.MULTILINE)
-    return {
-        key.removeprefix("ZPKString_"): re.sub(r"\\(.)", lambda found: ESCAPES[found[1]], text)
-        for key, text in rows
-    }
-
-
-class Run:
-    """One run of the launcher, watched from before its start to its end."""
-
-    def __init__(self, case, bundle, *, drive=None, language="en", **variables):
-        self._case = case
-        self._drive = drive
-        self.texts = string_table(bundle, language)
-        self.temporary = pathlib.Path(variables.get("TMPDIR", case.temporary))
-        self._made = self.temporary.stat().st_mtime_ns
-        self._watch = FolderWatch(self.temporary / STAGING_NAME)
-        self._log = WindowLog(case.desktop)
-        self.process = subprocess.Popen(
-            [*(drive.command() if drive else []), bundle / "Contents/Linux/Zephyrkit"],
-            env=case.environment(**case.desktop.variables, **variables, **(drive.variables if drive else {})),
-            stdin=subprocess.DEVNULL,
-            stdout=subprocess.DEVNULL,
-            stderr=subprocess.DEVNULL,
-            cwd=case.folder,
-            start_new_session=True,
-        )
-        self.staging = self.shown = self.titles = None
-
-    def window(self, title, role=None):
-        """The window of that title, once it is shown and takes the keys."""
-
-        def look():
-            for window in self.windows():
-                if window["name"] == title and "active" in window["states"] and role in (None, window["role"]):
-                    return window
-            if self.process.poll() is not None:
-                raise AssertionError("the launcher ended with %s instead" % self.process.returncode)
-            return None
-
-        found = wait_until(look, 60)
-        self._log.wait_written()
-        return found
-
-    def alert(self):
-        return self.window(self._case.name, "alert")
-
-    def disc_window(self):
-        return self.window(self.texts["DISCCHECK_TITLE"], "dialog")
-
-    def windows(self):
-        number = self._drive.process() if self._drive else self.process.pid
-        found = self._case.desktop.windows(number) if number else []
-        return [window for window in found if "showing" in window["states"]]
-
-    def seen_staging(self):
-        return self._watch.states
-
-    def wait_focus(self, title, item):
-        """Until the item of the window has the keys; `item` is a role and a name."""
-        found = []
-
-        def has_focus():
-            found.append(focused(self.window(title)))
-            return found[-1] == item
-
-        try:
-            wait_until(has_focus, 20)
-        except AssertionError:
-            self._case.fail("%r has the keys, not %r" % (found[-1], item))
-
-    def wait(self):
-        """Until the end; checks that it went well and that nothing stays."""
-        self._case.assertEqual(self.process.wait(timeout=60), 0)
-        self.stop()
-        self._case.assertEqual(os.listdir(self.temporary), [])
-
-    def assert_unseen(self):
-        """After the end: no window came, and nothing was made in the temporary folder."""
-        self._case.assertEqual(self.shown, [])
-        self._case.assertEqual(self.staging, [False])
-        self._case.assertEqual(self.temporary.stat().st_mtime_ns, self._made)
-
-    def stop(self):
-        if self.staging is None:
-            with contextlib.suppress(ProcessLookupError):
-                os.killpg(self.process.pid, signal.SIGKILL)
-            self.process.wait()
-            self.staging = self._watch.stop()
-            self.shown = self._log.stop()
-            self.titles = [title for title, can_close in self.shown if self._lasts(title, can_close)]
-
-    def _lasts(self, title, can_close):
-        """False for the window of a search, which may be gone before it has its title."""
-        return title == self.texts["FILE_EXTRACT"] or (
-            can_close and title not in ("", self.texts["DISCCHECK_SERACHING"])
-        )
-
-
-class WindowTestCase(PackageTestCase):
-    """A test at a desktop that the tests of its class share."""
-
-    @classmethod
-    def setUpClass(cls):
-        super().setUpClass()
-        with contextlib.ExitStack() as stack:
-            cls.desktop = stack.enter_context(desktop())
-            cls.addClassCleanup(stack.pop_all().close)
-
-    def start(self, bundle, **options):
-        run = Run(self, bundle, **options)
-        self.addCleanup(run.stop)
-        return run
-
-    def start_in(self, language, bundle, **options):
-        return self.start(bundle, language=language, **LANGUAGES[language], **options)
-
-    def picture(self, name, language):
-        folder = os.environ.get("ZPK_TEST_SCREENSHOTS")
-        if folder:
-            self.desktop.screenshot(pathlib.Path(folder, "%s-%s.png" % (name, language)))
-
-    def drive(self):
-        reason = MockedDrive.missing()
-        if reason:
-            self.skipTest(reason)
-        return MockedDrive(self.folder, self.temporary)
-
-    # Packages
-
-    def package(self, conditions=None, products=PRODUCTS, name="TestSetup.app"):
-        """A package with a setup program, and with conditions when any are given."""
-        if conditions is not None:
-            listed = "".join("<ItemInfo DisplayName=%s/>" % quoteattr(product) for product in products)
-            write(
-                self.source / "Info/Condition.xml",
-                "<UpdateInfo><Conditions>%s</Conditions><TargetItems>%s</TargetItems></UpdateInfo>"
-                % (conditions, listed),
-            )
-        self.recorder()
-        self.startup()
-        return self.pack(name)
-
-    def hold(self, bundle, archive):
-        """The launcher will wait before it unpacks that archive, until the gate is opened."""
-        gate = Gate(self.folder / ("gate-%d" % len(list(self.folder.glob("gate-*")))))
-        tool = bundle / "Contents/Helpers/ditto"
-        tool.rename(tool.with_name("ditto.real"))
-        write(tool, HELD_ARCHIVE_TOOL.format(archive=archive, gate=gate.path), 0o755)
-        return gate
-
-    # Looks at windows
-
-    def assert_alert(self, run, text):
-        """An alert with that text and one button, which is the default and has the keys."""
-        window = run.alert()
-        self.assertEqual([item["name"] for item in items(window, "label")], [text])
-        buttons = items(window, "push button")
-        self.assertEqual([button["name"] for button in buttons], [run.texts["OK"]])
-        self.assertLessEqual({"default", "focused", "enabled"}, set(buttons[0]["states"]))
-        return window
-
-    def assert_tab_order(self, run, title, *order):
-        """The items that Tab visits, from the one that has the keys and round to it again."""
-        run.wait_focus(title, order[0])
-        for item in [*order[1:], order[0]]:
-            self.desktop.key("Tab")
-            run.wait_focus(title, item)
-
-    def assert_inside_screen(self, item):
-        x, y, width, height = item["bounds"]
-        self.assertGreaterEqual(min(x, y), 0)
-        self.assertLessEqual(x + width, 1280)
-        self.assertLessEqual(y + height, 800)
-
-    def assert_installed(self, run, *titles):
-        """After the end: the windows that came, and the setup program ran once."""
-        self.assertEqual(run.titles, [*titles, run.texts["FILE_EXTRACT"]])
-        self.assertEqual(run.staging, [False, True, False])
-        self.record()
+from support import STAGING_NAME, odc_archive, wait_until, write
+from windows import Gate, items, walk
+from windows_case import LANGUAGES, PRODUCTS, SIGNATURE, WindowTestCase, string_table
 
 
 class SecondLauncherTest(WindowTestCase):
@@ -617,164 +402,6 @@ class SoftwareListTest(WindowTestCase):
                 self.end(run)
 
 
-class DiscSearchTest(WindowTestCase):
-    """A disc could help, but none is found, or the person gives up."""
-
-    def setUp(self):
-        super().setUp()
-        self.run_ = self.start(self.package('<UIMLog Signature="x"/><Disc FilePath="Setup/Product.dat"/>'))
-        self.title = self.run_.texts["DISCCHECK_TITLE"]
-
-    def end(self, *titles):
-        self.run_.wait()
-        self.assertEqual(self.run_.titles, [self.title, *titles])
-        self.assertEqual(self.run_.staging[-1], False)
-        self.assertEqual(self.records(), [])
-
-    def search_in_vain(self, key):
-        self.desktop.key(key)
-        self.assert_alert(self.run_, self.run_.texts["UPDATE_INVALID_DISC"])
-
-    def test_window(self):
-        run = self.run_
-        window = run.disc_window()
-        self.assertEqual([item["name"] for item in items(window, "label")], [run.texts["DISCCHECK_MESSAGE"]])
-        (products,) = items(window, "text")
-        self.assertEqual(products["text"], "\n".join(PRODUCTS))
-        self.assertNotIn("editable", products["states"])
-        search, cancel = items(window, "push button")
-        self.assertEqual(search["name"], run.texts["DISCCHECK_START"])
-        self.assertEqual(cancel["name"], run.texts["DISCCHECK_CANCEL"])
-        self.assertLessEqual({"default", "focused", "enabled"}, set(search["states"]))
-        self.assertNotIn("default", cancel["states"])
-        x, y, width, height = window["bounds"]
-        self.assertAlmostEqual(x + width / 2, 640, delta=20)
-        self.assertAlmostEqual(y + height / 2, 400, delta=20)
-
-        # The conditions are gone by now, the rest of the description is kept.
-        self.assertEqual(os.listdir(self.temporary / STAGING_NAME / "Info"), ["Startup.xml"])
-        self.desktop.key("Escape")
-        self.end()
-
-    def test_tab_order_and_cancel_by_its_button(self):
-        run = self.run_
-        window = run.disc_window()
-        (products,) = items(window, "text")
-        cancel = ("push button", run.texts["DISCCHECK_CANCEL"])
-        self.assert_tab_order(
-            run, self.title, ("push button", run.texts["DISCCHECK_START"]), cancel, ("text", products["name"])
-        )
-        self.desktop.key("Tab")
-        run.wait_focus(self.title, cancel)
-        self.desktop.key("Return")
-        self.end()
-
-    def test_cancel_by_the_close_box(self):
-        self.run_.disc_window()
-        self.desktop.click_close_box(self.title)
-        self.end()
-
-    def test_cancel_by_the_window_managers_key(self):
-        self.run_.disc_window()
-        self.desktop.key("alt+F4")
-        self.end()
-
-    def test_cancel_by_quit_of_the_menu(self):
-        self.run_.disc_window()
-        self.desktop.key("ctrl+q")
-        self.end()
-
-    def test_search_in_vain_leaves_the_window_for_another(self):
-        run = self.run_
-        run.disc_window()
-        for search, answer in (("Return", "Return"), ("space", "Escape")):
-            self.search_in_vain(search)
-            # Only the alert takes keys and clicks, yet the window stays below it.
-            self.assertIn(self.title, [window["name"] for window in run.windows()])
-            self.desktop.key(answer)
-            run.wait_focus(self.title, ("push button", run.texts["DISCCHECK_START"]))
-            self.assertTrue((self.temporary / STAGING_NAME).exists())
-        self.desktop.key("Escape")
-        self.end(self.name, self.name)
-
-
-class FoundDiscTest(WindowTestCase):
-    """A disc in a drive that umockdev makes."""
-
-    def start_search(self, *paths, language="en"):
-        self.mocked = self.drive()
-        conditions = "".join("<Disc FilePath=%s/>" % quoteattr(path) for path in paths)
-        bundle = self.package(conditions, name=language + ".app")
-        run = self.start_in(language, bundle, drive=self.mocked)
-        run.disc_window()
-        return run
-
-    def search_in_vain(self, run):
-        self.desktop.key("Return")
-        self.assert_alert(run, run.texts["UPDATE_INVALID_DISC"])
-        self.desktop.key("Return")
-        run.disc_window()
-
-    def end(self, run, *titles):
-        run.wait()
-        self.assert_installed(run, run.texts["DISCCHECK_TITLE"], *titles)
-        self.assertNotIn("Info/Condition.xml", self.record()["contents"])
-
-    def test_disc_that_is_there(self):
-        run = self.start_search("Other.dat", "Setup/Product.dat")
-        self.mocked.insert(["Setup/Product.dat"])
-        self.desktop.key("Return")
-        self.end(run)
-
-    def test_disc_that_comes_after_a_wrong_one(self):
-        run = self.start_search("*/Product?.d*t")
-        self.search_in_vain(run)
-        self.mocked.insert(["Setup/Product.dat"])
-        self.search_in_vain(run)
-        self.mocked.eject()
-        self.mocked.insert(["Setup/Product4.dat"])
-        self.desktop.key("Return")
-        self.end(run, self.name, self.name)
-
-    def test_right_files_on_a_disk_that_is_no_disc(self):
-        run = self.start_search("Setup/Product.dat")
-        self.mocked.insert(["Setup/Product.dat"], DISK)
-        self.search_in_vain(run)
-        self.desktop.key("Escape")
-        run.wait()
-        self.assertEqual(self.records(), [])
-
-    def start_slow_search(self, patterns, language):
-        # Long runs of one letter make each comparison slow; the last path is the one that is there.
-        deep = "/".join(["a" * 250] * 14)
-        slow = ["*" + "a" * 245 + "/*" + "a" * (number % 100) + "b" for number in range(patterns)]
-        run = self.start_search(*slow, "Setup/Product.dat", language=language)
-        self.mocked.insert(["Setup/Product.dat", *("%s/%d" % (deep, number) for number in range(150))])
-        self.desktop.key("Return")
-        return run, run.window(run.texts["DISCCHECK_SERACHING"])
-
-    def test_search_that_takes_a_while(self):
-        run, _ = self.start_slow_search(100, "en")
-        self.end(run)
-
-    def test_window_of_a_search(self):
-        for language in LANGUAGES:
-            with self.subTest(language):
-                run, window = self.start_slow_search(3000, language)
-                title = run.texts["DISCCHECK_SERACHING"]
-                self.picture("searching", language)
-                self.assertEqual([item["name"] for item in items(window, "label")], [title])
-                self.assertEqual(items(window, "push button"), [])
-                (bar,) = items(window, "progress bar")
-                self.assertEqual(bar["name"], title)
-                # Neither window goes away by what a person does meanwhile.
-                self.desktop.key("Escape", "alt+F4")
-                self.desktop.key("Return")
-                names = [shown["name"] for shown in run.windows()]
-                self.assertCountEqual(names, [title, run.texts["DISCCHECK_TITLE"]])
-                run.stop()
-
-
 class LanguageTest(WindowTestCase):
     """The same windows in the person's language, and from right to left where it is written so."""
 
@@ -866,6 +493,35 @@ class LanguageTest(WindowTestCase):
         self.assert_alert(run, SoftwareListTest.message(run, PRODUCTS))
         self.desktop.key("Return")
         run.wait()
+
+
+class OddPathTest(WindowTestCase):
+    """A bundle where no path is text: no character, and what a terminal would obey."""
+
+    def odd_package(self, conditions=None):
+        folder = self.folder / os.fsdecode(b"caf\xe9 \x1b[2J")
+        folder.mkdir()
+        return self.package(conditions).rename(folder / "TestSetup.app")
+
+    def test_with_windows(self):
+        run = self.start(self.odd_package())
+        run.wait()
+        self.assert_installed(run)
+
+    def test_with_the_disc_window(self):
+        run = self.start(self.odd_package('<Disc FilePath="x"/>'))
+        run.disc_window()
+        self.desktop.key("Escape")
+        run.wait()
+        self.assertEqual(run.titles, [run.texts["DISCCHECK_TITLE"]])
+
+    def test_on_the_terminal(self):
+        bundle = self.odd_package()
+        done = self.launch(bundle)
+        self.record()
+        title = string_table(bundle, "en")["FILE_EXTRACT"]
+        progress = "".join("%s: %d%%\n" % (title, percent) for percent in (10, 40, 100))
+        self.assertEqual(done.stdout, progress + "recorder: ran\n")
 
 
 if __name__ == "__main__":

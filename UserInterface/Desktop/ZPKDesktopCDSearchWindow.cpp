@@ -94,7 +94,7 @@ void ZPKDesktopCDSearchWindow::setFontName(ZPKCDSearchControl control, const std
 void ZPKDesktopCDSearchWindow::closeBoxUsed() {
     const std::function<bool()> shouldClose = m_actions.windowShouldClose;
     if (!shouldClose || shouldClose()) {
-        close();
+        this->close();
     }
 }
 
