@@ -3,7 +3,7 @@
 
 #include "Base/ZPKFailure.h"
 
-#include <system_error>
+#include <cstring>
 
 #include "Base/ZPKTerminalText.h"
 
@@ -16,5 +16,7 @@ std::string ZPKFailure::message() const {
 }
 
 std::string ZPKFailure::systemReason(int error) {
-    return std::generic_category().message(error);
+    // Of the library's texts the one that no locale translates and no other thread overwrites.
+    const char* const text = ::strerrordesc_np(error);
+    return text != nullptr ? text : "Unknown error " + std::to_string(error);
 }

@@ -24,7 +24,8 @@ public:
     /// `PATH: reason`, safe to show on a terminal.
     std::string message() const;
 
-    /// The system's text for an errno value; may be called from any thread.
+    /// The system's text for an errno value, in English whatever the locale; may be called from any
+    /// thread.
     static std::string systemReason(int error);
 
 private:

@@ -50,10 +50,11 @@ std::string ZPKPath::extension(const std::string& path) {
 }
 
 bool ZPKPath::isSameOrInside(std::string_view inner, std::string_view outer) {
-    if (outer == "/") {
-        return inner.starts_with('/');
+    const std::string folder = withoutTrailingSeparators(outer);
+    if (folder.empty() || folder == "/") {
+        return !folder.empty() && inner.starts_with('/');
     }
-    return inner.starts_with(outer) && (inner.size() == outer.size() || inner[outer.size()] == '/');
+    return inner.starts_with(folder) && (inner.size() == folder.size() || inner[folder.size()] == '/');
 }
 
 std::string ZPKPath::resolved(const std::string& path) {
@@ -63,10 +64,11 @@ std::string ZPKPath::resolved(const std::string& path) {
 
 std::string ZPKPath::resolvedItem(const std::string& path) {
     const std::string name = lastComponent(path);
-    if (name == "." || name == ".." || name == "/") {
+    if (name.empty() || name == "." || name == ".." || name == "/") {
         return resolved(path);
     }
-    const std::string folder = resolved(parent(path));
+    // The dot lets a file on the way count as no folder.
+    const std::string folder = resolved(parent(path) + "/.");
     return folder.empty() ? folder : join(folder, name);
 }
 

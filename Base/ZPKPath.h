@@ -29,7 +29,8 @@ public:
     static std::string extension(const std::string& path);
 
     /// True when `inner` names `outer` or something below it, compared by components as they are
-    /// written. Both are absolute or both relative, and free of "..".
+    /// written; separators at the end do not count. Both are absolute or both relative, and free of "..";
+    /// in an empty `outer` there is nothing.
     static bool isSameOrInside(std::string_view inner, std::string_view outer);
 
     /// The path without links, "." and ".."; empty when nothing is there.
@@ -40,6 +41,7 @@ public:
     static std::string resolvedItem(const std::string& path);
 
     /// True when removing the item at `outer` would take the item at `inner` with it, whether or not
-    /// they are there; both are taken as they are, however they are written.
+    /// they are there; both are taken as they are, however they are written. An item whose folder is
+    /// missing is in nothing.
     static bool isItemOrInside(const std::string& inner, const std::string& outer);
 };

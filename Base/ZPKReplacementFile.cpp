@@ -7,8 +7,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cassert>
 #include <cerrno>
 #include <cstdio>
+
+#include "Base/ZPKDescriptorIO.h"
 
 namespace {
 
@@ -26,7 +29,8 @@ ZPKResult<ZPKReplacementFile> ZPKReplacementFile::forPath(const std::string& pat
     for (unsigned int attempt = 0; attempt < kMaximumAttempts; ++attempt) {
         std::string temporaryPath = temporaryPathBeside(path, attempt);
         const int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-        ZPKFileDescriptor file(::open(temporaryPath.c_str(), flags, mode));
+        ZPKFileDescriptor file(
+            ZPKDescriptorIO::retry([&] { return ::open(temporaryPath.c_str(), flags, mode); }));
         if (file.isOpen()) {
             return ZPKReplacementFile(path, std::move(temporaryPath), std::move(file));
         }
@@ -61,8 +65,10 @@ ZPKOutcome ZPKReplacementFile::takeOverPermissions() {
 }
 
 ZPKOutcome ZPKReplacementFile::commit() {
+    assert(m_file.isOpen());
     // Some file systems tell of a lack of space only here; some know no syncing at all.
-    const bool isSynced = ::fsync(m_file.get()) == 0 || errno == EINVAL || errno == ENOSYS;
+    const bool isSynced = ZPKDescriptorIO::retry([this] { return ::fsync(m_file.get()); }) == 0 ||
+                          errno == EINVAL || errno == ENOSYS;
     if (!isSynced || !m_file.close() || ::rename(m_temporaryPath.c_str(), m_path.c_str()) != 0) {
         return ZPKFailure::ofSystem(m_path, errno);
     }

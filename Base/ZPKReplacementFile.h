@@ -29,7 +29,8 @@ public:
     /// Gives the growing file the permission bits of the file that it will replace, if there is one.
     ZPKOutcome takeOverPermissions();
 
-    /// Makes sure that the data are on disk and gives the file its name, replacing what is there.
+    /// Makes sure that the data are on disk and gives the file its name, replacing a file or a link
+    /// that is there. Once only.
     ZPKOutcome commit();
 
     /// A name beside `path` for something that is not yet complete. It does not grow with the name of

@@ -33,7 +33,7 @@ bool ZPKTerminalText::isHarmless(char32_t character) {
     const bool isControl = character < 0x20 || (character >= 0x7F && character < 0xA0);
     const bool turnsText = character == 0x061C || character == 0x200E || character == 0x200F ||
                            (character >= 0x202A && character <= 0x202E) ||
-                           (character >= 0x2066 && character <= 0x2069);
+                           (character >= 0x2066 && character <= 0x206F);
     const bool endsLine = character == 0x2028 || character == 0x2029;
     return !isControl && !turnsText && !endsLine;
 }

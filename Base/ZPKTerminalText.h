@@ -19,8 +19,8 @@ public:
     static bool isHarmless(char32_t character);
 
     /// A name or a reason as one line that can be read back: what is not harmless, bytes that are no
-    /// UTF-8 and the backslash become escapes (\n, \x1b), and what is longer than `limit` bytes is cut
-    /// and ends in "...".
+    /// UTF-8 and the backslash become escapes (\n, \x1b). A line longer than `limit` bytes is cut there,
+    /// never within a character or an escape, and "..." put behind it.
     static std::string printable(std::string_view text, std::size_t limit = kNoLimit);
 
     /// A text for people: line feeds stay, anything else that is not harmless or no UTF-8 is left out.

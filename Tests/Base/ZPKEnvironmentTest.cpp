@@ -1,0 +1,60 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#include "Base/ZPKEnvironment.h"
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+namespace {
+
+using Value = std::optional<std::string>;
+
+constexpr const char* kVariable = "ZPK_ENVIRONMENT_TEST";
+
+class ZPKEnvironmentTest : public ::testing::Test {
+protected:
+    void TearDown() override { ::unsetenv(kVariable); }
+
+    static void set(const Value& value) {
+        if (value) {
+            ::setenv(kVariable, value->c_str(), 1);
+        } else {
+            ::unsetenv(kVariable);
+        }
+    }
+};
+
+TEST_F(ZPKEnvironmentTest, EmptyCountsAsUnset) {
+    struct Row {
+        Value set, value;
+    };
+    for (const Row& row : {Row{std::nullopt, std::nullopt}, Row{"", std::nullopt}, Row{" ", " "},
+                           Row{"x=y\n\xFF", "x=y\n\xFF"}}) {
+        set(row.set);
+        EXPECT_EQ(ZPKEnvironment::value(kVariable), row.value);
+        EXPECT_EQ(ZPKEnvironment::isSet(kVariable), row.value.has_value());
+    }
+}
+
+TEST_F(ZPKEnvironmentTest, PathsAreAbsoluteOrNone) {
+    struct Row {
+        Value set, path;
+    };
+    for (const Row& row :
+         {Row{std::nullopt, std::nullopt}, Row{"", std::nullopt}, Row{"relative", std::nullopt},
+          Row{"./x", std::nullopt}, Row{"~", std::nullopt}, Row{"/", "/"}, Row{"///", "/"},
+          Row{"/a b/", "/a b"}, Row{"/a/../b//", "/a/../b"}}) {
+        set(row.set);
+        EXPECT_EQ(ZPKEnvironment::absolutePath(kVariable), row.path) << row.set.value_or("(unset)");
+    }
+}
+
+TEST_F(ZPKEnvironmentTest, IsReadAtEachCall) {
+    set("one");
+    EXPECT_EQ(ZPKEnvironment::value(kVariable), "one");
+    set("two");
+    EXPECT_EQ(ZPKEnvironment::value(kVariable), "two");
+}
+
+}  // namespace
