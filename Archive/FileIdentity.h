@@ -13,7 +13,7 @@ struct FileIdentity {
     FileIdentity() = default;
     explicit FileIdentity(const struct stat& status)
         : device(status.st_dev), inode(status.st_ino), type(status.st_mode & S_IFMT) {}
-    auto operator<=>(const FileIdentity&) const = default;
+    auto operator<=>(const FileIdentity&) const = default;  // NOLINT(modernize-use-nullptr): there is none
 
     dev_t device = 0;
     ino_t inode = 0;

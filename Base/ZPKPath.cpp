@@ -18,7 +18,7 @@ std::string ZPKPath::join(const std::string& folder, const std::string& componen
     if (folder.empty()) {
         return component;
     }
-    const std::string head = withoutTrailingSeparators(folder);
+    std::string head = withoutTrailingSeparators(folder);
     const std::size_t start = component.find_first_not_of('/');
     if (start == std::string::npos) {
         return head;

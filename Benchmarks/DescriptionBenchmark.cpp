@@ -26,25 +26,25 @@ namespace {
 
 using namespace varno_zpk;
 
-constexpr int SMALL = 3;
-constexpr int LARGE = 5000;
+constexpr int kSmall = 3;
+constexpr int kLarge = 5000;
 
-void AppendEntries(std::string& xml, int count, std::string_view start, std::string_view end) {
+void appendEntries(std::string& xml, int count, std::string_view start, std::string_view end) {
     for (int index = 0; index < count; ++index) {
         xml.append("        <").append(start).append(std::to_string(index)).append(end).append("/>\n");
     }
 }
 
 /// A description with about `count` entries of each kind.
-std::string MakeDescription(int count) {
+std::string makeDescription(int count) {
     std::string xml =
         "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<UpdateInfo XmlVersion=\"1.0\">\n    <Conditions>\n";
-    AppendEntries(xml, count, "Registry KeyName=\"Software\\Varno\\Suite ", "\"");
-    AppendEntries(xml, count, "UIMLog Signature=\"com.varno.suite.component-", "\"");
-    AppendEntries(xml, count, "UninstallXml AppName=\"VarnoSuite", ".xml\"");
-    AppendEntries(xml, count, "Disc FilePath=\"Setup/Suite", "/*.pkg\"");
+    appendEntries(xml, count, "Registry KeyName=\"Software\\Varno\\Suite ", "\"");
+    appendEntries(xml, count, "UIMLog Signature=\"com.varno.suite.component-", "\"");
+    appendEntries(xml, count, "UninstallXml AppName=\"VarnoSuite", ".xml\"");
+    appendEntries(xml, count, "Disc FilePath=\"Setup/Suite", "/*.pkg\"");
     xml += "    </Conditions>\n    <TargetItems>\n";
-    AppendEntries(xml, count, "ItemInfo DisplayName=\"Varno Suite &amp; Tools ", "\"");
+    appendEntries(xml, count, "ItemInfo DisplayName=\"Varno Suite &amp; Tools ", "\"");
     xml += "    </TargetItems>\n</UpdateInfo>\n";
     return xml;
 }
@@ -54,7 +54,7 @@ public:
     explicit DescriptionFile(int count) {
         const int descriptor = mkstemp(m_path.data());
         close(descriptor);
-        std::ofstream(m_path, std::ios::binary) << MakeDescription(count);
+        std::ofstream(m_path, std::ios::binary) << makeDescription(count);
     }
     ~DescriptionFile() { unlink(m_path.c_str()); }
     DescriptionFile(const DescriptionFile&) = delete;
@@ -83,7 +83,7 @@ struct UpdateInfo {
     std::unique_ptr<Entries> targetItems;
 };
 
-std::unique_ptr<Entry> ReadEntry(const pugi::xml_node& node, std::string_view name) {
+std::unique_ptr<Entry> readEntry(const pugi::xml_node& node, std::string_view name) {
     auto entry = std::make_unique<Entry>();
     for (const pugi::xml_attribute& attribute : node.attributes()) {
         if (attribute.name() == name) {
@@ -93,34 +93,34 @@ std::unique_ptr<Entry> ReadEntry(const pugi::xml_node& node, std::string_view na
     return entry;
 }
 
-std::unique_ptr<Conditions> ReadConditions(const pugi::xml_node& node) {
+std::unique_ptr<Conditions> readConditions(const pugi::xml_node& node) {
     auto conditions = std::make_unique<Conditions>();
     for (const pugi::xml_node& child : node.children()) {
         const std::string_view name = child.name();
         if (name == TAG_REGISTRY) {
-            conditions->registries.push_back(ReadEntry(child, ATTR_KEYNAME));
+            conditions->registries.push_back(readEntry(child, ATTR_KEYNAME));
         } else if (name == TAG_UIMLOG) {
-            conditions->uimLogs.push_back(ReadEntry(child, ATTR_SIGNATURE));
+            conditions->uimLogs.push_back(readEntry(child, ATTR_SIGNATURE));
         } else if (name == TAG_UNINSTALLXML) {
-            conditions->uninstallXmls.push_back(ReadEntry(child, ATTR_APPNAME));
+            conditions->uninstallXmls.push_back(readEntry(child, ATTR_APPNAME));
         } else if (name == TAG_DISC) {
-            conditions->discs.push_back(ReadEntry(child, ATTR_FILEPATH));
+            conditions->discs.push_back(readEntry(child, ATTR_FILEPATH));
         }
     }
     return conditions;
 }
 
-std::unique_ptr<Entries> ReadItems(const pugi::xml_node& node) {
+std::unique_ptr<Entries> readItems(const pugi::xml_node& node) {
     auto items = std::make_unique<Entries>();
     for (const pugi::xml_node& child : node.children()) {
         if (child.name() == TAG_ITEMINFO) {
-            items->push_back(ReadEntry(child, ATTR_DISPLAYNAME));
+            items->push_back(readEntry(child, ATTR_DISPLAYNAME));
         }
     }
     return items;
 }
 
-std::unique_ptr<UpdateInfo> LoadWithPugixml(const std::string& path) {
+std::unique_ptr<UpdateInfo> loadWithPugixml(const std::string& path) {
     pugi::xml_document document;
     if (!document.load_file(path.c_str())) {
         return nullptr;
@@ -130,19 +130,19 @@ std::unique_ptr<UpdateInfo> LoadWithPugixml(const std::string& path) {
     info->xmlVersion = root.attribute("XmlVersion").value();
     for (const pugi::xml_node& child : root.children()) {
         if (child.name() == TAG_CONDITIONS) {
-            info->conditions = ReadConditions(child);
+            info->conditions = readConditions(child);
         } else if (child.name() == TAG_TARGETITEMS) {
-            info->targetItems = ReadItems(child);
+            info->targetItems = readItems(child);
         }
     }
     return info;
 }
 
-std::unique_ptr<CXMLElement> Convert(const pugi::xml_node& node) {
+std::unique_ptr<CXMLElement> convert(const pugi::xml_node& node) {
     std::unique_ptr<CXMLElement> element(CXMLNode::CreateElementWithName(node.name()));
     for (const pugi::xml_node& child : node.children()) {
         if (child.type() == pugi::node_element) {
-            element->AddChild(Convert(child).release());
+            element->AddChild(convert(child).release());
         } else if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata) {
             element->AddChild(CXMLNode::CreateTextWithStringValue(child.value()));
         }
@@ -154,23 +154,23 @@ std::unique_ptr<CXMLElement> Convert(const pugi::xml_node& node) {
     return element;
 }
 
-std::unique_ptr<CUpdateInfoType> LoadThroughOurTree(const std::string& path) {
+std::unique_ptr<CUpdateInfoType> loadThroughOurTree(const std::string& path) {
     pugi::xml_document document;
     if (!document.load_file(path.c_str())) {
         return nullptr;
     }
-    const std::unique_ptr<CXMLElement> root = Convert(document.document_element());
+    const std::unique_ptr<CXMLElement> root = convert(document.document_element());
     return std::make_unique<CUpdateInfoType>(root.get());
 }
 
 /// The target items stay allocated by design; a benchmark would fill the memory.
-void DeleteItems(const CUpdateInfoType& info) {
+void deleteItems(const CUpdateInfoType& info) {
     for (const CItemInfoType* item : info.targetItems->items) {
         delete item;
     }
 }
 
-void LoadDescription(benchmark::State& state) {
+void loadDescription(benchmark::State& state) {
     const DescriptionFile file(static_cast<int>(state.range(0)));
     for (auto _ : state) {
         const std::unique_ptr<CUpdateInfoType> info(CZPKXMLLoader::LoadConditionXML(file.path()));
@@ -178,35 +178,35 @@ void LoadDescription(benchmark::State& state) {
             state.SkipWithError("the description does not load");
             break;
         }
-        DeleteItems(*info);
+        deleteItems(*info);
     }
 }
-BENCHMARK(LoadDescription)->ArgName("entries")->Arg(SMALL)->Arg(LARGE);
+BENCHMARK(loadDescription)->ArgName("entries")->Arg(kSmall)->Arg(kLarge);
 
-void LoadDescriptionPugixml(benchmark::State& state) {
+void loadDescriptionPugixml(benchmark::State& state) {
     const DescriptionFile file(static_cast<int>(state.range(0)));
     for (auto _ : state) {
-        const std::unique_ptr<UpdateInfo> info = LoadWithPugixml(file.path());
+        const std::unique_ptr<UpdateInfo> info = loadWithPugixml(file.path());
         if (info == nullptr) {
             state.SkipWithError("the description does not load");
             break;
         }
     }
 }
-BENCHMARK(LoadDescriptionPugixml)->ArgName("entries")->Arg(SMALL)->Arg(LARGE);
+BENCHMARK(loadDescriptionPugixml)->ArgName("entries")->Arg(kSmall)->Arg(kLarge);
 
-void LoadDescriptionPugixmlThroughOurTree(benchmark::State& state) {
+void loadDescriptionPugixmlThroughOurTree(benchmark::State& state) {
     const DescriptionFile file(static_cast<int>(state.range(0)));
     for (auto _ : state) {
-        const std::unique_ptr<CUpdateInfoType> info = LoadThroughOurTree(file.path());
+        const std::unique_ptr<CUpdateInfoType> info = loadThroughOurTree(file.path());
         if (info == nullptr) {
             state.SkipWithError("the description does not load");
             break;
         }
-        DeleteItems(*info);
+        deleteItems(*info);
     }
 }
-BENCHMARK(LoadDescriptionPugixmlThroughOurTree)->ArgName("entries")->Arg(SMALL)->Arg(LARGE);
+BENCHMARK(loadDescriptionPugixmlThroughOurTree)->ArgName("entries")->Arg(kSmall)->Arg(kLarge);
 
 }  // namespace
 

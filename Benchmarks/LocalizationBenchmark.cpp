@@ -48,49 +48,49 @@ public:
     WorkingFolder(const WorkingFolder&) = delete;
     WorkingFolder& operator=(const WorkingFolder&) = delete;
 
-    std::string Write(const std::string& name, const std::string& contents) const {
-        const std::string path = m_path + "/" + name;
+    std::string write(const std::string& name, const std::string& contents) const {
+        std::string path = m_path + "/" + name;
         std::filesystem::create_directories(std::filesystem::path(path).parent_path());
         std::ofstream(path, std::ios::binary) << contents;
         return path;
     }
-    const std::string& Path() const { return m_path; }
+    const std::string& path() const { return m_path; }
 
 private:
     std::string m_path = (std::filesystem::temp_directory_path() / "zpk-benchmark-XXXXXX").string();
 };
 
-const WorkingFolder& Folder() {
-    static const WorkingFolder folder;
-    return folder;
+const WorkingFolder& folder() {
+    static const WorkingFolder kFolder;
+    return kFolder;
 }
 
-std::string Key(long number) {
+std::string keyOf(long number) {
     return "ZPKString_TEXT_" + std::to_string(number * 7919);
 }
 
 /// Entries as a translator writes them, one a line with a comment here and there.
-std::string Table(long entryCount) {
+std::string table(long entryCount) {
     std::string contents = "\xEF\xBB\xBF// The texts of the installer.\n";
     for (long number = 0; number < entryCount; ++number) {
         if (number % 8 == 0) {
             contents += "\n/* A group of texts */\n";
         }
-        contents += "\"" + Key(number) + "\" = \"The package “%s” cannot be installed.\\nInsert disc " +
+        contents += "\"" + keyOf(number) + "\" = \"The package “%s” cannot be installed.\\nInsert disc " +
                     std::to_string(number) + " and try again.\";\n";
     }
     return contents;
 }
 
 /// Makes a fresh bundle with one language of `entryCount` texts the only default one.
-void UseBundle(long entryCount) {
+void useBundle(long entryCount) {
     const std::string name = "UILang" + std::to_string(entryCount);
-    Folder().Write(name + "/en/ZPKStringTable.def", Table(entryCount));
+    folder().write(name + "/en/ZPKStringTable.def", table(entryCount));
     CResourceBundle::ClearAllDefaultBundles();
-    CResourceBundle::AddDefaultBundlePath((Folder().Path() + "/" + name).c_str());
+    CResourceBundle::AddDefaultBundlePath((folder().path() + "/" + name).c_str());
 }
 
-void BufferStandardError() {
+void bufferStandardError() {
     static char buffer[65536];
     std::setvbuf(stderr, buffer, _IOFBF, sizeof(buffer));
 }
@@ -99,46 +99,46 @@ void BufferStandardError() {
 class UnbufferedStandardError {
 public:
     UnbufferedStandardError() { std::setvbuf(stderr, nullptr, _IONBF, 0); }
-    ~UnbufferedStandardError() { BufferStandardError(); }
+    ~UnbufferedStandardError() { bufferStandardError(); }
     UnbufferedStandardError(const UnbufferedStandardError&) = delete;
     UnbufferedStandardError& operator=(const UnbufferedStandardError&) = delete;
 };
 
-void LookUp(benchmark::State& state) {
-    UseBundle(state.range(0));
-    const std::string key = Key(state.range(0) / 3);
+void lookUp(benchmark::State& state) {
+    useBundle(state.range(0));
+    const std::string key = keyOf(state.range(0) / 3);
     for (auto _ : state) {
         benchmark::DoNotOptimize(CResourceBundle::GetLocalizedString(key.c_str()));
     }
 }
-BENCHMARK(LookUp)->Arg(24)->Arg(1000);
+BENCHMARK(lookUp)->Arg(24)->Arg(1000);
 
-void LookUpUnbuffered(benchmark::State& state) {
+void lookUpUnbuffered(benchmark::State& state) {
     const UnbufferedStandardError unbuffered;
-    LookUp(state);
+    lookUp(state);
 }
-BENCHMARK(LookUpUnbuffered)->Arg(24)->Arg(1000);
+BENCHMARK(lookUpUnbuffered)->Arg(24)->Arg(1000);
 
-void LookUpMissed(benchmark::State& state) {
-    UseBundle(state.range(0));
+void lookUpMissed(benchmark::State& state) {
+    useBundle(state.range(0));
     for (auto _ : state) {
         benchmark::DoNotOptimize(CResourceBundle::GetLocalizedString("ZPKString_TEXT_MISSING"));
     }
 }
-BENCHMARK(LookUpMissed)->Arg(24)->Arg(1000);
+BENCHMARK(lookUpMissed)->Arg(24)->Arg(1000);
 
-void Localize(benchmark::State& state) {
-    UseBundle(state.range(0));
-    const std::string key = Key(state.range(0) / 3);
+void localize(benchmark::State& state) {
+    useBundle(state.range(0));
+    const std::string key = keyOf(state.range(0) / 3);
     for (auto _ : state) {
         benchmark::DoNotOptimize(CLocalizer::GetLocalizer()->Localize(key.c_str()));
     }
 }
-BENCHMARK(Localize)->Arg(24);
+BENCHMARK(localize)->Arg(24);
 
-void ParseTable(benchmark::State& state) {
-    const std::string contents = Table(state.range(0));
-    const std::string path = Folder().Write("table.def", contents);
+void parseTable(benchmark::State& state) {
+    const std::string contents = table(state.range(0));
+    const std::string path = folder().write("table.def", contents);
     for (auto _ : state) {
         std::vector<CBaseObject*> elements;
         CResourceBundleStringTableParser().Parse(path.c_str(), elements);
@@ -146,7 +146,7 @@ void ParseTable(benchmark::State& state) {
     }
     state.SetBytesProcessed(static_cast<int64_t>(contents.size()) * state.iterations());
 }
-BENCHMARK(ParseTable)->Arg(24)->Arg(1000)->Arg(50000);
+BENCHMARK(parseTable)->Arg(24)->Arg(1000)->Arg(50000);
 
 }  // namespace
 
@@ -160,7 +160,7 @@ int main(int argc, char** argv) {
         return EXIT_FAILURE;
     }
     close(null);
-    BufferStandardError();
+    bufferStandardError();
     benchmark::RunSpecifiedBenchmarks();
     return EXIT_SUCCESS;
 }

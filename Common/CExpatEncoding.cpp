@@ -53,7 +53,7 @@ bool fillMap(iconv_t converter, int (&map)[256]) {
 int CExpatEncoding::HandleUnknownEncoding(void*, const char* name, XML_Encoding* outEncoding) {
     const iconv_t converter = ::iconv_open("WCHAR_T", name);
     // The host's way to say that it has no such converter.
-    if (converter == reinterpret_cast<iconv_t>(-1)) {
+    if (converter == reinterpret_cast<iconv_t>(-1)) {  // NOLINT(performance-no-int-to-ptr)
         return XML_STATUS_ERROR;
     }
     const bool isFilled = fillMap(converter, outEncoding->map);

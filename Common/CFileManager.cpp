@@ -15,7 +15,7 @@ CFileManager* CFileManager::s_Manager = nullptr;
 // The reports of these assertions are fixed texts, which the formatter would change.
 // clang-format off
 CFileManager::CFileManager() {
-    assert(s_Manager==NULL);
+    assert(s_Manager==NULL); // NOLINT(modernize-use-nullptr)
 }
 
 CFileManager::~CFileManager() {

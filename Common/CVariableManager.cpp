@@ -24,7 +24,7 @@ CVariableManager* CVariableManager::s_Manager = nullptr;
 // The reports of these assertions are fixed texts, which the formatter would change.
 // clang-format off
 CVariableManager::CVariableManager() {
-    assert(s_Manager==NULL);
+    assert(s_Manager==NULL); // NOLINT(modernize-use-nullptr)
 }
 
 CVariableManager::~CVariableManager() {

@@ -26,9 +26,9 @@ using varno_zpk::CResourceBundleStringTableParser;
 
 using Entries = std::vector<std::pair<std::string, std::string>>;
 
-constexpr std::size_t BLOCK_SIZE = 10240;
+constexpr std::size_t kBlockSize = 10240;
 
-Entries Parse(std::string contents) {
+Entries parse(std::string contents) {
     std::FILE* file = fmemopen(contents.data(), contents.size(), "r");
     if (file == nullptr) {
         std::abort();
@@ -47,7 +47,7 @@ Entries Parse(std::string contents) {
 }
 
 /// A comment line of `size` bytes, 3 or more.
-std::string Padding(std::size_t size) {
+std::string padding(std::size_t size) {
     return "//" + std::string(size - 3, '.') + "\n";
 }
 
@@ -61,12 +61,12 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string table(reinterpret_cast<const char*>(data), size);
     if (size > 0) {
-        Parse(table);
+        parse(table);
     }
-    const Entries expected = Parse(Padding(3) + table);
+    const Entries expected = parse(padding(3) + table);
     // The byte behind the end of the block is chosen by the input, as deep into the table as it is long.
-    const std::size_t opening = size > 0 ? data[0] * size / 256 % BLOCK_SIZE : 0;
-    if (opening <= BLOCK_SIZE - 3 && Parse(Padding(BLOCK_SIZE - opening) + table) != expected) {
+    const std::size_t opening = size > 0 ? data[0] * size / 256 % kBlockSize : 0;
+    if (opening <= kBlockSize - 3 && parse(padding(kBlockSize - opening) + table) != expected) {
         std::abort();
     }
     return 0;

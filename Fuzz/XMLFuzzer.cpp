@@ -24,7 +24,7 @@ namespace {
 using namespace varno_zpk;
 
 /// A value as a reader gives it: line feeds and tabs are written as they stand and read as blanks.
-std::string ReadBackValue(const std::string& value) {
+std::string readBackValue(const std::string& value) {
     std::string result = value;
     for (char& character : result) {
         if (character == '\n' || character == '\t') {
@@ -35,16 +35,16 @@ std::string ReadBackValue(const std::string& value) {
 }
 
 /// The tree with everything that may differ after writing made equal: neighbouring texts become one.
-void AppendTree(std::string& out, const CXMLElement& element) {
+void appendTree(std::string& out, const CXMLElement& element) {
     out += "<" + element.GetNameString();
     for (const CXMLNode* attribute : element.GetAttributes()) {
-        out += '\0' + attribute->GetNameString() + '\0' + ReadBackValue(attribute->GetStringValueString());
+        out += '\0' + attribute->GetNameString() + '\0' + readBackValue(attribute->GetStringValueString());
     }
     out += '>';
     for (const CXMLNode* child : element.GetChildren()) {
         if (child->GetKind() == XMLKIND_ELEMENT) {
             out += '\0';
-            AppendTree(out, static_cast<const CXMLElement&>(*child));
+            appendTree(out, static_cast<const CXMLElement&>(*child));
             out += '\0';
         } else {
             out += child->GetStringValueString();
@@ -53,37 +53,37 @@ void AppendTree(std::string& out, const CXMLElement& element) {
     out += '/';
 }
 
-std::string Tree(const CXMLDocument& document) {
+std::string treeText(const CXMLDocument& document) {
     std::string out;
-    AppendTree(out, *document.GetRootElement());
+    appendTree(out, *document.GetRootElement());
     return out;
 }
 
-void Require(bool condition) {
+void require(bool condition) {
     if (!condition) {
         std::abort();
     }
 }
 
-void CheckRoundTrip(const CXMLDocument& document) {
-    const std::string tree = Tree(document);
+void checkRoundTrip(const CXMLDocument& document) {
+    const std::string tree = treeText(document);
     const std::unique_ptr<CXMLNode> copy(document.Clone());
     const auto& copiedDocument = static_cast<const CXMLDocument&>(*copy);
-    Require(Tree(copiedDocument) == tree);
+    require(treeText(copiedDocument) == tree);
     const std::string written = CXMLSerializer::Serialize(copiedDocument);
     const std::unique_ptr<CXMLDocument> again = CExpatXMLParser::CreateCXMLNodeWithText(written);
-    Require(again != nullptr);
-    Require(Tree(*again) == tree);
+    require(again != nullptr);
+    require(treeText(*again) == tree);
 }
 
 /// As a file, the input's own words about its encoding count.
-std::unique_ptr<CXMLDocument> ReadAsFile(std::string_view input, std::size_t blockSize) {
-    static const int descriptor = ::memfd_create("input", MFD_CLOEXEC);
-    static const std::string path = "/proc/self/fd/" + std::to_string(descriptor);
-    Require(::ftruncate(descriptor, 0) == 0);
-    Require(::pwrite(descriptor, input.data(), input.size(), 0) == static_cast<ssize_t>(input.size()));
-    const ZPKResult<ZPKFileHandle> file = ZPKFileHandle::forReadingAtPath(path);
-    Require(static_cast<bool>(file));
+std::unique_ptr<CXMLDocument> readAsFile(std::string_view input, std::size_t blockSize) {
+    static const int kDescriptor = ::memfd_create("input", MFD_CLOEXEC);
+    static const std::string kPath = "/proc/self/fd/" + std::to_string(kDescriptor);
+    require(::ftruncate(kDescriptor, 0) == 0);
+    require(::pwrite(kDescriptor, input.data(), input.size(), 0) == static_cast<ssize_t>(input.size()));
+    const ZPKResult<ZPKFileHandle> file = ZPKFileHandle::forReadingAtPath(kPath);
+    require(static_cast<bool>(file));
     return CExpatXMLParser::CreateCXMLNodeWithFile(*file, blockSize);
 }
 
@@ -91,12 +91,12 @@ std::unique_ptr<CXMLDocument> ReadAsFile(std::string_view input, std::size_t blo
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view input(reinterpret_cast<const char*>(data), size);
-    constexpr std::size_t LARGEST_BLOCK = 64;
+    constexpr std::size_t kLargestBlock = 64;
     const std::unique_ptr<CXMLDocument> documents[] = {CExpatXMLParser::CreateCXMLNodeWithText(input),
-                                                       ReadAsFile(input, 1 + size % LARGEST_BLOCK)};
+                                                       readAsFile(input, 1 + size % kLargestBlock)};
     for (const std::unique_ptr<CXMLDocument>& document : documents) {
         if (document != nullptr) {
-            CheckRoundTrip(*document);
+            checkRoundTrip(*document);
         }
     }
     return 0;
