@@ -72,6 +72,11 @@ class Desktop:
         right = left + width
         self.run("xdotool", "mousemove", str(right - CLOSE_BOX_OFFSET), str(top - CLOSE_BOX_OFFSET), "click", "1")
 
+    def click(self, item):
+        """Presses the middle of an accessible item."""
+        x, y, width, height = item["bounds"]
+        self.run("xdotool", "mousemove", str(x + width // 2), str(y + height // 2), "click", "1")
+
     def listed(self):
         """The windows that the window manager has in charge, by their numbers."""
         return listed_windows(self.run("xprop", "-root", "-notype", "_NET_CLIENT_LIST"))

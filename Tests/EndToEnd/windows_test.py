@@ -473,6 +473,29 @@ class LanguageTest(WindowTestCase):
         )
         self.assertEqual(names, [self.name, *(texts[key] for key in keys)])
 
+    def test_about_window(self):
+        bundle = self.package('<Disc FilePath="x"/>')
+        for language in LANGUAGES:
+            with self.subTest(language):
+                run = self.start_in(language, bundle)
+                (bar,) = items(run.disc_window(), "menu bar")
+                self.desktop.click(bar["children"][0])
+                about = run.texts["AboutZephyrkit"]
+                wait_until(lambda: self.showing(run, about), 20)
+                # It is the first item of the menu.
+                self.desktop.key("Down", "Return")
+                window = run.window(about)
+                self.picture("about", language)
+                self.assertEqual([item["name"] for item in items(window, "label")], [self.name])
+                self.assertEqual(items(window, "push button"), [])
+                self.desktop.key("Return")
+                run.disc_window()
+                self.desktop.key("Escape")
+                run.wait()
+
+    def showing(self, run, name):
+        return [item for window in run.windows() for item in items(window, "menu item") if item["name"] == name]
+
     def test_progress_window(self):
         for language in LANGUAGES:
             with self.subTest(language):

@@ -34,6 +34,12 @@ inline void PrintTo(const FrontEndKind& kind, std::ostream* out) {
     *out << kind.name;
 }
 
+inline void waitFor(const std::atomic<bool>& condition) {
+    while (!condition) {
+        std::this_thread::yield();
+    }
+}
+
 class FrontEndContract : public ::testing::TestWithParam<FrontEndKind> {
 protected:
     std::unique_ptr<ZPKFrontEnd> frontEnd = GetParam().make();
@@ -61,10 +67,8 @@ TEST_P(FrontEndContract, SendsNothingAfterTerminateInWillFinishLaunching) {
 TEST_P(FrontEndContract, RunsOnUntilTerminateComesFromLater) {
     std::thread worker;
     delegate.onDidFinish = [&] {
-        worker = std::thread([&] {
-            std::this_thread::sleep_for(std::chrono::milliseconds(30));
-            frontEnd->performOnMainThreadAndWait([&] { frontEnd->terminate(); });
-        });
+        // No loop runs yet: only the run's own can take this.
+        worker = std::thread([&] { frontEnd->performOnMainThreadAndWait([&] { frontEnd->terminate(); }); });
     };
     EXPECT_EQ(frontEnd->run(delegate), 0);
     worker.join();
@@ -200,18 +204,18 @@ TEST_P(FrontEndContract, AbortWhileAPerformWaitsEndsTheLoopAndStrandsNobody) {
     runWith(*frontEnd, [&] {
         auto window = frontEnd->createProgressWindow();
         std::atomic<bool> hasStarted = false;
+        std::atomic<bool> hasAborted = false;
         performer = std::thread([&] {
             frontEnd->performOnMainThreadAndWait([&] {
                 hasStarted = true;
-                std::this_thread::sleep_for(std::chrono::milliseconds(50));
+                waitFor(hasAborted);
             });
             frontEnd->performOnMainThreadAndWait([] {});
         });
         aborter = std::thread([&] {
-            while (!hasStarted) {
-                std::this_thread::yield();
-            }
+            waitFor(hasStarted);
             frontEnd->abortModal();
+            hasAborted = true;
         });
         EXPECT_EQ(frontEnd->runModalForWindow(*window), ZPKModalResponseAbort);
     });
@@ -228,10 +232,11 @@ TEST_P(FrontEndContract, PerformThatWaitsWhenTheRunEndsIsLeftOut) {
             hasAsked = true;
             frontEnd->performOnMainThreadAndWait([&] { hasRun = true; });
         });
-        while (!hasAsked) {
+        waitFor(hasAsked);
+        // Usually it waits by now; where it comes later it is left out all the same.
+        for (int turn = 0; turn < 1000; ++turn) {
             std::this_thread::yield();
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
     });
     worker.join();
     EXPECT_FALSE(hasRun);
@@ -280,16 +285,19 @@ TEST_P(FrontEndContract, SessionHandlesPerformsAndNeverWaitsLong) {
         window->progressIndicator().startAnimation();
         window->makeKeyAndOrderFront();
         std::atomic<bool> isSearching = true;
+        std::atomic<bool> hasTurned = false;
         int performed = 0;
         worker = std::thread([&] {
             frontEnd->performOnMainThreadAndWait([&] { ++performed; });
-            std::this_thread::sleep_for(std::chrono::milliseconds(60));
+            // A session that waits for an event without an end never turns again.
+            waitFor(hasTurned);
             isSearching = false;
         });
         const auto start = std::chrono::steady_clock::now();
         auto session = frontEnd->beginModalSessionForWindow(*window);
-        while (isSearching) {
+        for (int turn = 0; isSearching; ++turn) {
             session->run();
+            hasTurned = performed == 1 && turn >= 3;
         }
         session.reset();
         window->close();

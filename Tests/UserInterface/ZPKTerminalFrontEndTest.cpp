@@ -106,6 +106,23 @@ public:
         return text;
     }
 
+    /// Reads until `text` was printed; fails the test when it does not come.
+    void waitFor(const std::string& text) {
+        constexpr int kLongestMilliseconds = 20'000;
+        std::string printed;
+        pollfd waited{m_person, POLLIN, 0};
+        while (printed.find(text) == std::string::npos) {
+            char block[4096];
+            const bool isThere = poll(&waited, 1, kLongestMilliseconds) == 1;
+            const ssize_t count = isThere ? read(m_person, block, sizeof(block)) : 0;
+            if (count <= 0) {
+                ADD_FAILURE() << "only this was printed: " << printed;
+                return;
+            }
+            printed.append(block, static_cast<std::size_t>(count));
+        }
+    }
+
 private:
     int m_person = -1;
     int m_program = -1;
@@ -379,7 +396,7 @@ TEST_F(TerminalQuestion, TerminalThatHangsUpCancels) {
 
 TEST_F(TerminalQuestion, AbortEndsTheQuestion) {
     std::thread worker([&] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(30));
+        terminal.waitFor("[2] Leave: ");
         frontEnd.abortModal();
     });
     const Asked asked = ask(frontEnd);
