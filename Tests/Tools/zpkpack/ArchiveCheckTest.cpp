@@ -21,7 +21,8 @@ namespace {
 class ArchiveCheckTest : public PackagerFixture {
 protected:
     void SetUp() override {
-        writeFile(source("Data/deep/er/file"), std::string(100000, 'x'));
+        // Large enough for members to be read before the end is.
+        writeFile(source("Data/deep/er/file"), noise(4000000));
         zpk_packager::FirstErrorSink sink;
         ASSERT_TRUE(zpk_archive::create(source("Data"), m_archive, sink)) << sink.text();
     }
@@ -48,9 +49,16 @@ TEST_F(ArchiveCheckTest, WantsTheFolderItselfAtTheTop) {
 
 TEST_F(ArchiveCheckTest, ReadsTheArchiveToItsEnd) {
     const auto size = std::filesystem::file_size(m_archive);
-    std::filesystem::resize_file(m_archive, size - 9);
+    std::filesystem::resize_file(m_archive, size - 1);
     EXPECT_THAT(failure(),
                 HasSubstr("the archive of " + source("Data") + " cannot be read back: " + m_archive));
+}
+
+TEST_F(ArchiveCheckTest, NamesTheFolderThatCannotBeCompared) {
+    const std::string closed = source("Data/deep");
+    std::filesystem::permissions(closed, std::filesystem::perms(0));
+    EXPECT_EQ(failureAsOrdinaryUser([&] { ArchiveCheck::run(m_archive, source("Data"), "Data"); }),
+              closed + ": Permission denied");
 }
 
 TEST_F(ArchiveCheckTest, SaysThatThereIsNoArchive) {

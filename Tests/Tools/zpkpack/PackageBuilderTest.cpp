@@ -154,12 +154,7 @@ TEST_F(PackageBuilderTest, SaysThatTheOutputFolderMayNotBeWritten) {
 }
 
 TEST_F(PackageBuilderTest, AFileThatCannotBeWrittenWholeLeavesNothing) {
-    std::string noise;
-    for (unsigned int seed = 1, i = 0; i < 400000; ++i) {
-        seed = seed * 1103515245U + 12345U;
-        noise += static_cast<char>(seed >> 16);
-    }
-    writeFile(source("Data/noise"), noise);
+    writeFile(source("Data/noise"), noise(400000));
     const std::string before = listing();
     struct rlimit limit {};
     ::getrlimit(RLIMIT_FSIZE, &limit);

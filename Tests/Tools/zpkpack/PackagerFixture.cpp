@@ -4,6 +4,7 @@
 #include "Tests/Tools/zpkpack/PackagerFixture.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <vector>
@@ -31,6 +32,16 @@ std::string failureOf(const std::function<void()>& action) {
     } catch (const std::exception& failure) {
         return failure.what();
     }
+}
+
+std::string noise(std::size_t size) {
+    std::string bytes;
+    std::uint32_t state = 1;
+    while (bytes.size() < size) {
+        state = state * 1103515245U + 12345U;
+        bytes += static_cast<char>(state >> 16);
+    }
+    return bytes;
 }
 
 PackagerFixture::PackagerFixture() {
@@ -68,19 +79,23 @@ std::string PackagerFixture::build(const zpk_packager::BuildOptions& options) co
     return failureOf([&] { zpk_packager::PackageBuilder(options).build(); });
 }
 
-std::string PackagerFixture::buildAsOrdinaryUser(const zpk_packager::BuildOptions& options) {
+std::string PackagerFixture::failureAsOrdinaryUser(const std::function<void()>& action) const {
     const std::string answer = m_folder / "answer";
     giveToUserWithoutPrivileges(m_folder.path());
     for (const auto& item : fs::recursive_directory_iterator(m_folder.path())) {
         giveToUserWithoutPrivileges(item.path());
     }
     EXPECT_TRUE(answerWithoutPrivileges([&] {
-        std::ofstream(answer) << build(options);
+        std::ofstream(answer) << failureOf(action);
         return true;
     }));
     std::string message = readFile(answer);
     fs::remove(answer);
     return message;
+}
+
+std::string PackagerFixture::buildAsOrdinaryUser(const zpk_packager::BuildOptions& options) const {
+    return failureAsOrdinaryUser([&] { zpk_packager::PackageBuilder(options).build(); });
 }
 
 std::string PackagerFixture::listing() const {

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <functional>
 #include <string>
 
@@ -27,14 +28,19 @@ protected:
     /// Makes the package; the failure's message, empty after success.
     std::string build(const zpk_packager::BuildOptions& options) const;
 
-    /// The same in a child process of a user without privileges, who owns everything in the folder.
-    std::string buildAsOrdinaryUser(const zpk_packager::BuildOptions& options);
+    /// What the action throws in a child process of a user without privileges, who owns everything in
+    /// the folder.
+    std::string failureAsOrdinaryUser(const std::function<void()>& action) const;
+    std::string buildAsOrdinaryUser(const zpk_packager::BuildOptions& options) const;
 
     /// Relative paths of everything in the folder, in order.
     std::string listing() const;
 
     TemporaryFolder m_folder;
 };
+
+/// Bytes that no archive makes smaller, the same at each call.
+std::string noise(std::size_t size);
 
 /// What the action throws, as text; empty when it throws nothing.
 std::string failureOf(const std::function<void()>& action);
