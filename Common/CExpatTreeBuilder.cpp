@@ -50,6 +50,8 @@ CExpatTreeBuilder::CExpatTreeBuilder(const char* encoding, std::size_t inputSize
     XML_SetCharacterDataHandler(m_parser.get(), HandleCharacterData);
     XML_SetCommentHandler(m_parser.get(), HandleComment);
     XML_SetProcessingInstructionHandler(m_parser.get(), HandleProcessingInstruction);
+    // Unlike the handler without "Expand", it leaves entities to be expanded.
+    XML_SetDefaultHandlerExpand(m_parser.get(), HandleMarkup);
     XML_SetEntityDeclHandler(m_parser.get(), HandleEntityDeclaration);
     XML_SetUnknownEncodingHandler(m_parser.get(), CExpatEncoding::HandleUnknownEncoding, nullptr);
 }
@@ -100,6 +102,14 @@ void CExpatTreeBuilder::HandleComment(void* builder, const char*) {
 
 void CExpatTreeBuilder::HandleProcessingInstruction(void* builder, const char*, const char*) {
     static_cast<CExpatTreeBuilder*>(builder)->m_lastTextIsOpen = false;
+}
+
+void CExpatTreeBuilder::HandleMarkup(void* builder, const char* markup, int length) {
+    auto* self = static_cast<CExpatTreeBuilder*>(builder);
+    // Long markup comes in pieces.
+    if (self->m_startOfMarkup == '\0' && length > 0) {
+        self->m_startOfMarkup = *markup;
+    }
 }
 
 void CExpatTreeBuilder::HandleEntityDeclaration(void* builder, const char*, int, const char*, int,
@@ -160,7 +170,18 @@ void CExpatTreeBuilder::AddCharacterData(const char* text, std::size_t length) {
         m_texts.emplace_back();
         m_lastTextIsOpen = true;
     }
-    m_texts.back().append(text, length);
+    PendingText& last = m_texts.back();
+    // First of all, since Expat may use the memory of `text` for its answer.
+    last.value.append(text, length);
+    last.isIndentation = last.isIndentation && isBlank({text, length}) && !IsReference();
+}
+
+/// Whether the character data at hand, one character then, stands in the input as a reference. Expat
+/// gives a reference by itself, apart from the data around it.
+bool CExpatTreeBuilder::IsReference() {
+    m_startOfMarkup = '\0';
+    XML_DefaultCurrent(m_parser.get());
+    return m_startOfMarkup == '&';
 }
 
 std::unique_ptr<CXMLElement> CExpatTreeBuilder::CreateElement(const char* name, const char** attributes) {
@@ -181,13 +202,13 @@ std::unique_ptr<CXMLElement> CExpatTreeBuilder::CreateElement(const char* name, 
     return element;
 }
 
-void CExpatTreeBuilder::AddTexts(bool dropBlank) {
-    for (const std::string& text : m_texts) {
-        if (dropBlank && isBlank(text)) {
+void CExpatTreeBuilder::AddTexts(bool dropIndentation) {
+    for (const PendingText& text : m_texts) {
+        if (dropIndentation && text.isIndentation) {
             continue;
         }
         Charge(sizeof(CXMLText));
-        std::unique_ptr<CXMLText> node(CXMLNode::CreateTextWithStringValue(text.c_str()));
+        std::unique_ptr<CXMLText> node(CXMLNode::CreateTextWithStringValue(text.value.c_str()));
         m_openElements.back().element->AddChild(node.get());
         static_cast<void>(node.release());
     }

@@ -19,9 +19,10 @@ namespace varno_zpk {
 /// Builds the tree of one document while Expat reads it.
 ///
 /// Contiguous character data becomes one text node; a comment or a processing instruction splits it.
-/// Text of nothing but white space is dropped beside child elements and kept where the element holds
-/// no element. Comments, processing instructions, the document type and namespace declarations leave
-/// nothing in the tree; names keep their prefix. External entities are never read.
+/// Text of nothing but literal white space is dropped beside child elements and kept where the element
+/// holds no element; white space that is written as a reference is text like any other. Comments, processing
+/// instructions, the document type and namespace declarations leave nothing in the tree; names keep their
+/// prefix. External entities are never read.
 class CExpatTreeBuilder {
 public:
     /// Deeper documents count as malformed: everything that walks a tree, its destruction included,
@@ -55,11 +56,19 @@ private:
         bool hasElementChild;
     };
 
+    /// A text node to be.
+    struct PendingText {
+        std::string value;
+        /// Nothing but literal white space so far.
+        bool isIndentation = true;
+    };
+
     static void XMLCALL HandleStartElement(void* builder, const char* name, const char** attributes);
     static void XMLCALL HandleEndElement(void* builder, const char* name);
     static void XMLCALL HandleCharacterData(void* builder, const char* text, int length);
     static void XMLCALL HandleComment(void* builder, const char* text);
     static void XMLCALL HandleProcessingInstruction(void* builder, const char* target, const char* text);
+    static void XMLCALL HandleMarkup(void* builder, const char* markup, int length);
     static void XMLCALL HandleEntityDeclaration(void* builder, const char* name, int isParameterEntity,
                                                 const char* value, int valueLength, const char* base,
                                                 const char* systemIdentifier, const char* publicIdentifier,
@@ -73,8 +82,9 @@ private:
     void StartElement(const char* name, const char** attributes);
     void EndElement();
     void AddCharacterData(const char* text, std::size_t length);
+    bool IsReference();
     std::unique_ptr<CXMLElement> CreateElement(const char* name, const char** attributes);
-    void AddTexts(bool dropBlank);
+    void AddTexts(bool dropIndentation);
     void Charge(std::size_t bytes);
 
     std::unique_ptr<std::remove_pointer_t<XML_Parser>, decltype(&XML_ParserFree)> m_parser;
@@ -82,9 +92,11 @@ private:
     std::size_t m_entities = 0;
     std::unique_ptr<CXMLElement> m_root;
     std::vector<OpenElement> m_openElements;
-    /// The text nodes to be since the last tag.
-    std::vector<std::string> m_texts;
+    /// Since the last tag.
+    std::vector<PendingText> m_texts;
     bool m_lastTextIsOpen = false;
+    /// The first character of the markup that Expat was asked for, or zero before it answers.
+    char m_startOfMarkup = '\0';
     bool m_isStopped = false;
     /// What a handler threw: it must not pass through Expat, which is C.
     std::exception_ptr m_exception;

@@ -3,6 +3,7 @@
 
 #include "Common/CXMLSerializer.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <string_view>
 
@@ -36,6 +37,10 @@ std::string_view valueReference(char character) {
             return "&lt;";
         case '"':
             return "&quot;";
+        case '\t':
+            return "&#x9;";
+        case '\n':
+            return "&#xA;";
         default:
             return {};
     }
@@ -69,6 +74,23 @@ bool hasTextChild(const CXMLElement& element) {
     return element.GetFirstChildText() != nullptr;
 }
 
+bool hasElementChild(const CXMLElement& element) {
+    return std::any_of(element.GetChildren().begin(), element.GetChildren().end(),
+                       [](const CXMLNode* child) { return child->GetKind() == XMLKIND_ELEMENT; });
+}
+
+/// A reader takes a text of nothing but white space beside an element for indentation, and drops it,
+/// unless there is a reference in it.
+void appendText(std::string& out, const std::string& text, const CXMLElement& parent) {
+    const bool isBlank = !text.empty() && text.find_first_not_of(" \t\n") == std::string::npos;
+    if (isBlank && hasElementChild(parent)) {
+        out += text.front() == ' ' ? "&#x20;" : valueReference(text.front());
+        out.append(text, 1);
+    } else {
+        appendEscaped(out, text, textReference);
+    }
+}
+
 void startLine(std::string& out, std::size_t level) {
     out += '\n';
     out.append(level * kBlanksPerLevel, ' ');
@@ -90,7 +112,7 @@ void appendElement(std::string& out, const CXMLElement& element, std::size_t lev
 void appendChildren(std::string& out, const CXMLElement& element, std::size_t level, bool isInline) {
     for (const CXMLNode* child : element.GetChildren()) {
         if (child->GetKind() == XMLKIND_TEXT) {
-            appendEscaped(out, child->GetStringValueString(), textReference);
+            appendText(out, child->GetStringValueString(), element);
         } else if (child->GetKind() == XMLKIND_ELEMENT) {
             if (!isInline) {
                 startLine(out, level);

@@ -23,22 +23,11 @@ namespace {
 
 using namespace varno_zpk;
 
-/// A value as a reader gives it: line feeds and tabs are written as they stand and read as blanks.
-std::string readBackValue(const std::string& value) {
-    std::string result = value;
-    for (char& character : result) {
-        if (character == '\n' || character == '\t') {
-            character = ' ';
-        }
-    }
-    return result;
-}
-
 /// The tree with everything that may differ after writing made equal: neighbouring texts become one.
 void appendTree(std::string& out, const CXMLElement& element) {
     out += "<" + element.GetNameString();
     for (const CXMLNode* attribute : element.GetAttributes()) {
-        out += '\0' + attribute->GetNameString() + '\0' + readBackValue(attribute->GetStringValueString());
+        out += '\0' + attribute->GetNameString() + '\0' + attribute->GetStringValueString();
     }
     out += '>';
     for (const CXMLNode* child : element.GetChildren()) {

@@ -132,7 +132,14 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"SplitFromTextIsKeptWithoutAnElement", "<a> <!--c-->x</a>", "a[' ' 'x']"},
         Row{"SplitFromTextIsDroppedBesideAnElement", "<a> <!--c-->x<b/></a>", "a['x' b[]]"},
         Row{"OutsideTheRootLeavesNothing", "\n <a/> \n", "a[]"},
-        Row{"CarriageReturnReferenceIsDroppedBetweenElements", "<a>&#xD;<b/>&#xD;</a>", "a[b[]]"},
+        Row{"CarriageReturnReferenceIsKeptBesideElements", "<a>&#xD;<b/>&#13;</a>", "a['\r' b[] '\r']"},
+        Row{"OtherReferencesAreKeptBesideElements", "<a>&#x20;<b/>&#9;<c/>&#xA;</a>",
+            "a[' ' b[] '\t' c[] '\n']"},
+        Row{"ReferenceKeepsTheLiteralBlanksAroundIt", "<a>\n &#xD; <b/> </a>", "a['\n \r ' b[]]"},
+        Row{"InCdataIsLiteral", "<a><![CDATA[ ]]><b/></a>", "a[b[]]"},
+        Row{"InAnEntityIsLiteral", "<!DOCTYPE a [<!ENTITY e ' <b/> <c/>'>]><a>&e;</a>", "a[b[] c[]]"},
+        Row{"ReferenceInAnEntityIsKept", "<!DOCTYPE a [<!ENTITY e '&#38;#xD;<b/>'>]><a>&e;</a>",
+            "a['\r' b[]]"},
         Row{"NoBreakSpaceIsText", "<a>\xC2\xA0<b/></a>", "a['\xC2\xA0' b[]]"}),
     rowName);
 
@@ -287,6 +294,32 @@ TEST(CExpatXMLParserTest, EveryBlockSizeGivesTheSameTree) {
     EXPECT_EQ(expected, "a(x='1& 2')[b['\xE6\x97\xA5in!B]]> ]] \n'] d[] 't\n']");
     for (std::size_t blockSize = 1; blockSize <= xml.size() + 1; ++blockSize) {
         EXPECT_EQ(treeOfFileInBlocks(folder / "in.xml", blockSize), expected) << blockSize;
+    }
+}
+
+std::string utf16(const std::string& ascii) {
+    std::string bytes = "\xFF\xFE";
+    for (const char character : ascii) {
+        bytes += character;
+        bytes += '\0';
+    }
+    return bytes;
+}
+
+TEST(CExpatXMLParserTest, EveryBlockSizeAndEncodingTellsReferencesFromLiteralBlanks) {
+    const std::string xml =
+        "<!DOCTYPE a [<!ENTITY e ' <i/> &#38;#9;'>]><a>&#xD;<b/>\r\n<c/>&#x0009;\r<d/> &#10; <e/>\r"
+        "<f>&#32;</f>\n\t<g> </g>&e;<h/>&#" +
+        std::string(1500, '0') + "32;</a>";
+    const std::string expected = "a['\r' b[] c[] '\t\n' d[] ' \n ' e[] f[' '] g[' '] i[] ' \t' h[] ' ']";
+    const zpk_test::TemporaryFolder folder;
+    zpk_test::writeFile(folder / "utf8.xml", xml);
+    zpk_test::writeFile(folder / "utf16.xml", utf16(xml));
+    zpk_test::writeFile(folder / "mapped.xml", "<?xml version='1.0' encoding='windows-1252'?>" + xml);
+    for (const char* name : {"utf8.xml", "utf16.xml", "mapped.xml"}) {
+        for (const std::size_t blockSize : {1u, 2u, 3u, 4u, 5u, 7u, 64u, 1u << 20}) {
+            EXPECT_EQ(treeOfFileInBlocks(folder / name, blockSize), expected) << name << " " << blockSize;
+        }
     }
 }
 
