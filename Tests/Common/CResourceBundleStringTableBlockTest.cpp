@@ -9,15 +9,19 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <random>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "Common/CResourceBundleStringTableParser.h"
 #include "Tests/Common/ParsedTable.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 namespace {
 
+using varno_zpk::CResourceBundleStringTableParser;
 using zpk_test::Entries;
 using zpk_test::faultLine;
 using zpk_test::parseContents;
@@ -130,6 +134,20 @@ TEST(StringTableBlockTest, FileOfWholeBlocksEndsLikeAnyOther) {
         EXPECT_EQ(table.entries, Entries());
         EXPECT_EQ(table.standardOutput, faultLine(path, 1, static_cast<int>(size), "Syntax error."));
     }
+}
+
+TEST(StringTableBlockTest, FileIsReadInBlocksOfThisSize) {
+    // How far a table that is too large was read tells where its blocks end.
+    constexpr std::size_t kLargest = CResourceBundleStringTableParser::kLargestTable;
+    const TemporaryFolder folder;
+    zpk_test::writeFile(folder / "table", padding(kLargest + 10 * kBlockSize));
+    std::FILE* file = std::fopen((folder / "table").c_str(), "r");
+    ASSERT_NE(file, nullptr);
+    std::vector<varno_zpk::CBaseObject*> elements;
+    EXPECT_THROW(CResourceBundleStringTableParser().ParseInternal(file, "table", elements),
+                 std::length_error);
+    EXPECT_EQ(static_cast<std::size_t>(std::ftell(file)), (kLargest / kBlockSize + 1) * kBlockSize);
+    std::fclose(file);
 }
 
 TEST(StringTableBlockTest, ColumnsCountOverBlocks) {

@@ -76,6 +76,7 @@ const Row kRows[] = {
      {}},
     {"Utf8TextStands", "ключ = \"終了 €\";", {{"ключ", "終了 €"}}, {}},
     {"BytesThatAreNoUtf8Stand", "k\xC3=\"\xC3(\xFE\";", {{"k\xC3", "\xC3(\xFE"}}, {}},
+    {"KeyOfAZeroByteIsAnEntryWithAnEmptyText", "\0=1;a=2;"s, {{"", "1"}, {"a", "2"}}, {}},
     {"TextsEndAtAZeroByte", "a\0b=c\0d;e=f;"s, {{"a", "c"}, {"e", "f"}}, {}},
     {"DelimitersAndCommentsInQuotesAreText",
      "\"a=b\" = \"c;d=e/f//g/*h*/\";",

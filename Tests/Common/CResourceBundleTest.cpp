@@ -25,6 +25,7 @@
 #include "Common/CResourceBundlePrivateManager.h"
 #include "Common/CResourceBundleStringElement.h"
 #include "Common/CResourceBundleStringTable.h"
+#include "Common/CResourceBundleStringTableParser.h"
 #include "Tests/Support/CapturedStreams.h"
 #include "Tests/Support/TemporaryFolder.h"
 
@@ -182,6 +183,15 @@ TEST_F(ResourceBundleTest, EveryHitIsTraced) {
     EXPECT_EQ(streams.standardError, line + line);
 }
 
+TEST_F(ResourceBundleTest, TraceOfARootHitNamesTheFileInTheBundleFolder) {
+    makeFolder("en");
+    writeTable("ZPKStringTable.def", "key=1;");
+    addBundle();
+    const CapturedStreams streams = captureStreams([] { EXPECT_EQ(localized("key"), "1"); });
+    EXPECT_EQ(streams.standardError, "CResourceBundleStringTable::GetStringForKey: " + m_bundle +
+                                         "/ZPKStringTable.def: ZPKStringTable.def: 'key'='1'\n");
+}
+
 TEST_F(ResourceBundleTest, FaultsAreReportedWhenTheTableIsFirstLoaded) {
     writeTable("en/ZPKStringTable.def", "a;b=2;");
     addBundle();
@@ -240,6 +250,22 @@ TEST_F(ResourceBundleTest, TableNameSearchesThatTableOnlyThenThatTableOfTheRoot)
     EXPECT_EQ(localized("root", "named.def"), "root");
     const char* other = "other";
     EXPECT_EQ(CResourceBundle::GetLocalizedString(other, "named.def"), other);
+}
+
+TEST_F(ResourceBundleTest, NamedRootTableServesWithoutAnyLanguageFolder) {
+    writeTable("named.def", "key=root;");
+    addBundle();
+    EXPECT_EQ(localized("key", "named.def"), "root");
+}
+
+TEST_F(ResourceBundleTest, EmptyTableNameIsANameAndNotTheDefaultTables) {
+    writeTable("en/ZPKPlatformStringTable.def", "key=platform;");
+    writeTable("en/ZPKStringTable.def", "key=default;");
+    writeTable("ZPKStringTable.def", "key=root;");
+    addBundle();
+    const char* key = "key";
+    EXPECT_EQ(CResourceBundle::GetLocalizedString(key, ""), key);
+    EXPECT_EQ(localized(key), "platform");
 }
 
 TEST_F(ResourceBundleTest, TablesAskedForInTurnAreKeptApart) {
@@ -310,6 +336,59 @@ TEST_F(ResourceBundleTest, FolderInPlaceOfATableIsAnEmptyTable) {
     makeFolder("en/ZPKStringTable.def");
     addBundle();
     EXPECT_EQ(localized("a"), "a");
+}
+
+TEST_F(ResourceBundleTest, ItemsThatAreNoFilesAreEmptyTables) {
+    makeFolder("en");
+    ASSERT_EQ(::mkfifo((m_bundle + "/en/ZPKPlatformStringTable.def").c_str(), 0600), 0);
+    ASSERT_EQ(::symlink("/dev/zero", (m_bundle + "/en/ZPKStringTable.def").c_str()), 0);
+    writeTable("ZPKStringTable.def", "a=root;");
+    addBundle();
+    // Ends the program when the FIFO is waited for.
+    ::alarm(60);
+    EXPECT_EQ(localized("a"), "root");
+    ::alarm(0);
+}
+
+TEST_F(ResourceBundleTest, DamagedTableServesWhatWasRead) {
+    constexpr std::size_t kSize = varno_zpk::CResourceBundleStringTableParser::kLargestTable;
+    writeTable("en/ZPKStringTable.def", "b=2;a=1;//" + std::string(kSize, '.') + "\nc=3;");
+    addBundle();
+    EXPECT_EQ(localized("a"), "1");
+    EXPECT_EQ(localized("b"), "2");
+    EXPECT_EQ(localized("c"), "c");
+}
+
+// Tables are loaded when they are first needed: one that is made after an earlier lookup is found.
+
+TEST_F(ResourceBundleTest, DefaultTableIsNotLoadedWhileThePlatformTableServes) {
+    writeTable("en/ZPKPlatformStringTable.def", "a=platform;");
+    addBundle();
+    EXPECT_EQ(localized("a"), "platform");
+    writeTable("en/ZPKStringTable.def", "b=default;");
+    EXPECT_EQ(localized("b"), "default");
+}
+
+TEST_F(ResourceBundleTest, RootTablesAreNotLoadedWhileTheLanguageServes) {
+    writeTable("en/ZPKStringTable.def", "a=en;");
+    addBundle();
+    EXPECT_EQ(localized("a"), "en");
+    writeTable("ZPKPlatformStringTable.def", "b=root;");
+    EXPECT_EQ(localized("b"), "root");
+}
+
+TEST_F(ResourceBundleTest, AlternativeFolderIsNotLoadedWhileTheCurrentOneServes) {
+    writeTable("ja/ZPKStringTable.def", "a=ja;");
+    writeTable("fr/ZPKStringTable.def", "a=old;");
+    CResourceBundle::SetCurrentLanguage("ja");
+    CResourceBundle::SetAlternativeLanguage("fr");
+    addBundle();
+    EXPECT_EQ(localized("a"), "ja");
+    EXPECT_EQ(localized("missing"), "missing");
+    EXPECT_EQ(theBundle()->FindLanguageDataWithLanguage("fr"), nullptr);
+    writeTable("fr/ZPKStringTable.def", "a=new;");
+    CResourceBundle::SetCurrentLanguage("xx");
+    EXPECT_EQ(localized("a"), "new");
 }
 
 // Languages.
@@ -478,6 +557,27 @@ TEST_F(ResourceBundleTest, LanguagesAreTheFoldersWithADefaultTableInTheOrderOfTh
     }
     EXPECT_EQ(languages, expected);
     EXPECT_THROW(theBundle()->GetLanguageAt(6), std::out_of_range);
+}
+
+TEST_F(ResourceBundleTest, LinkToALanguageFolderIsNotListedButUsed) {
+    writeFile(m_folder / "elsewhere/ZPKStringTable.def", "a=linked;");
+    makeFolder(".");
+    std::filesystem::create_directory_symlink("../elsewhere", m_bundle + "/xx");
+    addBundle();
+    EXPECT_EQ(theBundle()->GetLanguageCount(), 0u);
+    EXPECT_TRUE(theBundle()->HasLanguageData("xx"));
+    CResourceBundle::SetCurrentLanguage("xx");
+    EXPECT_EQ(localized("a"), "linked");
+}
+
+TEST_F(ResourceBundleTest, HiddenFolderIsALanguageLikeAnyOther) {
+    writeTable(".xx/ZPKStringTable.def", "a=hidden;");
+    addBundle();
+    ASSERT_EQ(theBundle()->GetLanguageCount(), 1u);
+    EXPECT_STREQ(theBundle()->GetLanguageAt(0), ".xx");
+    EXPECT_TRUE(theBundle()->HasLanguageData(".xx"));
+    CResourceBundle::SetCurrentLanguage(".xx");
+    EXPECT_EQ(localized("a"), "hidden");
 }
 
 TEST_F(ResourceBundleTest, FolderWithoutDefaultTableIsNotListedButUsed) {

@@ -7,8 +7,10 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "Common/CXMLElement.h"
+#include "Common/CXMLParser.h"
 #include "Common/CXMLText.h"
 #include "Tests/Common/XMLTreeText.h"
 #include "Tests/Support/TemporaryFolder.h"
@@ -26,6 +28,59 @@ public:
 private:
     int& m_deaths;
 };
+
+/// A default parser that writes down what it is asked, and does nothing.
+class NotingParser : public CXMLParser {
+public:
+    /// Takes the place of the default parser; the next `Finalize` deletes it.
+    static void install(std::vector<std::string>& asked) {
+        Finalize();
+        s_DefaultParser = new NotingParser(asked);
+    }
+
+    CXMLDocument* CreateXMLDocumentWithPath(const char* path) override { return note("path", path); }
+    CXMLDocument* CreateXMLDocumentWithXMLContents(const char* xml) override { return note("text", xml); }
+    void WriteXMLDocumentToFile(CXMLDocument* doc, const char* path) override {
+        note(doc->GetRootElement()->GetName(), path);
+    }
+    void WriteXMLDocumentToString(CXMLDocument* doc, std::string& outXML) override {
+        note(doc->GetRootElement()->GetName(), outXML.c_str());
+        outXML = "noted";
+    }
+
+private:
+    explicit NotingParser(std::vector<std::string>& asked) : m_asked(asked) {}
+
+    CXMLDocument* note(const char* what, const char* argument) {
+        m_asked.push_back(std::string(what) + " " + argument);
+        return nullptr;
+    }
+
+    std::vector<std::string>& m_asked;
+};
+
+TEST(CXMLDocumentTest, FactoriesAndWritersAskTheDefaultParser) {
+    std::vector<std::string> asked;
+    NotingParser::install(asked);
+    EXPECT_EQ(CXMLNode::CreateDocumentWithPath("/in.xml"), nullptr);
+    EXPECT_EQ(CXMLNode::CreateDocumentWithXMLContents("<a/>"), nullptr);
+    CXMLDocument document;
+    document.InitWithRootElement(CXMLNode::CreateElementWithName("root"));
+    document.WriteToFile("/missing/out.xml");
+    std::string text = "old";
+    document.WriteXMLContents(text);
+    CXMLParser::Finalize();
+    EXPECT_EQ(asked,
+              (std::vector<std::string>{"path /in.xml", "text <a/>", "root /missing/out.xml", "root old"}));
+    EXPECT_EQ(text, "noted");
+}
+
+TEST(CXMLDocumentTest, RootIsNoChild) {
+    CXMLDocument document;
+    document.InitWithRootElement(CXMLNode::CreateElementWithName("root"));
+    EXPECT_EQ(document.GetChildCount(), 0u);
+    EXPECT_EQ(document.GetChildAtIndex(0), nullptr);
+}
 
 TEST(CXMLDocumentTest, IsEmptyAtFirst) {
     const std::unique_ptr<CXMLDocument> document(CXMLNode::CreateDocumentWithRootElement(nullptr));

@@ -89,6 +89,14 @@ TEST_F(CXMLElementTest, SetTextAppendsATextWhenThereIsNone) {
     EXPECT_EQ(element.GetFirstChildText(), element.GetChildAtIndex(1));
 }
 
+TEST_F(CXMLElementTest, EmptyTextIsATextToo) {
+    element.SetText("");
+    EXPECT_EQ(treeText(element), "e['']");
+    element.SetText("a");
+    element.SetText("");
+    EXPECT_EQ(treeText(element), "e['']");
+}
+
 TEST_F(CXMLElementTest, StringValueIsTheText) {
     element.SetStringValue("first");
     element.AddChild(text("second"));
@@ -166,6 +174,41 @@ TEST_F(CXMLElementTest, AddedNodesKnowTheirElement) {
     EXPECT_EQ(attribute->GetRootDocument(), &document);
 }
 
+/// The element's nodes know it when they find the document above it.
+void expectNodesKnowTheirElement(CXMLElement& element) {
+    CXMLDocument document;
+    document.InitWithRootElement(nullptr);
+    element.SetParent(&document);
+    for (const std::vector<CXMLNode*>& nodes : {element.GetChildren(), element.GetAttributes()}) {
+        for (const CXMLNode* node : nodes) {
+            EXPECT_EQ(node->GetRootDocument(), &document) << node->GetStringValue();
+        }
+    }
+    element.SetParent(nullptr);
+}
+
+TEST_F(CXMLElementTest, NodesThatTheElementMakesKnowIt) {
+    element.SetText("made");
+    expectNodesKnowTheirElement(element);
+    element.SetInnerText("made again");
+    expectNodesKnowTheirElement(element);
+    element.AddNewAttribute(std::unique_ptr<CXMLAttribute>(newAttribute("a", "1")));
+    element.AddAttribute(newAttribute("a", "in its place"));
+    element.AddNewAttribute(std::unique_ptr<CXMLAttribute>(newAttribute("b", "2")));
+    expectNodesKnowTheirElement(element);
+}
+
+TEST_F(CXMLElementTest, NodesOfACloneKnowTheClone) {
+    element.AddChild(text("t"));
+    element.AddChild(CXMLNode::CreateElementWithNameWithStringValue("child", "u"));
+    element.AddAttribute(newAttribute("a", "1"));
+    const std::unique_ptr<CXMLNode> copy(element.Clone());
+    auto& copiedElement = static_cast<CXMLElement&>(*copy);
+    ASSERT_EQ(treeText(copiedElement), "e(a='1')['t' child['u']]");
+    expectNodesKnowTheirElement(copiedElement);
+    expectNodesKnowTheirElement(*copiedElement.GetFirstElementForName("child"));
+}
+
 TEST_F(CXMLElementTest, ChildIndexAtTheCountIsNull) {
     element.AddChild(text("a"));
     element.AddChild(text("b"));
@@ -225,6 +268,20 @@ TEST_F(CXMLElementTest, InnerTextIsCollectedDepthFirst) {
     EXPECT_EQ(text, "abcabc");
 }
 
+TEST_F(CXMLElementTest, InnerTextOfTwoLevelsAndOfSeveralTexts) {
+    CXMLElement* leaf = CXMLNode::CreateElementWithNameWithStringValue("leaf", "c");
+    leaf->AddChild(text("d"));
+    CXMLElement* child = CXMLNode::CreateElementWithNameWithStringValue("child", "b");
+    child->AddChild(leaf);
+    child->AddChild(text("e"));
+    element.AddChild(text("a"));
+    element.AddChild(child);
+    element.AddChild(text("f"));
+    std::string inner;
+    element.GetInnerText(inner);
+    EXPECT_EQ(inner, "abcdef");
+}
+
 TEST_F(CXMLElementTest, SetInnerTextReplacesChildrenAndKeepsAttributes) {
     element.AddChild(text("a"));
     element.AddChild(CXMLNode::CreateElementWithNameWithStringValue("child", "b"));
@@ -276,6 +333,16 @@ TEST_F(CXMLElementTest, CloneIsDeepAndApart) {
     EXPECT_EQ(copy->GetKind(), XMLKIND_ELEMENT);
     EXPECT_EQ(treeText(copiedElement), "e(a='2' b='3')[child(x='1')['t'] 'u']");
     EXPECT_EQ(copy->GetRootDocument(), nullptr);
+}
+
+TEST_F(CXMLElementTest, CloneKeepsTheLastOfTwoAttributesOfOneName) {
+    element.AddAttribute(newAttribute("a", "1"));
+    element.AddAttribute(newAttribute("b", "2"));
+    element.AddAttribute(newAttribute("c", "3"));
+    element.GetAttributes()[2]->SetName("a");
+    const std::unique_ptr<CXMLNode> copy(element.Clone());
+    EXPECT_EQ(treeText(static_cast<const CXMLElement&>(*copy)), "e(b='2' a='3')[]");
+    EXPECT_EQ(treeText(element), "e(a='1' b='2' a='3')[]");
 }
 
 struct Misuse {
