@@ -41,7 +41,7 @@ TEST_F(ArchiveAttributeTest, ComeBackOnFilesAndFolders) {
     fs::create_directories(m_folder / "D/sub");
     writeFile(m_folder / "D/sub/read only", "r");
     ASSERT_TRUE(set("D/file", "user.com.apple.FinderInfo", finderInfo));
-    ASSERT_TRUE(set("D/file", "user.com.apple.ResourceFork", "fork\0bytes"));
+    ASSERT_TRUE(set("D/file", "user.com.apple.ResourceFork", std::string("fork\0bytes", 10)));
     ASSERT_TRUE(set("D/file", "user.comment", "a remark"));
     ASSERT_TRUE(set("D/file", "user.empty", ""));
     ASSERT_TRUE(set("D/sub", "user.on.folder", "yes"));
@@ -57,7 +57,7 @@ TEST_F(ArchiveAttributeTest, ComeBackOnFilesAndFolders) {
     EXPECT_EQ(snapshot(m_folder / "D"), snapshot(m_folder / "out/D"));
     std::string file = m_folder / "out/D/file";
     EXPECT_EQ(getAttribute(file, "user.com.apple.FinderInfo"), finderInfo);
-    EXPECT_EQ(getAttribute(file, "user.com.apple.ResourceFork"), "fork");
+    EXPECT_EQ(getAttribute(file, "user.com.apple.ResourceFork"), std::string("fork\0bytes", 10));
     EXPECT_EQ(getAttribute(file, "user.comment"), "a remark");
     EXPECT_EQ(getAttribute(file, "user.empty"), "");
     EXPECT_EQ(getAttribute(m_folder / "out/D/sub", "user.on.folder"), "yes");

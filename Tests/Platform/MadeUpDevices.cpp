@@ -32,8 +32,8 @@ bool enterNameSpaceOfOnesOwn() {
 
 /// Once is enough for a process.
 bool haveOwnMountTable() {
-    static const bool isOwn = ::unshare(CLONE_NEWNS) == 0 || enterNameSpaceOfOnesOwn();
-    return isOwn;
+    static const bool kIsOwn = ::unshare(CLONE_NEWNS) == 0 || enterNameSpaceOfOnesOwn();
+    return kIsOwn;
 }
 
 void link(const std::filesystem::path& target, const std::filesystem::path& place) {

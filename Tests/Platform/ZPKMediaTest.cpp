@@ -233,7 +233,7 @@ TEST(ZPKMountTableTest, LinesThatSayNoMountArePassedOver) {
           std::string("9 1 8 / /x rw - ext4 a rw"), std::string("9 1 8:1: / /x rw - ext4 a rw"),
           std::string("9 1 -8:1 / /x rw - ext4 a rw"), std::string("9 1 8:99999999999 / /x rw - ext4 a rw"),
           std::string("9 1 8:1 / x rw - ext4 a rw"), std::string("9 1 8:1 /  rw - ext4 a rw"),
-          std::string("9 1 8:1\0 / /x rw - ext4 a rw", 29), endless}) {
+          std::string("9 1 8:1\0 / /x rw - ext4 a rw", 28), endless}) {
         EXPECT_TRUE(mountsOf(line + "\n").empty()) << line.substr(0, 60);
         EXPECT_EQ(mountsOf(line + "\n9 1 8:1 / /x rw - ext4 a rw\n" + line).size(), 1U) << line.substr(0, 60);
     }
