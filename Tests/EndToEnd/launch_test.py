@@ -5,7 +5,10 @@
 
 import gzip
 import os
+import pwd
+import re
 import subprocess
+import time
 import unittest
 
 from support import RECORDER, TEMPLATE, PackageTestCase, odc_archive, wait_until, write, x_server
@@ -175,6 +178,41 @@ class BundleTest(PackageTestCase):
         self.assertEqual(self.records(), [])
 
 
+class OutputTest(PackageTestCase):
+    """A run's whole words, which are those of its parts in their order and no other."""
+
+    def setUp(self):
+        super().setUp()
+        write(self.source / "Data/setup", "#!/bin/sh\necho setup out\necho setup err >&2\n", 0o755)
+        self.startup()
+        self.bundle = self.pack()
+
+    def traces(self, *keys):
+        """The line of each lookup of the keys, in English."""
+        table = self.bundle / "Contents/Resources/UILang/en/ZPKStringTable.def"
+        texts = dict(re.findall(r'^"(\w+)"\s*=\s*"(.*)";$', table.read_text(), re.MULTILINE))
+        return [
+            f"CResourceBundleStringTable::GetStringForKey: {table}: ZPKStringTable.def: '{key}'='{texts[key]}'"
+            for key in ("ZPKString_" + name for name in keys)
+        ]
+
+    MENU = ("AboutZephyrkit", "Preferences", "Services", "HideZephyrkit", "HideOthers", "ShowAll", "QuitZephyrkit")
+
+    def test_on_the_terminal(self):
+        done = self.launch(self.bundle)
+        self.assertEqual(done.stderr.splitlines(), [*self.traces(*self.MENU, "FILE_EXTRACT"), "setup err"])
+        self.assertEqual(
+            done.stdout.splitlines(),
+            [*(f"Extracting installation files…: {value}%" for value in (10, 40, 100)), "setup out"],
+        )
+
+    def test_with_windows(self):
+        with x_server() as display:
+            done = self.launch(self.bundle, DISPLAY=display)
+        self.assertEqual(done.stderr.splitlines(), [*self.traces(*self.MENU, "FILE_EXTRACT"), "setup err"])
+        self.assertEqual(done.stdout.splitlines(), ["setup out"])
+
+
 class DamagedArchiveTest(PackageTestCase):
     """A payload of a few hundred kilobytes, damaged in many places: the launcher always ends."""
 
@@ -263,6 +301,74 @@ class HostileArchiveTest(PackageTestCase):
         self.launch(bundle)
         self.assertEqual((outside / "Condition.xml").read_text(), conditions)
 
+    def launch_with_description(self, members):
+        """A package whose products are nowhere installed, its description archive made of `members`."""
+        self.recorder()
+        self.startup()
+        bundle = self.pack("TestSetup.app", "--force")
+        archive = bundle / "Contents/Resources/Info.datx"
+        archive.write_bytes(gzip.compress(odc_archive(members)))
+        return self.launch(bundle)
+
+    def test_conditions_hold_through_links_of_the_package(self):
+        conditions = b'<U><TargetItems><ItemInfo DisplayName="Tandem"/></TargetItems></U>'
+        rows = {
+            "no link": [("Info", 0o40755, b""), ("Info/Condition.xml", 0o100644, conditions)],
+            "folder": [("Real", 0o40755, b""), ("Real/Condition.xml", 0o100644, conditions), ("Info", 0o120777, b"Real")],
+            "file": [
+                ("Info", 0o40755, b""),
+                ("Info/real", 0o100644, conditions),
+                ("Info/Condition.xml", 0o120777, b"real"),
+            ],
+        }
+        for name, members in rows.items():
+            with self.subTest(name):
+                done = self.launch_with_description(members)
+                self.assertIn("\n  Tandem\n", done.stderr)
+                self.assertEqual(self.records(), [])
+
+    def test_conditions_behind_links_out_of_the_package_refuse(self):
+        outside = self.folder / "outside"
+        installing = write(outside / "Condition.xml", "<U/>")
+        before = installing.read_bytes()
+        rows = {
+            "folder": [("Info", 0o120777, os.fsencode(outside))],
+            "file": [("Info", 0o40755, b""), ("Info/Condition.xml", 0o120777, os.fsencode(installing))],
+            "dangling folder": [("Info", 0o120777, b"nowhere")],
+            "dangling file": [("Info", 0o40755, b""), ("Info/Condition.xml", 0o120777, b"nowhere")],
+            "to itself": [("Info", 0o120777, b"Info")],
+        }
+        for name, members in rows.items():
+            with self.subTest(name):
+                self.launch_with_description(members)
+                self.assertEqual(self.records(), [])
+                self.assertEqual(os.listdir(outside), ["Condition.xml"])
+                self.assertEqual(installing.read_bytes(), before)
+
+    def test_disc_is_asked_for_through_a_link_of_the_package(self):
+        conditions = b'<U><Conditions><Disc FilePath="none"/></Conditions></U>'
+        done = self.launch_with_description(
+            [("Real", 0o40755, b""), ("Real/Condition.xml", 0o100644, conditions), ("Info", 0o120777, b"Real")]
+        )
+        self.assertEqual(self.records(), [])
+        # Nobody is there to ask: the search is cancelled, and no list of products follows.
+        self.assertNotIn("This update", done.stderr)
+
+    def test_description_that_is_a_file_asks_for_nothing(self):
+        self.launch_with_description([("Info", 0o100644, b"a file")])
+        self.assertEqual(self.record()["arguments"], [])
+
+    def test_startup_description_through_links(self):
+        startup = b'<Startup Exec="$Data$/setup" Param="linked"/>'
+        outside = write(self.folder / "outside/Startup.xml", startup)
+        self.launch_with_description(
+            [("Real", 0o40755, b""), ("Real/Startup.xml", 0o100644, startup), ("Info", 0o120777, b"Real")]
+        )
+        self.launch_with_description(
+            [("Info", 0o40755, b""), ("Info/Startup.xml", 0o120777, os.fsencode(outside))]
+        )
+        self.assertEqual([record["arguments"] for record in self.records()], [["linked"], []])
+
     def test_fifo_in_the_place_of_the_startup_description(self):
         bundle = self.simple_package()
         members = [("Info", 0o40755, b""), ("Info/Startup.xml", 0o10644, b"")]
@@ -301,6 +407,58 @@ class StagingFolderTest(PackageTestCase):
         self.assertEqual(self.record()["staging"], str(private / "VarnoZPK_TEMP"))
         self.assertEqual(private.stat().st_mode & 0o7777, 0o700)
         self.assertEqual(os.listdir(private), [])
+
+    def test_staging_folder_is_its_owners_alone_whatever_the_umask(self):
+        write(
+            self.source / "Data/setup",
+            "#!/bin/sh\ncd \"${0%/*}\" && stat -c '%a %n' .. . open closed sub sub/tool > \"$ZPK_TEST_RECORD\"\n",
+            0o755,
+        )
+        self.startup()
+        write(self.source / "Data/open", "x", 0o666)
+        write(self.source / "Data/closed", "x", 0o600)
+        write(self.source / "Data/sub/tool", "x", 0o775)
+        (self.source / "Data/sub").chmod(0o775)
+        bundle = self.pack()
+        for mask in (0o000, 0o022, 0o277):
+            with self.subTest(mask=oct(mask)):
+                before = os.umask(mask)
+                try:
+                    self.temporary.chmod(0o755)
+                    self.launch(bundle)
+                finally:
+                    os.umask(before)
+                self.assertEqual(
+                    self.record_path.read_text().splitlines(),
+                    ["700 ..", "755 .", "666 open", "600 closed", "775 sub", "775 sub/tool"],
+                )
+                self.record_path.unlink()
+
+    @unittest.skipUnless(os.geteuid() == 0, "it takes root to leave root's folder")
+    def test_folder_that_root_left_is_not_taken(self):
+        planted = write(
+            self.temporary / "VarnoZPK_TEMP/Data/setup", "#!/bin/sh\necho planted > \"$ZPK_TEST_RECORD\"\n", 0o755
+        )
+        bundle = self.simple_package()
+        (bundle / "Contents/Resources/Data.datx").unlink()
+        nobody = pwd.getpwnam("nobody")
+        for path in (self.folder, self.temporary, self.folder / "runtime"):
+            os.chown(path, nobody.pw_uid, nobody.pw_gid)
+        done = subprocess.run(
+            [bundle / "Contents/Linux/Zephyrkit"],
+            env=self.environment(),
+            stdin=subprocess.DEVNULL,
+            capture_output=True,
+            text=True,
+            timeout=60,
+            user=nobody.pw_uid,
+            group=nobody.pw_gid,
+            extra_groups=[],
+        )
+        self.assertEqual(done.returncode, 0)
+        self.assertIn("temporary folder", done.stderr)
+        self.assertFalse(self.record_path.exists())
+        self.assertTrue(planted.exists())
 
     @unittest.skipUnless(os.geteuid() == 0, "mounting a small file system takes root")
     def test_full_disk_leaves_nothing(self):
@@ -379,6 +537,31 @@ class DesktopTest(PackageTestCase):
             wait_until(lambda: (self.temporary / "VarnoZPK_TEMP/Data").exists(), 20)
         run.wait(timeout=30)
         self.assert_nothing_left()
+
+    def test_display_that_goes_away_at_any_moment_ends_everything(self):
+        for number in range(40):
+            write(self.source / f"Data/noise-{number}", os.urandom(1_000_000))
+        bundle = self.simple_package()
+        staging = self.temporary / "VarnoZPK_TEMP"
+        cut_short = 0
+        for turn in range(10):
+            with self.subTest(turn=turn), x_server() as display:
+                run = subprocess.Popen(
+                    [bundle / "Contents/Linux/Zephyrkit"],
+                    env=self.environment(DISPLAY=display),
+                    stdout=subprocess.DEVNULL,
+                    stderr=subprocess.DEVNULL,
+                )
+                # While it is unscrambled in the first half of the turns, unpacked in the second.
+                wait_until(lambda: (staging / ("Data.dat" if turn < 5 else "Data")).exists(), 20)
+                time.sleep(0.01 * (turn % 5))
+            self.assertGreaterEqual(run.wait(timeout=30), 0, "ended by a signal")
+            self.assert_nothing_left()
+            tools = subprocess.run(["pgrep", "-f", str(bundle)], capture_output=True, text=True)
+            self.assertEqual(tools.stdout, "", "something still runs")
+            cut_short += len(self.records()) == 0
+            self.record_path.unlink(missing_ok=True)
+        self.assertGreater(cut_short, 5, "most turns were to hit the run in its middle")
 
     @staticmethod
     def window_title(display):
