@@ -28,8 +28,10 @@ Standing ZPKStagedItem::standing(const std::string& path, const std::string& sta
     struct stat attributes {};
     const std::string place = ZPKPath::resolvedItem(path);
     if (place.empty()) {
-        // A link in the place of its folder leads nowhere, or the folder is not there at all.
-        return isSomethingAt(ZPKPath::parent(path), attributes) ? Standing::Unusable : Standing::Absent;
+        // Its folder is not there at all, or a file, which holds nothing; else a link that leads nowhere
+        // stands there, or a folder that may not be entered.
+        const bool isThere = isSomethingAt(ZPKPath::parent(path), attributes);
+        return isThere && !S_ISREG(attributes.st_mode) ? Standing::Unusable : Standing::Absent;
     }
     const std::string root = ZPKPath::resolved(stagingFolder);
     if (!isInside(place, root)) {
