@@ -9,17 +9,19 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "Common/CXMLAttribute.h"
 #include "Common/CXMLDocument.h"
 #include "Common/CXMLText.h"
+#include "Tests/Common/AssertionReport.h"
 #include "Tests/Common/XMLTreeText.h"
 
 namespace {
 
 using namespace varno_zpk;
+using namespace std::string_literals;
+using zpk_test::regexFor;
 using zpk_test::treeText;
 
 /// Counts the living and notes the order of their ends.
@@ -388,23 +390,13 @@ std::vector<Misuse> misuses() {
     };
 }
 
-std::string quoted(std::string_view text) {
-    std::string pattern;
-    for (const char character : text) {
-        if (std::string_view("*()[]+?.\\^$|{}").find(character) != std::string_view::npos) {
-            pattern += '\\';
-        }
-        pattern += character;
-    }
-    return pattern;
-}
-
 class CXMLElementDeathTest : public ::testing::TestWithParam<Misuse> {};
 
 TEST_P(CXMLElementDeathTest, MisuseStopsTheProgramWithTheReport) {
     const Misuse& misuse = GetParam();
-    const std::string report = ": Common/CXMLElement\\.cpp:[0-9]+: " + quoted(misuse.function) +
-                               ": Assertion `" + quoted(misuse.expression) + "' failed\\.\n";
+    const std::string report =
+        regexFor(": Common/CXMLElement.cpp:") + "[0-9]+" +
+        regexFor(": "s + misuse.function + ": Assertion `" + misuse.expression + "' failed.\n");
     CXMLElement element;
     EXPECT_EXIT(misuse.action(element), ::testing::KilledBySignal(SIGABRT), report);
 }
