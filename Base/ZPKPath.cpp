@@ -73,6 +73,5 @@ std::string ZPKPath::resolvedItem(const std::string& path) {
 }
 
 bool ZPKPath::isItemOrInside(const std::string& inner, const std::string& outer) {
-    const std::string outerItem = resolvedItem(outer);
-    return !outerItem.empty() && isSameOrInside(resolvedItem(inner), outerItem);
+    return isSameOrInside(resolvedItem(inner), resolvedItem(outer));
 }

@@ -7,8 +7,9 @@
 #include <memory>
 #include <type_traits>
 
-#include "Platform/ZPKPropertyListGuard.h"
+#include "Platform/ZPKPropertyListBinaryGuard.h"
 #include "Platform/ZPKPropertyListNode.h"
+#include "Platform/ZPKPropertyListXMLGuard.h"
 
 namespace {
 
@@ -78,7 +79,7 @@ std::optional<Node> rootOf(plist_t list) {
 }  // namespace
 
 std::optional<ZPKPropertyList::Node> ZPKPropertyList::Node::fromXML(std::string_view text) {
-    const std::optional<std::string> plain = ZPKPropertyListGuard::plainXML(text, kDeepestNesting);
+    const std::optional<std::string> plain = ZPKPropertyListXMLGuard::plainText(text, kDeepestNesting);
     if (!plain) {
         return std::nullopt;
     }
@@ -89,7 +90,7 @@ std::optional<ZPKPropertyList::Node> ZPKPropertyList::Node::fromXML(std::string_
 }
 
 std::optional<ZPKPropertyList::Node> ZPKPropertyList::Node::fromBinary(std::string_view bytes) {
-    if (!ZPKPropertyListGuard::isReasonableBinary(bytes, kDeepestNesting)) {
+    if (!ZPKPropertyListBinaryGuard::isReasonable(bytes, kDeepestNesting)) {
         return std::nullopt;
     }
     plist_t list = nullptr;

@@ -28,11 +28,11 @@ public:
     /// The folder for this user's temporary files, without a trailing separator, or nothing when no
     /// safe one can be had.
     ///
-    /// `$TMPDIR` where it names a folder by an absolute path, else `/tmp`. Where that folder is not the
-    /// user's own, or others may write to it, the private folder `com.varno.zephyrkit-<uid>` inside it, made
-    /// with mode 0700 and checked before use: a real folder, owned by the user, mode 0700; a link or another
-    /// owner's folder is refused. A folder on a file system mounted `noexec` is passed over for
-    /// `$XDG_CACHE_HOME`, else `~/.cache` (made when missing), by the same rules; where programs may
-    /// not run from that one either there is no temporary folder.
+    /// `$TMPDIR` where it names a folder by an absolute path, else `/tmp`. Used as it is where it is the
+    /// user's own and nobody else may write to it. Else, where it is root's or the user's own and sticky,
+    /// the private folder `com.varno.zephyrkit-<uid>` inside it, made with mode 0700; one that is there
+    /// already is taken only if it is a real folder of the user's with that mode. Otherwise, and where
+    /// programs may not run from it (`noexec`), `$XDG_CACHE_HOME`, else `~/.cache` (made when missing), by
+    /// the same rules; where that will not do either there is no temporary folder.
     static std::optional<std::string> temporaryFolder();
 };

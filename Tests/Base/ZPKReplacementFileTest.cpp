@@ -101,6 +101,16 @@ TEST_F(ZPKReplacementFileTest, SeveralGrowBesideEachOther) {
     EXPECT_EQ(readFile(ZPKReplacementFile::temporaryPathBeside(m_path, 0)), "somebody else's");
 }
 
+TEST_F(ZPKReplacementFileTest, CompleteOneTouchesNobodyElsesFile) {
+    const std::string next = ZPKReplacementFile::temporaryPathBeside(m_path, 0);
+    {
+        auto file = ZPKReplacementFile::forPath(m_path);
+        ASSERT_TRUE(file && file->commit());
+        writeFile(next, "another's, under way");
+    }
+    EXPECT_EQ(readFile(next), "another's, under way");
+}
+
 TEST_F(ZPKReplacementFileTest, NewFileHasTheModeLessTheUmask) {
     const mode_t before = ::umask(027);
     for (const mode_t mode : {0666u, 0777u, 0600u}) {

@@ -87,8 +87,8 @@ TEST(ZPKStandardFoldersTest, TemporaryFolderOfTheUsersOwnIsUsedAsItIs) {
     EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
 }
 
-TEST(ZPKStandardFoldersTest, TemporaryFolderThatOthersMayWriteToGetsAPrivateOne) {
-    for (const mode_t mode : {01777u, 0777u, 0770u, 0720u, 0702u}) {
+TEST(ZPKStandardFoldersTest, StickyTemporaryFolderThatOthersMayWriteToGetsAPrivateOne) {
+    for (const mode_t mode : {01777u, 01770u, 01720u, 01702u}) {
         const TemporaryFolder folder;
         const ScopedEnvironment environment("TMPDIR", folder.path());
         ::chmod(folder.path().c_str(), mode);
@@ -99,15 +99,55 @@ TEST(ZPKStandardFoldersTest, TemporaryFolderThatOthersMayWriteToGetsAPrivateOne)
     }
 }
 
-TEST(ZPKStandardFoldersTest, TemporaryFolderOfAnotherUserGetsAPrivateOne) {
+TEST(ZPKStandardFoldersTest, TemporaryFolderThatOthersMayEmptyIsPassedOver) {
+    const TemporaryFolder cache;
+    ::chmod(cache.path().c_str(), 0755);
+    const ScopedEnvironment cacheHome("XDG_CACHE_HOME", cache.path());
+    for (const mode_t mode : {0777u, 0770u, 0720u, 0702u}) {
+        const TemporaryFolder folder;
+        const ScopedEnvironment environment("TMPDIR", folder.path());
+        ::chmod(folder.path().c_str(), mode);
+        EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), cache.path()) << mode;
+        EXPECT_TRUE(std::filesystem::is_empty(folder.path())) << mode;
+    }
+}
+
+TEST(ZPKStandardFoldersTest, TemporaryFolderOfAnotherUserIsPassedOver) {
     if (::geteuid() != 0) {
         GTEST_SKIP() << "needs another user's folder";
     }
+    const TemporaryFolder cache;
+    const ScopedEnvironment cacheHome("XDG_CACHE_HOME", cache.path());
+    for (const mode_t mode : {0700u, 0755u, 0777u, 01777u}) {
+        const TemporaryFolder folder;
+        giveToUserWithoutPrivileges(folder.path());
+        ::chmod(folder.path().c_str(), mode);
+        const ScopedEnvironment environment("TMPDIR", folder.path());
+        EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), cache.path()) << mode;
+        EXPECT_TRUE(std::filesystem::is_empty(folder.path())) << mode;
+    }
+}
+
+TEST(ZPKStandardFoldersTest, RootsTemporaryFolderCountsWhenItIsSticky) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "needs a folder of root's";
+    }
+    const TemporaryFolder cache;
+    giveToUserWithoutPrivileges(cache.path());
     const TemporaryFolder folder;
-    giveToUserWithoutPrivileges(folder.path());
-    ::chmod(folder.path().c_str(), 0755);
+    const ScopedEnvironment cacheHome("XDG_CACHE_HOME", cache.path());
     const ScopedEnvironment environment("TMPDIR", folder.path());
-    EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), folder / privateName());
+    ::chmod(folder.path().c_str(), 01777);
+    EXPECT_TRUE(answerWithoutPrivileges(
+        [&] { return ZPKStandardFolders::temporaryFolder() == folder / privateName(); }));
+    for (const mode_t mode : {0755u, 0777u, 01755u}) {
+        const TemporaryFolder other;
+        ::chmod(other.path().c_str(), mode);
+        const ScopedEnvironment otherEnvironment("TMPDIR", other.path());
+        EXPECT_TRUE(answerWithoutPrivileges([&] {
+            return ZPKStandardFolders::temporaryFolder() == cache.path();
+        })) << mode;
+    }
 }
 
 TEST(ZPKStandardFoldersTest, TemporaryFolderFallsBackToTmp) {
@@ -138,12 +178,24 @@ TEST(ZPKStandardFoldersTest, TemporaryFolderBehindALinkIsUsed) {
     EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), folder / "link");
 }
 
+/// Somebody has put something in the private folder's place.
 class ZPKStandardFoldersRefusalTest : public ::testing::Test {
 protected:
-    void SetUp() override { ::chmod(m_folder.path().c_str(), 01777); }
+    void SetUp() override {
+        ::chmod(m_folder.path().c_str(), 01777);
+        ::chmod(m_cacheFolder.path().c_str(), 0700);
+    }
+
+    void expectTheCacheInstead(const std::string& message = "") const {
+        EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), m_cacheFolder.path()) << message;
+        const ScopedEnvironment none("XDG_CACHE_HOME", "/dev/null");
+        EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), std::nullopt) << message;
+    }
 
     TemporaryFolder m_folder;
+    TemporaryFolder m_cacheFolder;
     ScopedEnvironment m_environment{"TMPDIR", m_folder.path()};
+    ScopedEnvironment m_cache{"XDG_CACHE_HOME", m_cacheFolder.path()};
     std::string m_private = m_folder / privateName();
 };
 
@@ -151,20 +203,20 @@ TEST_F(ZPKStandardFoldersRefusalTest, PreparedLinkIsRefused) {
     std::filesystem::create_directory(m_folder / "trap");
     ::chmod((m_folder / "trap").c_str(), 0700);
     std::filesystem::create_directory_symlink("trap", m_private);
-    EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), std::nullopt);
+    expectTheCacheInstead();
 }
 
 TEST_F(ZPKStandardFoldersRefusalTest, PreparedFileIsRefused) {
     writeFile(m_private, "x");
     ::chmod(m_private.c_str(), 0700);
-    EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), std::nullopt);
+    expectTheCacheInstead();
 }
 
 TEST_F(ZPKStandardFoldersRefusalTest, WrongModeIsRefused) {
     std::filesystem::create_directory(m_private);
     for (const mode_t mode : {0755u, 0777u, 0710u, 0701u, 0500u, 0000u}) {
         ::chmod(m_private.c_str(), mode);
-        EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), std::nullopt) << mode;
+        expectTheCacheInstead(std::to_string(mode));
         EXPECT_EQ(modeOf(m_private), mode) << "is not repaired";
     }
 }
@@ -176,14 +228,28 @@ TEST_F(ZPKStandardFoldersRefusalTest, AnotherOwnersFolderIsRefused) {
     std::filesystem::create_directory(m_private);
     ::chmod(m_private.c_str(), 0700);
     giveToUserWithoutPrivileges(m_private);
-    EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), std::nullopt);
+    expectTheCacheInstead();
 }
 
-TEST_F(ZPKStandardFoldersRefusalTest, FolderThatCannotBeMadeIsNone) {
-    ::chmod(m_folder.path().c_str(), 0555);
-    EXPECT_TRUE(::geteuid() != 0 || answerWithoutPrivileges([] {
-                    return ZPKStandardFolders::temporaryFolder() == std::nullopt;
+TEST_F(ZPKStandardFoldersRefusalTest, FolderThatCannotBeMadeIsRefused) {
+    ::chmod(m_folder.path().c_str(), 01555);
+    giveToUserWithoutPrivileges(m_cacheFolder.path());
+    EXPECT_TRUE(::geteuid() != 0 || answerWithoutPrivileges([this] {
+                    return ZPKStandardFolders::temporaryFolder() == m_cacheFolder.path();
                 }));
+}
+
+TEST_F(ZPKStandardFoldersRefusalTest, CacheFolderIsMadePrivateWhateverTheUmask) {
+    writeFile(m_private, "x");
+    const ScopedEnvironment cache("XDG_CACHE_HOME", m_cacheFolder / "new");
+    const mode_t before = ::umask(0);
+    EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), m_cacheFolder / "new");
+    EXPECT_EQ(modeOf(m_cacheFolder / "new"), 0700u);
+    ::rmdir((m_cacheFolder / "new").c_str());
+    ::umask(0277);
+    EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), m_cacheFolder / "new");
+    EXPECT_EQ(modeOf(m_cacheFolder / "new"), 0700u);
+    ::umask(before);
 }
 
 /// A folder on a file system from which programs may not run.
@@ -228,8 +294,10 @@ TEST_F(ZPKStandardFoldersNoExecutionTest, CacheFolderInTheHomeFolderIsUsedInstea
 TEST_F(ZPKStandardFoldersNoExecutionTest, CacheFolderThatOthersMayWriteToGetsAPrivateOne) {
     const ScopedEnvironment cache("XDG_CACHE_HOME", m_folder / "cache");
     std::filesystem::create_directory(m_folder / "cache");
-    ::chmod((m_folder / "cache").c_str(), 0777);
+    ::chmod((m_folder / "cache").c_str(), 01777);
     EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), m_folder / ("cache/" + privateName()));
+    ::chmod((m_folder / "cache").c_str(), 0777);
+    EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), std::nullopt);
 }
 
 TEST_F(ZPKStandardFoldersNoExecutionTest, CacheFolderThatIsUnusableMeansNone) {
@@ -238,6 +306,18 @@ TEST_F(ZPKStandardFoldersNoExecutionTest, CacheFolderThatIsUnusableMeansNone) {
         const ScopedEnvironment cache("XDG_CACHE_HOME", value);
         EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), std::nullopt) << value;
     }
+}
+
+TEST_F(ZPKStandardFoldersNoExecutionTest, PrivateFolderThatIsMountedSoIsPassedOver) {
+    const TemporaryFolder sticky;
+    ::chmod(sticky.path().c_str(), 01777);
+    const std::string place = sticky / privateName();
+    std::filesystem::create_directory(place);
+    ASSERT_EQ(::mount(m_mounted.c_str(), place.c_str(), nullptr, MS_BIND, nullptr), 0);
+    const ScopedEnvironment temporary("TMPDIR", sticky.path());
+    const ScopedEnvironment cache("XDG_CACHE_HOME", m_folder / "cache");
+    EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), m_folder / "cache");
+    ::umount(place.c_str());
 }
 
 }  // namespace
