@@ -392,10 +392,21 @@ class StagingFolderTest(PackageTestCase):
         elsewhere.mkdir(mode=0o700)
         # Somebody put a link where the person's private folder belongs.
         (shared / f"com.varno.zephyrkit-{os.geteuid()}").symlink_to(elsewhere)
-        done = self.launch(bundle, TMPDIR=str(shared))
+        done = self.launch(bundle, TMPDIR=str(shared), XDG_CACHE_HOME="/dev/null")
         self.assertEqual(self.records(), [])
         self.assertIn("temporary folder", done.stderr)
         self.assertEqual(os.listdir(elsewhere), [])
+
+    def test_temporary_folder_that_others_may_empty_is_passed_over(self):
+        bundle = self.simple_package()
+        shared = self.folder / "shared"
+        shared.mkdir()
+        shared.chmod(0o777)
+        cache = self.folder / "cache"
+        self.launch(bundle, TMPDIR=str(shared), XDG_CACHE_HOME=str(cache))
+        self.assertEqual(self.record()["staging"], str(cache / "VarnoZPK_TEMP"))
+        self.assertEqual(cache.stat().st_mode & 0o7777, 0o700)
+        self.assertEqual(os.listdir(cache) + os.listdir(shared), [])
 
     def test_shared_temporary_folder_gets_a_private_one(self):
         bundle = self.simple_package()

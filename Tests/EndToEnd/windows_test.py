@@ -161,7 +161,7 @@ class StagingAlertTest(WindowTestCase):
 
     def start_without_folder(self):
         bundle = self.package()
-        run = self.start(bundle, TMPDIR=str(self.shared_folder()))
+        run = self.start(bundle, TMPDIR=str(self.shared_folder()), XDG_CACHE_HOME="/dev/null")
         return run, self.assert_alert(run, run.texts["TEMPFOLDERCREATEFAILURE"])
 
     def end(self, run):

@@ -113,8 +113,9 @@ TEST_F(ZPKCoreTest, NoProgramEndsInSilence) {
 }
 
 TEST_F(ZPKCoreTest, StagingFolderThatCannotBeMadeIsTold) {
-    // Somebody put a link where the private folder in a shared one belongs.
-    fs::permissions(m_temporary, fs::perms::all);
+    // Somebody put a link where the private folder in a shared one belongs, and nothing else will do.
+    fs::permissions(m_temporary, fs::perms::all | fs::perms::sticky_bit);
+    const zpk_test::ScopedEnvironment noCache("XDG_CACHE_HOME", "/dev/null");
     fs::create_symlink(m_folder.path(), m_temporary + "/com.varno.zephyrkit-" + std::to_string(geteuid()));
     pack();
     m_frontEnd.run(m_core);

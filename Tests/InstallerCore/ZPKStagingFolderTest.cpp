@@ -66,7 +66,8 @@ TEST_F(ZPKStagingFolderTest, LinkInItsPlaceIsReplacedAndItsTargetKept) {
 }
 
 TEST_F(ZPKStagingFolderTest, WithoutAFolderForTemporaryFilesThereIsNone) {
-    fs::permissions(m_temporary, fs::perms::all);
+    fs::permissions(m_temporary, fs::perms::all | fs::perms::sticky_bit);
+    const zpk_test::ScopedEnvironment noCache("XDG_CACHE_HOME", "/dev/null");
     fs::create_symlink(m_folder.path(), m_temporary + "/com.varno.zephyrkit-" + std::to_string(::geteuid()));
     EXPECT_EQ(reason(), "No safe folder for temporary files");
 }
