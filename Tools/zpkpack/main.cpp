@@ -22,9 +22,8 @@ std::string defaultTemplate() {
         .string();
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+/// Takes the command line apart and does what it says; gives the exit status.
+int run(int argc, char** argv) {
     CLI::App app("Makes installer packages: one bundle with a launcher and two scrambled archives.",
                  "zpkpack");
     app.require_subcommand(1);
@@ -40,12 +39,18 @@ int main(int argc, char** argv) {
     build->add_flag("-f,--force", options.replace, "Replace a bundle that is there");
     CLI11_PARSE(app, argc, argv);
 
+    zpk_packager::PackageBuilder(options).build();
+    std::cout << options.outputPath << "\n";
+    return EXIT_SUCCESS;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
     try {
-        zpk_packager::PackageBuilder(options).build();
+        return run(argc, argv);
     } catch (const std::exception& error) {
         std::cerr << "zpkpack: " << ZPKTerminalText::printable(error.what()) << "\n";
         return EXIT_FAILURE;
     }
-    std::cout << options.outputPath << "\n";
-    return EXIT_SUCCESS;
 }
