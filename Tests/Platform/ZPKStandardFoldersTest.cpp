@@ -309,12 +309,12 @@ TEST_F(ZPKStandardFoldersNoExecutionTest, CacheFolderThatIsUnusableMeansNone) {
 }
 
 TEST_F(ZPKStandardFoldersNoExecutionTest, PrivateFolderThatIsMountedSoIsPassedOver) {
-    const TemporaryFolder sticky;
-    ::chmod(sticky.path().c_str(), 01777);
-    const std::string place = sticky / privateName();
-    std::filesystem::create_directory(place);
+    const std::string sticky = m_folder / "sticky";
+    const std::string place = sticky + "/" + privateName();
+    std::filesystem::create_directories(place);
+    ::chmod(sticky.c_str(), 01777);
     ASSERT_EQ(::mount(m_mounted.c_str(), place.c_str(), nullptr, MS_BIND, nullptr), 0);
-    const ScopedEnvironment temporary("TMPDIR", sticky.path());
+    const ScopedEnvironment temporary("TMPDIR", sticky);
     const ScopedEnvironment cache("XDG_CACHE_HOME", m_folder / "cache");
     EXPECT_EQ(ZPKStandardFolders::temporaryFolder(), m_folder / "cache");
     ::umount(place.c_str());
