@@ -35,7 +35,7 @@ public:
                 QStringLiteral("its window is no %1").arg(QLatin1String(Root::staticMetaObject.className())));
             return nullptr;
         }
-        m_root.release();
+        static_cast<void>(m_root.release());
         return std::unique_ptr<Root>(root);
     }
 
