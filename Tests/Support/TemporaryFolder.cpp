@@ -15,7 +15,7 @@ namespace zpk_test {
 
 TemporaryFolder::TemporaryFolder() {
     std::string name = (std::filesystem::temp_directory_path() / "zpk-test-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) {
+    if (::mkdtemp(name.data()) == nullptr) {
         throw std::runtime_error("cannot make a folder " + name);
     }
     m_path = name;
