@@ -110,6 +110,15 @@ TEST_F(ZPKStagingFolderTest, OwnFolderThatCannotBeRemovedIsNotTaken) {
     fs::permissions(m_temporary, fs::perms::owner_all);
 }
 
+TEST_F(ZPKStagingFolderTest, FolderThatCannotBeMadeIsTold) {
+    for (const std::string& path : {m_folder.path(), m_temporary}) {
+        zpk_test::giveToUserWithoutPrivileges(path);
+    }
+    fs::permissions(m_temporary, fs::perms::owner_read | fs::perms::owner_exec);
+    EXPECT_TRUE(zpk_test::answerWithoutPrivileges([this] { return reason() == "Permission denied"; }));
+    fs::permissions(m_temporary, fs::perms::owner_all);
+}
+
 TEST_F(ZPKStagingFolderTest, MountPointIsNotTaken) {
     fs::create_directory(m_staging);
     if (::mount("none", m_staging.c_str(), "tmpfs", 0, nullptr) != 0) {
