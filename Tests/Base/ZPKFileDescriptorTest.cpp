@@ -55,7 +55,7 @@ TEST(ZPKFileDescriptorTest, MovesWithoutClosing) {
     const int number = first.get();
     ZPKFileDescriptor second(std::move(first));
     EXPECT_EQ(second.get(), number);
-    EXPECT_FALSE(first.isOpen());
+    EXPECT_FALSE(first.isOpen());  // NOLINT(bugprone-use-after-move): what a move leaves is the question
     ZPKFileDescriptor third;
     third = std::move(second);
     EXPECT_EQ(third.get(), number);

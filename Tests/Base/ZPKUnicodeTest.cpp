@@ -122,7 +122,7 @@ TEST(ZPKUnicodeTest, MarksTellTheEncoding) {
                      "A\0\xE5\x65",
                      6),
          "A\xE6\x97\xA5"},
-        {"\xFE\xFF\xD8\x3D\xDE\x00x", std::nullopt},
+        {std::string("\xFE\xFF\xD8\x3D\xDE\x00x", 7), std::nullopt},
         {std::string("\xFE\xFF\xD8\x3D\xDE\x00", 6), "\xF0\x9F\x98\x80"},
         {std::string("\xFF\xFE\x3D\xD8\x00\xDE", 6), "\xF0\x9F\x98\x80"},
         {"\xFE\xFF\xD8\x3D", "\xEF\xBF\xBD"},
