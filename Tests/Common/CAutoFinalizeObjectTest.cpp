@@ -149,7 +149,7 @@ TEST_F(AutoFinalizeObjectTest, DestroyedObjectIsNotFinalized) {
 TEST_F(AutoFinalizeObjectTest, ThrowingFinalizerStopsNeitherTheOthersNorTheDestruction) {
     EXPECT_EXIT(
         {
-            new ThrowsException("A");
+            new ThrowsException("A");  // NOLINT(bugprone-throw-keyword-missing): it is no exception
             new ThrowsNumber("B");
             new Singleton("C");
             finalizeAndExit();

@@ -19,6 +19,7 @@ namespace {
 const CZPKStatus* statusOf(const CZPKError& error) {
     static_assert(sizeof(CZPKError) == sizeof(std::runtime_error) + sizeof(void*));
     const CZPKStatus* status = nullptr;
+    // NOLINTNEXTLINE(bugprone-sizeof-expression): the pointer itself is copied
     std::memcpy(&status, reinterpret_cast<const char*>(&error) + sizeof(std::runtime_error), sizeof(status));
     return status;
 }
