@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: MIT
 
 #include <dlfcn.h>
+#include <sys/prctl.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <cstdlib>
@@ -9,7 +11,9 @@
 #include <memory>
 
 #include "Base/ZPKClock.h"
+#include "Base/ZPKPath.h"
 #include "InstallerCore/ZPKApplicationRun.h"
+#include "InstallerCore/ZPKSecondStage.h"
 #include "Platform/ZPKBundle.h"
 #include "Platform/ZPKMainBundle.h"
 #include "UserInterface/Terminal/ZPKTerminalFrontEnd.h"
@@ -57,6 +61,11 @@ std::unique_ptr<ZPKFrontEnd> openDesktop(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    // Started through a loader, the process has that one's name, and what was kept from it is due.
+    if (argc > 0) {
+        ::prctl(PR_SET_NAME, ZPKPath::lastComponent(argv[0]).c_str());
+    }
+    ZPKSecondStage::restoreLoaderVariables(environ);
     // Whoever reads the launcher's words may go away; the run must not end halfway for that.
     std::signal(SIGPIPE, SIG_IGN);
     const std::unique_ptr<ZPKFrontEnd> desktop = openDesktop(argc, argv);

@@ -1,0 +1,49 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+// The launcher as a static program, which starts on any machine: with a display it becomes its second
+// stage; without one, or where that cannot be, the run happens on the terminal.
+
+#include <unistd.h>
+
+#include <csignal>
+#include <iostream>
+
+#include "Base/ZPKClock.h"
+#include "Base/ZPKEnvironment.h"
+#include "InstallerCore/ZPKApplicationRun.h"
+#include "InstallerCore/ZPKSecondStage.h"
+#include "Platform/ZPKBundle.h"
+#include "Platform/ZPKMainBundle.h"
+#include "UserInterface/Terminal/ZPKTerminalFrontEnd.h"
+#include "UserInterface/ZPKRemovableVolumes.h"
+
+namespace {
+
+bool hasDisplay() {
+    return ZPKEnvironment::isSet("DISPLAY") || ZPKEnvironment::isSet("WAYLAND_DISPLAY") ||
+           ZPKEnvironment::isSet("QT_QPA_PLATFORM");
+}
+
+/// Comes back only when there are no windows to be had.
+void becomeSecondStage(int argc, char** argv) {
+    const ZPKSecondStage stage(ZPKMainBundle::mainBundle().bundlePath() + "/Contents/Frameworks");
+    const ZPKOutcome whole = stage.probe();
+    const ZPKFailure failure = whole ? stage.start(argc, argv, environ) : whole.failure();
+    std::cerr << "Zephyrkit: no windows: " << failure.message() << "\n";
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (hasDisplay()) {
+        becomeSecondStage(argc, argv);
+    }
+    // Whoever reads the launcher's words may go away; the run must not end halfway for that. The second
+    // stage sees to that itself, and finds the signals as they were given.
+    std::signal(SIGPIPE, SIG_IGN);
+    ZPKTerminalFrontEnd frontEnd;
+    const ZPKRemovableVolumes volumes;
+    ZPKSystemClock clock;
+    return ZPKApplicationRun::run(frontEnd, volumes, clock);
+}
