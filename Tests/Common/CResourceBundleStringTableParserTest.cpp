@@ -29,7 +29,6 @@ using varno_zpk::CBaseObjectUtil;
 using varno_zpk::CResourceBundleStringElement;
 using varno_zpk::CResourceBundleStringTableParser;
 using zpk_test::Entries;
-using zpk_test::Entry;
 using zpk_test::faultLine;
 using zpk_test::parseContents;
 using zpk_test::ParsedTable;

@@ -31,7 +31,6 @@
 
 namespace {
 
-using varno_zpk::CBaseObject;
 using varno_zpk::CCompareElementToKey;
 using varno_zpk::CFileManager;
 using varno_zpk::CLocaleDefine;
