@@ -3,8 +3,6 @@
 
 #include "InstallerCore/ZPKStagingFolder.h"
 
-#include <unistd.h>
-
 #include <cerrno>
 #include <optional>
 #include <utility>
@@ -12,6 +10,7 @@
 #include "Package/CDirectoryHolder.h"
 #include "Package/CZPKUtil.h"
 #include "Package/ZPKPackageLayout.h"
+#include "Platform/ZPKFileManager.h"
 #include "Platform/ZPKPrivateFolder.h"
 #include "Platform/ZPKStandardFolders.h"
 
@@ -33,17 +32,17 @@ ZPKResult<std::unique_ptr<ZPKStagingFolder>> ZPKStagingFolder::make() {
 }
 
 ZPKStagingFolder::ZPKStagingFolder(std::string path)
-    : m_path(std::move(path)), m_holder(std::make_unique<CDirectoryHolder>(m_path, m_path)) {}
+    : m_path(std::move(path)), m_holder(std::make_unique<CDirectoryHolder>("", m_path)) {}
 
 ZPKStagingFolder::~ZPKStagingFolder() = default;
 
-/// The holder's folder is as open as the umask leaves it, and where the holder could not clear the place
-/// it is somebody else's. Only an empty folder can be exchanged for a private one.
+/// The holder only removes: a folder that it makes is as open as the umask leaves it, and nobody could
+/// tell afterwards whether it was made or had stood there and could not be cleared away.
 ZPKOutcome ZPKStagingFolder::makePrivate() const {
-    if (::rmdir(m_path.c_str()) != 0 && errno != ENOENT) {
-        return ZPKFailure::ofSystem(m_path, errno);
-    }
-    return ZPKPrivateFolder::makeNew(m_path);
+    const ZPKOutcome removed = ZPKFileManager::removeItem(m_path);
+    ZPKOutcome made = ZPKPrivateFolder::makeNew(m_path);
+    const bool somethingStayed = !removed && removed.failure().reason() != ZPKFailure::systemReason(ENOENT);
+    return !made && somethingStayed ? removed : made;
 }
 
 void ZPKStagingFolder::unpackDescription(const std::string& resourceFolder) const {
