@@ -14,7 +14,6 @@
 #include "Tests/Support/TemporaryFolder.h"
 
 namespace fs = std::filesystem;
-using zpk_test::ScopedEnvironment;
 using zpk_test::TemporaryFolder;
 using zpk_test::writeFile;
 
