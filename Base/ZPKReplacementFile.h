@@ -23,6 +23,9 @@ public:
     ZPKReplacementFile(ZPKReplacementFile&& other) noexcept;
     ZPKReplacementFile& operator=(ZPKReplacementFile&&) = delete;
 
+    /// The name that the file is to have.
+    const std::string& path() const { return m_path; }
+
     /// Open for writing; stays this object's.
     int descriptor() const { return m_file.get(); }
 

@@ -45,6 +45,16 @@ if(ZPK_STATIC)
 endif()
 zpk_dependency(zpk_libarchive FILE libarchive.a MODULE libarchive LINK ${bzip2})
 
+# Debian's package of it has the static library, too.
+pkg_check_modules(zstd REQUIRED IMPORTED_TARGET libzstd)
+add_library(zpk_zstd INTERFACE)
+if(ZPK_STATIC)
+  find_library(ZPK_ZSTD_ARCHIVE libzstd.a REQUIRED)
+  target_link_libraries(zpk_zstd INTERFACE ${ZPK_ZSTD_ARCHIVE} Threads::Threads)
+else()
+  target_link_libraries(zpk_zstd INTERFACE PkgConfig::zstd)
+endif()
+
 # zpk_static_program(name)
 # The program needs nothing of the machine that it starts on but the kernel; of the libraries it holds
 # what it calls.

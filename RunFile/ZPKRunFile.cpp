@@ -1,0 +1,136 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#include "RunFile/ZPKRunFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "Base/ZPKDescriptorIO.h"
+#include "RunFile/ZPKRunFileChecksum.h"
+#include "RunFile/ZPKRunFileTrailer.h"
+
+namespace {
+
+constexpr std::uint64_t kLargestTable = std::uint64_t{256} << 20;
+constexpr std::uint64_t kLargestProgram = std::uint64_t{64} << 20;
+
+ZPKFailure damaged(const std::string& path) {
+    return {path, "the file was cut short or changed; get it again"};
+}
+
+ZPKResult<std::string> readAt(const ZPKFileHandle& file, std::uint64_t offset, std::uint64_t size) {
+    std::string bytes(static_cast<std::size_t>(size), '\0');
+    const ssize_t count = ZPKDescriptorIO::readWholeAt(file.descriptor(), bytes.data(), bytes.size(),
+                                                       static_cast<off_t>(offset));
+    if (count < 0) {
+        return ZPKFailure::ofSystem(file.path(), errno);
+    }
+    if (static_cast<std::uint64_t>(count) != size) {
+        return damaged(file.path());
+    }
+    return bytes;
+}
+
+/// The bytes of a part whose checksum is known.
+ZPKResult<std::string> checkedPart(const ZPKFileHandle& file, std::uint64_t offset, std::uint64_t size,
+                                   std::uint64_t checksum) {
+    ZPKResult<std::string> bytes = readAt(file, offset, size);
+    if (bytes && ZPKRunFileChecksum::of(*bytes) != checksum) {
+        return damaged(file.path());
+    }
+    return bytes;
+}
+
+using Range = std::pair<std::uint64_t, std::uint64_t>;
+
+/// Where things with checksums of their own lie, in the order of the file.
+std::vector<Range> coveredRanges(const ZPKRunFileTrailer& trailer, const ZPKRunFileTable& table) {
+    std::vector<Range> ranges{{0, trailer.programSize}};
+    for (const ZPKRunFileBlock& block : table.blocks) {
+        ranges.emplace_back(block.offset, block.packedSize);
+    }
+    for (const ZPKRunFileEntry& entry : table.entries) {
+        if (entry.kind == ZPKRunFileEntry::Kind::StoredFile) {
+            ranges.emplace_back(entry.offset, entry.size);
+        }
+    }
+    ranges.emplace_back(trailer.tableOffset, trailer.tableSize);
+    std::sort(ranges.begin(), ranges.end());
+    return ranges;
+}
+
+/// Between its parts the file holds zeros alone, so that no byte of it can change unseen.
+bool hasOnlyZerosBetween(const ZPKFileHandle& file, const std::vector<Range>& ranges) {
+    constexpr std::uint64_t kLargestGap = 65536;
+    std::uint64_t end = 0;
+    for (const auto& [offset, size] : ranges) {
+        if (offset > end) {
+            const std::uint64_t gap = offset - end;
+            const ZPKResult<std::string> bytes = readAt(file, end, std::min(gap, kLargestGap));
+            if (!bytes || gap > kLargestGap || bytes->find_first_not_of('\0') != std::string::npos) {
+                return false;
+            }
+        }
+        end = std::max(end, offset + size);
+    }
+    return true;
+}
+
+ZPKResult<ZPKRunFileTrailer> trailerOf(const ZPKFileHandle& file) {
+    if (file.size() < ZPKRunFileTrailer::kSize) {
+        return damaged(file.path());
+    }
+    const std::uint64_t offset = file.size() - ZPKRunFileTrailer::kSize;
+    const ZPKResult<std::string> bytes = readAt(file, offset, ZPKRunFileTrailer::kSize);
+    if (!bytes) {
+        return bytes.failure();
+    }
+    const std::optional<ZPKRunFileTrailer> trailer = ZPKRunFileTrailer::decoded(*bytes, file.size());
+    if (!trailer || trailer->tableSize > kLargestTable || trailer->programSize > kLargestProgram) {
+        return damaged(file.path());
+    }
+    return *trailer;
+}
+
+}  // namespace
+
+ZPKResult<ZPKRunFile> ZPKRunFile::open(const std::string& path) {
+    ZPKResult<ZPKFileHandle> file = ZPKFileHandle::forReadingAtPath(path);
+    if (!file) {
+        return file.failure();
+    }
+    const ZPKResult<ZPKRunFileTrailer> trailer = trailerOf(*file);
+    if (!trailer) {
+        return trailer.failure();
+    }
+    const ZPKResult<std::string> program =
+        checkedPart(*file, 0, trailer->programSize, trailer->programChecksum);
+    if (!program) {
+        return program.failure();
+    }
+    const ZPKResult<std::string> bytes =
+        checkedPart(*file, trailer->tableOffset, trailer->tableSize, trailer->tableChecksum);
+    if (!bytes) {
+        return bytes.failure();
+    }
+    ZPKResult<ZPKRunFileTable> table = ZPKRunFileTable::decoded(*bytes, trailer->tableOffset, path);
+    if (!table) {
+        return table.failure();
+    }
+    if (!hasOnlyZerosBetween(*file, coveredRanges(*trailer, *table))) {
+        return damaged(path);
+    }
+    return ZPKRunFile(std::move(*file), std::move(*table));
+}
+
+ZPKResult<std::string> ZPKRunFile::bytesAt(std::uint64_t offset, std::uint64_t size) const {
+    return readAt(m_file, offset, size);
+}
+
+ZPKFailure ZPKRunFile::damage() const {
+    return damaged(m_file.path());
+}

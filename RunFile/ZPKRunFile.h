@@ -1,0 +1,38 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+
+#include "Base/ZPKFailure.h"
+#include "Platform/ZPKFileHandle.h"
+#include "RunFile/ZPKRunFileTable.h"
+
+/// A whole package in one executable file: a program, the files of a bundle and a table of them.
+/// Immutable once open; may be read from any thread.
+class ZPKRunFile {
+public:
+    /// Opens the file and checks everything but the files in it, whose checksums are checked when they
+    /// are placed. Fails when it was cut short or changed.
+    static ZPKResult<ZPKRunFile> open(const std::string& path);
+
+    const ZPKFileHandle& file() const { return m_file; }
+
+    /// `size` bytes from `offset` on. Fails when the file ends before.
+    ZPKResult<std::string> bytesAt(std::uint64_t offset, std::uint64_t size) const;
+
+    /// What is said of a file that does not hold what its checksums say.
+    ZPKFailure damage() const;
+
+    const ZPKRunFileTable& table() const { return m_table; }
+
+private:
+    ZPKRunFile(ZPKFileHandle file, ZPKRunFileTable table)
+        : m_file(std::move(file)), m_table(std::move(table)) {}
+
+    ZPKFileHandle m_file;
+    ZPKRunFileTable m_table;
+};
