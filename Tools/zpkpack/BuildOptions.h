@@ -13,13 +13,16 @@ struct BuildOptions {
     /// texts, `UILang/`.
     std::string sourceFolder;
 
-    /// The bundle to make; its name ends in ".app".
+    /// The bundle to make, its name ending in ".app", or the one file, ending in ".run".
     std::string outputPath;
 
     /// The bundle with everything but the two archives.
     std::string templatePath;
 
-    /// Replace a bundle that is already at `outputPath`.
+    /// The program that one file begins with.
+    std::string runProgramPath;
+
+    /// Replace a package that is already at `outputPath`.
     bool replace = false;
 };
 

@@ -17,6 +17,9 @@ namespace zpk_packager {
 
 namespace {
 
+constexpr const char* kBundleExtension = "app";
+constexpr const char* kRunFileExtension = "run";
+
 bool renameWithFlag(const std::string& from, const std::string& to, unsigned int flag) {
     return ::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), flag) == 0;
 }
@@ -31,8 +34,8 @@ OutputPlace::OutputPlace(const std::string& path, bool replace)
     : m_path(ZPKPath::withoutTrailingSeparators(path)), m_replace(replace) {}
 
 void OutputPlace::check(const std::string& sourceFolder, const std::string& templatePath) const {
-    if (ZPKPath::extension(m_path) != "app") {
-        throw PackagerFailure(m_path, "the name of a bundle ends in .app");
+    if (ZPKPath::extension(m_path) != kBundleExtension && !isRunFile()) {
+        throw PackagerFailure(m_path, "the name of a package ends in .app, or in .run for one file");
     }
     checkFree();
     for (const std::string& input : {sourceFolder, templatePath}) {
@@ -46,6 +49,15 @@ void OutputPlace::check(const std::string& sourceFolder, const std::string& temp
     }
     checkOutside(ZPKPackageLayout::languageFolder(sourceFolder), "which is packed");
     checkOutside(templatePath, "of which the bundle is made");
+}
+
+bool OutputPlace::isRunFile() const {
+    return ZPKPath::extension(m_path) == kRunFileExtension;
+}
+
+std::string OutputPlace::bundleName() const {
+    const std::string name = ZPKPath::lastComponent(m_path);
+    return name.substr(0, name.rfind('.') + 1) + kBundleExtension;
 }
 
 bool OutputPlace::isTaken() const {

@@ -7,7 +7,7 @@
 
 namespace zpk_packager {
 
-/// The path at which the bundle is to appear.
+/// The path at which the package is to appear: a bundle, `NAME.app`, or one file, `NAME.run`.
 class OutputPlace {
 public:
     /// `path` may end in separators. `replace` lets go what is there.
@@ -15,12 +15,18 @@ public:
 
     const std::string& path() const { return m_path; }
 
+    /// Whether the package is to be one file.
+    bool isRunFile() const;
+
+    /// The name of the bundle: that of the output, or the one that the one file places.
+    std::string bundleName() const;
+
     /// Refuses a place that is taken, or one that meets what the bundle is made of: replacing the
     /// output must not delete that, and a folder that is packed must not grow by its own package.
     /// Throws `PackagerFailure`.
     void check(const std::string& sourceFolder, const std::string& templatePath) const;
 
-    /// Gives the bundle at `made`, which lies on the same file system, its place. What was there is
+    /// Gives the package at `made`, which lies on the same file system, its place. What was there is
     /// then at `made` or beside it, the caller's to remove. Throws `PackagerFailure`, and then what was
     /// there stays.
     void put(const std::string& made) const;

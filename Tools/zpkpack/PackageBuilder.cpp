@@ -9,6 +9,8 @@
 #include "Package/ZPKPackageLayout.h"
 #include "Platform/ZPKBundle.h"
 #include "Platform/ZPKFileManager.h"
+#include "RunFile/ZPKRunFile.h"
+#include "RunFile/ZPKRunFileWriter.h"
 #include "Tools/zpkpack/ArchivePacker.h"
 #include "Tools/zpkpack/ChildStep.h"
 #include "Tools/zpkpack/InfoPlist.h"
@@ -33,15 +35,22 @@ void checkBundle(const std::string& path, const PackageDescription& description)
 PackageBuilder::PackageBuilder(const BuildOptions& options)
     : m_source(options.sourceFolder),
       m_template(options.templatePath),
-      m_output(options.outputPath, options.replace) {}
+      m_output(options.outputPath, options.replace),
+      m_runProgram(options.runProgramPath) {}
 
 void PackageBuilder::build() const {
     const PackageDescription description = check();
     const SignalHold signals;
     const WorkFolder workFolder = WorkFolder::beside(m_output.path());
-    const std::string bundle = ZPKPath::join(workFolder.path(), "bundle.app");
+    const std::string bundle = ZPKPath::join(workFolder.path(), m_output.bundleName());
     ChildStep::run(signals, [&] { make(description, workFolder.path(), bundle); });
-    m_output.put(bundle);
+    if (!m_output.isRunFile()) {
+        m_output.put(bundle);
+        return;
+    }
+    const std::string runFile = ZPKPath::join(workFolder.path(), "run-file");
+    ChildStep::run(signals, [&] { makeRunFile(bundle, runFile); });
+    m_output.put(runFile);
 }
 
 PackageDescription PackageBuilder::check() const {
@@ -61,6 +70,14 @@ void PackageBuilder::make(const PackageDescription& description, const std::stri
     packer.pack(ZPKPackageLayout::Content::Info, m_source.folder(), resourceFolder);
     packer.pack(ZPKPackageLayout::Content::Data, m_source.folder(), resourceFolder);
     checkBundle(bundle, description);
+}
+
+void PackageBuilder::makeRunFile(const std::string& bundle, const std::string& path) const {
+    require(ZPKRunFileWriter(m_runProgram, bundle).write(path));
+    const ZPKResult<ZPKRunFile> readBack = ZPKRunFile::open(path);
+    if (!readBack) {
+        throw PackagerFailure(readBack.failure());
+    }
 }
 
 void PackageBuilder::copyLanguages(const std::string& resourceFolder) const {

@@ -13,13 +13,14 @@
 
 namespace zpk_packager {
 
-/// Makes a runnable bundle of a package source. The bundle is made beside its final place, checked,
-/// and only then put there, so that the output never holds half a package, whatever ends the work.
+/// Makes a runnable bundle, or one file with a bundle inside, of a package source. It is made beside its
+/// final place, checked, and only then put there, so that the output never holds half a package, whatever
+/// ends the work.
 class PackageBuilder {
 public:
     explicit PackageBuilder(const BuildOptions& options);
 
-    /// Leaves the bundle or, when it throws `PackagerFailure`, nothing. A signal that asks the process
+    /// Leaves the package or, when it throws `PackagerFailure`, nothing. A signal that asks the process
     /// to end does so when all is cleaned up. Called while the process has one thread.
     void build() const;
 
@@ -27,11 +28,13 @@ private:
     PackageDescription check() const;
     void make(const PackageDescription& description, const std::string& workFolder,
               const std::string& bundle) const;
+    void makeRunFile(const std::string& bundle, const std::string& path) const;
     void copyLanguages(const std::string& resourceFolder) const;
 
     PackageSource m_source;
     LauncherTemplate m_template;
     OutputPlace m_output;
+    std::string m_runProgram;
 };
 
 }  // namespace zpk_packager

@@ -15,11 +15,10 @@
 
 namespace {
 
-/// The template that lies beside this program.
-std::string defaultTemplate() {
+/// What lies beside this program under a name.
+std::string besideThisProgram(const char* name) {
     std::error_code ignored;
-    return (std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path() / "Zephyrkit.app")
-        .string();
+    return (std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path() / name).string();
 }
 
 /// Takes the command line apart and does what it says; gives the exit status.
@@ -29,14 +28,18 @@ int run(int argc, char** argv) {
     app.require_subcommand(1);
 
     zpk_packager::BuildOptions options;
-    options.templatePath = defaultTemplate();
-    CLI::App* build = app.add_subcommand("build", "Make a bundle of a package source");
+    options.templatePath = besideThisProgram("Zephyrkit.app");
+    options.runProgramPath = besideThisProgram("zephyrkit-run");
+    CLI::App* build = app.add_subcommand("build", "Make a package of a package source");
     build->add_option("SOURCE", options.sourceFolder, "Folder with Package.strings, Info/, Data/, UILang/")
         ->required();
-    build->add_option("-o,--output", options.outputPath, "The bundle to make, NAME.app")->required();
+    build
+        ->add_option("-o,--output", options.outputPath,
+                     "The package to make: NAME.app, a bundle, or NAME.run, one file")
+        ->required();
     build->add_option("--template", options.templatePath, "Launcher bundle without archives")
         ->capture_default_str();
-    build->add_flag("-f,--force", options.replace, "Replace a bundle that is there");
+    build->add_flag("-f,--force", options.replace, "Replace a package that is there");
     CLI11_PARSE(app, argc, argv);
 
     zpk_packager::PackageBuilder(options).build();
