@@ -70,7 +70,7 @@ ZPKFailure run(char** argv) {
         return folder.failure();
     }
     const ZPKOutcome watched = zpk_run::startFolderWatcher(*folder);
-    const ZPKFailure failure = watched ? becomeLauncher(*runFile, *folder, argv) : watched.failure();
+    ZPKFailure failure = watched ? becomeLauncher(*runFile, *folder, argv) : watched.failure();
     folder->remove().ignore();
     return failure;
 }
