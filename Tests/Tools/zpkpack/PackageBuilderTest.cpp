@@ -85,7 +85,7 @@ TEST_F(PackageBuilderTest, WritesNothingThroughALinkInTheTemplate) {
     fs::rename(templateBundle("Contents/Resources"), m_folder / "resources");
     fs::create_directory_symlink(m_folder / "resources", templateBundle("Contents/Resources"));
     const std::string before = listing();
-    EXPECT_THAT(build(options()), EndsWith("bundle.app/Contents/Resources: it is no folder"));
+    EXPECT_THAT(build(options()), EndsWith("/Out.app/Contents/Resources: it is no folder"));
     expectNothingLeft(before);
 }
 
