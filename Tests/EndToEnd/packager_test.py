@@ -135,7 +135,7 @@ class PackagerEndsTest(PackagerTestCase):
 
         def packs_the_payload():
             self.assertIsNone(process.poll(), "it ended before its time")
-            return list(self.folder.glob(".zpk-*/bundle.app/Contents/Resources/Info.datx"))
+            return list(self.folder.glob(".zpk-*/*.app/Contents/Resources/Info.datx"))
 
         try:
             wait_until(packs_the_payload, 30)
