@@ -18,6 +18,7 @@
 #include <thread>
 
 #include "Base/ZPKFileDescriptor.h"
+#include "Tests/Support/Pattern.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 namespace {
@@ -33,19 +34,10 @@ extern "C" ssize_t write(int descriptor, const void* bytes, std::size_t size) {
 
 namespace {
 
+using zpk_test::pattern;
 using zpk_test::readFile;
 using zpk_test::TemporaryFolder;
 using zpk_test::writeFile;
-
-std::string pattern(std::size_t length) {
-    std::string bytes(length, '\0');
-    unsigned int state = 4711;
-    for (char& byte : bytes) {
-        state = state * 1103515245 + 12345;
-        byte = static_cast<char>(state >> 16);
-    }
-    return bytes;
-}
 
 struct Pipe {
     Pipe() {

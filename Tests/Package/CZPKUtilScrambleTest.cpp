@@ -13,26 +13,18 @@
 
 #include "Package/CZPKUtil.h"
 #include "Tests/Platform/OtherUser.h"
+#include "Tests/Support/Pattern.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 namespace {
 
 using varno_zpk::CZPKUtil;
+using zpk_test::pattern;
 using zpk_test::readFile;
 using zpk_test::TemporaryFolder;
 using zpk_test::writeFile;
 
 constexpr std::size_t kRotation = 102400;
-
-std::string pattern(std::size_t length) {
-    std::string bytes(length, '\0');
-    unsigned int state = 7;
-    for (char& byte : bytes) {
-        state = state * 1103515245 + 12345;
-        byte = static_cast<char>(state >> 16);
-    }
-    return bytes;
-}
 
 std::string scrambled(const std::string& plain) {
     return plain.size() > kRotation ? plain.substr(kRotation) + plain.substr(0, kRotation) : plain;

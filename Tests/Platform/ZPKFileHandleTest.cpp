@@ -11,23 +11,15 @@
 #include <cstdint>
 #include <filesystem>
 
+#include "Tests/Support/Pattern.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 namespace {
 
+using zpk_test::pattern;
 using zpk_test::readFile;
 using zpk_test::TemporaryFolder;
 using zpk_test::writeFile;
-
-std::string pattern(std::size_t length) {
-    std::string bytes(length, '\0');
-    unsigned int state = 12345;
-    for (char& byte : bytes) {
-        state = state * 1103515245 + 12345;
-        byte = static_cast<char>(state >> 16);
-    }
-    return bytes;
-}
 
 TEST(ZPKFileHandleTest, ReadsOnlyRegularFilesAndNeverWaits) {
     const TemporaryFolder folder;
