@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Base/ZPKFailure.h"
+#include "Package/ZPKCarriedParts.h"
 
 /// The launcher's second stage: the launcher once more, this time on the loader, the C library and the
 /// toolkit that the bundle carries, so that it can show windows on a machine that has none of them. The
@@ -15,7 +16,7 @@
 class ZPKSecondStage {
 public:
     /// `frameworks` is the bundle's folder of carried parts.
-    explicit ZPKSecondStage(std::string frameworks) : m_frameworks(std::move(frameworks)) {}
+    explicit ZPKSecondStage(std::string frameworks) : m_parts(std::move(frameworks)) {}
 
     /// Looks for whatever would make the loader give up, since nothing leads back from there: the parts
     /// that the bundle says it carries, and a kernel that they can run on.
@@ -38,7 +39,5 @@ public:
     static bool suitsKernel(std::string_view release);
 
 private:
-    std::string part(const std::string& name) const { return m_frameworks + "/" + name; }
-
-    std::string m_frameworks;
+    ZPKCarriedParts m_parts;
 };

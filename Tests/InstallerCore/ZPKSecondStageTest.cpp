@@ -162,6 +162,9 @@ TEST_F(ZPKSecondStageTest, WhatIsNoUsablePartIsAnObstacle) {
     std::filesystem::remove(part("libQt6Core.so.6"));
     std::filesystem::create_directory(part("libQt6Core.so.6"));
     EXPECT_EQ(obstacle(), part("libQt6Core.so.6") + ": not a file with contents");
+    std::filesystem::remove(part("Parts"));
+    ASSERT_EQ(::mkfifo(part("Parts").c_str(), 0600), 0);
+    EXPECT_EQ(obstacle(), part("Parts") + ": not a file with contents") << "and nobody waits for a writer";
     ASSERT_EQ(::chmod(part("Zephyrkit-desktop").c_str(), 0644), 0);
     EXPECT_EQ(obstacle(), part("Zephyrkit-desktop") + ": Permission denied");
 }
