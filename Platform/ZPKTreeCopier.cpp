@@ -7,7 +7,6 @@
 #include <limits.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 
@@ -156,7 +155,8 @@ void ZPKTreeCopier::leave() {
     note(outcomeOf(isRegained, toPath));
     note(outcomeOf(::fchmod(kept.get(), attributes.stx_mode & kCopiedPermissions) == 0, toPath));
     note(outcomeOf(m_source.leave(), fromPath));
-    m_below.erase(std::min(m_below.size(), m_below.rfind('/')));
+    const std::size_t separator = m_below.rfind('/');
+    m_below.erase(separator == std::string::npos ? 0 : separator);
     if (!isRegained) {
         m_source = ZPKFolderWalker(ZPKFolderWalker::Access::Plain);
     }

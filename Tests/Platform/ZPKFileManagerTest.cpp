@@ -471,6 +471,16 @@ TEST(ZPKFileManagerTest, RemoveItemSaysWhatRemains) {
     ::umount((folder / "tree/sub/mounted").c_str());
 }
 
+TEST(ZPKFileManagerTest, CopyItemNamesWhatComesAfterAFolderByItsOwnPath) {
+    const TemporaryFolder folder;
+    for (int index = 0; index < 50; ++index) {
+        writeFile(folder / ("tree/sub" + std::to_string(index) + "/file"), "x");
+    }
+    ASSERT_EQ(::mkfifo((folder / "tree/fifo").c_str(), 0666), 0);
+    EXPECT_EQ(messageOf(ZPKFileManager::copyItem(folder / "tree", folder / "copy")),
+              folder / "tree/fifo: Neither file nor folder nor link");
+}
+
 TEST(ZPKFileManagerTest, CopyItemSaysWhatCouldNotBeCopied) {
     const TemporaryFolder folder;
     writeFile(folder / "file", "x");
