@@ -13,6 +13,9 @@ import unittest
 from support import BUILD, TEMPLATE, PackageTestCase, wait_until, write
 
 
+CARRIED = TEMPLATE / "Contents/Frameworks"
+
+
 class PackagerTestCase(PackageTestCase):
     def setUp(self):
         super().setUp()
@@ -105,6 +108,55 @@ class PackagerTest(PackagerTestCase):
         done = self.build(self.source, "-o", "Out")
         self.assertEqual(done.returncode, 1)
         self.assertIn(".app", done.stderr)
+
+
+class CarriedWindowsTest(PackagerTestCase):
+    """With and without what windows need: what a package weighs, and that it runs."""
+
+    def made(self, *arguments):
+        """What the packager says of a bundle: its windows, and its bytes."""
+        done = self.build(self.source, "-o", "Out.app", "--force", *arguments)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        path, windows, bundle = done.stdout.splitlines()
+        self.assertEqual(path, "Out.app")
+        files = [path for path in (self.folder / path).rglob("*") if path.is_file()]
+        size = sum(path.stat().st_size for path in files)
+        self.assertEqual(bundle, "bundle: %d files, %d bytes" % (len(files), size))
+        return windows, size
+
+    def test_without_windows_it_is_small_and_installs(self):
+        bundle = self.pack("Small.app", "--without-windows")
+        contents = bundle / "Contents"
+        self.assertEqual(sorted(os.listdir(contents)), ["Helpers", "Info.plist", "Linux", "Resources"])
+        self.assertEqual(list(contents.glob("Resources/*.ui")), [])
+        self.launch(bundle)
+        self.assertEqual(self.record()["arguments"], ["--test"])
+
+    @unittest.skipUnless(CARRIED.is_dir(), "this build shares the machine's libraries")
+    def test_sizes_of_a_package_without_payload(self):
+        windows, size = self.made()
+        self.assertIn(" libraries carried, ", windows)
+        self.assertLessEqual(size, 55_000_000)
+        windows, size = self.made("--without-windows")
+        self.assertIn("none", windows)
+        self.assertLessEqual(size, 4_000_000)
+
+    @unittest.skipUnless(CARRIED.is_dir(), "this build shares the machine's libraries")
+    def test_another_set_of_parts(self):
+        parts = self.folder / "parts"
+        shutil.copytree(CARRIED, parts)
+        (parts / "libQt6Core.so.6").unlink()
+        refused = self.build(self.source, "-o", "Out.app", "--frameworks", parts)
+        self.assertEqual(refused.returncode, 1)
+        self.assertIn("parts/libQt6Core.so.6: No such file or directory", refused.stderr)
+        write(parts / "libQt6Core.so.6", b"another")
+        bundle = self.pack("Out.app", "--frameworks", str(parts))
+        self.assertEqual((bundle / "Contents/Frameworks/libQt6Core.so.6").read_bytes(), b"another")
+
+    def test_windows_are_left_out_or_chosen_but_not_both(self):
+        done = self.build(self.source, "-o", "Out.app", "--without-windows", "--frameworks", "x")
+        self.assertNotEqual(done.returncode, 0)
+        self.assertIn("excludes", done.stderr)
 
 
 class PackagerEndsTest(PackagerTestCase):

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <optional>
 #include <string>
 
 namespace zpk_packager {
@@ -18,6 +19,12 @@ struct BuildOptions {
 
     /// The bundle with everything but the two archives.
     std::string templatePath;
+
+    /// The carried parts in the place of the template's `Contents/Frameworks`.
+    std::optional<std::string> frameworksPath;
+
+    /// Carry what windows need, so that they open on any machine with a display.
+    bool withWindows = true;
 
     /// The program that one file begins with.
     std::string runProgramPath;

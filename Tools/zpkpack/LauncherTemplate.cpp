@@ -5,6 +5,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <optional>
 
@@ -18,6 +19,7 @@ namespace zpk_packager {
 namespace {
 
 constexpr mode_t kPermissions = 07777;
+constexpr unsigned int kPlainFolder = 0755;
 
 /// A link in the place of the folder would lead the package's own files out of the copy.
 void makeWritable(const std::string& folder) {
@@ -33,6 +35,29 @@ void makeWritable(const std::string& folder) {
     }
 }
 
+/// Copies the item at `path` below `from`, but nothing that is left out.
+void copyBelow(const std::string& from, const std::string& to, const std::string& path,
+               const std::vector<std::string>& leftOut) {
+    const auto isOnTheWayTo = [&](const std::string& left) { return ZPKPath::isSameOrInside(left, path); };
+    const std::string source = ZPKPath::join(from, path);
+    const std::string copy = ZPKPath::join(to, path);
+    if (std::find(leftOut.begin(), leftOut.end(), path) != leftOut.end()) {
+        return;
+    }
+    // A link in the place of a folder is copied as one, and refused with the others.
+    const bool holdsSome = path.empty() || std::any_of(leftOut.begin(), leftOut.end(), isOnTheWayTo);
+    if (!holdsSome || !ZPKFileManager::isFolderNotFollowingLinks(source)) {
+        require(ZPKFileManager::copyItem(source, copy));
+        return;
+    }
+    std::vector<std::string> names;
+    require(ZPKFileManager::contentsOfFolder(source, names));
+    require(ZPKFileManager::createFolderWithIntermediateFolders(copy, kPlainFolder));
+    for (const std::string& name : names) {
+        copyBelow(from, to, ZPKPath::join(path, name), leftOut);
+    }
+}
+
 }  // namespace
 
 void LauncherTemplate::check() const {
@@ -42,9 +67,9 @@ void LauncherTemplate::check() const {
     }
 }
 
-void LauncherTemplate::copyTo(const std::string& bundle) const {
+void LauncherTemplate::copyTo(const std::string& bundle, const std::vector<std::string>& leftOut) const {
     // Of a link, what it leads to is meant.
-    require(ZPKFileManager::copyItem(ZPKPath::resolved(m_path), bundle));
+    copyBelow(ZPKPath::resolved(m_path), bundle, "", leftOut);
     for (const char* const folder : {"", "Contents", "Contents/Resources"}) {
         makeWritable(ZPKPath::join(bundle, folder));
     }

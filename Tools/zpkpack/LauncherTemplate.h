@@ -5,6 +5,7 @@
 
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace zpk_packager {
 
@@ -18,9 +19,10 @@ public:
     /// Refuses what is no launcher's bundle. Throws `PackagerFailure`.
     void check() const;
 
-    /// Copies the bundle. The folders of the copy into which a package's own files go may be written
-    /// by their owner, whatever their modes in the template are. Throws `PackagerFailure`.
-    void copyTo(const std::string& bundle) const;
+    /// Copies the bundle without the items at the paths in `leftOut`, which are relative to it. The folders
+    /// of the copy into which a package's own files go may be written by their owner, whatever their modes in
+    /// the template are. Throws `PackagerFailure`.
+    void copyTo(const std::string& bundle, const std::vector<std::string>& leftOut) const;
 
 private:
     std::string m_path;

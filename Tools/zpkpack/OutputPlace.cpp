@@ -33,12 +33,15 @@ bool isUnknownFlag(int error) {
 OutputPlace::OutputPlace(const std::string& path, bool replace)
     : m_path(ZPKPath::withoutTrailingSeparators(path)), m_replace(replace) {}
 
-void OutputPlace::check(const std::string& sourceFolder, const std::string& templatePath) const {
+void OutputPlace::check(const std::string& sourceFolder,
+                        const std::vector<std::string>& copiedFolders) const {
     if (ZPKPath::extension(m_path) != kBundleExtension && !isRunFile()) {
         throw PackagerFailure(m_path, "the name of a package ends in .app, or in .run for one file");
     }
     checkFree();
-    for (const std::string& input : {sourceFolder, templatePath}) {
+    std::vector<std::string> inputs{sourceFolder};
+    inputs.insert(inputs.end(), copiedFolders.begin(), copiedFolders.end());
+    for (const std::string& input : inputs) {
         // A link to the input is no protection: what it leads to would be lost.
         if (ZPKPath::isItemOrInside(ZPKPath::resolved(input), m_path)) {
             throw PackagerFailure(m_path + " is or holds " + input + ", of which the bundle is made");
@@ -48,7 +51,9 @@ void OutputPlace::check(const std::string& sourceFolder, const std::string& temp
         checkOutside(ZPKPackageLayout::folder(sourceFolder, content), "which is packed");
     }
     checkOutside(ZPKPackageLayout::languageFolder(sourceFolder), "which is packed");
-    checkOutside(templatePath, "of which the bundle is made");
+    for (const std::string& copied : copiedFolders) {
+        checkOutside(copied, "of which the bundle is made");
+    }
 }
 
 bool OutputPlace::isRunFile() const {

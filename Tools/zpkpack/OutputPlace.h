@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace zpk_packager {
 
@@ -24,7 +25,7 @@ public:
     /// Refuses a place that is taken, or one that meets what the bundle is made of: replacing the
     /// output must not delete that, and a folder that is packed must not grow by its own package.
     /// Throws `PackagerFailure`.
-    void check(const std::string& sourceFolder, const std::string& templatePath) const;
+    void check(const std::string& sourceFolder, const std::vector<std::string>& copiedFolders) const;
 
     /// Gives the package at `made`, which lies on the same file system, its place. What was there is
     /// then at `made` or beside it, the caller's to remove. Throws `PackagerFailure`, and then what was

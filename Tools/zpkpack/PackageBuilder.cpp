@@ -35,35 +35,49 @@ void checkBundle(const std::string& path, const PackageDescription& description)
 PackageBuilder::PackageBuilder(const BuildOptions& options)
     : m_source(options.sourceFolder),
       m_template(options.templatePath),
+      m_windows(options.templatePath, options.frameworksPath, options.withWindows),
       m_output(options.outputPath, options.replace),
       m_runProgram(options.runProgramPath) {}
 
-void PackageBuilder::build() const {
+PackageSummary PackageBuilder::build() const {
     const PackageDescription description = check();
     const SignalHold signals;
     const WorkFolder workFolder = WorkFolder::beside(m_output.path());
     const std::string bundle = ZPKPath::join(workFolder.path(), m_output.bundleName());
     ChildStep::run(signals, [&] { make(description, workFolder.path(), bundle); });
+    PackageSummary summary = PackageSummary::ofBundle(bundle);
     if (!m_output.isRunFile()) {
         m_output.put(bundle);
-        return;
+        return summary;
     }
     const std::string runFile = ZPKPath::join(workFolder.path(), "run-file");
     ChildStep::run(signals, [&] { makeRunFile(bundle, runFile); });
+    summary.runFileSize = PackageSummary::sizeOfFile(runFile);
     m_output.put(runFile);
+    return summary;
 }
 
 PackageDescription PackageBuilder::check() const {
     m_source.check();
-    m_output.check(m_source.folder(), m_template.path());
+    m_output.check(m_source.folder(), copiedFolders());
     m_template.check();
+    m_windows.check();
     return PackageDescription::read(m_source.folder());
+}
+
+std::vector<std::string> PackageBuilder::copiedFolders() const {
+    std::vector<std::string> folders{m_template.path()};
+    if (m_windows.frameworks()) {
+        folders.push_back(*m_windows.frameworks());
+    }
+    return folders;
 }
 
 void PackageBuilder::make(const PackageDescription& description, const std::string& workFolder,
                           const std::string& bundle) const {
     const std::string resourceFolder = ZPKPath::join(bundle, "Contents/Resources");
-    m_template.copyTo(bundle);
+    m_template.copyTo(bundle, m_windows.leftOut());
+    m_windows.putInto(bundle);
     InfoPlist::write(description, ZPKPath::join(bundle, "Contents/Info.plist"));
     copyLanguages(resourceFolder);
     const ArchivePacker packer(workFolder);

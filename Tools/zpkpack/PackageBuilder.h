@@ -4,12 +4,15 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "Tools/zpkpack/BuildOptions.h"
+#include "Tools/zpkpack/CarriedWindows.h"
 #include "Tools/zpkpack/LauncherTemplate.h"
 #include "Tools/zpkpack/OutputPlace.h"
 #include "Tools/zpkpack/PackageDescription.h"
 #include "Tools/zpkpack/PackageSource.h"
+#include "Tools/zpkpack/PackageSummary.h"
 
 namespace zpk_packager {
 
@@ -22,10 +25,11 @@ public:
 
     /// Leaves the package or, when it throws `PackagerFailure`, nothing. A signal that asks the process
     /// to end does so when all is cleaned up. Called while the process has one thread.
-    void build() const;
+    PackageSummary build() const;
 
 private:
     PackageDescription check() const;
+    std::vector<std::string> copiedFolders() const;
     void make(const PackageDescription& description, const std::string& workFolder,
               const std::string& bundle) const;
     void makeRunFile(const std::string& bundle, const std::string& path) const;
@@ -33,6 +37,7 @@ private:
 
     PackageSource m_source;
     LauncherTemplate m_template;
+    CarriedWindows m_windows;
     OutputPlace m_output;
     std::string m_runProgram;
 };

@@ -39,11 +39,15 @@ int run(int argc, char** argv) {
         ->required();
     build->add_option("--template", options.templatePath, "Launcher bundle without archives")
         ->capture_default_str();
+    CLI::Option* frameworks = build->add_option("--frameworks", options.frameworksPath,
+                                                "Folder to carry in the place of the template's Frameworks");
+    build->add_flag("!--without-windows", options.withWindows, "Carry nothing for windows")
+        ->excludes(frameworks);
     build->add_flag("-f,--force", options.replace, "Replace a package that is there");
     CLI11_PARSE(app, argc, argv);
 
-    zpk_packager::PackageBuilder(options).build();
-    std::cout << options.outputPath << "\n";
+    const zpk_packager::PackageSummary summary = zpk_packager::PackageBuilder(options).build();
+    std::cout << options.outputPath << "\n" << summary.text();
     return EXIT_SUCCESS;
 }
 

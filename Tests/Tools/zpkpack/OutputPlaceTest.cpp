@@ -21,7 +21,9 @@ namespace {
 class OutputPlaceTest : public PackagerFixture {
 protected:
     std::string checkFailure(const std::string& path, bool replace = true) const {
-        return failureOf([&] { OutputPlace(path, replace).check(source(), templateBundle()); });
+        return failureOf([&] {
+            OutputPlace(path, replace).check(source(), {templateBundle(), m_folder / "Frameworks"});
+        });
     }
 
     std::string putFailure(bool replace) const {
@@ -54,7 +56,7 @@ TEST_F(OutputPlaceTest, RefusesToTakeAwayWhatTheBundleIsMadeOf) {
     fs::rename(source(), m_folder / "Holder.app/source");
     EXPECT_THAT(failureOf([&] {
                     OutputPlace(m_folder / "Holder.app", true)
-                        .check(m_folder / "Holder.app/source", templateBundle());
+                        .check(m_folder / "Holder.app/source", {templateBundle()});
                 }),
                 HasSubstr("is or holds"));
 }
@@ -70,6 +72,8 @@ TEST_F(OutputPlaceTest, RefusesToGrowWhatIsPackedOrCopied) {
     EXPECT_THAT(checkFailure(source("Data/Out.app")), HasSubstr("which is packed"));
     EXPECT_THAT(checkFailure(source("Data/../Info/Out.app/")), HasSubstr("which is packed"));
     EXPECT_THAT(checkFailure(templateBundle("Out.app")), HasSubstr("of which the bundle is made"));
+    fs::create_directory(m_folder / "Frameworks");
+    EXPECT_THAT(checkFailure(m_folder / "Frameworks/Out.app"), HasSubstr("of which the bundle is made"));
     fs::rename(source("Data"), m_folder / "elsewhere");
     fs::create_directory_symlink(m_folder / "elsewhere", source("Data"));
     EXPECT_THAT(checkFailure(m_folder / "elsewhere/Out.app"), HasSubstr("which is packed"));
