@@ -3,78 +3,95 @@
 
 """An optical drive and a USB disk that udev knows, on a machine that has neither.
 
-The launcher runs below umockdev, which answers its questions about devices, and in a mount table of
-its own, where a file system in memory stands for the medium: its source is the device's name.
+The launcher runs in a mount table of its own, where folders in memory stand for what the kernel and udev
+tell of devices, and for the medium: the source of its file system is the device's name.
 """
 
 import os
 import pathlib
-import shutil
 import subprocess
 import tempfile
+import textwrap
 
 from support import write
 
 DRIVE = "sr0"
 DISK = "sdq"
 
-DEVICES = """\
-P: /devices/pci0000:00/0000:00:1f.2/ata1/host0/target0:0:0/0:0:0:0/block/sr0
-N: sr0
-E: DEVNAME=/dev/sr0
-E: DEVTYPE=disk
-E: MAJOR=11
-E: MINOR=0
-E: SUBSYSTEM=block
-E: ID_CDROM=1
-E: ID_CDROM_MEDIA=1
-E: ID_CDROM_MEDIA_CD=1
-A: dev=11:0
-A: removable=1
+# Each with its place among the devices, what the kernel says of it, and what udev has found out.
+DEVICES = {
+    DRIVE: (
+        "pci0000:00/0000:00:1f.2/ata1/host0/target0:0:0/0:0:0:0/block/sr0",
+        "MAJOR=11\nMINOR=0\nDEVNAME=sr0\nDEVTYPE=disk\n",
+        "E:ID_CDROM=1\nE:ID_CDROM_MEDIA=1\nE:ID_CDROM_MEDIA_CD=1\n",
+    ),
+    DISK: (
+        "pci0000:00/0000:00:14.0/usb1/1-1/1-1:1.0/host2/target2:0:0/2:0:0:0/block/sdq",
+        "MAJOR=65\nMINOR=0\nDEVNAME=sdq\nDEVTYPE=disk\n",
+        "E:ID_BUS=usb\n",
+    ),
+}
+NUMBERS = {DRIVE: (11, 0), DISK: (65, 0)}
 
-P: /devices/pci0000:00/0000:00:14.0/usb1/1-1/1-1:1.0/host2/target2:0:0/2:0:0:0/block/sdq
-N: sdq
-E: DEVNAME=/dev/sdq
-E: DEVTYPE=disk
-E: MAJOR=65
-E: MINOR=0
-E: SUBSYSTEM=block
-E: ID_BUS=usb
-A: dev=65:0
-A: removable=1
-"""
-
-# Tells its process number, and keeps umockdev's own files out of the launcher's temporary folder.
-STARTER = 'echo $$ > "$1.new" && mv "$1.new" "$1" && TMPDIR=$2 exec "$3"'
+# Puts the folders in their places, tells its process number and becomes the launcher. The machine's own
+# device files stay where they are, by links: X servers and terminals are among them.
+STARTER = textwrap.dedent(
+    """\
+    set -e
+    folder=$1
+    shift
+    mount --rbind /dev "$folder/own-dev"
+    for place in /sys /run /dev; do mount -t tmpfs made-up $place; done
+    ln -s "$folder"/own-dev/* /dev
+    cp -a --remove-destination "$folder/made-up/." /
+    echo $$ > "$folder/number.new"
+    mv "$folder/number.new" "$folder/number"
+    exec "$@"
+    """
+)
 
 
 class MockedDrive:
-    def __init__(self, folder, temporary):
+    def __init__(self, folder):
         self._folder = pathlib.Path(tempfile.mkdtemp(prefix="mocked-", dir=folder))
         self._number = self._folder / "number"
         self._medium = self._folder / "medium"
-        self._medium.mkdir()
-        self._temporary = temporary
-        self.variables = {"TMPDIR": str(self._folder)}
+        for path in (self._medium, self._folder / "own-dev"):
+            path.mkdir()
+        for name in DEVICES:
+            self._describe(name, self._folder / "made-up")
 
     @staticmethod
     def missing():
         """Why there can be none here; nothing when there can."""
         if os.geteuid() != 0:
-            return "mounting a file system takes root"
-        if shutil.which("umockdev-run") is None:
-            return "umockdev is not installed"
+            return "mounting a file system and making a device file takes root"
         if subprocess.run(["unshare", "-m", "true"], capture_output=True).returncode != 0:
             return "this machine allows no mount table of one's own"
         return None
 
+    def _describe(self, name, root):
+        path, events, record = DEVICES[name]
+        number = "%d:%d" % NUMBERS[name]
+        device = root / "sys/devices" / path
+        write(device / "uevent", events)
+        write(device / "dev", number + "\n")
+        write(device / "removable", "1\n")
+        write(root / "run/udev/data" / ("b" + number), record)
+        for link, target in (
+            (device / "subsystem", root / "sys/class/block"),
+            (root / "sys/class/block" / name, device),
+            (root / "sys/dev/block" / number, device),
+        ):
+            link.parent.mkdir(parents=True, exist_ok=True)
+            link.symlink_to(os.path.relpath(target, link.parent))
+        node = root / "dev" / name
+        node.parent.mkdir(exist_ok=True)
+        os.mknod(node, 0o60660, os.makedev(*NUMBERS[name]))
+
     def command(self):
         """What goes before the program so that it finds the drive."""
-        devices = write(self._folder / "devices.umockdev", DEVICES)
-        return [
-            *("unshare", "-m", "umockdev-run", "-d", str(devices), "--"),
-            *("sh", "-c", STARTER, "sh", str(self._number), str(self._temporary)),
-        ]
+        return ["unshare", "-m", "sh", "-c", STARTER, "sh", str(self._folder)]
 
     def process(self):
         """The launcher's own number; nothing until it runs."""

@@ -3,7 +3,9 @@
 
 """What the tests of whole programs share: packages, launches, X servers."""
 
+import atexit
 import contextlib
+import functools
 import json
 import os
 import pathlib
@@ -46,6 +48,39 @@ RECORDER = textwrap.dedent(
     sys.exit(int(os.environ.get("ZPK_TEST_STATUS", "0")))
     """
 )
+
+
+# What a bundle carries for the windows: fifty megabytes, which the tests' bundles share.
+CARRIED = ("Contents/Frameworks", "Contents/Resources/Licenses")
+
+
+def link_or_copy(source, destination):
+    """Another name for a file that nobody writes to; a file of its own on another file system."""
+    try:
+        os.link(source, destination)
+    except OSError:
+        shutil.copy2(source, destination)
+
+
+@functools.cache
+def light_template():
+    """The template without what a bundle carries for the windows."""
+    folder = pathlib.Path(tempfile.mkdtemp(prefix="zpk-template-"))
+    atexit.register(shutil.rmtree, folder, ignore_errors=True)
+    carried = {str(TEMPLATE / place) for place in CARRIED}
+    shutil.copytree(
+        TEMPLATE,
+        folder / TEMPLATE.name,
+        ignore=lambda where, names: [name for name in names if os.path.join(where, name) in carried],
+    )
+    return folder / TEMPLATE.name
+
+
+def carry(bundle):
+    """Gives the bundle what the template carries, where the template carries it."""
+    for place in CARRIED:
+        if (TEMPLATE / place).exists():
+            shutil.copytree(TEMPLATE / place, bundle / place, copy_function=link_or_copy)
 
 
 def write(path, text, mode=None):
@@ -114,12 +149,17 @@ class PackageTestCase(unittest.TestCase):
         return write(self.source / "Data" / relative, RECORDER, 0o755)
 
     def pack(self, name="TestSetup.app", *arguments):
-        bundle = self.folder / name
+        """Makes a package. A bundle shares what it carries with the template; a single file carries nothing."""
+        package = self.folder / name
         done = subprocess.run(
-            [BUILD / "zpkpack", "build", self.source, "-o", bundle, *arguments], capture_output=True, text=True
+            [BUILD / "zpkpack", "build", self.source, "-o", package, "--template", light_template(), *arguments],
+            capture_output=True,
+            text=True,
         )
         self.assertEqual(done.returncode, 0, done.stderr)
-        return bundle
+        if package.is_dir():
+            carry(package)
+        return package
 
     def simple_package(self):
         self.recorder()

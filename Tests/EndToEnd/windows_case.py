@@ -65,7 +65,7 @@ class Run:
         self._log = WindowLog(case.desktop)
         self.process = subprocess.Popen(
             [*(drive.command() if drive else []), bundle / "Contents/Linux/Zephyrkit"],
-            env=case.environment(**case.desktop.variables, **variables, **(drive.variables if drive else {})),
+            env=case.environment(**case.desktop.variables, **variables),
             stdin=subprocess.DEVNULL,
             stdout=subprocess.DEVNULL,
             stderr=subprocess.DEVNULL,
@@ -171,7 +171,7 @@ class WindowTestCase(PackageTestCase):
         reason = MockedDrive.missing()
         if reason:
             self.skipTest(reason)
-        return MockedDrive(self.folder, self.temporary)
+        return MockedDrive(self.folder)
 
     # Packages
 

@@ -95,7 +95,7 @@ class DiscSearchTest(WindowTestCase):
 
 
 class DriveTestCase(WindowTestCase):
-    """A search with a drive that umockdev makes."""
+    """A search with a made-up drive."""
 
     def start_search(self, *paths, language="en", **variables):
         self.mocked = self.drive()
@@ -116,7 +116,7 @@ class DriveTestCase(WindowTestCase):
 
 
 class FoundDiscTest(DriveTestCase):
-    """A disc in a drive that umockdev makes."""
+    """A disc in a made-up drive."""
 
     def search_in_vain(self, run):
         self.desktop.key("Return")
