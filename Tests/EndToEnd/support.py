@@ -149,7 +149,11 @@ class PackageTestCase(unittest.TestCase):
         return write(self.source / "Data" / relative, RECORDER, 0o755)
 
     def pack(self, name="TestSetup.app", *arguments):
-        """Makes a package. A bundle shares what it carries with the template; a single file carries nothing."""
+        """Makes a package.
+
+        A bundle shares what it carries with the template, unless the arguments say otherwise; a single file
+        carries nothing.
+        """
         package = self.folder / name
         done = subprocess.run(
             [BUILD / "zpkpack", "build", self.source, "-o", package, "--template", light_template(), *arguments],
@@ -157,7 +161,7 @@ class PackageTestCase(unittest.TestCase):
             text=True,
         )
         self.assertEqual(done.returncode, 0, done.stderr)
-        if package.is_dir():
+        if package.is_dir() and not {"--without-windows", "--frameworks"}.intersection(arguments):
             carry(package)
         return package
 
