@@ -3,8 +3,20 @@
 
 #include "Package/ZPKArchiveTool.h"
 
+#include <cstring>
+
 #include "Package/ZPKPackageLayout.h"
 #include "Platform/ZPKMainBundle.h"
+
+namespace {
+
+/// `9 (Killed)`, in English whatever the locale.
+std::string signalName(int number) {
+    const char* const text = ::sigdescr_np(number);
+    return std::to_string(number) + (text != nullptr ? std::string(" (") + text + ")" : "");
+}
+
+}  // namespace
 
 ZPKOutcome ZPKArchiveTool::pack(const std::string& folder, const std::string& archive) {
     return run({"-c", "-z", "-rsrc", "--keepParent", folder, archive});
@@ -23,6 +35,9 @@ ZPKOutcome ZPKArchiveTool::run(const std::vector<std::string>& arguments) {
         return outcome;
     }
     m_task.waitUntilExit();
+    if (const int number = m_task.terminationSignal()) {
+        return ZPKFailure(tool, "Ended by signal " + signalName(number));
+    }
     const int status = m_task.terminationStatus();
     return status == 0 ? ZPKOutcome() : ZPKFailure(tool, "Ended with status " + std::to_string(status));
 }

@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <limits.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -54,6 +55,11 @@ bool ZPKFileManager::isExecutableFile(const std::string& path) {
 bool ZPKFileManager::isExecutableRegularFile(const std::string& path) {
     struct stat attributes;
     return ::stat(path.c_str(), &attributes) == 0 && S_ISREG(attributes.st_mode) && isExecutableFile(path);
+}
+
+bool ZPKFileManager::isOnFileSystemWithoutExecution(const std::string& path) {
+    struct statvfs fileSystem;
+    return ::statvfs(path.c_str(), &fileSystem) == 0 && (fileSystem.f_flag & ST_NOEXEC) != 0;
 }
 
 ZPKOutcome ZPKFileManager::createFolderWithIntermediateFolders(const std::string& path, unsigned int mode) {

@@ -32,6 +32,9 @@ public:
     /// True when `path` leads to a regular file that the current user may execute.
     static bool isExecutableRegularFile(const std::string& path);
 
+    /// True when the item at `path` lies on a file system from which no program can be started ("noexec").
+    static bool isOnFileSystemWithoutExecution(const std::string& path);
+
     /// Creates the folder and its missing parents with `mode`, less the process's umask. A folder that
     /// is there already is a success.
     static ZPKOutcome createFolderWithIntermediateFolders(const std::string& path, unsigned int mode);

@@ -5,7 +5,6 @@
 
 #include <pwd.h>
 #include <sys/stat.h>
-#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -38,12 +37,6 @@ std::string homeFolderInUserDatabase() {
     return {};
 }
 
-/// The setup program is started from inside the temporary folder.
-bool mayRunProgramsIn(const std::string& folder) {
-    struct statvfs fileSystem;
-    return ::statvfs(folder.c_str(), &fileSystem) != 0 || (fileSystem.f_flag & ST_NOEXEC) == 0;
-}
-
 /// The folder itself where it is the user's alone to write to; a private one inside it where nobody
 /// but the user can take that away again; otherwise nothing.
 std::optional<std::string> safeFolder(const std::string& folder) {
@@ -64,7 +57,8 @@ std::optional<std::string> safeFolder(const std::string& folder) {
 
 std::optional<std::string> usableFolder(const std::string& folder) {
     std::optional<std::string> path = safeFolder(folder);
-    return path && mayRunProgramsIn(*path) ? path : std::nullopt;
+    // The setup program is started from inside it.
+    return path && !ZPKFileManager::isOnFileSystemWithoutExecution(*path) ? path : std::nullopt;
 }
 
 std::string sharedTemporaryFolder() {

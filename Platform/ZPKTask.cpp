@@ -13,6 +13,7 @@
 #include <csignal>
 
 #include "Base/ZPKDescriptorIO.h"
+#include "Platform/ZPKLaunchFailure.h"
 
 namespace {
 
@@ -111,7 +112,7 @@ ZPKOutcome ZPKTask::launch() {
         error = plan.spawn(child, m_launchPath, m_arguments);
     }
     if (error != 0) {
-        return ZPKFailure::ofSystem(m_launchPath, error);
+        return ZPKLaunchFailure::explain(m_launchPath, error);
     }
     m_child = child;
     return {};
@@ -144,6 +145,7 @@ void ZPKTask::waitUntilExit() {
     const pid_t waited = ZPKDescriptorIO::retry([&] { return ::waitpid(child, &status, 0); });
     m_child = -1;
     if (waited == child) {
-        m_terminationStatus = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+        m_terminationSignal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+        m_terminationStatus = WIFSIGNALED(status) ? 128 + m_terminationSignal : WEXITSTATUS(status);
     }
 }

@@ -32,7 +32,8 @@ public:
     /// the task is destroyed, so that a child that writes little is neither blocked nor killed.
     void setStandardErrorToUnreadPipe() { m_unreadStandardError = true; }
 
-    /// Starts the child; the one before must have been waited for. The failure names the launch path.
+    /// Starts the child; the one before must have been waited for. The failure names the launch path, and
+    /// as `ZPKLaunchFailure` does what keeps that program from running.
     ZPKOutcome launch() ZPK_EXCLUDES(m_mutex);
 
     /// Blocks until the child has exited; returns at once when none runs.
@@ -45,6 +46,9 @@ public:
 
     /// Exit status of the child, or 128 plus the signal's number. Meaningful after `waitUntilExit`.
     int terminationStatus() const { return m_terminationStatus; }
+
+    /// The signal that ended the child, or 0 when it has exited. Meaningful after `waitUntilExit`.
+    int terminationSignal() const { return m_terminationSignal; }
 
 private:
     pid_t runningChild() ZPK_EXCLUDES(m_mutex);
@@ -59,4 +63,5 @@ private:
     bool m_isTerminated ZPK_GUARDED_BY(m_mutex) = false;
     ZPKFileDescriptor m_pipeReadEnd;
     int m_terminationStatus = 0;
+    int m_terminationSignal = 0;
 };

@@ -48,13 +48,23 @@ TEST_F(ZPKArchiveToolTest, EndOfTheToolIsTold) {
     installTool("kill -9 $$");
     const ZPKOutcome killed = m_tool.unpack("a", "b");
     ASSERT_FALSE(killed);
-    EXPECT_EQ(killed.failure().reason(), "Ended with status 137");
+    EXPECT_EQ(killed.failure().reason(), "Ended by signal 9 (Killed)");
+    // A status that a shell gives for a signal.
+    installTool("exit 137");
+    EXPECT_EQ(m_tool.unpack("a", "b").failure().reason(), "Ended with status 137");
 }
 
 TEST_F(ZPKArchiveToolTest, MissingToolIsTold) {
     const ZPKOutcome outcome = m_tool.unpack("a", "b");
     ASSERT_FALSE(outcome);
     EXPECT_EQ(outcome.failure().message(), m_path + ": No such file or directory");
+}
+
+TEST_F(ZPKArchiveToolTest, ToolWithoutItsInterpreterIsTold) {
+    writeFile(m_path, "#!/no/such/interpreter\n");
+    fs::permissions(m_path, fs::perms::owner_all);
+    EXPECT_EQ(m_tool.unpack("a", "b").failure().message(),
+              m_path + ": Its interpreter /no/such/interpreter is missing");
 }
 
 TEST_F(ZPKArchiveToolTest, TerminatedToolEndsAndNoneIsStartedAfterwards) {
@@ -69,7 +79,7 @@ TEST_F(ZPKArchiveToolTest, TerminatedToolEndsAndNoneIsStartedAfterwards) {
     const ZPKOutcome ended = m_tool.unpack("a", "b");
     other.join();
     ASSERT_FALSE(ended);
-    EXPECT_EQ(ended.failure().reason(), "Ended with status 137");
+    EXPECT_EQ(ended.failure().reason(), "Ended by signal 9 (Killed)");
     fs::remove(marker);
     EXPECT_FALSE(m_tool.unpack("a", "b"));
     EXPECT_FALSE(fs::exists(marker));
