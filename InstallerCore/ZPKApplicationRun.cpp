@@ -42,7 +42,8 @@ int ZPKApplicationRun::run(ZPKFrontEnd& frontEnd, const ZPKRemovableVolumes& vol
     try {
         ZPKCore core(frontEnd, volumes, clock);
         const RunInProgress mark(core);
-        return frontEnd.run(core);
+        const int status = frontEnd.run(core);
+        return status != EXIT_SUCCESS ? status : core.exitStatus();
     } catch (const std::exception& error) {
         std::cerr << "Zephyrkit: " << error.what() << "\n";
         return EXIT_FAILURE;

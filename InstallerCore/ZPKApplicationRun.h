@@ -13,8 +13,8 @@ class ZPKApplicationRun {
 public:
     ZPKApplicationRun() = delete;
 
-    /// Gives the exit status. An exception of the sequence is a line on standard error and status 1.
-    /// Whichever way it ends, nothing that it unpacked or started is left; also where the toolkit ends
-    /// the process, provided that the front end was made before.
+    /// Gives the exit status: the front end's, or else that of the run itself. An exception of the sequence
+    /// is a line on standard error and status 1. Whichever way it ends, nothing that it unpacked or started
+    /// is left; also where the toolkit ends the process, provided that the front end was made before.
     static int run(ZPKFrontEnd& frontEnd, const ZPKRemovableVolumes& volumes, ZPKClock& clock);
 };

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "Base/ZPKPath.h"
+#include "Base/ZPKTerminalText.h"
 #include "Common/CLocalizerUtil.h"
 #include "Common/ZPKCoreStringDefine.h"
 #include "InstallerCore/ZPKConditionCheck.h"
@@ -19,15 +20,27 @@
 #include "InstallerCore/ZPKStagingFolder.h"
 #include "Package/CZPKUtil.h"
 #include "Package/ZPKPackageLayout.h"
+#include "Platform/ZPKFileManager.h"
 #include "Platform/ZPKMainBundle.h"
 #include "UserInterface/ZPKCDSearchWindowController.h"
 
 using namespace varno_zpk;
+using Content = ZPKPackageLayout::Content;
 
 namespace {
 
 std::string resourceFolder() {
     return ZPKMainBundle::mainBundle().resourcePath();
+}
+
+/// The person is told nothing; whoever looks for the cause finds a line. A bundle without the archive has
+/// nothing to unpack.
+void tellOfUnpacking(Content content, const ZPKOutcome& outcome) {
+    const std::string archive = ZPKPackageLayout::scrambledArchive(resourceFolder(), content);
+    if (!outcome && ZPKFileManager::fileExists(archive)) {
+        std::cerr << "Zephyrkit: cannot unpack " << ZPKTerminalText::printable(archive) << ": "
+                  << outcome.failure().message() << "\n";
+    }
 }
 
 }  // namespace
@@ -67,14 +80,17 @@ bool ZPKCore::isAlreadyExecuting() {
 void ZPKCore::applicationDidFinishLaunching() {
     m_frontEnd.activateIgnoringOtherApps();
     if (!createStagingFolder()) {
-        showTemporaryFolderAlert();
+        showCriticalAlert(ZPKSTRING_TEMPFOLDERCREATEFAILURE);
         m_frontEnd.terminate();
         return;
     }
-    m_stagingFolder->unpackDescription(resourceFolder());
+    tellOfUnpacking(Content::Info, m_stagingFolder->unpackDescription(resourceFolder()));
     if (mayInstall()) {
         install();
         m_stagingFolder.reset();
+        if (m_couldNotStart) {
+            showCriticalAlert(ZPKSTRING_ERROR_INIT);
+        }
     } else {
         m_stagingFolder.reset();
         // Where a disc was asked for, its window has already told the person.
@@ -114,15 +130,18 @@ bool ZPKCore::mayInstall() {
 }
 
 void ZPKCore::install() {
-    const std::string archive =
-        ZPKPackageLayout::scrambledArchive(resourceFolder(), ZPKPackageLayout::Content::Data);
+    const std::string archive = ZPKPackageLayout::scrambledArchive(resourceFolder(), Content::Data);
     if (!m_extraction.run(archive, m_stagingFolder->path(), localized(ZPKSTRING_FILE_EXTRACT))) {
         return;
     }
+    tellOfUnpacking(Content::Data, m_extraction.outcome());
     Parameters params;
     const std::optional<std::string> program =
         executableFileAtTemporaryFolder(m_stagingFolder->path(), &params);
+    // A program that was not unpacked is a failure of the unpacking, which is not the person's business.
+    const bool wasUnpacked = m_extraction.outcome() || !program || ZPKFileManager::fileExists(*program);
     executeFile(program, params, true);
+    m_couldNotStart = m_couldNotStart && wasUnpacked;
 }
 
 void ZPKCore::extractDataTask(const WorkOrder& workOrder) {
@@ -140,7 +159,11 @@ std::optional<std::string> ZPKCore::executableFileAtTemporaryFolder(const std::s
 
 void ZPKCore::executeFile(const std::optional<std::string>& path, const Parameters& params,
                           bool synchronous) {
-    ZPKSetupProgramRunner::run({path, params}, synchronous);
+    const ZPKOutcome outcome = ZPKSetupProgramRunner::run({path, params}, synchronous);
+    m_couldNotStart = !outcome;
+    if (!outcome) {
+        std::cerr << "Zephyrkit: cannot start " << outcome.failure().message() << "\n";
+    }
 }
 
 bool ZPKCore::checkConditionXML(const std::string& path) {
@@ -170,7 +193,6 @@ void ZPKCore::showSoftwareListDialog() {
                          localized(ZPKSTRING_OK), ZPKAlertStyle::Critical});
 }
 
-void ZPKCore::showTemporaryFolderAlert() {
-    m_frontEnd.runAlert(
-        {localized(ZPKSTRING_TEMPFOLDERCREATEFAILURE), "", localized(ZPKSTRING_OK), ZPKAlertStyle::Critical});
+void ZPKCore::showCriticalAlert(const char* key) {
+    m_frontEnd.runAlert({localized(key), "", localized(ZPKSTRING_OK), ZPKAlertStyle::Critical});
 }

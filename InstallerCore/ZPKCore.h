@@ -42,6 +42,9 @@ public:
     /// process exits in mid-run.
     void cutShort();
 
+    /// 1 when the setup program could not be started, 0 otherwise.
+    int exitStatus() const { return m_couldNotStart ? 1 : 0; }
+
     /// True when another running application carries this one's name.
     bool isAlreadyExecuting();
 
@@ -72,7 +75,8 @@ public:
     /// nothing when the program is to be started without arguments.
     std::optional<std::string> executableFileAtTemporaryFolder(const std::string& folder, Parameters* params);
 
-    /// Starts the program, if there is one; when `synchronous`, waits until it has exited.
+    /// Starts the program, if there is one; when `synchronous`, waits until it has exited. One that cannot
+    /// be started is a line on standard error, and kept in mind for the person.
     void executeFile(const std::optional<std::string>& path, const Parameters& params, bool synchronous);
 
 private:
@@ -80,7 +84,7 @@ private:
     bool createStagingFolder();
     bool mayInstall();
     void install();
-    void showTemporaryFolderAlert();
+    void showCriticalAlert(const char* key);
 
     ZPKFrontEnd& m_frontEnd;
     const ZPKRemovableVolumes& m_volumes;
@@ -89,6 +93,8 @@ private:
     std::vector<std::string> _softwares;
     /// Paths or patterns of the files that identify the disc.
     std::vector<std::string> _filePaths;
+
+    bool m_couldNotStart = false;
 
     /// While the sequence needs it.
     std::unique_ptr<ZPKStagingFolder> m_stagingFolder;

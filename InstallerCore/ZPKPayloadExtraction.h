@@ -48,7 +48,7 @@ public:
     /// while the process exits.
     void stop();
 
-    /// How the archive tool ended. Nobody is told; meaningful when no thread runs.
+    /// How the archive tool ended. Meaningful when no thread runs.
     const ZPKOutcome& outcome() const { return m_outcome; }
 
 private:

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Base/ZPKFailure.h"
 #include "InstallerCore/ZPKSetupProgramFinder.h"
 
 /// Runs setup programs. Any thread.
@@ -11,7 +12,7 @@ public:
     ZPKSetupProgramRunner() = delete;
 
     /// Starts the program, if there is one, with this process's environment and working folder; when
-    /// `synchronous`, waits until it has exited. How it exits does not count. One that cannot be started
-    /// is a line on standard error.
-    static void run(const ZPKSetupProgram& program, bool synchronous);
+    /// `synchronous`, waits until it has exited. How it exits does not count: the failure is that of a
+    /// program that cannot be started, and names what is missing.
+    static ZPKOutcome run(const ZPKSetupProgram& program, bool synchronous);
 };

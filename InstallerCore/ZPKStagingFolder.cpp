@@ -9,6 +9,7 @@
 
 #include "Package/CDirectoryHolder.h"
 #include "Package/CZPKUtil.h"
+#include "Package/ZPKArchiveTool.h"
 #include "Package/ZPKPackageLayout.h"
 #include "Platform/ZPKFileManager.h"
 #include "Platform/ZPKPrivateFolder.h"
@@ -45,9 +46,10 @@ ZPKOutcome ZPKStagingFolder::makePrivate() const {
     return !made && somethingStayed ? removed : made;
 }
 
-void ZPKStagingFolder::unpackDescription(const std::string& resourceFolder) const {
+ZPKOutcome ZPKStagingFolder::unpackDescription(const std::string& resourceFolder) const {
     const std::string plainPath = ZPKPackageLayout::plainArchive(m_path, Content::Info);
     CZPKUtil::Unfake(ZPKPackageLayout::scrambledArchive(resourceFolder, Content::Info), plainPath);
-    CZPKUtil::Extract(plainPath, m_path);
+    ZPKOutcome outcome = ZPKArchiveTool().unpack(plainPath, m_path);
     CZPKUtil::DeleteFile(plainPath);
+    return outcome;
 }

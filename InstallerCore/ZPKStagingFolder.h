@@ -30,8 +30,8 @@ public:
     const std::string& path() const { return m_path; }
 
     /// Unscrambles and unpacks the description archive of `resourceFolder`. What cannot be unpacked is
-    /// missing afterwards.
-    void unpackDescription(const std::string& resourceFolder) const;
+    /// missing afterwards; the failure is the archive tool's.
+    ZPKOutcome unpackDescription(const std::string& resourceFolder) const;
 
 private:
     explicit ZPKStagingFolder(std::string path);

@@ -106,13 +106,6 @@ class SetupProgramTest(PackageTestCase):
             name, value = line.split()
             self.assertEqual(int(value, 16) & checked, 0, name)
 
-    def test_program_that_cannot_be_started_is_named(self):
-        write(self.source / "Data/setup", "#!/no/such/interpreter\n", 0o755)
-        self.startup()
-        done = self.launch(self.pack())
-        self.assertIn("cannot start", done.stderr)
-        self.assertIn("VarnoZPK_TEMP/Data/setup", done.stderr)
-
 
 class BundleTest(PackageTestCase):
     def test_started_through_a_link_finds_its_bundle(self):

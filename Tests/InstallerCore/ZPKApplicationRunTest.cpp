@@ -33,6 +33,15 @@ TEST_F(ZPKApplicationRunTest, RunGivesTheFrontEndsStatus) {
     EXPECT_EQ(ZPKApplicationRun::run(broken, m_volumes, m_clock), 1);
 }
 
+TEST_F(ZPKApplicationRunTest, SetupProgramThatCannotStartGivesStatusOne) {
+    addStartup("Exec='/no/such/program'");
+    pack();
+    int status = 0;
+    captureStreams([&] { status = ZPKApplicationRun::run(m_frontEnd, m_volumes, m_clock); });
+    EXPECT_EQ(status, 1);
+    EXPECT_FALSE(fs::exists(m_staging));
+}
+
 TEST_F(ZPKApplicationRunTest, ExceptionWhileStagingIsALineAndStatusOneAndLeavesNothing) {
     constexpr std::size_t kMoreThanEver = 10'000;
     std::size_t failures = 0;

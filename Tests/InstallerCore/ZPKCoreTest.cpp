@@ -7,16 +7,39 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <sstream>
 
 #include "Tests/InstallerCore/ZPKCoreFixture.h"
+#include "Tests/Support/CapturedStreams.h"
 
 namespace fs = std::filesystem;
+using zpk_test::captureStreams;
 using zpk_test::readFile;
 using zpk_test::writeFile;
 
 namespace {
 
-class ZPKCoreTest : public zpk_test::ZPKCoreFixture {};
+class ZPKCoreTest : public zpk_test::ZPKCoreFixture {
+protected:
+    /// Puts a script in the archive tool's place; the tool itself stays beside it.
+    void installTool(const std::string& script) const {
+        fs::rename(m_tool, m_tool + ".real");
+        writeFile(m_tool, "#!/bin/sh\n" + script + "\n");
+        fs::permissions(m_tool, fs::perms::owner_all);
+    }
+
+    /// What the run itself wrote on standard error, without what the look-ups write there.
+    static std::string ownLines(const zpk_test::CapturedStreams& streams) {
+        std::string own;
+        std::istringstream lines(streams.standardError);
+        for (std::string line; std::getline(lines, line);) {
+            own += line.starts_with("Zephyrkit: ") ? line + "\n" : "";
+        }
+        return own;
+    }
+
+    const std::string m_tool = m_bundle.path() + "/Contents/Helpers/ditto";
+};
 
 // The sequence
 
@@ -110,6 +133,104 @@ TEST_F(ZPKCoreTest, NoProgramEndsInSilence) {
     EXPECT_EQ(logged({"alert"}), Lines{});
     EXPECT_EQ(m_frontEnd.log().back(), "terminate");
     EXPECT_FALSE(fs::exists(m_staging));
+}
+
+// A setup program that cannot be started
+
+TEST_F(ZPKCoreTest, SetupProgramThatCannotStartIsToldWhenTheStagingFolderIsGone) {
+    writeFile(m_folder / "source/Data/setup", "#!/no/such/interpreter\n");
+    fs::permissions(m_folder / "source/Data/setup", fs::perms::owner_all);
+    pack();
+    bool isStaged = true;
+    m_frontEnd.onLog = [&](const std::string& line) {
+        if (line.starts_with("alert")) {
+            isStaged = fs::exists(m_staging);
+        }
+    };
+    const auto streams = captureStreams([this] { EXPECT_EQ(m_frontEnd.run(m_core), 0); });
+    EXPECT_EQ(logged({"alert", "progress: gone", "terminate"}),
+              (Lines{"progress: gone", "alert 2: ZPKString_ERROR_INIT||ZPKString_OK", "terminate"}));
+    EXPECT_FALSE(isStaged);
+    EXPECT_EQ(m_core.exitStatus(), 1);
+    EXPECT_EQ(ownLines(streams), "Zephyrkit: cannot start " + m_staging +
+                                     "/Data/setup: Its interpreter /no/such/interpreter is missing\n");
+}
+
+TEST_F(ZPKCoreTest, ProgramThatTheUnpackedPayloadLacksIsTold) {
+    addStartup("Exec='$Data$/other'");
+    addSetup("setup");
+    pack();
+    const auto streams = captureStreams([this] { m_frontEnd.run(m_core); });
+    EXPECT_EQ(logged({"alert"}), Lines{"alert 2: ZPKString_ERROR_INIT||ZPKString_OK"});
+    EXPECT_EQ(m_core.exitStatus(), 1);
+    EXPECT_EQ(ownLines(streams),
+              "Zephyrkit: cannot start " + m_staging + "/Data/other: No such file or directory\n");
+}
+
+TEST_F(ZPKCoreTest, SetupProgramThatStartedIsNotToldHoweverItEnds) {
+    addSetup("setup");
+    pack();
+    const auto streams = captureStreams([this] { m_frontEnd.run(m_core); });
+    EXPECT_TRUE(setupHasRun());
+    EXPECT_EQ(logged({"alert"}), Lines{});
+    EXPECT_EQ(m_core.exitStatus(), 0);
+    EXPECT_EQ(ownLines(streams), "");
+}
+
+// Unpacking that fails
+
+TEST_F(ZPKCoreTest, ProgramThatWasNotUnpackedIsALineAndNoAlert) {
+    addStartup("Exec='$Data$/setup'");
+    pack();
+    writeFile(m_bundle.resource("Data.datx"), "no archive");
+    const auto streams = captureStreams([this] { m_frontEnd.run(m_core); });
+    EXPECT_EQ(logged({"alert"}), Lines{});
+    EXPECT_EQ(m_core.exitStatus(), 0);
+    EXPECT_EQ(ownLines(streams), "Zephyrkit: cannot unpack " + m_bundle.resource("Data.datx") + ": " +
+                                     m_tool + ": Ended with status 1\nZephyrkit: cannot start " + m_staging +
+                                     "/Data/setup: No such file or directory\n");
+    EXPECT_FALSE(fs::exists(m_staging));
+}
+
+TEST_F(ZPKCoreTest, ProgramThatWasUnpackedBeforeTheRestFailedIsTold) {
+    const std::string program = m_folder / "source/Data/setup";
+    writeFile(program, "no program");
+    fs::permissions(program, fs::perms::owner_all);
+    pack();
+    installTool("\"${0%/*}/ditto.real\" \"$@\"; exit 5");
+    const auto streams = captureStreams([this] { m_frontEnd.run(m_core); });
+    EXPECT_EQ(logged({"alert"}), Lines{"alert 2: ZPKString_ERROR_INIT||ZPKString_OK"});
+    EXPECT_EQ(m_core.exitStatus(), 1);
+    EXPECT_NE(ownLines(streams).find("Data.datx: " + m_tool + ": Ended with status 5\n"), std::string::npos);
+}
+
+TEST_F(ZPKCoreTest, DeathOfTheArchiveToolIsALineForEachArchive) {
+    addSetup("setup");
+    pack();
+    installTool("kill -9 $$");
+    const auto streams = captureStreams([this] { m_frontEnd.run(m_core); });
+    const std::string death = ": " + m_tool + ": Ended by signal 9 (Killed)\n";
+    EXPECT_EQ(ownLines(streams), "Zephyrkit: cannot unpack " + m_bundle.resource("Info.datx") + death +
+                                     "Zephyrkit: cannot unpack " + m_bundle.resource("Data.datx") + death);
+    EXPECT_EQ(logged({"alert"}), Lines{});
+    EXPECT_EQ(m_core.exitStatus(), 0);
+}
+
+TEST_F(ZPKCoreTest, ArchiveToolThatCannotStartIsALine) {
+    addSetup("setup");
+    pack();
+    fs::remove(m_tool);
+    const auto streams = captureStreams([this] { m_frontEnd.run(m_core); });
+    EXPECT_NE(ownLines(streams).find("Data.datx: " + m_tool + ": No such file or directory\n"),
+              std::string::npos);
+    EXPECT_EQ(logged({"alert"}), Lines{});
+}
+
+TEST_F(ZPKCoreTest, BundleWithoutArchivesEndsInSilence) {
+    const auto streams = captureStreams([this] { m_frontEnd.run(m_core); });
+    EXPECT_EQ(ownLines(streams), "");
+    EXPECT_EQ(logged({"alert"}), Lines{});
+    EXPECT_EQ(m_core.exitStatus(), 0);
 }
 
 TEST_F(ZPKCoreTest, StagingFolderThatCannotBeMadeIsTold) {

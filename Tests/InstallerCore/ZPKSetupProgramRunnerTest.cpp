@@ -7,6 +7,8 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 
+#include <filesystem>
+
 #include "Tests/Platform/ScopedEnvironment.h"
 #include "Tests/Support/CapturedStreams.h"
 #include "Tests/Support/TemporaryFolder.h"
@@ -25,35 +27,40 @@ protected:
 };
 
 TEST_F(ZPKSetupProgramRunnerTest, NothingToExecuteDoesNothing) {
-    const auto streams = zpk_test::captureStreams([] {
-        ZPKSetupProgramRunner::run({std::nullopt, Lines{"x"}}, true);
-    });
-    EXPECT_EQ(streams.standardOutput + streams.standardError, "");
+    EXPECT_TRUE(ZPKSetupProgramRunner::run({std::nullopt, Lines{"x"}}, true));
 }
 
 TEST_F(ZPKSetupProgramRunnerTest, ExecuteWaitsAndPassesEachArgumentAsItIs) {
-    ZPKSetupProgramRunner::run({ZPK_TEST_SETUP, Lines{"-a -b", "", "'\"$x\n"}}, true);
+    EXPECT_TRUE(ZPKSetupProgramRunner::run({ZPK_TEST_SETUP, Lines{"-a -b", "", "'\"$x\n"}}, true));
     EXPECT_EQ(readFile(m_folder / "record"), std::string(ZPK_TEST_SETUP) + "\n[-a -b]\n[]\n['\"$x\n]\n");
 }
 
 TEST_F(ZPKSetupProgramRunnerTest, ExecuteWithoutParametersPassesNone) {
-    ZPKSetupProgramRunner::run({ZPK_TEST_SETUP, std::nullopt}, true);
+    EXPECT_TRUE(ZPKSetupProgramRunner::run({ZPK_TEST_SETUP, std::nullopt}, true));
     EXPECT_EQ(readFile(m_folder / "record"), std::string(ZPK_TEST_SETUP) + "\n");
 }
 
-TEST_F(ZPKSetupProgramRunnerTest, ProgramThatCannotStartIsNamedOnStandardError) {
+TEST_F(ZPKSetupProgramRunnerTest, ProgramThatCannotStartIsTheFailureAndSaysNothing) {
     const auto streams = zpk_test::captureStreams([this] {
-        ZPKSetupProgramRunner::run({m_folder / "none", std::nullopt}, true);
+        const ZPKOutcome outcome = ZPKSetupProgramRunner::run({m_folder / "none", std::nullopt}, true);
+        ASSERT_FALSE(outcome);
+        EXPECT_EQ(outcome.failure().message(), (m_folder / "none") + ": No such file or directory");
     });
-    EXPECT_EQ(streams.standardError,
-              "Zephyrkit: cannot start " + (m_folder / "none") + ": No such file or directory\n");
+    EXPECT_EQ(streams.standardOutput + streams.standardError, "");
+}
+
+TEST_F(ZPKSetupProgramRunnerTest, TextThatAShellWouldRunIsGivenToNone) {
+    zpk_test::writeFile(m_folder / "setup", ": > '" + (m_folder / "record") + "'\n");
+    ::chmod((m_folder / "setup").c_str(), 0755);
+    EXPECT_FALSE(ZPKSetupProgramRunner::run({m_folder / "setup", Lines{"x"}}, true));
+    EXPECT_FALSE(std::filesystem::exists(m_folder / "record"));
 }
 
 TEST_F(ZPKSetupProgramRunnerTest, WithTheFlagOffTheProgramIsNotWaitedFor) {
     // A FIFO that nobody reads holds the program until this test does: waited for, it would never end.
     const std::string fifo = m_folder / "fifo";
     ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
-    ZPKSetupProgramRunner::run({"/bin/sh", Lines{"-c", "echo ran > '" + fifo + "'"}}, false);
+    EXPECT_TRUE(ZPKSetupProgramRunner::run({"/bin/sh", Lines{"-c", "echo ran > '" + fifo + "'"}}, false));
     EXPECT_EQ(readFile(fifo), "ran\n");
     ::wait(nullptr);
 }

@@ -133,9 +133,19 @@ TEST_F(ZPKStagingFolderTest, DescriptionIsUnpackedAndItsArchiveDeleted) {
     pack();
     const auto folder = ZPKStagingFolder::make();
     ASSERT_TRUE(folder);
-    (*folder)->unpackDescription(m_bundle.resource(""));
+    EXPECT_TRUE((*folder)->unpackDescription(m_bundle.resource("")));
     EXPECT_TRUE(fs::exists(m_staging + "/Info/Startup.xml"));
     EXPECT_FALSE(fs::exists(m_staging + "/Info.dat"));
+}
+
+TEST_F(ZPKStagingFolderTest, DescriptionThatCannotBeUnpackedIsTheToolsFailure) {
+    writeFile(m_bundle.resource("Info.datx"), "no archive");
+    const auto folder = ZPKStagingFolder::make();
+    ASSERT_TRUE(folder);
+    const ZPKOutcome outcome = (*folder)->unpackDescription(m_bundle.resource(""));
+    ASSERT_FALSE(outcome);
+    EXPECT_EQ(outcome.failure().message(), m_bundle.path() + "/Contents/Helpers/ditto: Ended with status 1");
+    EXPECT_TRUE(fs::is_empty(m_staging));
 }
 
 }  // namespace
