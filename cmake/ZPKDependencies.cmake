@@ -63,3 +63,12 @@ function(zpk_static_program name)
     target_link_options(${name} PRIVATE -static -no-pie -s -Wl,--gc-sections -Wl,-z,relro -Wl,-z,now)
   endif()
 endfunction()
+
+# zpk_windows_part(name)
+# It leaves the build machine beside carried libraries: without names for a debugger, and with what the loader
+# fills in made read-only before anything of it runs.
+function(zpk_windows_part name)
+  if(ZPK_STATIC)
+    target_link_options(${name} PRIVATE -s -Wl,-z,relro -Wl,-z,now)
+  endif()
+endfunction()
