@@ -1,0 +1,52 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#include "Tools/zpkpack/BuildCommand.h"
+
+#include <filesystem>
+#include <string>
+
+#include "Tools/zpkpack/Console.h"
+#include "Tools/zpkpack/PackageBuilder.h"
+
+namespace zpk_packager {
+
+namespace {
+
+/// What lies beside this program under a name.
+std::string besideThisProgram(const char* name) {
+    std::error_code ignored;
+    return (std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path() / name).string();
+}
+
+}  // namespace
+
+CLI::App& BuildCommand::declare(CLI::App& program) {
+    m_options.templatePath = besideThisProgram("Zephyrkit.app");
+    m_options.runProgramPath = besideThisProgram("zephyrkit-run");
+    CLI::App& line = *program.add_subcommand("build", "Make a package of a package source");
+    line.add_option("SOURCE", m_options.sourceFolder, "Folder with Package.strings, Info/, Data/, UILang/")
+        ->required();
+    line.add_option("-o,--output", m_options.outputPath,
+                    "The package to make: NAME.app, a bundle, or NAME.run, one file")
+        ->required();
+    line.add_option("--template", m_options.templatePath, "Launcher bundle without archives")
+        ->capture_default_str();
+    CLI::Option* const frameworks =
+        line.add_option("--frameworks", m_options.frameworksPath,
+                        "Folder to carry in the place of the template's Frameworks");
+    line.add_flag("!--without-windows", m_options.withWindows, "Carry nothing for windows")
+        ->excludes(frameworks);
+    line.add_flag("-f,--force", m_options.replace, "Replace a package that is there");
+    line.footer("Example:\n  zpkpack build Source -o HelloSetup.run");
+    return line;
+}
+
+ExitStatus BuildCommand::run(Console& console) {
+    const PackageSummary summary = PackageBuilder(m_options).build();
+    console.resultLine(m_options.outputPath);
+    console.result(summary.text());
+    return ExitStatus::Success;
+}
+
+}  // namespace zpk_packager

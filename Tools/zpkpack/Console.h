@@ -1,0 +1,64 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace zpk_packager {
+
+/// What the program says: results on standard output, messages on standard error, each message one
+/// harmless line. Used by one thread.
+class Console {
+public:
+    enum class Detail {
+        /// Errors alone.
+        Quiet,
+        Usual,
+        /// Also what is only of interest to somebody who looks for a cause.
+        Verbose,
+    };
+
+    enum class Stream { Results, Messages };
+
+    Console() = default;
+    /// Results that were not written by `finish` are lost.
+    ~Console() = default;
+    Console(const Console&) = delete;
+    Console& operator=(const Console&) = delete;
+
+    void setDetail(Detail detail) { m_detail = detail; }
+    Detail detail() const { return m_detail; }
+
+    /// Gives out a piece of the result as it is; who gives it has made it harmless. Throws
+    /// `PackagerFailure` when standard output cannot be written.
+    void result(std::string_view text);
+
+    /// The same for a line, which may hold any bytes.
+    void resultLine(std::string_view text);
+
+    /// Why the work could not be done.
+    void error(std::string_view text);
+
+    /// What is worth knowing of work that goes well.
+    void note(std::string_view text);
+
+    /// What is only shown when somebody wants to know all.
+    void more(std::string_view text);
+
+    /// Writes the results that are still kept. Throws `PackagerFailure`.
+    void finish();
+
+    /// Whether what is written there may be coloured: by a terminal that can, for a person who has not
+    /// said no by `NO_COLOR`.
+    static bool isColoured(Stream stream);
+
+private:
+    void message(std::string_view text);
+
+    Detail m_detail = Detail::Usual;
+    std::string m_results;
+};
+
+}  // namespace zpk_packager
