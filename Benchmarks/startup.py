@@ -2,7 +2,9 @@
 # SPDX-FileCopyrightText: 2026 The Zephyrkit authors
 # SPDX-License-Identifier: MIT
 
-"""Start of the launcher to the first instruction of the setup program, beside an empty Qt application.
+"""Start of a package to the first instruction of its setup program, less the pause of one second, beside the
+same launcher and an empty application on this machine's own Qt, and a shell archive. Each kind runs once to
+warm up, then all take turns; what is printed are medians.
 
 usage: startup.py BUILD-FOLDER [RUNS]
 """
@@ -32,28 +34,85 @@ def x_server():
         return server, ":" + pipe.readline().strip()
 
 
-def make_bundle(build, folder):
-    source = folder / "source"
-    (source / "Info").mkdir(parents=True)
-    (source / "Data").mkdir()
-    (source / "Package.strings").write_text(
-        '"CFBundleName" = "StartupBench"; "CFBundleIdentifier" = "com.example.StartupBench";'
-    )
-    (source / "Info/Startup.xml").write_text('<Startup Exec="$Data$/setup"/>')
-    shutil.copy(build / "Benchmarks/zpk_startup_probe", source / "Data/setup")
-    (source / "Data/noise").write_bytes(os.urandom(PAYLOAD))
-    bundle = folder / "StartupBench.app"
-    subprocess.run([build / "zpkpack", "build", source, "-o", bundle], check=True, stdout=subprocess.DEVNULL)
-    return bundle / "Contents/Linux/Zephyrkit"
-
-
-def seconds_to_mark(program, mark, environment):
+def seconds_to_mark(command, mark, environment):
     mark.unlink(missing_ok=True)
     start = time.clock_gettime(time.CLOCK_MONOTONIC)
-    subprocess.run(
-        [program], env=environment, check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL
-    )
+    subprocess.run(command, env=environment, check=True, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                   stderr=subprocess.DEVNULL)
     return float(mark.read_text()) - start
+
+
+class Packages:
+    """One payload, packed in every way."""
+
+    def __init__(self, build, folder):
+        self.build = build
+        self.folder = folder
+        self.source = folder / "source"
+        (self.source / "Info").mkdir(parents=True)
+        data = self.source / "Data"
+        data.mkdir()
+        (self.source / "Package.strings").write_text(
+            '"CFBundleName" = "StartupBench"; "CFBundleIdentifier" = "com.example.StartupBench";'
+        )
+        (self.source / "Info/Startup.xml").write_text('<Startup Exec="$Data$/setup"/>')
+        shutil.copy(build / "Benchmarks/zpk_startup_probe", data / "setup")
+        (data / "noise").write_bytes(os.urandom(PAYLOAD))
+
+    def zpkpack(self, name, *options):
+        """The program to start of a package."""
+        package = self.folder / name
+        subprocess.run([self.build / "zpkpack", "build", self.source, "-o", package, *options], check=True,
+                       stdout=subprocess.DEVNULL)
+        return package if name.endswith(".run") else package / "Contents/Linux/Zephyrkit"
+
+    def on_the_hosts_toolkit(self):
+        """The launcher's second stage in the place of the first, with no libraries beside it."""
+        launcher = self.zpkpack("Host.app")
+        contents = launcher.parents[1]
+        shutil.copy(contents / "Frameworks/Zephyrkit-desktop", launcher)
+        shutil.rmtree(contents / "Frameworks")
+        return launcher
+
+    def shell_archive(self):
+        package = self.folder / "makeself.run"
+        subprocess.run(["makeself", "--nox11", self.source / "Data", package, "StartupBench", "./setup"], check=True,
+                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        return package
+
+
+def measure(build, folder, display, runs):
+    temporary = folder / "tmp"
+    temporary.mkdir(mode=0o700)
+    mark = folder / "mark"
+    windows = dict(os.environ, DISPLAY=display, TMPDIR=str(temporary), XDG_RUNTIME_DIR=str(folder),
+                   ZPK_STARTUP_TIME=str(mark))
+    terminal = {key: value for key, value in windows.items() if key not in ("DISPLAY", "WAYLAND_DISPLAY")}
+    packages = Packages(build, folder)
+    kinds = {
+        "windows": ([packages.zpkpack("Windows.app")], windows, PAUSE),
+        "host": ([packages.on_the_hosts_toolkit()], windows, PAUSE),
+        "empty": ([build / "Benchmarks/zpk_empty_qt_application"], windows, 0),
+        "run": ([packages.zpkpack("Windows.run")], windows, PAUSE),
+        "terminal": ([packages.zpkpack("Terminal.app")], terminal, PAUSE),
+        "small": ([packages.zpkpack("Small.app", "--without-windows")], terminal, PAUSE),
+        "small run": ([packages.zpkpack("Small.run", "--without-windows")], terminal, PAUSE),
+        "shell": ([packages.shell_archive(), "--quiet", "--noprogress"], terminal, 0),
+    }
+    times = {name: [] for name in kinds}
+    for turn in range(runs + 1):
+        for name, (command, environment, pause) in kinds.items():
+            seconds = seconds_to_mark(command, mark, environment) - pause
+            if turn > 0:
+                times[name].append(seconds)
+    return {name: statistics.median(values) for name, values in times.items()}
+
+
+def row(what, seconds, bar=None, unit="s"):
+    words = f"start-up, {what:54} {seconds:6.3f} {unit:1}"
+    if bar is not None:
+        words += f"   bar {bar:.3f} {unit}  " + ("ok" if seconds <= bar else "MISSED")
+    print(words.rstrip())
 
 
 def main():
@@ -62,33 +121,22 @@ def main():
     folder = pathlib.Path(tempfile.mkdtemp(prefix="zpk-startup-"))
     server, display = x_server()
     try:
-        temporary = folder / "tmp"
-        temporary.mkdir(mode=0o700)
-        mark = folder / "mark"
-        environment = dict(
-            os.environ,
-            DISPLAY=display,
-            TMPDIR=str(temporary),
-            XDG_RUNTIME_DIR=str(folder),
-            ZPK_STARTUP_TIME=str(mark),
-        )
-        terminal = {key: value for key, value in environment.items() if key != "DISPLAY"}
-        launcher = make_bundle(build, folder)
-        peer = build / "Benchmarks/zpk_empty_qt_application"
-        rows = {"window": [], "terminal": [], "empty": []}
-        for _ in range(runs):
-            rows["window"].append(seconds_to_mark(launcher, mark, environment) - PAUSE)
-            rows["empty"].append(seconds_to_mark(peer, mark, environment))
-            rows["terminal"].append(seconds_to_mark(launcher, mark, terminal) - PAUSE)
-        window, terminal, empty = (statistics.median(rows[name]) for name in ("window", "terminal", "empty"))
-        print(f"start-up, launcher with a window   {window:.3f} s   bar 0.150 s")
-        print(f"start-up, empty Qt application     {empty:.3f} s")
-        print(f"start-up, launcher above the peer  {window - empty:+.3f} s   bar +0.050 s")
-        print(f"start-up, launcher on the terminal {terminal:.3f} s")
+        times = measure(build, folder, display, runs)
     finally:
         server.terminate()
         server.wait()
         shutil.rmtree(folder)
+    row("bundle with windows", times["windows"], 0.050)
+    row("the same launcher on the host's Qt", times["host"])
+    row("the first beside the second", times["windows"] / times["host"], 1.0, "")
+    row("an empty application on the host's Qt", times["empty"])
+    row("bundle with windows above the empty application", times["windows"] - times["empty"], 0.050)
+    row("bundle on the terminal", times["terminal"], 0.012)
+    row(".run with windows above the bundle", times["run"] - times["windows"], 0.350)
+    row("bundle without windows, terminal", times["small"], 0.012)
+    row(".run without windows above it", times["small run"] - times["small"], 0.050)
+    row("shell archive of the same payload (makeself)", times["shell"])
+    row(".run without windows beside it", times["small run"] / times["shell"], None, "")
 
 
 if __name__ == "__main__":
