@@ -15,6 +15,7 @@
 #include "Archive/Failure.h"
 #include "Archive/FolderWriter.h"
 #include "Archive/GzipWriter.h"
+#include "Archive/InputFile.h"
 #include "Archive/OutputFile.h"
 #include "Archive/PlainStream.h"
 #include "Archive/TreePacker.h"
@@ -98,6 +99,44 @@ MemberDescription describe(const Member& member) {
     return description;
 }
 
+template <typename OpenInput>
+bool extractFrom(const std::string& archive, const std::string& folder, ErrorSink& sink,
+                 const OpenInput& openInput) {
+    CountingSink counted(sink);
+    std::unique_ptr<PlainStream> stream;
+    std::unique_ptr<FolderWriter> writer;
+    reportFailure(archive, counted, [&] { stream = std::make_unique<PlainStream>(openInput()); });
+    if (stream) {
+        reportFailure(folder, counted, [&] { writer = std::make_unique<FolderWriter>(folder); });
+    }
+    if (writer) {
+        reportFailure(archive, counted, [&] {
+            CpioReader reader(*stream);
+            Extractor extractor(reader, *writer, counted);
+            reportFailure(archive, counted, [&] { extractor.extractAll(); });
+            extractor.finish();
+        });
+    }
+    return !counted.failed();
+}
+
+template <typename OpenInput>
+bool listFrom(const std::string& archive, const std::function<void(const MemberDescription&)>& visit,
+              ErrorSink& sink, const OpenInput& openInput) {
+    CountingSink counted(sink);
+    reportFailure(archive, counted, [&] {
+        PlainStream stream(openInput());
+        CpioReader reader(stream);
+        while (std::optional<Member> member = reader.next()) {
+            visit(describe(*member));
+            while (!reader.nextData().empty()) {
+            }
+        }
+        reader.finish();
+    });
+    return !counted.failed();
+}
+
 }  // namespace
 
 bool create(const std::string& source, const std::string& archive, ErrorSink& sink) {
@@ -124,38 +163,21 @@ bool create(const std::string& source, const std::string& archive, ErrorSink& si
 }
 
 bool extract(const std::string& archive, const std::string& folder, ErrorSink& sink) {
-    CountingSink counted(sink);
-    std::unique_ptr<PlainStream> stream;
-    std::unique_ptr<FolderWriter> writer;
-    reportFailure(archive, counted, [&] { stream = std::make_unique<PlainStream>(archive); });
-    if (stream) {
-        reportFailure(folder, counted, [&] { writer = std::make_unique<FolderWriter>(folder); });
-    }
-    if (writer) {
-        reportFailure(archive, counted, [&] {
-            CpioReader reader(*stream);
-            Extractor extractor(reader, *writer, counted);
-            reportFailure(archive, counted, [&] { extractor.extractAll(); });
-            extractor.finish();
-        });
-    }
-    return !counted.failed();
+    return extractFrom(archive, folder, sink, [&] { return InputFile(archive); });
+}
+
+bool extract(const std::string& name, const ByteSource& source, const std::string& folder, ErrorSink& sink) {
+    return extractFrom(name, folder, sink, [&] { return InputFile(source); });
 }
 
 bool list(const std::string& archive, const std::function<void(const MemberDescription&)>& visit,
           ErrorSink& sink) {
-    CountingSink counted(sink);
-    reportFailure(archive, counted, [&] {
-        PlainStream stream(archive);
-        CpioReader reader(stream);
-        while (std::optional<Member> member = reader.next()) {
-            visit(describe(*member));
-            while (!reader.nextData().empty()) {
-            }
-        }
-        reader.finish();
-    });
-    return !counted.failed();
+    return listFrom(archive, visit, sink, [&] { return InputFile(archive); });
+}
+
+bool list(const std::string& name, const ByteSource& source,
+          const std::function<void(const MemberDescription&)>& visit, ErrorSink& sink) {
+    return listFrom(name, visit, sink, [&] { return InputFile(source); });
 }
 
 }  // namespace zpk_archive

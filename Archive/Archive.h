@@ -7,6 +7,7 @@
 #include <functional>
 #include <string>
 
+#include "Archive/ByteSource.h"
 #include "Archive/ErrorSink.h"
 
 namespace zpk_archive {
@@ -61,9 +62,16 @@ bool create(const std::string& source, const std::string& archive, ErrorSink& si
 /// Returns true when nothing was reported as an error.
 bool extract(const std::string& archive, const std::string& folder, ErrorSink& sink);
 
+/// The same for an archive that `source` supplies; errors name it `name`.
+bool extract(const std::string& name, const ByteSource& source, const std::string& folder, ErrorSink& sink);
+
 /// Reads the whole archive, verifying its checksums, and calls `visit` for each member in order.
 /// Touches no disk but to read. Returns true when nothing was reported as an error.
 bool list(const std::string& archive, const std::function<void(const MemberDescription&)>& visit,
           ErrorSink& sink);
+
+/// The same for an archive that `source` supplies; errors name it `name`.
+bool list(const std::string& name, const ByteSource& source,
+          const std::function<void(const MemberDescription&)>& visit, ErrorSink& sink);
 
 }  // namespace zpk_archive

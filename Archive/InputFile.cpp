@@ -10,6 +10,7 @@
 #include <cassert>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include "Archive/Failure.h"
 #include "Base/ZPKDescriptorIO.h"
@@ -42,6 +43,13 @@ InputFile::InputFile(const std::string& path)
     ::posix_fadvise(m_file.get(), 0, 0, POSIX_FADV_SEQUENTIAL);
 }
 
+InputFile::InputFile(ByteSource source) : m_source(std::move(source)), m_buffer(kBufferSize) {}
+
+std::size_t InputFile::readSome(std::uint8_t* bytes, std::size_t count) {
+    return m_source ? m_source(bytes, count)
+                    : countOrThrow(ZPKDescriptorIO::readSome(m_file.get(), bytes, count));
+}
+
 std::span<const std::uint8_t> InputFile::peek(std::size_t count) {
     assert(count <= m_buffer.size());
     if (m_end - m_begin < count) {
@@ -49,8 +57,7 @@ std::span<const std::uint8_t> InputFile::peek(std::size_t count) {
         m_end -= m_begin;
         m_begin = 0;
         while (m_end < count) {
-            const std::size_t got = countOrThrow(
-                ZPKDescriptorIO::readSome(m_file.get(), m_buffer.data() + m_end, m_buffer.size() - m_end));
+            const std::size_t got = readSome(m_buffer.data() + m_end, m_buffer.size() - m_end);
             if (got == 0) {
                 break;
             }
@@ -69,7 +76,14 @@ std::size_t InputFile::read(std::uint8_t* bytes, std::size_t count) {
     std::size_t done = std::min(count, m_end - m_begin);
     std::memcpy(bytes, m_buffer.data() + m_begin, done);
     m_begin += done;
-    return done + countOrThrow(ZPKDescriptorIO::readWhole(m_file.get(), bytes + done, count - done));
+    while (done < count) {
+        const std::size_t got = readSome(bytes + done, count - done);
+        if (got == 0) {
+            break;
+        }
+        done += got;
+    }
+    return done;
 }
 
 }  // namespace zpk_archive

@@ -9,15 +9,17 @@
 #include <string>
 #include <vector>
 
+#include "Archive/ByteSource.h"
 #include "Base/ZPKFileDescriptor.h"
 
 namespace zpk_archive {
 
-/// A regular file read once from start to end through a buffer. Operations throw ArchiveFailure when
-/// the file cannot be read.
+/// A regular file, or what somebody else supplies, read once from start to end through a buffer.
+/// Operations throw ArchiveFailure when it cannot be read.
 class InputFile {
 public:
     explicit InputFile(const std::string& path);
+    explicit InputFile(ByteSource source);
 
     /// Tries to have at least `count` bytes in the buffer (`count` up to the buffer's size, 256 KiB);
     /// gives what there is, which is less only at the end of the file.
@@ -30,7 +32,10 @@ public:
     std::size_t read(std::uint8_t* bytes, std::size_t count);
 
 private:
+    std::size_t readSome(std::uint8_t* bytes, std::size_t count);
+
     ZPKFileDescriptor m_file;
+    ByteSource m_source;  ///< Read instead of the file, where there is one.
     std::vector<std::uint8_t> m_buffer;
     std::size_t m_begin = 0;
     std::size_t m_end = 0;

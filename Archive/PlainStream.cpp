@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 #include "Archive/Failure.h"
 #include "Archive/GzipMember.h"
@@ -64,8 +65,8 @@ private:
 
 }  // namespace
 
-PlainStream::PlainStream(const std::string& path)
-    : m_input(path), m_pipeline(BlockPipeline::suitableLength()) {
+PlainStream::PlainStream(InputFile input)
+    : m_input(std::move(input)), m_pipeline(BlockPipeline::suitableLength()) {
     std::span<const std::uint8_t> head = m_input.peek(3);
     void (PlainStream::*method)() = &PlainStream::copyPlain;
     if (head.empty()) {

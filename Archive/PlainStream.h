@@ -18,8 +18,8 @@ namespace zpk_archive {
 /// caller works on the blocks before.
 class PlainStream {
 public:
-    /// Throws ArchiveFailure when the file cannot be opened.
-    explicit PlainStream(const std::string& path);
+    /// Throws ArchiveFailure when the file cannot be read or is empty.
+    explicit PlainStream(InputFile input);
     ~PlainStream();
     PlainStream(const PlainStream&) = delete;
     PlainStream& operator=(const PlainStream&) = delete;

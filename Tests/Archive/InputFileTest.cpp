@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -38,11 +40,7 @@ std::string pattern(std::size_t size) {
     return bytes;
 }
 
-TEST(InputFileTest, ReadsAndPeeksInTurnsUpToTheEnd) {
-    const TemporaryFolder folder;
-    const std::string bytes = pattern(1000003);
-    writeFile(folder / "file", bytes);
-    InputFile input(folder / "file");
+void expectReadsAndPeeksInTurns(InputFile input, const std::string& bytes) {
     std::string got;
     for (std::size_t step = 1; got.size() < bytes.size(); step = step * 3 % 70001) {
         const auto peeked = input.peek(step % 1000);
@@ -59,6 +57,27 @@ TEST(InputFileTest, ReadsAndPeeksInTurnsUpToTheEnd) {
     EXPECT_TRUE(input.available().empty());
     std::uint8_t byte = 0;
     EXPECT_EQ(input.read(&byte, 1), 0U);
+}
+
+TEST(InputFileTest, ReadsAndPeeksInTurnsUpToTheEnd) {
+    const TemporaryFolder folder;
+    const std::string bytes = pattern(1000003);
+    writeFile(folder / "file", bytes);
+    expectReadsAndPeeksInTurns(InputFile(folder / "file"), bytes);
+}
+
+TEST(InputFileTest, ReadsTheSameFromASourceHoweverLittleThatGivesAtATime) {
+    const std::string bytes = pattern(1000003);
+    for (const std::size_t most : {std::size_t{1}, std::size_t{1000}, bytes.size()}) {
+        const auto source = [&bytes, most, done = std::size_t{0}](std::uint8_t* piece,
+                                                                  std::size_t count) mutable {
+            const std::size_t given = std::min({count, most, bytes.size() - done});
+            std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(done), given, piece);
+            done += given;
+            return given;
+        };
+        expectReadsAndPeeksInTurns(InputFile(source), bytes);
+    }
 }
 
 TEST(InputFileTest, SaysWhyItCannotRead) {
