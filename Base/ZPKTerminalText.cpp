@@ -3,6 +3,7 @@
 
 #include "Base/ZPKTerminalText.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include "Base/ZPKUnicode.h"
@@ -10,6 +11,10 @@
 namespace {
 
 constexpr std::string_view kCutMark = "...";
+
+bool isPlain(char character) {
+    return character >= ' ' && character <= '~' && character != '\\';
+}
 
 std::string escaped(unsigned char byte) {
     switch (byte) {
@@ -39,6 +44,10 @@ bool ZPKTerminalText::isHarmless(char32_t character) {
 }
 
 std::string ZPKTerminalText::printable(std::string_view text, std::size_t limit) {
+    // Nearly every name, and listings have many.
+    if (text.size() <= limit && std::all_of(text.begin(), text.end(), isPlain)) {
+        return std::string(text);
+    }
     std::string line;
     while (!text.empty()) {
         char32_t character = 0;

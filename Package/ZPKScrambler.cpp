@@ -6,7 +6,6 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <utility>
 
 #include "Base/ZPKPath.h"
@@ -66,6 +65,11 @@ ZPKOutcome exchange(const ZPKFileHandle& source, std::uint64_t middle, const std
 }
 
 }  // namespace
+
+std::array<ZPKScrambler::Piece, 2> ZPKScrambler::piecesOfPlain(std::uint64_t size) {
+    const std::uint64_t front = size > kRotation ? kRotation : 0;
+    return {Piece{size - front, front}, Piece{0, size - front}};
+}
 
 ZPKOutcome ZPKScrambler::scramble(const std::string& source, const std::string& destination) {
     const ZPKResult<ZPKFileHandle> file = ZPKFileHandle::forReadingAtPath(source);

@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include <array>
+#include <cstdint>
 #include <string>
 
 #include "Base/ZPKFailure.h"
@@ -12,6 +14,15 @@
 class ZPKScrambler {
 public:
     ZPKScrambler() = delete;
+
+    struct Piece {
+        std::uint64_t offset;
+        std::uint64_t size;
+    };
+
+    /// Where the bytes of the plain archive lie in a scrambled one of `size` bytes, in the order of the
+    /// former: for who reads it without a copy.
+    static std::array<Piece, 2> piecesOfPlain(std::uint64_t size);
 
     /// Scrambles the plain archive `source` into `destination`, replacing any file there: the first
     /// 102400 bytes move to the end. A missing `source` fails and leaves an empty `destination`.

@@ -3,6 +3,8 @@
 
 #include "RunFile/ZPKRunFile.h"
 
+#include <zstd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <optional>
@@ -129,6 +131,20 @@ ZPKResult<ZPKRunFile> ZPKRunFile::open(const std::string& path) {
 
 ZPKResult<std::string> ZPKRunFile::bytesAt(std::uint64_t offset, std::uint64_t size) const {
     return readAt(m_file, offset, size);
+}
+
+ZPKResult<std::string> ZPKRunFile::plainBlock(std::size_t index) const {
+    const ZPKRunFileBlock& block = m_table.blocks[index];
+    const ZPKResult<std::string> packed = checkedPart(m_file, block.offset, block.packedSize, block.checksum);
+    if (!packed) {
+        return packed.failure();
+    }
+    std::string plain(static_cast<std::size_t>(block.plainSize), '\0');
+    const std::size_t size = ::ZSTD_decompress(plain.data(), plain.size(), packed->data(), packed->size());
+    if (::ZSTD_isError(size) != 0 || size != plain.size()) {
+        return damage();
+    }
+    return plain;
 }
 
 ZPKFailure ZPKRunFile::damage() const {

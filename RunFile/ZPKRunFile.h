@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -23,6 +24,9 @@ public:
 
     /// `size` bytes from `offset` on. Fails when the file ends before.
     ZPKResult<std::string> bytesAt(std::uint64_t offset, std::uint64_t size) const;
+
+    /// What the block of this number holds, once its checksum is verified.
+    ZPKResult<std::string> plainBlock(std::size_t index) const;
 
     /// What is said of a file that does not hold what its checksums say.
     ZPKFailure damage() const;

@@ -6,7 +6,6 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <zstd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -143,20 +142,8 @@ void ZPKRunFilePlacer::keepFailure(const ZPKFailure& failure) {
 }
 
 ZPKOutcome ZPKRunFilePlacer::placeBlock(std::size_t index) {
-    const ZPKRunFileBlock& block = m_runFile.table().blocks[index];
-    const ZPKResult<std::string> packed = m_runFile.bytesAt(block.offset, block.packedSize);
-    if (!packed) {
-        return packed.failure();
-    }
-    if (ZPKRunFileChecksum::of(*packed) != block.checksum) {
-        return m_runFile.damage();
-    }
-    std::string plain(static_cast<std::size_t>(block.plainSize), '\0');
-    const std::size_t size = ::ZSTD_decompress(plain.data(), plain.size(), packed->data(), packed->size());
-    if (::ZSTD_isError(size) != 0 || size != plain.size()) {
-        return m_runFile.damage();
-    }
-    return writeFilesOfBlock(index, plain);
+    const ZPKResult<std::string> plain = m_runFile.plainBlock(index);
+    return plain ? writeFilesOfBlock(index, *plain) : ZPKOutcome(plain.failure());
 }
 
 ZPKOutcome ZPKRunFilePlacer::writeFilesOfBlock(std::size_t index, const std::string& plain) {
