@@ -45,15 +45,23 @@ if(ZPK_STATIC)
 endif()
 zpk_dependency(zpk_libarchive FILE libarchive.a MODULE libarchive LINK ${bzip2})
 
-# Debian's package of it has the static library, too.
-pkg_check_modules(zstd REQUIRED IMPORTED_TARGET libzstd)
-add_library(zpk_zstd INTERFACE)
-if(ZPK_STATIC)
-  find_library(ZPK_ZSTD_ARCHIVE libzstd.a REQUIRED)
-  target_link_libraries(zpk_zstd INTERFACE ${ZPK_ZSTD_ARCHIVE} Threads::Threads)
-else()
-  target_link_libraries(zpk_zstd INTERFACE PkgConfig::zstd)
-endif()
+# zpk_packaged_dependency(name FILE libx.a MODULE pkg-config-module [LINK target ...])
+# The same for one whose package of Debian has the static library, too.
+function(zpk_packaged_dependency name)
+  cmake_parse_arguments(ARG "" "FILE;MODULE" "LINK" ${ARGN})
+  add_library(${name} INTERFACE)
+  if(ZPK_STATIC)
+    find_library(${name}_archive ${ARG_FILE} REQUIRED)
+    target_link_libraries(${name} INTERFACE ${${name}_archive} ${ARG_LINK})
+  else()
+    pkg_check_modules(${name} REQUIRED IMPORTED_TARGET ${ARG_MODULE})
+    target_link_libraries(${name} INTERFACE PkgConfig::${name})
+  endif()
+endfunction()
+
+zpk_packaged_dependency(zpk_zstd FILE libzstd.a MODULE libzstd LINK Threads::Threads)
+# For SHA-256 alone: it has the processor's own instructions, needs nothing else, and is linked in parts.
+zpk_packaged_dependency(zpk_nettle FILE libnettle.a MODULE nettle)
 
 # zpk_static_program(name)
 # The program needs nothing of the machine that it starts on but the kernel; of the libraries it holds

@@ -10,7 +10,7 @@ import unittest
 
 from support import BUILD
 
-COMMANDS = ("build",)
+COMMANDS = ("build", "list", "scramble", "unscramble", "verify")
 
 
 def run(*arguments, **settings):

@@ -9,6 +9,9 @@
 
 #include "Base/ZPKNearestName.h"
 #include "Tools/zpkpack/BuildCommand.h"
+#include "Tools/zpkpack/ListCommand.h"
+#include "Tools/zpkpack/ScrambleCommand.h"
+#include "Tools/zpkpack/VerifyCommand.h"
 
 namespace zpk_packager {
 
@@ -33,12 +36,14 @@ CommandLine::CommandLine() : m_program("Makes installer packages, and looks into
     m_program.require_subcommand(1);
     m_program.footer("Example:\n  zpkpack build Source -o HelloSetup.app");
     addCommonOptions(m_program);
-    add<BuildCommand>();
+    add(std::make_unique<BuildCommand>());
+    add(std::make_unique<ListCommand>());
+    add(std::make_unique<ScrambleCommand>(ScrambleCommand::Direction::Scramble));
+    add(std::make_unique<ScrambleCommand>(ScrambleCommand::Direction::Unscramble));
+    add(std::make_unique<VerifyCommand>());
 }
 
-template <typename Kind>
-void CommandLine::add() {
-    auto command = std::make_unique<Kind>();
+void CommandLine::add(std::unique_ptr<Command> command) {
     CLI::App& line = command->declare(m_program);
     addCommonOptions(line);
     m_commands.push_back({std::move(command), &line});

@@ -26,8 +26,7 @@ private:
         CLI::App* line;
     };
 
-    template <typename Kind>
-    void add();
+    void add(std::unique_ptr<Command> command);
     void addCommonOptions(CLI::App& line);
     ExitStatus explain(const CLI::ParseError& error, Console& console) const;
     std::string unknownName() const;

@@ -27,6 +27,9 @@ public:
     /// Throws `PackagerFailure`.
     void check(const std::string& sourceFolder, const std::vector<std::string>& copiedFolders) const;
 
+    /// Refuses a place that is taken, unless what is there may be replaced. Throws `PackagerFailure`.
+    void checkFree() const;
+
     /// Gives the package at `made`, which lies on the same file system, its place. What was there is
     /// then at `made` or beside it, the caller's to remove. Throws `PackagerFailure`, and then what was
     /// there stays.
@@ -34,7 +37,6 @@ public:
 
 private:
     bool isTaken() const;
-    void checkFree() const;
     void checkOutside(const std::string& folder, const std::string& why) const;
     void putInFreePlace(const std::string& made) const;
     void exchange(const std::string& made) const;

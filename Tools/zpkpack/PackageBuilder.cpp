@@ -14,6 +14,7 @@
 #include "Tools/zpkpack/ArchivePacker.h"
 #include "Tools/zpkpack/ChildStep.h"
 #include "Tools/zpkpack/InfoPlist.h"
+#include "Tools/zpkpack/Manifest.h"
 #include "Tools/zpkpack/PackagerFailure.h"
 #include "Tools/zpkpack/SignalHold.h"
 #include "Tools/zpkpack/WorkFolder.h"
@@ -83,6 +84,7 @@ void PackageBuilder::make(const PackageDescription& description, const std::stri
     const ArchivePacker packer(workFolder);
     packer.pack(ZPKPackageLayout::Content::Info, m_source.folder(), resourceFolder);
     packer.pack(ZPKPackageLayout::Content::Data, m_source.folder(), resourceFolder);
+    Manifest::write(bundle);
     checkBundle(bundle, description);
 }
 

@@ -1,0 +1,59 @@
+# SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+# SPDX-License-Identifier: MIT
+
+"""What the tests of the packager's commands share: a source, small packages of it, and runs."""
+
+import gzip
+import os
+import shutil
+import subprocess
+
+from support import BUILD, TEMPLATE, PackageTestCase, odc_archive, write
+
+ROTATION = 102400
+
+
+def scrambled(plain):
+    return plain[ROTATION:] + plain[:ROTATION] if len(plain) > ROTATION else plain
+
+
+class CommandTestCase(PackageTestCase):
+    def setUp(self):
+        super().setUp()
+        self.recorder()
+        self.startup()
+        self.template = self.folder / "Template.app"
+        write(self.template / "Contents/Linux/Zephyrkit", "#!/bin/sh\n", 0o755)
+        shutil.copy(TEMPLATE / "Contents/Info.plist", self.template / "Contents/Info.plist")
+        (self.template / "Contents/Resources").mkdir()
+
+    def run_zpkpack(self, *arguments, status=0, **settings):
+        done = subprocess.run(
+            [BUILD / "zpkpack", *arguments], capture_output=True, cwd=self.folder, timeout=120, **settings
+        )
+        self.assertEqual(done.returncode, status, done.stdout + done.stderr)
+        self.assertNotIn(b"\x1b", done.stdout + done.stderr)
+        self.assertEqual(list(self.folder.glob(".zpk-*")), [])
+        return done
+
+    def small_package(self, name, *arguments):
+        self.run_zpkpack("build", self.source, "-o", name, "--template", self.template, *arguments)
+        return self.folder / name
+
+    def hostile_bundle(self, members, name="Hostile.app"):
+        """A bundle whose payload has the members (name, mode, contents)."""
+        resources = self.folder / name / "Contents/Resources"
+        resources.mkdir(parents=True)
+        for archive, content in (("Info", [("Info", 0o040755, b"")]), ("Data", members)):
+            packed = gzip.compress(odc_archive(content), mtime=0)
+            write(resources / f"{archive}.datx", scrambled(packed))
+        return self.folder / name
+
+    def tree(self, folder):
+        """Everything below a folder: path, mode, contents or link text."""
+        rows = []
+        for path in sorted(folder.rglob("*"), key=os.fsencode):
+            status = path.lstat()
+            what = os.readlink(path) if path.is_symlink() else path.read_bytes() if path.is_file() else None
+            rows.append((str(path.relative_to(folder)), oct(status.st_mode), what))
+        return rows

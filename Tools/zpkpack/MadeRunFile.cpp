@@ -1,0 +1,89 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#include "Tools/zpkpack/MadeRunFile.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+#include <vector>
+
+#include "Base/ZPKDescriptorIO.h"
+#include "Tools/zpkpack/PackagerFailure.h"
+
+namespace zpk_packager {
+
+namespace {
+
+using EntryKind = ZPKRunFileEntry::Kind;
+
+ZPKRunFile opened(const std::string& path) {
+    ZPKResult<ZPKRunFile> file = ZPKRunFile::open(path);
+    if (!file) {
+        throw PackagerFailure(file.failure());
+    }
+    return std::move(*file);
+}
+
+MadePackage::Kind kindOf(EntryKind kind) {
+    switch (kind) {
+        case EntryKind::Folder:
+            return MadePackage::Kind::Folder;
+        case EntryKind::Link:
+            return MadePackage::Kind::Link;
+        case EntryKind::PackedFile:
+        case EntryKind::StoredFile:
+            break;
+    }
+    return MadePackage::Kind::File;
+}
+
+}  // namespace
+
+MadeRunFile::MadeRunFile(const std::string& path) : MadePackage(path), m_file(opened(path)) {
+    std::vector<Item> items;
+    const std::vector<ZPKRunFileEntry>& entries = m_file.table().entries;
+    for (std::size_t index = 0; index < entries.size(); ++index) {
+        const ZPKRunFileEntry& entry = entries[index];
+        // The first component is the bundle itself.
+        const std::size_t separator = entry.path.find('/');
+        if (separator != std::string::npos) {
+            items.push_back(
+                {entry.path.substr(separator + 1), kindOf(entry.kind), entry.mode, entry.size, entry.target});
+            m_entries.emplace(items.back().path, index);
+        }
+    }
+    setItems(std::move(items));
+}
+
+std::size_t MadeRunFile::read(const Item& file, std::uint64_t offset, void* bytes, std::size_t count) {
+    const ZPKRunFileEntry& entry = m_file.table().entries[m_entries.at(file.path)];
+    const auto wanted =
+        static_cast<std::size_t>(std::min<std::uint64_t>(count, entry.size - std::min(offset, entry.size)));
+    if (entry.kind == EntryKind::PackedFile) {
+        std::memcpy(bytes, plainBlock(entry.block).data() + entry.offset + offset, wanted);
+        return wanted;
+    }
+    const ssize_t got = ZPKDescriptorIO::readWholeAt(m_file.file().descriptor(), bytes, wanted,
+                                                     static_cast<off_t>(entry.offset + offset));
+    if (got < 0 || static_cast<std::size_t>(got) != wanted) {
+        throw PackagerFailure(m_file.damage());
+    }
+    return wanted;
+}
+
+const std::string& MadeRunFile::plainBlock(std::size_t index) {
+    if (!m_block || m_blockIndex != index) {
+        // The old one goes first: two of them need not fit in memory.
+        m_block.reset();
+        ZPKResult<std::string> block = m_file.plainBlock(index);
+        if (!block) {
+            throw PackagerFailure(block.failure());
+        }
+        m_block.emplace(std::move(*block));
+        m_blockIndex = index;
+    }
+    return *m_block;
+}
+
+}  // namespace zpk_packager
