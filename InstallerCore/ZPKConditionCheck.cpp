@@ -14,8 +14,8 @@
 #include "Description/CUninstallXMLType.h"
 #include "Description/CUpdateInfoType.h"
 #include "Description/CZPKXMLLoader.h"
-#include "InstallerCore/ZPKStagedItem.h"
 #include "Package/CZPKUtil.h"
+#include "Package/ZPKStagedItem.h"
 #include "Platform/ZPKPropertyList.h"
 #include "Platform/ZPKStandardFolders.h"
 

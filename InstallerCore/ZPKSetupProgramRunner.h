@@ -4,7 +4,7 @@
 #pragma once
 
 #include "Base/ZPKFailure.h"
-#include "InstallerCore/ZPKSetupProgramFinder.h"
+#include "Description/ZPKSetupProgramFinder.h"
 
 /// Runs setup programs. Any thread.
 class ZPKSetupProgramRunner {

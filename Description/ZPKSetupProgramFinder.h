@@ -25,4 +25,13 @@ public:
     /// resolved, or there is none in the staging folder, the first executable of the payload in the file
     /// system's own order.
     static ZPKSetupProgram find(const std::string& stagingFolder);
+
+    /// The program that `exec` names: the payload folder in place of its token, an application bundle
+    /// standing for its main program. Nothing when it is a bundle without one; whether anything is at
+    /// another path is not asked.
+    static std::optional<std::string> programOfExec(const std::string& exec, const std::string& dataFolder);
+
+    /// The first executable in the payload folder in the file system's own order, which is run where none
+    /// is named; nothing when there is none.
+    static std::optional<std::string> firstExecutable(const std::string& dataFolder);
 };

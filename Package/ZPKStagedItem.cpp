@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zephyrkit authors
 // SPDX-License-Identifier: MIT
 
-#include "InstallerCore/ZPKStagedItem.h"
+#include "Package/ZPKStagedItem.h"
 
 #include <sys/stat.h>
 

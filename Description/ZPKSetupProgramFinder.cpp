@@ -1,15 +1,15 @@
 // SPDX-FileCopyrightText: 2026 The Zephyrkit authors
 // SPDX-License-Identifier: MIT
 
-#include "InstallerCore/ZPKSetupProgramFinder.h"
+#include "Description/ZPKSetupProgramFinder.h"
 
 #include <memory>
 
 #include "Base/ZPKPath.h"
 #include "Description/CStartupType.h"
 #include "Description/CZPKXMLLoader.h"
-#include "InstallerCore/ZPKStagedItem.h"
 #include "Package/ZPKPackageLayout.h"
+#include "Package/ZPKStagedItem.h"
 #include "Platform/ZPKBundle.h"
 #include "Platform/ZPKFileManager.h"
 
@@ -39,9 +39,10 @@ std::unique_ptr<const CStartupType> startupOf(const std::string& stagingFolder) 
     return std::unique_ptr<const CStartupType>(CZPKXMLLoader::LoadStartupXML(path));
 }
 
-/// `exec` with the payload folder in place of its token, an application bundle standing for its main
-/// program.
-std::optional<std::string> programOfExec(const std::string& exec, const std::string& dataFolder) {
+}  // namespace
+
+std::optional<std::string> ZPKSetupProgramFinder::programOfExec(const std::string& exec,
+                                                                const std::string& dataFolder) {
     std::string program = replaceAll(exec, ZPKPackageLayout::kDataFolderToken, dataFolder);
     if (ZPKPath::extension(program) == "app") {
         return mainProgramOfBundle(program);
@@ -49,14 +50,14 @@ std::optional<std::string> programOfExec(const std::string& exec, const std::str
     return program;
 }
 
-std::optional<std::string> firstExecutableInFolder(const std::string& folder) {
+std::optional<std::string> ZPKSetupProgramFinder::firstExecutable(const std::string& dataFolder) {
     std::vector<std::string> names;
-    ZPKFileManager::contentsOfFolder(folder, names).ignore();
+    ZPKFileManager::contentsOfFolder(dataFolder, names).ignore();
     for (const std::string& name : names) {
         if (name.front() == '.') {
             continue;
         }
-        const std::string path = ZPKPath::join(folder, name);
+        const std::string path = ZPKPath::join(dataFolder, name);
         if (ZPKBundle::bundleWithPath(path)) {
             if (std::optional<std::string> program = mainProgramOfBundle(path)) {
                 return program;
@@ -67,8 +68,6 @@ std::optional<std::string> firstExecutableInFolder(const std::string& folder) {
     }
     return std::nullopt;
 }
-
-}  // namespace
 
 ZPKSetupProgram ZPKSetupProgramFinder::find(const std::string& stagingFolder) {
     const std::string dataFolder = ZPKPackageLayout::folder(stagingFolder, ZPKPackageLayout::Content::Data);
@@ -81,7 +80,7 @@ ZPKSetupProgram ZPKSetupProgramFinder::find(const std::string& stagingFolder) {
         program.path = programOfExec(startup->exec, dataFolder);
     }
     if (!program.path) {
-        program.path = firstExecutableInFolder(dataFolder);
+        program.path = firstExecutable(dataFolder);
     }
     return program;
 }

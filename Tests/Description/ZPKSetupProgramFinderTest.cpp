@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zephyrkit authors
 // SPDX-License-Identifier: MIT
 
-#include "InstallerCore/ZPKSetupProgramFinder.h"
+#include "Description/ZPKSetupProgramFinder.h"
 
 #include <gtest/gtest.h>
 
