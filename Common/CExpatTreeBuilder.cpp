@@ -18,7 +18,9 @@ namespace varno_zpk {
 namespace {
 
 /// Stops the parser: the input is well-formed so far, but is refused.
-struct InputRefused {};
+struct InputRefused {
+    const char* reason;
+};
 
 // Entities and attribute defaults let a small input ask for a tree of any size. A document without
 // them cannot reach this bound: its smallest node, "<a/>", costs 36 bytes per byte of input.
@@ -75,6 +77,21 @@ bool CExpatTreeBuilder::Finish(XML_Status status) {
     return status == XML_STATUS_OK;
 }
 
+CExpatTreeBuilder::Place CExpatTreeBuilder::GetPlace() const {
+    return {static_cast<std::size_t>(XML_GetCurrentLineNumber(m_parser.get())),
+            static_cast<std::size_t>(XML_GetCurrentColumnNumber(m_parser.get())) + 1,
+            static_cast<std::size_t>(XML_GetCurrentByteIndex(m_parser.get()))};
+}
+
+CExpatTreeBuilder::Refusal CExpatTreeBuilder::GetRefusal() const {
+    if (m_refusal != nullptr) {
+        return {m_refusal, m_refusalPlace, false};
+    }
+    const XML_Error error = XML_GetErrorCode(m_parser.get());
+    return {XML_ErrorString(error), GetPlace(),
+            error == XML_ERROR_UNKNOWN_ENCODING || error == XML_ERROR_INCORRECT_ENCODING};
+}
+
 std::unique_ptr<CXMLDocument> CExpatTreeBuilder::TakeDocument() {
     std::unique_ptr<CXMLDocument> document(CXMLNode::CreateDocumentWithRootElement(m_root.get()));
     static_cast<void>(m_root.release());
@@ -127,7 +144,9 @@ void CExpatTreeBuilder::Guard(Action action) noexcept {
     try {
         action();
         return;
-    } catch (const InputRefused&) {
+    } catch (const InputRefused& refused) {
+        m_refusal = refused.reason;
+        m_refusalPlace = GetPlace();
     } catch (...) {
         m_exception = std::current_exception();
     }
@@ -137,17 +156,20 @@ void CExpatTreeBuilder::Guard(Action action) noexcept {
 
 void CExpatTreeBuilder::CountEntity() {
     if (m_entities == kMaximumEntities) {
-        throw InputRefused();
+        throw InputRefused{"it declares too many entities"};
     }
     ++m_entities;
 }
 
 void CExpatTreeBuilder::StartElement(const char* name, const char** attributes) {
     if (m_openElements.size() == kMaximumDepth) {
-        throw InputRefused();
+        throw InputRefused{"its elements are nested too deeply"};
     }
     AddTexts(true);
     std::unique_ptr<CXMLElement> element = CreateElement(name, attributes);
+    if (m_listener) {
+        m_listener(*element, GetPlace());
+    }
     m_openElements.push_back({element.get(), false});
     if (m_openElements.size() == 1) {
         m_root = std::move(element);
@@ -218,7 +240,7 @@ void CExpatTreeBuilder::AddTexts(bool dropIndentation) {
 
 void CExpatTreeBuilder::Charge(std::size_t bytes) {
     if (bytes > m_budget) {
-        throw InputRefused();
+        throw InputRefused{"its entities make it too large"};
     }
     m_budget -= bytes;
 }

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <exception>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -47,6 +48,32 @@ public:
     /// As `ParseBuffer`, for input that lies elsewhere.
     bool Parse(const char* input, int size, bool isLast);
 
+    /// Where something stands in the input.
+    struct Place {
+        /// From 1 on.
+        std::size_t line;
+        /// In characters, from 1 on.
+        std::size_t column;
+        /// In bytes, from 0 on; inside an entity's text that of the reference.
+        std::size_t offset;
+    };
+
+    /// Why input is malformed, in Expat's words or those of this class.
+    struct Refusal {
+        std::string reason;
+        Place place;
+        /// Its encoding is not known, or not the one that it claims to be.
+        bool isOfEncoding;
+    };
+
+    /// Only after a piece was refused.
+    Refusal GetRefusal() const;
+
+    /// Has `listener` called with each element when its start tag has been read; the element stays where it
+    /// is as long as the tree does.
+    using ElementListener = std::function<void(const CXMLElement& element, const Place& place)>;
+    void SetElementListener(ElementListener listener) { m_listener = std::move(listener); }
+
     /// The finished tree, after the last piece was taken in.
     std::unique_ptr<CXMLDocument> TakeDocument();
 
@@ -77,6 +104,7 @@ private:
     template <typename Action>
     void Guard(Action action) noexcept;
     bool Finish(XML_Status status);
+    Place GetPlace() const;
 
     void CountEntity();
     void StartElement(const char* name, const char** attributes);
@@ -97,7 +125,11 @@ private:
     bool m_lastTextIsOpen = false;
     /// The first character of the markup that Expat was asked for, or zero before it answers.
     char m_startOfMarkup = '\0';
+    ElementListener m_listener;
     bool m_isStopped = false;
+    /// Why input was refused that Expat would have taken; else null.
+    const char* m_refusal = nullptr;
+    Place m_refusalPlace{};
     /// What a handler threw: it must not pass through Expat, which is C.
     std::exception_ptr m_exception;
 };

@@ -79,6 +79,9 @@ struct CResourceBundleStringTableParser::tagPRIVATE_DATA {
     std::FILE* file;
     bool atEnd;  // a read has returned no bytes
     unsigned char buffer[kBufferSize];
+    std::size_t stringOffset;        // file offset of the last string's first byte
+    std::size_t keyOffset;           // the same of the key
+    IStringTableListener* listener;  // takes the faults; null: they are printed
 
     /// Consumes the bytes ahead in the buffer that all belong to `bytes`; empty when the next one
     /// does not, or is not in the buffer yet. Most of a table is such runs: taking them whole is
@@ -94,7 +97,9 @@ struct CResourceBundleStringTableParser::tagPRIVATE_DATA {
     }
 };
 
-int CResourceBundleStringTableParser::Parse(const char* inPath, std::vector<CBaseObject*>& outElements) {
+/// Opens the item, gives it to `action` and closes it.
+template <typename Action>
+int CResourceBundleStringTableParser::ParseItem(const char* inPath, Action action) {
     if (const int error = errorOfItem(inPath)) {
         return error;
     }
@@ -104,11 +109,27 @@ int CResourceBundleStringTableParser::Parse(const char* inPath, std::vector<CBas
     }
     const std::unique_ptr<std::FILE, FileCloser> file(opened);
     try {
-        ParseInternal(file.get(), inPath, outElements);
+        action(file.get());
     } catch (...) {
         return -1;
     }
     return 0;
+}
+
+int CResourceBundleStringTableParser::Parse(const char* inPath, std::vector<CBaseObject*>& outElements) {
+    return ParseItem(inPath, [&](std::FILE* file) { ParseInternal(file, inPath, outElements); });
+}
+
+int CResourceBundleStringTableParser::Parse(const char* inPath, IStringTableListener& listener) {
+    return ParseItem(inPath, [&](std::FILE* file) {
+        tagPRIVATE_DATA data{};
+        data.path = inPath;
+        data.file = file;
+        data.listener = &listener;
+        ParseEntries(data, [&](const std::string& key, const std::string& value) {
+            listener.OnEntry(key, value, data.keyOffset);
+        });
+    });
 }
 
 void CResourceBundleStringTableParser::ParseInternal(std::FILE* inFile, const char* inPath,
@@ -116,14 +137,25 @@ void CResourceBundleStringTableParser::ParseInternal(std::FILE* inFile, const ch
     tagPRIVATE_DATA data{};
     data.path = inPath;
     data.file = inFile;
-    data.line = 1;
     const ReportFlusher flusher;
+    ParseEntries(data, [&](const std::string& key, const std::string& value) {
+        auto element = std::make_unique<CResourceBundleStringElement>(key.c_str(), value.c_str());
+        outElements.push_back(element.get());
+        static_cast<void>(element.release());
+    });
+}
+
+/// Gives `takeEntry` each entry of a file that has not been read from yet.
+template <typename EntryTaker>
+void CResourceBundleStringTableParser::ParseEntries(tagPRIVATE_DATA& data, EntryTaker takeEntry) {
+    data.line = 1;
     SkipBom(data);
 
     std::string key;
     std::string value;
     for (;;) {
         const int keyDelimiter = GetNextString(data, key);
+        data.keyOffset = data.stringOffset;
         if (keyDelimiter == kEndOfFile) {
             return;
         }
@@ -131,12 +163,9 @@ void CResourceBundleStringTableParser::ParseInternal(std::FILE* inFile, const ch
             Log(data, kSyntaxError);
             continue;
         }
-        if (key.empty()) {
-            continue;
+        if (!key.empty()) {
+            takeEntry(key, value);
         }
-        auto element = std::make_unique<CResourceBundleStringElement>(key.c_str(), value.c_str());
-        outElements.push_back(element.get());
-        static_cast<void>(element.release());
     }
 }
 
@@ -186,6 +215,7 @@ void CResourceBundleStringTableParser::SkipBom(tagPRIVATE_DATA& data) {
 /// Puts the text up to the next delimiter into `out` and returns the delimiter, or `kEndOfFile`.
 int CResourceBundleStringTableParser::GetNextString(tagPRIVATE_DATA& data, std::string& out) {
     out.clear();
+    data.stringOffset = 0;
     for (;;) {
         const int c = ReadAndNextChar(data);
         switch (c) {
@@ -204,6 +234,7 @@ int CResourceBundleStringTableParser::GetNextString(tagPRIVATE_DATA& data, std::
                 SkipComment(data);
                 break;
             default:
+                data.stringOffset = data.bufferBase + data.position - 1;
                 ExtractString(data, c, out);
                 break;
         }
@@ -212,7 +243,13 @@ int CResourceBundleStringTableParser::GetNextString(tagPRIVATE_DATA& data, std::
 
 /// Reports a fault at the byte last read.
 void CResourceBundleStringTableParser::Log(const tagPRIVATE_DATA& data, const char* message) {
-    const std::size_t column = data.bufferBase + data.position - data.lineStart;
+    const std::size_t readSoFar = data.bufferBase + data.position;
+    if (data.listener != nullptr) {
+        // Something has been read, or there would be no fault.
+        data.listener->OnFault(message, readSoFar - 1);
+        return;
+    }
+    const std::size_t column = readSoFar - data.lineStart;
     std::printf("[path=%s:line=%d:byte=%d]%s\n", data.path, static_cast<int>(data.line),
                 static_cast<int>(column), message);
 }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Common/CBaseObject.h"
+#include "Common/IStringTableListener.h"
 
 namespace varno_zpk {
 
@@ -30,6 +31,10 @@ public:
     /// before it stay in the list.
     int Parse(const char* inPath, std::vector<CBaseObject*>& outElements);
 
+    /// The same with `listener` told of each entry and of each fault, in the file's order, in place of the
+    /// list and the reports. Exceptions of the listener count like those of the reading.
+    int Parse(const char* inPath, IStringTableListener& listener);
+
     /// The parse of an open file, read from where it stands; `inPath` only names it in messages.
     /// Exceptions pass, `std::length_error` for a file that is too large among them.
     void ParseInternal(std::FILE* inFile, const char* inPath, std::vector<CBaseObject*>& outElements);
@@ -37,6 +42,10 @@ public:
 private:
     struct tagPRIVATE_DATA;
 
+    template <typename Action>
+    static int ParseItem(const char* inPath, Action action);
+    template <typename EntryTaker>
+    static void ParseEntries(tagPRIVATE_DATA& data, EntryTaker takeEntry);
     static int ReadAndNextChar(tagPRIVATE_DATA& data);
     static void PutBack(tagPRIVATE_DATA& data);
     static void SkipBom(tagPRIVATE_DATA& data);

@@ -43,6 +43,15 @@ std::optional<ZPKPropertyList> ZPKPropertyList::dictionaryWithBytes(std::string_
     return ZPKPropertyList(std::make_unique<Node>(std::move(*root)));
 }
 
+std::optional<ZPKPropertyList> ZPKPropertyList::dictionaryWithText(std::string_view text,
+                                                                   std::size_t& outErrorAt) {
+    std::optional<Node> root = Node::fromText(text, &outErrorAt);
+    if (!root) {
+        return std::nullopt;
+    }
+    return ZPKPropertyList(std::make_unique<Node>(std::move(*root)));
+}
+
 std::optional<std::string> ZPKPropertyList::stringForKey(const std::string& key) const {
     const auto found = m_root->values.find(key);
     if (found == m_root->values.end()) {

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -20,6 +21,10 @@ public:
 
     /// The same for the bytes of such a file.
     static std::optional<ZPKPropertyList> dictionaryWithBytes(std::string_view bytes);
+
+    /// The text form alone, in UTF-8 without a byte order mark. Where it is malformed, `outErrorAt` is the
+    /// byte at which the reader gave up.
+    static std::optional<ZPKPropertyList> dictionaryWithText(std::string_view text, std::size_t& outErrorAt);
 
     ZPKPropertyList(ZPKPropertyList&&) noexcept;
     ZPKPropertyList& operator=(ZPKPropertyList&&) noexcept;

@@ -41,6 +41,7 @@ public:
     explicit TextReader(std::string_view text) : m_text(text) {}
 
     std::optional<Node> readRoot();
+    std::size_t place() const { return m_at; }
 
 private:
     bool atEnd() const { return m_at == m_text.size(); }
@@ -288,6 +289,12 @@ void TextReader::readOctalEscape(std::string& outText) {
 
 }  // namespace
 
-std::optional<ZPKPropertyList::Node> ZPKPropertyList::Node::fromText(std::string_view text) {
-    return TextReader(text).readRoot();
+std::optional<ZPKPropertyList::Node> ZPKPropertyList::Node::fromText(std::string_view text,
+                                                                     std::size_t* outErrorAt) {
+    TextReader reader(text);
+    std::optional<Node> root = reader.readRoot();
+    if (!root && outErrorAt != nullptr) {
+        *outErrorAt = reader.place();
+    }
+    return root;
 }

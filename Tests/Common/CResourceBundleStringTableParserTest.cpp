@@ -20,6 +20,7 @@
 #include "Common/CPlusUtil.h"
 #include "Common/CResourceBundleStringElement.h"
 #include "Tests/Common/ParsedTable.h"
+#include "Tests/Support/CapturedStreams.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 namespace {
@@ -50,6 +51,23 @@ Fault syntax(int line, int byte) {
 Fault escape(int line, int byte) {
     return {line, byte, "Not supported escape sequence charactor."};
 }
+
+/// What a listener is told.
+struct Told : varno_zpk::IStringTableListener {
+    Entries entries;
+    std::vector<std::size_t> keyOffsets;
+    std::vector<std::string> faults;
+    std::vector<std::size_t> faultOffsets;
+
+    void OnEntry(const std::string& key, const std::string& value, std::size_t offset) override {
+        entries.emplace_back(key.c_str(), value.c_str());
+        keyOffsets.push_back(offset);
+    }
+    void OnFault(const char* message, std::size_t offset) override {
+        faults.emplace_back(message);
+        faultOffsets.push_back(offset);
+    }
+};
 
 struct Row {
     const char* name;
@@ -196,11 +214,49 @@ TEST_P(StringTableFormatTest, GivesEntriesAndFaults) {
     EXPECT_EQ(parseContents(path, row.contents), expected);
 }
 
+TEST_P(StringTableFormatTest, TellsAListenerTheSame) {
+    const TemporaryFolder folder;
+    const std::string path = folder / "ZPKStringTable.def";
+    const Row& row = GetParam();
+    writeFile(path, row.contents);
+    Told told;
+    const auto captured = zpk_test::captureStreams(
+        [&] { EXPECT_EQ(CResourceBundleStringTableParser().Parse(path.c_str(), told), 0); });
+    EXPECT_EQ(captured.standardOutput, "");
+    EXPECT_EQ(told.entries, row.entries);
+    std::vector<std::string> messages;
+    for (const Fault& fault : row.faults) {
+        messages.push_back(fault.message);
+    }
+    EXPECT_EQ(told.faults, messages);
+}
+
 INSTANTIATE_TEST_SUITE_P(Rows, StringTableFormatTest, testing::ValuesIn(kRows),
                          [](const auto& row) { return std::string(row.param.name); });
 
 void PrintTo(const Row& row, std::ostream* stream) {
     *stream << row.name;
+}
+
+TEST(StringTableParserTest, ListenerIsToldWhere) {
+    const TemporaryFolder folder;
+    const std::string path = folder / "table";
+    // The second key stands beyond the first block.
+    const std::string filler = "/*" + std::string(20000, '*') + "*/";
+    writeFile(path, kBom + " a=1;" + filler + "\n  \"b\"=\\x;c;");
+    Told told;
+    EXPECT_EQ(CResourceBundleStringTableParser().Parse(path.c_str(), told), 0);
+    const std::size_t second = kBom.size() + 5 + filler.size() + 3;
+    EXPECT_EQ(told.keyOffsets, (std::vector<std::size_t>{kBom.size() + 1, second}));
+    EXPECT_EQ(told.faultOffsets, (std::vector<std::size_t>{second + 5, second + 8}));
+}
+
+TEST(StringTableParserTest, ListenerIsToldNothingOfWhatIsNoTable) {
+    const TemporaryFolder folder;
+    Told told;
+    EXPECT_EQ(CResourceBundleStringTableParser().Parse((folder / "missing").c_str(), told), ENOENT);
+    EXPECT_EQ(CResourceBundleStringTableParser().Parse(folder.path().c_str(), told), EISDIR);
+    EXPECT_TRUE(told.entries.empty());
 }
 
 TEST(StringTableParserTest, FilesBelowThreeBytesAreEmptyAndSilent) {
