@@ -9,6 +9,7 @@
 
 #include "Base/ZPKNearestName.h"
 #include "Tools/zpkpack/BuildCommand.h"
+#include "Tools/zpkpack/CheckCommand.h"
 #include "Tools/zpkpack/ListCommand.h"
 #include "Tools/zpkpack/ScrambleCommand.h"
 #include "Tools/zpkpack/VerifyCommand.h"
@@ -37,6 +38,7 @@ CommandLine::CommandLine() : m_program("Makes installer packages, and looks into
     m_program.footer("Example:\n  zpkpack build Source -o HelloSetup.app");
     addCommonOptions(m_program);
     add(std::make_unique<BuildCommand>());
+    add(std::make_unique<CheckCommand>());
     add(std::make_unique<ListCommand>());
     add(std::make_unique<ScrambleCommand>(ScrambleCommand::Direction::Scramble));
     add(std::make_unique<ScrambleCommand>(ScrambleCommand::Direction::Unscramble));

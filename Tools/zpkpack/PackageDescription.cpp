@@ -5,10 +5,9 @@
 
 #include <optional>
 
-#include "Base/ZPKPath.h"
 #include "Package/ZPKPackageLayout.h"
 #include "Platform/ZPKFileManager.h"
-#include "Platform/ZPKPropertyList.h"
+#include "Tools/zpkpack/Check/PackageStrings.h"
 #include "Tools/zpkpack/PackagerFailure.h"
 
 namespace zpk_packager {
@@ -17,13 +16,8 @@ namespace {
 
 std::string requiredString(const ZPKPropertyList& list, const std::string& key, const std::string& path) {
     std::string value = list.stringForKey(key).value_or("");
-    if (value.empty()) {
-        throw PackagerFailure(path + ": \"" + key + "\" is missing");
-    }
-    for (const char character : value) {
-        if (static_cast<unsigned char>(character) < 0x20 || character == '/') {
-            throw PackagerFailure(path + ": \"" + key + "\" holds a character that no name may hold");
-        }
+    if (const std::string fault = PackageStrings::faultOfValue(value); !fault.empty()) {
+        throw PackagerFailure(path + ": \"" + key + "\" " + fault);
     }
     return value;
 }
@@ -35,16 +29,19 @@ PackageDescription PackageDescription::read(const std::string& folder) {
     if (!ZPKFileManager::fileExists(path)) {
         throw PackagerFailure(path + " is missing: it names the bundle and its identifier");
     }
-    const std::optional<ZPKPropertyList> list = ZPKPropertyList::dictionaryWithContentsOfFile(path);
+    const ZPKResult<PackageStrings> strings = PackageStrings::read(path);
+    std::size_t errorAt = 0;
+    const std::optional<ZPKPropertyList> list = strings ? strings->entries(errorAt) : std::nullopt;
     if (!list) {
         throw PackagerFailure(path + " is not a list of \"key\" = \"value\"; entries");
     }
     PackageDescription description;
-    description.bundleName = requiredString(*list, "CFBundleName", path);
-    description.bundleIdentifier = requiredString(*list, "CFBundleIdentifier", path);
-    if (ZPKPath::extension(description.bundleIdentifier) != description.bundleName) {
-        throw PackagerFailure(path + ": the last part of the identifier \"" + description.bundleIdentifier +
-                              "\" must be the bundle name \"" + description.bundleName + "\"");
+    description.bundleName = requiredString(*list, PackageStrings::kNameKey, path);
+    description.bundleIdentifier = requiredString(*list, PackageStrings::kIdentifierKey, path);
+    if (const std::string fault =
+            PackageStrings::faultOfIdentifier(description.bundleIdentifier, description.bundleName);
+        !fault.empty()) {
+        throw PackagerFailure(path + ": " + fault);
     }
     return description;
 }

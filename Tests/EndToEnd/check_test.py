@@ -1,0 +1,489 @@
+# SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+# SPDX-License-Identifier: MIT
+
+"""`zpkpack check` from outside: one fixture a check, and what it must never do with a hostile package.
+
+What is expected stands in Findings/NAME.txt; with ZPK_TEST_WRITE=1 the files are written anew.
+"""
+
+import json
+import os
+import pathlib
+import re
+import shutil
+import socket
+import subprocess
+import unittest
+
+import elf
+from support import BUILD, PackageTestCase, write
+
+HERE = pathlib.Path(__file__).resolve().parent
+ROOT = HERE.parents[1]
+FINDINGS = HERE / "Findings"
+NOBODY = 65534
+CHECKS = re.findall(r"^## (.*)$", (ROOT / "Docs/Checks.md").read_text(), re.M)
+
+CONDITION = """<UpdateInfo XmlVersion="1.0">
+  <Conditions>
+    <UIMLog Signature="com.example.suite-3"/>
+    <Disc FilePath="Suite/Setup*.bin"/>
+  </Conditions>
+  <TargetItems>
+    <ItemInfo DisplayName="Example Suite 3"/>
+  </TargetItems>
+</UpdateInfo>
+"""
+
+
+class CheckTestCase(PackageTestCase):
+    def setUp(self):
+        super().setUp()
+        self.describe_package("Hello")
+        self.startup(param="one")
+        self.write("Data/setup", "#!/bin/sh\n", 0o755)
+        self.write("Info/Condition.xml", CONDITION)
+        for code in ("en", "ja"):
+            table = f"UILang/{code}/ZPKStringTable.def"
+            lines = (ROOT / "Resources" / table).read_text().splitlines(keepends=True)
+            self.write(table, "".join(line for line in lines if line.startswith('"')))
+        self.languages('<Language Code="en"/><Language Code="ja"/>')
+
+    def write(self, relative, text, mode=None):
+        return write(self.source / relative, text, mode)
+
+    def languages(self, offers, fallback="en"):
+        self.write("UILang/Languages.xml", f'<Languages FallBackCode="{fallback}">{offers}</Languages>\n')
+
+    def replace(self, relative, old, new):
+        text = (self.source / relative).read_text()
+        self.assertIn(old, text)
+        self.write(relative, text.replace(old, new))
+
+    def condition(self, old, new):
+        self.replace("Info/Condition.xml", old, new)
+
+    def table(self, old, new):
+        self.replace("UILang/ja/ZPKStringTable.def", old, new)
+
+    def allow(self, name):
+        with open(self.source / "Package.strings", "a") as file:
+            file.write(f"# zpkpack: allow {name}\n")
+
+    def check(self, *arguments, **settings):
+        settings.setdefault("timeout", 60)
+        return subprocess.run(
+            [BUILD / "zpkpack", "check", *map(str, arguments or ["source"])],
+            capture_output=True, text=True, cwd=self.folder, **settings)
+
+    def check_as_ordinary_user(self):
+        self.folder.chmod(0o755)
+        settings = {"user": NOBODY, "group": NOBODY, "extra_groups": []} if os.geteuid() == 0 else {}
+        return self.check(**settings)
+
+
+class CheckTest(CheckTestCase):
+    """One fixture a check, and the whole of what is said of it."""
+
+    def expect(self, name, done=None):
+        done = done or self.check()
+        self.assertEqual(done.stderr, "")
+        self.assertIn(f"[{name}]", done.stdout)
+        has_errors = any(": error: " in line for line in done.stdout.splitlines())
+        self.assertEqual(done.returncode, 1 if has_errors else 0)
+        golden = FINDINGS / (name + ".txt")
+        if os.environ.get("ZPK_TEST_WRITE"):
+            golden.write_text(done.stdout)
+        self.assertEqual(done.stdout, golden.read_text())
+        self.check_allowance(name)
+
+    def check_allowance(self, name):
+        """One comment silences the check and nothing else."""
+        if name in ("missing-part", "package-strings", "allow-unused"):
+            return
+        before = [line for line in self.check().stdout.splitlines() if not line.endswith(f"[{name}]")]
+        self.allow(name)
+        self.assertEqual(self.check().stdout.splitlines(), before)
+
+    def test_every_check_has_a_fixture(self):
+        self.assertEqual(sorted(path.stem for path in FINDINGS.iterdir()), sorted(CHECKS))
+        tests = {name[len("test_"):].replace("_", "-") for name in dir(self) if name.startswith("test_")}
+        self.assertEqual(sorted(set(CHECKS) - tests), [])
+
+    def test_clean_source(self):
+        done = self.check("--strict", "source")
+        self.assertEqual((done.stdout, done.stderr, done.returncode), ("", "", 0))
+
+    def test_missing_part(self):
+        shutil.rmtree(self.source / "Data")
+        shutil.rmtree(self.source / "Info")
+        (self.source / "Package.strings").unlink()
+        self.expect("missing-part")
+
+    def test_unreadable(self):
+        self.write("Data/closed", "", 0o000)
+        (self.source / "Data/folder").mkdir(mode=0o000)
+        done = self.check_as_ordinary_user()
+        (self.source / "Data/folder").chmod(0o755)
+        golden = FINDINGS / "unreadable.txt"
+        if os.environ.get("ZPK_TEST_WRITE"):
+            golden.write_text(done.stdout)
+        self.assertEqual((done.stdout, done.returncode), (golden.read_text(), 1))
+
+    def test_too_large(self):
+        self.write("Info/Condition.xml", "<UpdateInfo>" + " " * (1 << 20) + "</UpdateInfo>")
+        self.expect("too-large")
+
+    def test_package_strings(self):
+        self.write("Package.strings", '// ä\n# a comment\n"CFBundleName" = "Hello";\n"CFBundleIdentifier" "x";\n')
+        self.expect("package-strings")
+
+    def test_identifier(self):
+        self.write("Package.strings", '"CFBundleName" = "Hello";\n  "CFBundleIdentifier" = "com.example.hello";\n')
+        self.expect("identifier")
+
+    def test_allow_unused(self):
+        self.allow("exec-outside dollars")
+        self.allow("nothing-of-this-kind")
+        with open(self.source / "Package.strings", "a") as file:
+            file.write("# zpkpack: alow dollar\n# no instruction\n")
+        self.expect("allow-unused")
+
+    def test_xml_syntax(self):
+        self.write("Info/Condition.xml", "<UpdateInfo>\n  <Conditions>\n  </Condition>\n</UpdateInfo>\n")
+        self.write("Info/Startup.xml", "<a>" * 1001 + "</a>" * 1001)
+        self.write("UILang/Languages.xml", "")
+        self.expect("xml-syntax")
+
+    def test_xml_encoding(self):
+        self.write("Info/Condition.xml", '<?xml version="1.0" encoding="KLINGON"?>\n<UpdateInfo/>\n')
+        self.expect("xml-encoding")
+
+    def test_unknown_element(self):
+        self.condition("<UIMLog", '<UimLog Signature="a"/>\n    <Process Name="b"/>\n    <UIMLog')
+        self.condition("</TargetItems>", "</TargetItems>\n  <ItemInfo DisplayName=\"c\"/>")
+        self.expect("unknown-element")
+
+    def test_unknown_attribute(self):
+        self.write("Info/Startup.xml", '<Startup Exec="$Data$/setup"\n         Params="a" Param="b"\n  exec=\'>\'/>\n')
+        self.condition("FilePath", 'Media="c" xml:lang="en" FilePath')
+        self.expect("unknown-attribute")
+
+    def test_doubled_element(self):
+        self.condition("</UpdateInfo>", '  <Conditions><UIMLog Signature="a"/></Conditions>\n  <TargetItems/>\n</UpdateInfo>')
+        self.expect("doubled-element")
+
+    def test_exec_missing(self):
+        self.startup(exec_="$Data$/Setup", param="")
+        self.expect("exec-missing")
+
+    def test_exec_not_executable(self):
+        (self.source / "Data/setup").chmod(0o644)
+        self.expect("exec-not-executable")
+
+    def test_exec_bundle(self):
+        self.write("Data/Setup.app/Contents/Info.plist", '"CFBundleExecutable" = "Setup";')
+        self.startup(exec_="$Data$/Setup.app")
+        self.expect("exec-bundle")
+
+    def test_exec_outside(self):
+        self.startup(exec_="/bin/sh")
+        self.expect("exec-outside")
+
+    def test_no_program(self):
+        (self.source / "Info/Startup.xml").unlink()
+        (self.source / "Data/setup").chmod(0o644)
+        self.write("Data/.hidden", "#!/bin/sh\n", 0o755)
+        self.expect("no-program")
+
+    def test_param_words(self):
+        self.startup(param="-a -b")
+        self.expect("param-words")
+
+    def test_condition_never(self):
+        self.write("Info/Condition.xml", '<UpdateInfo>\n  <Conditions><Registry KeyName="a"/></Conditions>\n</UpdateInfo>\n')
+        self.expect("condition-never")
+
+    def test_display_name(self):
+        self.condition("<ItemInfo", '<ItemInfo/>\n    <ItemInfo DisplayName=""/>\n    <ItemInfo')
+        self.expect("display-name")
+
+    def test_disc_pattern_never(self):
+        rows = ("./Setup*", "a//b*", "Suite/*/", "*/../Setup", "Suite\\Setup*.bin")
+        self.condition("    <Disc", "".join(f'    <Disc FilePath="{row}"/>\n' for row in rows) + "    <Disc")
+        self.expect("disc-pattern-never")
+
+    def test_disc_pattern_root(self):
+        self.condition("    <Disc", '    <Disc FilePath="*Setup.bin"/>\n    <Disc FilePath="*/Setup.bin"/>\n    <Disc')
+        self.expect("disc-pattern-root")
+
+    def test_languages(self):
+        self.write("UILang/Languages.xml", '<Languages FallbackCode="en">\n  <Language code="en"/>\n</Languages>\n')
+        self.expect("languages")
+
+    def test_language_without_folder(self):
+        self.languages('<Language Code="en"/><Language Code="ja"/><Language Code="de"/>')
+        self.expect("language-without-folder")
+
+    def test_language_not_offered(self):
+        self.languages('<Language Code="en"/>')
+        self.expect("language-not-offered")
+
+    def test_fallback_without_folder(self):
+        self.languages('<Language Code="en"/><Language Code="ja"/>', fallback="de")
+        self.expect("fallback-without-folder")
+
+    def test_language_doubled(self):
+        self.languages('<Language Code="en"/><Language Code="ja"/>\n<Language Code="en"/>')
+        self.expect("language-doubled")
+
+    def test_language_never_asked(self):
+        codes = ("en-US", "zh-Hans", "EN", "C", "sr@latin", "es_419", "gsw")
+        for code in codes:
+            shutil.copytree(self.source / "UILang/en", self.source / "UILang" / code)
+        self.languages("\n".join(f'<Language Code="{code}"/>' for code in ("en", "ja", *codes)))
+        self.expect("language-never-asked")
+
+    def test_table_missing(self):
+        (self.source / "UILang/ja/ZPKStringTable.def").unlink()
+        self.expect("table-missing")
+
+    def test_table_encoding(self):
+        path = self.source / "UILang/ja/ZPKStringTable.def"
+        path.write_bytes(path.read_bytes() + "// é".encode("utf-8") + "é".encode("latin-1") + b"\n")
+        self.expect("table-encoding")
+
+    def test_table_syntax(self):
+        self.table('"ZPKString_OK" = "OK";', '"ZPKString_OK" = "終\\q" / ;\r"a";')
+        self.expect("table-syntax")
+
+    def test_key_missing(self):
+        self.table('"ZPKString_OK" = "OK";', "")
+        self.write("UILang/ZPKStringTable.def", '"ZPKString_Error" = "Error";\n')
+        self.table('"ZPKString_Error"', '"ZPKString_error"')
+        self.expect("key-missing")
+
+    def test_key_unknown(self):
+        self.table('"ZPKString_OK"', '"ZPKString_Ok" = "OK"; note = ""; "ZPKString_OK"')
+        self.expect("key-unknown")
+
+    def test_key_doubled(self):
+        self.table('"ZPKString_OK"', '"ZPKString_OK" = "a";\n"ZPKString_OK"')
+        self.expect("key-doubled")
+
+    def test_placeholder(self):
+        self.table("%s", "")
+        self.replace("UILang/en/ZPKStringTable.def", "%s\\n", "%s\\n%s\\n")
+        self.expect("placeholder")
+
+    def test_dollar(self):
+        self.table('= "OK"', '= "$OK$"')
+        self.expect("dollar")
+
+    def test_button_name(self):
+        self.replace("UILang/en/ZPKStringTable.def", '"ZPKString_DISCCHECK_START" = "Search"', '"ZPKString_DISCCHECK_START" = "Find"')
+        self.expect("button-name")
+
+    def test_special_file(self):
+        os.mkfifo(self.source / "Data/fifo")
+        os.mkfifo(self.source / "Info/fifo")
+        here = os.getcwd()
+        os.chdir(self.source / "Data")  # a socket's path must be short
+        with socket.socket(socket.AF_UNIX) as server:
+            server.bind("socket")
+        os.chdir(here)
+        self.expect("special-file")
+
+    def test_name_too_long(self):
+        path = self.write("Data/" + "n" * 254, "")
+        try:
+            os.setxattr(path, "user.note", b"a")
+        except OSError as failure:
+            self.skipTest(f"no extended attributes here: {failure}")
+        self.write("Data/" + "o" * 254, "")
+        self.expect("name-too-long")
+
+    def test_file_too_large(self):
+        for name, size in (("large", 1 << 33), ("largest", (1 << 33) - 1)):
+            os.truncate(self.write(f"Data/{name}", ""), size)
+        self.expect("file-too-large")
+
+    def test_name_case(self):
+        for name in ("Readme", "README", "sub/README", "STRASSE", "straße", "Äpfel", "äpfel"):
+            self.write("Data/" + name, "")
+        self.expect("name-case")
+
+    def test_name_form(self):
+        for name in ("\u00e9", "e\u0301", "ﬁ"):
+            self.write("Data/" + name, "")
+        self.expect("name-form")
+
+    def test_link_absolute(self):
+        os.symlink("/usr/share", self.source / "Data/share")
+        self.expect("link-absolute")
+
+    def test_link_outside(self):
+        (self.source / "Data/sub").mkdir()
+        os.symlink("../setup", self.source / "Data/sub/inside")
+        os.symlink("../../Info", self.source / "Data/sub/outside")
+        os.symlink("a/../../b", self.source / "Data/climbing")
+        os.symlink("../Package.strings", self.source / "Info/strings")
+        self.expect("link-outside")
+
+    def test_set_id(self):
+        self.write("Data/user", "", 0o4755)
+        self.write("Data/group", "", 0o2755)
+        self.expect("set-id")
+
+    def test_program_processor(self):
+        self.write("Data/setup", elf.machine_program(elf.AARCH64))
+        self.expect("program-processor")
+
+    def test_program_loader(self):
+        self.write("Data/setup", elf.machine_program(interpreter="/lib/ld-musl-x86_64.so.1"))
+        self.expect("program-loader")
+
+    def test_program_library(self):
+        (self.source / "Info/Startup.xml").unlink()
+        self.write("Data/lib/libcarried.so.1", "")
+        program = elf.machine_program(
+            interpreter="/lib64/ld-linux-x86-64.so.2",
+            libraries=["libc.so.6", "libQt6Core.so.6", "libcarried.so.1", "ld-linux-x86-64.so.2"],
+            run_path="/usr/lib:$ORIGIN/lib")
+        self.write("Data/setup", program)
+        self.expect("program-library")
+
+    def test_script_without_interpreter(self):
+        self.write("Data/setup", "echo hello\n")
+        self.expect("script-without-interpreter")
+
+
+class FindingFormsTest(CheckTestCase):
+    """What the findings come out as, and what the exit status says."""
+
+    def setUp(self):
+        super().setUp()
+        self.table('"ZPKString_OK"', '"ZPKString_Ok" = "OK"; "ZPKString_OK"')
+        self.startup(exec_="$Data$/Setup \u202e\u001b[31m\u00e9".replace("\u001b", "\u009b"), param="")
+        os.symlink("/x", os.fsencode(self.source) + b"/Data/a b\x1b[2J\xff\n")
+
+    def test_text_is_sorted_by_path(self):
+        lines = self.check().stdout.splitlines()
+        self.assertEqual([line.split(":")[0] for line in lines], sorted(line.split(":")[0] for line in lines))
+        self.assertEqual(len(lines), 3)
+
+    def test_nothing_reaches_the_terminal_that_it_obeys(self):
+        for form in ("text", "json", "sarif"):
+            output = self.check("source", "--format", form).stdout
+            self.assertRegex(output, r"\A[\n -~\u00e9]*\Z", form)
+
+    def test_json(self):
+        report = json.loads(self.check("source", "--format", "json").stdout)
+        self.assertEqual((report["errors"], report["warnings"]), (1, 2))
+        text = [
+            "{path}:{line}:{column}: {severity}: {text} [{check}]".format(**finding)
+            for finding in report["findings"]
+        ]
+        self.assertEqual(text, self.check().stdout.splitlines())
+
+    def test_sarif_fits_its_schema(self):
+        import jsonschema
+
+        schema = json.loads((HERE / "sarif-2.1.0.schema.json").read_text())
+        for source in ("source", "nothing", str(self.source)):
+            report = json.loads(self.check(source, "--format", "sarif").stdout)
+            jsonschema.validate(report, schema)
+
+    def test_sarif_says_what_the_text_says(self):
+        run = json.loads(self.check("source", "--format", "sarif").stdout)["runs"][0]
+        rules = [rule["id"] for rule in run["tool"]["driver"]["rules"]]
+        self.assertEqual(rules, CHECKS)
+        lines = []
+        for result in run["results"]:
+            self.assertEqual(rules[result["ruleIndex"]], result["ruleId"])
+            place = result["locations"][0]["physicalLocation"]
+            region = place["region"]
+            lines.append("{}:{}: {}: {} [{}]".format(
+                region["startLine"], region["startColumn"], result["level"], result["message"]["text"], result["ruleId"]))
+        self.assertEqual(lines, [line.split(":", 1)[1] for line in self.check().stdout.splitlines()])
+        self.assertIn("source/Data/a%20b%1B%5B2J%FF%0A",
+                      [result["locations"][0]["physicalLocation"]["artifactLocation"]["uri"] for result in run["results"]])
+
+    def test_exit_status(self):
+        self.assertEqual(self.check("source").returncode, 1)
+        self.startup()
+        self.assertEqual(self.check("source").returncode, 0)
+        self.assertEqual(self.check("--strict", "source").returncode, 1)
+
+    def test_explanations_are_those_of_the_document(self):
+        sections = re.split(r"^## ", (ROOT / "Docs/Checks.md").read_text(), flags=re.M)[1:]
+        self.assertGreater(len(sections), 40)
+        for section in sections:
+            name, _, lines = section.partition("\n\n")
+            done = self.check("--explain", name)
+            self.assertEqual((done.stdout, done.returncode), (lines.strip().replace("  \n", "\n") + "\n", 0))
+
+    def test_unknown_name_is_wrong_usage(self):
+        done = self.check("--explain", "exec-mising")
+        self.assertEqual((done.stdout, done.returncode), ("", 2))
+        self.assertIn('did you mean exec-missing?', done.stderr)
+
+
+class HostilePackageTest(CheckTestCase):
+    """A source is somebody else's."""
+
+    def expect_end(self, *arguments, status=1):
+        done = self.check(*arguments)
+        self.assertEqual(done.returncode, status, done.stderr)
+        return done
+
+    def test_no_fifo_is_waited_for(self):
+        for name in ("Package.strings", "Info/Startup.xml", "Info/Condition.xml", "Data/setup",
+                     "UILang/Languages.xml", "UILang/ja/ZPKStringTable.def"):
+            (self.source / name).unlink()
+            os.mkfifo(self.source / name)
+        self.expect_end()
+
+    def test_no_device_is_read(self):
+        for name in ("Package.strings", "Info/Startup.xml", "Info/Condition.xml", "UILang/Languages.xml",
+                     "UILang/ja/ZPKStringTable.def"):
+            (self.source / name).unlink()
+            os.symlink("/dev/zero", self.source / name)
+        self.expect_end()
+
+    def test_folders_stand_where_files_are_expected(self):
+        for name in ("Package.strings", "Info/Startup.xml", "Info/Condition.xml", "Data/setup",
+                     "UILang/Languages.xml", "UILang/ja/ZPKStringTable.def"):
+            (self.source / name).unlink()
+            (self.source / name).mkdir()
+        self.expect_end()
+
+    def test_links_that_lead_in_a_circle(self):
+        shutil.rmtree(self.source / "UILang")
+        os.symlink("UILang", self.source / "UILang")
+        os.symlink("..", self.source / "Data/up")
+        self.expect_end(status=0)
+
+    def test_many_faults_take_little(self):
+        self.write("Info/Startup.xml", "<a " + " ".join(f"b{number}=''" for number in range(80000)) + "/>")
+        self.write("Info/Condition.xml", "<a>" + "<b c=''/>" * 100000 + "</a>")
+        self.write("UILang/ja/ZPKStringTable.def", "".join(f"a{number}=;\\q" for number in range(80000)))
+        self.write("Package.strings", "# zpkpack: allow x\n" * 40000)
+        for number in range(3000):
+            os.symlink("/", self.source / f"Data/{number}")
+        done = self.expect_end()
+        self.assertLess(len(done.stdout.splitlines()), 6500)
+        self.assertIn("(and 1999 more of this check)", done.stdout)
+
+    def test_programs_that_lie_about_themselves(self):
+        whole = elf.machine_program(interpreter="/lib/ld", libraries=["libx.so.1"], run_path="$ORIGIN")
+        for cut in range(0, len(whole), 7):
+            self.write("Data/setup", whole[:cut])
+            self.assertIn(self.check().returncode, (0, 1), cut)
+        for at in range(16, len(whole)):
+            self.write("Data/setup", whole[:at] + b"\xff" + whole[at + 1:])
+            self.assertIn(self.check().returncode, (0, 1), at)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,173 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#include "Tools/zpkpack/Check/PayloadCheck.h"
+
+#include <fcntl.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdint>
+#include <string_view>
+
+#include "Base/ZPKFailure.h"
+#include "Base/ZPKPath.h"
+#include "Tools/zpkpack/Check/FolderNames.h"
+
+namespace zpk_packager {
+
+namespace {
+
+constexpr std::int64_t kFileTooLarge = std::int64_t{8} << 30;
+constexpr mode_t kReadableByAll = S_IRUSR | S_IRGRP | S_IROTH;
+
+/// Extended attributes travel in a file whose name is longer by this.
+constexpr std::size_t kAttributePrefix = 2;
+
+const char* kindOf(mode_t mode) {
+    switch (mode & S_IFMT) {
+        case S_IFIFO:
+            return "a FIFO";
+        case S_IFSOCK:
+            return "a socket";
+        default:
+            return "a device";
+    }
+}
+
+/// Whether the link's text, followed from a folder `depth` levels below the top, climbs above the top.
+bool climbsOut(std::string_view target, std::size_t depth) {
+    for (std::size_t start = 0; start < target.size();) {
+        const std::size_t end = std::min(target.find('/', start), target.size());
+        const std::string_view part = target.substr(start, end - start);
+        if (part == ".." && depth == 0) {
+            return true;
+        }
+        const bool isStep = !part.empty() && part != ".";
+        depth = part == ".." ? depth - 1 : depth + (isStep ? 1 : 0);
+        start = end + 1;
+    }
+    return false;
+}
+
+}  // namespace
+
+void PayloadCheck::run(const std::string& folder) {
+    m_top = m_path = folder;
+    // Of a link, what it leads to is meant.
+    if (!m_walker.enterAt(AT_FDCWD, ZPKPath::resolved(folder))) {
+        m_findings.add("unreadable", folder, ZPKFailure::systemReason(errno));
+        return;
+    }
+    m_levels.push_back(readLevel());
+    while (m_walker.isInside()) {
+        Level& level = m_levels.back();
+        if (level.next < level.names.size()) {
+            checkItem(level.names[level.next++]);
+            continue;
+        }
+        m_levels.pop_back();
+        m_path = m_path.size() > m_top.size() ? m_path.substr(0, m_path.rfind('/')) : m_top;
+        if (!m_walker.leave()) {
+            m_findings.add("unreadable", m_path, "it was moved while it was looked at");
+        }
+    }
+}
+
+PayloadCheck::Level PayloadCheck::readLevel() {
+    Level level;
+    if (!m_walker.readEntries()) {
+        m_findings.add("unreadable", m_path, ZPKFailure::systemReason(errno));
+    }
+    while (const ZPKFolderWalker::Entry* const entry = m_walker.nextEntry()) {
+        level.names.push_back(entry->name);
+    }
+    std::sort(level.names.begin(), level.names.end());
+    checkNames(level.names);
+    return level;
+}
+
+void PayloadCheck::checkNames(const std::vector<std::string>& names) {
+    FolderNames::findAlike(names, [&](std::size_t one, std::size_t other, FolderNames::Likeness likeness) {
+        const bool isCase = likeness == FolderNames::Likeness::Case;
+        m_findings.add(isCase ? "name-case" : "name-form", pathOf(names[other]),
+                       "the name differs from \"" + names[one] + "\" only in " +
+                           (isCase ? "capitals" : "its Unicode form"));
+    });
+}
+
+void PayloadCheck::checkItem(const std::string& name) {
+    struct stat attributes;
+    if (::fstatat(m_walker.descriptor(), name.c_str(), &attributes, AT_SYMLINK_NOFOLLOW) != 0) {
+        m_findings.add("unreadable", pathOf(name), ZPKFailure::systemReason(errno));
+        return;
+    }
+    if (S_ISDIR(attributes.st_mode)) {
+        enter(name);
+    } else if (S_ISREG(attributes.st_mode)) {
+        checkFile(name, attributes);
+    } else if (S_ISLNK(attributes.st_mode)) {
+        checkLink(name);
+    } else {
+        m_findings.add("special-file", pathOf(name),
+                       std::string(kindOf(attributes.st_mode)) + " cannot be packed");
+    }
+}
+
+void PayloadCheck::enter(const std::string& name) {
+    if (!m_walker.enter(name)) {
+        m_findings.add("unreadable", pathOf(name), ZPKFailure::systemReason(errno));
+        return;
+    }
+    m_path += '/' + name;
+    m_levels.push_back(readLevel());
+}
+
+void PayloadCheck::checkFile(const std::string& name, const struct stat& attributes) {
+    const int folder = m_walker.descriptor();
+    const bool isClosed = (attributes.st_mode & kReadableByAll) != kReadableByAll;
+    if (isClosed && ::faccessat(folder, name.c_str(), R_OK, AT_EACCESS) != 0) {
+        m_findings.add("unreadable", pathOf(name), ZPKFailure::systemReason(errno));
+    }
+    if (attributes.st_size >= kFileTooLarge) {
+        m_findings.add("file-too-large", pathOf(name),
+                       "it has " + std::to_string(attributes.st_size) + " bytes, 8 GiB or more");
+    }
+    if ((attributes.st_mode & (S_ISUID | S_ISGID)) != 0) {
+        m_findings.add("set-id", pathOf(name),
+                       std::string("its set-") + ((attributes.st_mode & S_ISUID) != 0 ? "user" : "group") +
+                           "-ID bit is dropped");
+    }
+    if (name.size() + kAttributePrefix > NAME_MAX && ::listxattr(pathOf(name).c_str(), nullptr, 0) > 0) {
+        m_findings.add("name-too-long", pathOf(name),
+                       "with " + std::to_string(name.size()) +
+                           " bytes it leaves no room for what its extended attributes are packed as");
+    }
+}
+
+void PayloadCheck::checkLink(const std::string& name) {
+    std::array<char, PATH_MAX + 1> text;
+    const ssize_t length = ::readlinkat(m_walker.descriptor(), name.c_str(), text.data(), text.size());
+    if (length < 0) {
+        m_findings.add("unreadable", pathOf(name), ZPKFailure::systemReason(errno));
+        return;
+    }
+    const std::string target(text.data(), static_cast<std::size_t>(length));
+    if (target.starts_with('/')) {
+        m_findings.add("link-absolute", pathOf(name), "the link leads to \"" + target + "\"");
+    } else if (climbsOut(target, m_levels.size() - 1)) {
+        m_findings.add(
+            "link-outside", pathOf(name),
+            "the link leads to \"" + target + "\", which is outside " + ZPKPath::lastComponent(m_top));
+    }
+}
+
+std::string PayloadCheck::pathOf(const std::string& name) const {
+    return ZPKPath::join(m_path, name);
+}
+
+}  // namespace zpk_packager
