@@ -16,6 +16,7 @@
 #include "Archive/FolderWriter.h"
 #include "Archive/GzipWriter.h"
 #include "Archive/InputFile.h"
+#include "Archive/LinkTable.h"
 #include "Archive/OutputFile.h"
 #include "Archive/PlainStream.h"
 #include "Archive/TreePacker.h"
@@ -77,45 +78,56 @@ std::string topName(const std::string& source) {
     return leaf;
 }
 
-MemberDescription describe(const Member& member) {
+MemberDescription describe(const Member& member, LinkTable& links) {
     MemberDescription description;
+    LinkTable::File* const file = S_ISDIR(member.mode) ? nullptr : links.find(member);
     description.name = member.name;
     description.permissions = member.mode & 07777;
     description.modifiedSeconds = member.modifiedSeconds;
     if (S_ISDIR(member.mode)) {
         description.type = MemberType::Folder;
-    } else if (!member.hardLinkTarget.empty()) {
+    } else if (file != nullptr) {
         description.type = MemberType::HardLink;
-        description.linkTarget = member.hardLinkTarget;
+        description.linkTarget = file->name;
+        links.countName(member, *file);
     } else if (S_ISLNK(member.mode)) {
         description.type = MemberType::SymbolicLink;
         description.linkTarget = member.symbolicLinkTarget;
     } else if (S_ISREG(member.mode)) {
         description.type = MemberType::RegularFile;
     }
-    if (S_ISREG(member.mode) && member.size > 0) {
+    if (S_ISREG(member.mode)) {
         description.size = static_cast<std::uint64_t>(member.size);
     }
+    if (file == nullptr && !S_ISDIR(member.mode)) {
+        links.remember(member, member.name, {});
+    }
     return description;
+}
+
+void extractOpened(InputFile input, FolderWriter& writer, const std::string& archive, ErrorSink& sink) {
+    PlainStream stream(std::move(input));
+    CpioReader reader(stream);
+    Extractor extractor(reader, writer, sink);
+    reportFailure(archive, sink, [&] { extractor.extractAll(); });
+    extractor.finish();
 }
 
 template <typename OpenInput>
 bool extractFrom(const std::string& archive, const std::string& folder, ErrorSink& sink,
                  const OpenInput& openInput) {
     CountingSink counted(sink);
-    std::unique_ptr<PlainStream> stream;
+    std::unique_ptr<InputFile> input;
     std::unique_ptr<FolderWriter> writer;
-    reportFailure(archive, counted, [&] { stream = std::make_unique<PlainStream>(openInput()); });
-    if (stream) {
-        reportFailure(folder, counted, [&] { writer = std::make_unique<FolderWriter>(folder); });
+    reportFailure(archive, counted, [&] { input = std::make_unique<InputFile>(openInput()); });
+    if (input) {
+        const auto report = [&](const std::string& path, const std::string& reason) {
+            counted.error(path, reason);
+        };
+        reportFailure(folder, counted, [&] { writer = std::make_unique<FolderWriter>(folder, report); });
     }
     if (writer) {
-        reportFailure(archive, counted, [&] {
-            CpioReader reader(*stream);
-            Extractor extractor(reader, *writer, counted);
-            reportFailure(archive, counted, [&] { extractor.extractAll(); });
-            extractor.finish();
-        });
+        reportFailure(archive, counted, [&] { extractOpened(std::move(*input), *writer, archive, counted); });
     }
     return !counted.failed();
 }
@@ -127,10 +139,9 @@ bool listFrom(const std::string& archive, const std::function<void(const MemberD
     reportFailure(archive, counted, [&] {
         PlainStream stream(openInput());
         CpioReader reader(stream);
+        LinkTable links;
         while (std::optional<Member> member = reader.next()) {
-            visit(describe(*member));
-            while (!reader.nextData().empty()) {
-            }
+            visit(describe(*member, links));
         }
         reader.finish();
     });

@@ -11,7 +11,9 @@
 namespace zpk_archive {
 
 std::size_t BlockPipeline::suitableWorkers() {
-    return std::clamp(std::thread::hardware_concurrency(), 1U, 8U);
+    // Asked once: a process that has given up its rights may not be told any more.
+    static const std::size_t workers = std::clamp(std::thread::hardware_concurrency(), 1U, 8U);
+    return workers;
 }
 
 BlockPipeline::BlockPipeline(std::size_t blocks) : m_ring(blocks), m_isComplete(blocks) {}

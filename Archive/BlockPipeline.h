@@ -29,8 +29,9 @@ public:
     /// How many workers make sense on this machine.
     static std::size_t suitableWorkers();
 
-    /// The ring's length with which so many workers never wait for each other.
-    static std::size_t suitableLength() { return 2 * suitableWorkers() + 2; }
+    /// The ring's length with which so many workers seldom wait: each has a block, and two wait on either
+    /// side. Blocks are most of the memory that an archive takes.
+    static std::size_t suitableLength() { return suitableWorkers() + 4; }
 
     explicit BlockPipeline(std::size_t blocks);
 

@@ -3,11 +3,13 @@
 
 #include "Archive/CpioReader.h"
 
-#include <archive.h>
-#include <archive_entry.h>
+#include <sys/stat.h>
 
-#include <cerrno>
+#include <algorithm>
+#include <array>
+#include <cstring>
 
+#include "Archive/CpioWriter.h"
 #include "Archive/Failure.h"
 #include "Archive/PlainStream.h"
 
@@ -15,111 +17,136 @@ namespace zpk_archive {
 
 namespace {
 
-/// A header, its name and a link's text together stay far below this. The library itself would gather
-/// a name of any announced length in memory, and would search for a next header through any rubbish.
-constexpr std::size_t kHeaderLimit = std::size_t{4} << 20;
+constexpr char kEndMark[] = "TRAILER!!!";
 
-std::string text(const char* bytes) {
-    return bytes == nullptr ? std::string() : std::string(bytes);
-}
+/// No file system takes a link's text of that length; more is not gathered in memory.
+constexpr std::uint64_t kLinkTextLimit = std::uint64_t{1} << 20;
+
+constexpr char kCutShort[] = "the archive ends in the middle of this member";
+constexpr char kNoHeader[] = "the archive is damaged or ends without its end mark";
 
 }  // namespace
 
-struct CpioReader::Client {
-    explicit Client(PlainStream& plain) : stream(plain), reader(archive_read_new()) {}
-    ~Client() { archive_read_free(reader); }
-    Client(const Client&) = delete;
-    Client& operator=(const Client&) = delete;
-
-    static la_ssize_t read(archive*, void* data, const void** bytes) {
-        return static_cast<Client*>(data)->supply(bytes);
+bool CpioReader::fill() {
+    if (m_rest.empty()) {
+        m_rest = m_stream.next();
     }
+    return !m_rest.empty();
+}
 
-    la_ssize_t supply(const void** bytes) {
-        // No exception may pass through the library's own frames.
-        try {
-            if (inHeader && suppliedInHeader > kHeaderLimit) {
-                throw ArchiveFailure("the archive is damaged (no member's header where one is due)");
-            }
-            std::span<const std::uint8_t> block = stream.next();
-            suppliedInHeader += block.size();
-            *bytes = block.data();
-            return static_cast<la_ssize_t>(block.size());
-        } catch (const std::exception& failure) {
-            error = failure.what();
-            archive_set_error(reader, EIO, "%s", failure.what());
-            return -1;
+std::size_t CpioReader::take(std::uint8_t* bytes, std::size_t count) {
+    std::size_t done = 0;
+    while (done < count && fill()) {
+        const std::size_t piece = std::min(count - done, m_rest.size());
+        std::memcpy(bytes + done, m_rest.data(), piece);
+        m_rest = m_rest.subspan(piece);
+        done += piece;
+    }
+    return done;
+}
+
+void CpioReader::skip(std::uint64_t count) {
+    while (count > 0) {
+        if (!fill()) {
+            throw ArchiveFailure(kCutShort);
         }
-    }
-
-    PlainStream& stream;
-    archive* reader;
-    bool inHeader = false;
-    std::size_t suppliedInHeader = 0;
-    std::string error;
-};
-
-CpioReader::CpioReader(PlainStream& stream) : m_client(std::make_unique<Client>(stream)) {
-    m_client->inHeader = true;
-    archive* reader = m_client->reader;
-    archive_read_support_format_cpio(reader);
-    if (archive_read_open(reader, m_client.get(), nullptr, &Client::read, nullptr) != ARCHIVE_OK) {
-        fail("not a CPIO archive");
+        const std::size_t piece = static_cast<std::size_t>(std::min<std::uint64_t>(count, m_rest.size()));
+        m_rest = m_rest.subspan(piece);
+        count -= piece;
     }
 }
 
-CpioReader::~CpioReader() = default;
+CpioHeader CpioReader::readHeader() {
+    const char* const reason = m_isFirst ? "not a CPIO archive" : kNoHeader;
+    m_isFirst = false;
+    std::array<std::uint8_t, CpioHeader::kLargestSize> bytes{};
+    const std::span<std::uint8_t> magic = std::span(bytes).first(CpioHeader::kMagicSize);
+    const std::size_t got = take(magic.data(), magic.size());
+    const std::optional<CpioHeader::Form> form = CpioHeader::formOf(magic.first(got));
+    if (!form) {
+        throw ArchiveFailure(reason);
+    }
+    const std::size_t left = CpioHeader::sizeOf(*form) - magic.size();
+    if (got < magic.size() || take(bytes.data() + magic.size(), left) < left) {
+        throw ArchiveFailure(kNoHeader);
+    }
+    const std::optional<CpioHeader> header = CpioHeader::parse(*form, bytes);
+    if (!header) {
+        throw ArchiveFailure(reason);
+    }
+    return *header;
+}
 
-void CpioReader::fail(const char* otherwise) {
-    throw ArchiveFailure(m_client->error.empty() ? otherwise : m_client->error);
+std::string CpioReader::readText(std::size_t size) {
+    std::string text(size, '\0');
+    if (take(reinterpret_cast<std::uint8_t*>(text.data()), size) < size) {
+        throw ArchiveFailure(kNoHeader);
+    }
+    text.resize(text.find_last_not_of('\0') + 1);
+    return text;
 }
 
 std::optional<Member> CpioReader::next() {
-    m_client->inHeader = true;
-    m_client->suppliedInHeader = 0;
-    bool first = archive_file_count(m_client->reader) == 0;
-    archive_entry* entry = nullptr;
-    int result = archive_read_next_header(m_client->reader, &entry);
-    m_client->inHeader = false;
-    if (result == ARCHIVE_EOF) {
-        return std::nullopt;
-    }
-    if (result != ARCHIVE_OK) {
-        // Bytes skipped in search of a header count too: what is found behind them may be the inside of
-        // a file.
-        fail(first ? "not a CPIO archive" : "the archive is damaged or ends without its end mark");
+    skip(m_dataLeft);
+    skip(m_paddingLeft);
+    m_dataLeft = 0;
+    const CpioHeader header = readHeader();
+    if (header.nameSize > CpioWriter::kNameLimit + 1) {
+        throw ArchiveFailure("the archive is damaged (a name of more than 262142 bytes)");
     }
     Member member;
-    member.name = text(archive_entry_pathname(entry));
-    member.mode = archive_entry_mode(entry);
-    member.size = archive_entry_size(entry);
-    member.modifiedSeconds = archive_entry_mtime(entry);
-    member.modifiedNanoseconds = archive_entry_mtime_nsec(entry);
-    int format = archive_format(m_client->reader);
-    member.dataComeWithLastName =
-        format == ARCHIVE_FORMAT_CPIO_SVR4_NOCRC || format == ARCHIVE_FORMAT_CPIO_SVR4_CRC;
-    member.linkCount = archive_entry_nlink(entry);
-    member.symbolicLinkTarget = text(archive_entry_symlink(entry));
-    member.hardLinkTarget = text(archive_entry_hardlink(entry));
+    member.name = readText(header.nameSize);
+    skip(header.namePadding());
+    m_dataLeft = header.dataSize;
+    m_paddingLeft = header.dataPadding();
+    if (member.name == kEndMark) {
+        return std::nullopt;
+    }
+    member.mode = header.mode;
+    member.size = static_cast<std::int64_t>(header.dataSize);
+    member.modifiedSeconds = header.modifiedSeconds;
+    member.linkCount = header.linkCount;
+    member.device = header.device;
+    member.inode = header.inode;
+    member.dataComeWithLastName = header.isNewAscii();
+    if (S_ISLNK(member.mode)) {
+        if (header.dataSize > kLinkTextLimit) {
+            throw ArchiveFailure("the archive is damaged (a symbolic link's text of more than 1 MiB)");
+        }
+        member.symbolicLinkTarget = readText(static_cast<std::size_t>(header.dataSize));
+        m_dataLeft = 0;
+    }
     return member;
 }
 
 std::span<const std::uint8_t> CpioReader::nextData() {
-    const void* bytes = nullptr;
-    std::size_t size = 0;
-    la_int64_t offset = 0;
-    int result = archive_read_data_block(m_client->reader, &bytes, &size, &offset);
-    if (result == ARCHIVE_EOF) {
+    if (m_dataLeft == 0) {
         return {};
     }
-    if (result != ARCHIVE_OK) {
-        fail("the archive ends in the middle of this member");
+    if (!fill()) {
+        throw ArchiveFailure(kCutShort);
     }
-    return {static_cast<const std::uint8_t*>(bytes), size};
+    const auto piece = static_cast<std::size_t>(std::min<std::uint64_t>(m_dataLeft, m_rest.size()));
+    const std::span<const std::uint8_t> bytes = m_rest.first(piece);
+    m_rest = m_rest.subspan(piece);
+    m_dataLeft -= piece;
+    return bytes;
 }
 
 void CpioReader::finish() {
-    while (!m_client->stream.next().empty()) {
+    skip(m_dataLeft);
+    m_dataLeft = 0;
+    while (fill()) {
+        const auto used =
+            std::find_if(m_rest.begin(), m_rest.end(), [](std::uint8_t byte) { return byte != 0; });
+        m_rest = m_rest.subspan(static_cast<std::size_t>(used - m_rest.begin()));
+        if (!m_rest.empty()) {
+            std::array<std::uint8_t, CpioHeader::kMagicSize> magic{};
+            const std::size_t got = take(magic.data(), magic.size());
+            throw ArchiveFailure(CpioHeader::formOf(std::span(magic).first(got))
+                                     ? "a second archive follows the first"
+                                     : "bytes that are no archive's follow the end mark");
+        }
     }
 }
 

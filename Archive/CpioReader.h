@@ -4,42 +4,46 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <span>
+#include <string>
 
+#include "Archive/CpioHeader.h"
 #include "Archive/Member.h"
-
-struct archive;
 
 namespace zpk_archive {
 
 class PlainStream;
 
-/// Reads the members of a CPIO archive one after the other.
+/// Reads the members of a CPIO archive one after the other. Where a header is due there is a header, or
+/// the archive is damaged: nothing is searched for, since what a search finds may be the inside of a file.
+/// Keeps nothing of the members before. Operations throw ArchiveFailure.
 class CpioReader {
 public:
-    explicit CpioReader(PlainStream& stream);
-    ~CpioReader();
-    CpioReader(const CpioReader&) = delete;
-    CpioReader& operator=(const CpioReader&) = delete;
+    explicit CpioReader(PlainStream& stream) : m_stream(stream) {}
 
-    /// The next member; nothing at the archive's end mark. Throws ArchiveFailure when the archive is
-    /// damaged or ends without its mark. The data of the member before must have been read.
+    /// The next member; nothing at the archive's end mark. What is left of the data of the member before
+    /// is passed over.
     std::optional<Member> next();
 
     /// The next bytes of the member's data, valid until the next call; empty at their end.
-    /// Throws ArchiveFailure when the data are cut short.
     std::span<const std::uint8_t> nextData();
 
-    /// Takes what follows the end mark, so that the last checksum is verified too.
+    /// Takes what follows the end mark, so that the last checksum is verified too. Only zeros may follow.
     void finish();
 
 private:
-    struct Client;
-    [[noreturn]] void fail(const char* otherwise);
+    CpioHeader readHeader();
+    std::string readText(std::size_t size);
+    void skip(std::uint64_t count);
+    bool fill();
+    std::size_t take(std::uint8_t* bytes, std::size_t count);
 
-    std::unique_ptr<Client> m_client;
+    PlainStream& m_stream;
+    std::span<const std::uint8_t> m_rest;  ///< Of the stream's block at hand.
+    bool m_isFirst = true;
+    std::uint64_t m_dataLeft = 0;
+    std::size_t m_paddingLeft = 0;
 };
 
 }  // namespace zpk_archive

@@ -3,11 +3,11 @@
 
 #include "Archive/CpioWriter.h"
 
-#include <archive.h>
-#include <archive_entry.h>
 #include <sys/stat.h>
 
-#include <cerrno>
+#include <algorithm>
+#include <string>
+#include <string_view>
 
 #include "Archive/Failure.h"
 #include "Archive/GzipWriter.h"
@@ -16,110 +16,66 @@ namespace zpk_archive {
 
 namespace {
 
-/// The header has eleven octal digits for the size.
-constexpr std::int64_t kSizeLimit = std::int64_t{1} << 33;
+/// The header has eleven octal digits for the size and the time, and six for the rest.
+constexpr std::uint64_t kLongLimit = std::uint64_t{1} << 33;
+constexpr unsigned kShortBits = 18;
+constexpr std::uint64_t kShortMask = (std::uint64_t{1} << kShortBits) - 1;
 
-struct EntryCloser {
-    void operator()(archive_entry* entry) const { archive_entry_free(entry); }
-};
-using Entry = std::unique_ptr<archive_entry, EntryCloser>;
-
-}  // namespace
-
-struct CpioWriter::Client {
-    explicit Client(GzipWriter& gzip) : output(gzip), writer(archive_write_new()) {}
-    ~Client() {
-        closing = true;
-        archive_write_free(writer);
-    }
-    Client(const Client&) = delete;
-    Client& operator=(const Client&) = delete;
-
-    static la_ssize_t write(archive*, void* data, const void* bytes, std::size_t count) {
-        return static_cast<Client*>(data)->take(bytes, count);
-    }
-
-    la_ssize_t take(const void* bytes, std::size_t count) {
-        // A writer that was given up writes its end mark all the same; it goes nowhere.
-        if (closing) {
-            return static_cast<la_ssize_t>(count);
-        }
-        // No exception may pass through the library's own frames.
-        try {
-            output.write({static_cast<const std::uint8_t*>(bytes), count});
-            return static_cast<la_ssize_t>(count);
-        } catch (const std::exception& failure) {
-            error = failure.what();
-            archive_set_error(writer, EIO, "%s", failure.what());
-            return -1;
-        }
-    }
-
-    [[noreturn]] void fail() {
-        const char* reason = archive_error_string(writer);
-        throw ArchiveFailure(!error.empty()      ? error
-                             : reason != nullptr ? reason
-                                                 : "the archive cannot be written");
-    }
-
-    GzipWriter& output;
-    archive* writer;
-    bool closing = false;
-    std::string error;
-};
-
-CpioWriter::CpioWriter(GzipWriter& output) : m_client(std::make_unique<Client>(output)) {
-    archive* writer = m_client->writer;
-    bool good = archive_write_set_format_cpio_odc(writer) == ARCHIVE_OK &&
-                archive_write_set_bytes_per_block(writer, 0) == ARCHIVE_OK &&
-                archive_write_set_bytes_in_last_block(writer, 1) == ARCHIVE_OK &&
-                archive_write_open(writer, m_client.get(), nullptr, &Client::write, nullptr) == ARCHIVE_OK;
-    if (!good) {
-        m_client->fail();
+void appendOctal(std::string& header, std::uint64_t value, std::size_t digits) {
+    header.append(digits, '0');
+    for (auto digit = header.rbegin(); value > 0 && digits > 0; ++digit, --digits, value >>= 3) {
+        *digit = static_cast<char>('0' + (value & 7));
     }
 }
 
-CpioWriter::~CpioWriter() = default;
+std::span<const std::uint8_t> bytesOf(std::string_view text) {
+    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
 
-void CpioWriter::startMember(const Member& member, std::int64_t inode) {
-    if (member.size >= kSizeLimit) {
+}  // namespace
+
+void CpioWriter::writeHeader(const Member& member, std::uint64_t dataSize) {
+    std::string header = "070707";
+    // One number stands in two fields, so that there is room for any number of files.
+    appendOctal(header, member.inode >> kShortBits & kShortMask, 6);
+    appendOctal(header, member.inode & kShortMask, 6);
+    appendOctal(header, member.mode, 6);
+    header.append("000000000000");  // Owner and group.
+    appendOctal(header, std::min<std::uint64_t>(member.linkCount, kShortMask), 6);
+    header.append("000000");
+    const std::int64_t latest = static_cast<std::int64_t>(kLongLimit) - 1;
+    appendOctal(header,
+                static_cast<std::uint64_t>(std::clamp<std::int64_t>(member.modifiedSeconds, 0, latest)), 11);
+    appendOctal(header, member.name.size() + 1, 6);
+    appendOctal(header, dataSize, 11);
+    header.append(member.name).push_back('\0');
+    m_output.write(bytesOf(header));
+}
+
+void CpioWriter::startMember(const Member& member) {
+    const bool isLink = S_ISLNK(member.mode);
+    const std::uint64_t size =
+        isLink ? member.symbolicLinkTarget.size() : static_cast<std::uint64_t>(member.size);
+    if (size >= kLongLimit) {
         throw MemberFailure("a CPIO archive cannot hold a file of 8 GiB or more");
     }
-    // The library would write such a name behind a header that announces a shorter one.
     if (member.name.size() > kNameLimit) {
         throw MemberFailure("a CPIO archive cannot hold a path of more than 262142 bytes");
     }
-    Entry entry(archive_entry_new());
-    archive_entry_set_pathname(entry.get(), member.name.c_str());
-    archive_entry_set_mode(entry.get(), member.mode);
-    archive_entry_set_size(entry.get(), member.size);
-    archive_entry_set_mtime(entry.get(), member.modifiedSeconds, 0);
-    archive_entry_set_nlink(entry.get(), member.linkCount);
-    archive_entry_set_ino64(entry.get(), inode);
-    if (S_ISLNK(member.mode)) {
-        archive_entry_set_symlink(entry.get(), member.symbolicLinkTarget.c_str());
-    }
-    int result = archive_write_header(m_client->writer, entry.get());
-    if (result == ARCHIVE_FATAL) {
-        m_client->fail();
-    }
-    if (result != ARCHIVE_OK) {
-        const char* reason = archive_error_string(m_client->writer);
-        throw MemberFailure(reason != nullptr ? reason : "the header cannot hold it");
+    writeHeader(member, size);
+    if (isLink) {
+        m_output.write(bytesOf(member.symbolicLinkTarget));
     }
 }
 
 void CpioWriter::writeData(std::span<const std::uint8_t> bytes) {
-    la_ssize_t wrote = archive_write_data(m_client->writer, bytes.data(), bytes.size());
-    if (wrote < 0 || static_cast<std::size_t>(wrote) != bytes.size()) {
-        m_client->fail();
-    }
+    m_output.write(bytes);
 }
 
 void CpioWriter::finish() {
-    if (archive_write_close(m_client->writer) != ARCHIVE_OK) {
-        m_client->fail();
-    }
+    Member endMark;
+    endMark.name = "TRAILER!!!";
+    writeHeader(endMark, 0);
 }
 
 }  // namespace zpk_archive

@@ -9,6 +9,7 @@
 #include <cerrno>
 
 #include "Archive/Failure.h"
+#include "Base/ZPKDescriptorIO.h"
 
 namespace zpk_archive {
 
@@ -21,12 +22,12 @@ template <typename Get>
 std::string readWhole(const Get& get) {
     std::string value;
     for (;;) {
-        ssize_t size = get(nullptr, 0);
+        ssize_t size = ZPKDescriptorIO::retry([&] { return get(nullptr, 0); });
         if (size <= 0) {
             return size < 0 ? throw MemberFailure::ofSystem(errno) : value;
         }
         value.resize(static_cast<std::size_t>(size));
-        size = get(value.data(), value.size());
+        size = ZPKDescriptorIO::retry([&] { return get(value.data(), value.size()); });
         if (size >= 0) {
             value.resize(static_cast<std::size_t>(size));
             return value;
@@ -39,7 +40,7 @@ std::string readWhole(const Get& get) {
 
 std::string listNames(int descriptor) {
     // Most files have none, and one call tells.
-    ssize_t size = ::flistxattr(descriptor, nullptr, 0);
+    const ssize_t size = ZPKDescriptorIO::retry([&] { return ::flistxattr(descriptor, nullptr, 0); });
     if (size == 0 || (size < 0 && (errno == ENOTSUP || errno == ENOSYS))) {
         return {};
     }
@@ -50,13 +51,13 @@ std::string listNames(int descriptor) {
 class WritePermission {
 public:
     WritePermission(const std::string& path, mode_t permissions) : m_path(path), m_permissions(permissions) {
-        if (!writable() && ::chmod(m_path.c_str(), m_permissions | S_IWUSR) != 0) {
+        if (!writable() && !change(m_permissions | S_IWUSR)) {
             throw MemberFailure::ofSystem(errno);
         }
     }
     ~WritePermission() {
         if (!writable()) {
-            ::chmod(m_path.c_str(), m_permissions);
+            change(m_permissions);
         }
     }
     WritePermission(const WritePermission&) = delete;
@@ -64,6 +65,9 @@ public:
 
 private:
     bool writable() const { return (m_permissions & S_IWUSR) != 0; }
+    bool change(mode_t mode) const {
+        return ZPKDescriptorIO::retry([&] { return ::chmod(m_path.c_str(), mode); }) == 0;
+    }
 
     const std::string& m_path;
     mode_t m_permissions;
@@ -99,7 +103,10 @@ void writeAttributes(int descriptor, const AttributeMap& attributes) {
     WritePermission permission(path, status.st_mode & 07777);
     for (const auto& [name, value] : attributes) {
         std::string fullName = std::string(kPrefix) + name;
-        if (::setxattr(path.c_str(), fullName.c_str(), value.data(), value.size(), 0) != 0) {
+        const auto set = [&, &text = value] {
+            return ::setxattr(path.c_str(), fullName.c_str(), text.data(), text.size(), 0);
+        };
+        if (ZPKDescriptorIO::retry(set) != 0) {
             throw MemberFailure::ofSystem(errno);
         }
     }

@@ -6,12 +6,11 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include <algorithm>
-#include <string_view>
+#include <optional>
+#include <utility>
 
 #include "Archive/CpioReader.h"
 #include "Archive/ErrorSink.h"
-#include "Archive/ExtendedAttributes.h"
 #include "Archive/Failure.h"
 #include "Archive/FolderWriter.h"
 #include "Archive/SparseFileWriter.h"
@@ -24,12 +23,7 @@ namespace {
 constexpr mode_t kPermissionBits = 01777;
 
 ModeAndTime modeAndTimeOf(const Member& member) {
-    return {member.mode & kPermissionBits, {member.modifiedSeconds, member.modifiedNanoseconds}};
-}
-
-/// The file whose attributes an AppleDouble file carries.
-MemberPath ownerOf(const MemberPath& path) {
-    return path.sibling(std::string_view(path.leaf()).substr(kAppleDoublePrefix.size()));
+    return {member.mode & kPermissionBits, {member.modifiedSeconds, 0}};
 }
 
 }  // namespace
@@ -40,6 +34,9 @@ void Extractor::extractAll() {
             extractMember(*member);
         } catch (const MemberFailure& failure) {
             m_sink.error(member->name, failure.what());
+        } catch (const VolumeFullFailure& failure) {
+            m_sink.error(member->name, failure.what());
+            return;
         } catch (const ArchiveFailure&) {
             m_sink.error(member->name, "not whole in the archive, so it is left out");
             throw;
@@ -63,18 +60,16 @@ void Extractor::extractMember(const Member& member) {
         }
         return;
     }
-    if (member.size < 0) {
-        throw MemberFailure("the size is impossible");
-    }
     if (mayBeAppleDouble(member, path)) {
         extractAppleDouble(member, path);
         return;
     }
     extractByType(member, path);
     if (S_ISDIR(member.mode) || S_ISREG(member.mode)) {
-        m_extracted.push_back(path.hash());
+        m_joiner.thingMade(path);
+    } else {
+        m_joiner.otherMade(path);
     }
-    m_last = std::move(path);
 }
 
 void Extractor::extractByType(const Member& member, const MemberPath& path) {
@@ -109,48 +104,43 @@ void Extractor::extractFile(const Member& member, const MemberPath& path) {
 }
 
 bool Extractor::extractLink(const Member& member, const MemberPath& path) {
-    if (member.hardLinkTarget.empty()) {
+    LinkTable::File* const file = m_links.find(member);
+    if (file == nullptr) {
+        throwIfDataAreMissed(member);
         return false;
     }
-    auto found = m_linkTargets.find(member.hardLinkTarget);
-    bool hasData = S_ISREG(member.mode) && member.size > 0;
-    if (found == m_linkTargets.end()) {
-        bool standsAlone = S_ISLNK(member.mode) ? !member.symbolicLinkTarget.empty()
-                                                : hasData || !member.dataComeWithLastName;
-        if (standsAlone) {
-            return false;
-        }
-        throw MemberFailure("the file that it is a link to was not unpacked");
-    }
-    LinkTarget& target = found->second;
-    if (isStranger(member, target)) {
+    if (!isSizeOf(*file, member)) {
         return false;
     }
-    m_writer.makeHardLink(path, target.path, target.identity);
-    if (hasData && target.size == 0) {
-        ZPKFileDescriptor file = m_writer.reopenFile(path, target.identity);
-        fill(file.get(), nullptr);
-        m_writer.closeFileForNow(std::move(file), path, modeAndTimeOf(member));
-        target.size = member.size;
+    m_writer.makeHardLink(path, MemberPath(file->name), file->identity);
+    if (S_ISREG(member.mode) && member.size > 0 && file->size == 0) {
+        ZPKFileDescriptor opened = m_writer.reopenFile(path, file->identity);
+        fill(opened.get(), nullptr);
+        m_writer.closeFileForNow(std::move(opened), path, modeAndTimeOf(member));
+        file->size = member.size;
     }
+    m_links.countName(member, *file);
     return true;
 }
 
-bool Extractor::isStranger(const Member& member, const LinkTarget& target) {
-    // Old headers have few bits for the inode number, so that strangers may share one; what differs in
-    // size, time or mode is a file of its own. In newc archives all names but the last have size 0.
-    bool sizesFit = !S_ISREG(member.mode) || target.size == member.size ||
-                    (member.dataComeWithLastName && (target.size == 0 || member.size == 0));
-    return !sizesFit || target.modifiedSeconds != member.modifiedSeconds || target.mode != member.mode;
+bool Extractor::isSizeOf(const LinkTable::File& file, const Member& member) {
+    // In newc archives all names but the last have size 0.
+    return !S_ISREG(member.mode) || file.size == member.size ||
+           (member.dataComeWithLastName && (file.size == 0 || member.size == 0));
+}
+
+void Extractor::throwIfDataAreMissed(const Member& member) const {
+    if (member.linkCount > 1 && member.dataComeWithLastName && member.size > 0 &&
+        m_links.hasForgottenEmptyFiles()) {
+        throw MemberFailure("the archive has more files with several names than can be kept in mind");
+    }
 }
 
 void Extractor::rememberLinkTarget(const Member& member, const MemberPath& path) {
-    if (member.linkCount <= 1) {
-        return;
-    }
-    if (const std::optional<FileIdentity> identity = m_writer.identify(path)) {
-        const std::int64_t size = S_ISREG(member.mode) ? member.size : 0;
-        m_linkTargets[member.name] = {path, *identity, size, member.modifiedSeconds, member.mode};
+    if (member.linkCount > 1) {
+        if (const std::optional<FileIdentity> identity = m_writer.identify(path)) {
+            m_links.remember(member, path.text(), *identity);
+        }
     }
 }
 
@@ -191,67 +181,28 @@ void Extractor::fill(int descriptor, const std::string* contents) {
     file.finish();
 }
 
-bool Extractor::mayBeAppleDouble(const Member& member, const MemberPath& path) const {
-    const std::string_view name = path.leaf();
-    return S_ISREG(member.mode) && member.hardLinkTarget.empty() && member.linkCount <= 1 &&
+bool Extractor::mayBeAppleDouble(const Member& member, const MemberPath& path) {
+    return S_ISREG(member.mode) && member.linkCount <= 1 &&
            static_cast<std::size_t>(member.size) <= kAppleDoubleLimit &&
-           name.starts_with(kAppleDoublePrefix) && name != "._" && name != "._." && name != "._..";
+           AttributeJoiner::isCompanionName(path.leaf());
 }
 
 void Extractor::extractAppleDouble(const Member& member, const MemberPath& path) {
     std::string contents;
+    contents.reserve(static_cast<std::size_t>(member.size));
     for (auto bytes = m_reader.nextData(); !bytes.empty(); bytes = m_reader.nextData()) {
         contents.append(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     }
-    std::optional<AttributeMap> attributes = decodeAppleDouble(contents);
-    const MemberPath owner = ownerOf(path);
-    const bool ownerJustCame = attributes && owner == m_last;
-    if (ownerJustCame && applyAttributes(path, owner, *attributes)) {
-        return;
-    }
-    writeNewFile(member, path, &contents);
-    m_extracted.push_back(path.hash());
-    if (attributes && !ownerJustCame) {
-        m_waiting.push_back(path);
-    }
-}
-
-bool Extractor::applyAttributes(const MemberPath& path, const MemberPath& owner,
-                                const AttributeMap& attributes) {
-    try {
-        writeAttributes(m_writer.locate(owner).get(), attributes);
-        return true;
-    } catch (const MemberFailure& failure) {
-        m_sink.warning(owner.text(), std::string("its extended attributes are kept in the file ") +
-                                         path.leaf() + " (" + failure.what() + ")");
-        return false;
-    }
-}
-
-void Extractor::joinWithOwner(const MemberPath& path) {
-    const MemberPath owner = ownerOf(path);
-    if (!std::binary_search(m_extracted.begin(), m_extracted.end(), owner.hash())) {
-        return;
-    }
-    std::string contents = m_writer.readFile(path, kAppleDoubleLimit);
-    std::optional<AttributeMap> attributes = decodeAppleDouble(contents);
-    if (attributes && applyAttributes(path, owner, *attributes)) {
-        m_writer.remove(path);
+    const std::optional<AttributeMap> attributes = decodeAppleDouble(contents);
+    if (!attributes || !m_joiner.takeAtOnce(path, *attributes)) {
+        writeNewFile(member, path, &contents);
+        m_joiner.companionMade(path, attributes.has_value());
     }
 }
 
 void Extractor::finish() {
-    std::sort(m_extracted.begin(), m_extracted.end());
-    for (const MemberPath& path : m_waiting) {
-        try {
-            joinWithOwner(path);
-        } catch (const MemberFailure& failure) {
-            m_sink.error(path.text(), failure.what());
-        }
-    }
-    m_waiting.clear();
-    m_writer.finish(
-        [this](const std::string& path, const std::string& reason) { m_sink.error(path, reason); });
+    m_joiner.finish();
+    m_writer.finish();
 }
 
 }  // namespace zpk_archive

@@ -3,13 +3,10 @@
 
 #pragma once
 
-#include <optional>
 #include <string>
-#include <unordered_map>
-#include <vector>
 
-#include "Archive/AppleDouble.h"
-#include "Archive/FileIdentity.h"
+#include "Archive/AttributeJoiner.h"
+#include "Archive/LinkTable.h"
 #include "Archive/Member.h"
 #include "Archive/MemberPath.h"
 
@@ -19,11 +16,12 @@ class CpioReader;
 class ErrorSink;
 class FolderWriter;
 
-/// Brings an archive's members into a folder, one after the other.
+/// Brings an archive's members into a folder, one after the other. What it keeps of them is bounded,
+/// whatever their number.
 class Extractor {
 public:
     Extractor(CpioReader& reader, FolderWriter& writer, ErrorSink& sink)
-        : m_reader(reader), m_writer(writer), m_sink(sink) {}
+        : m_reader(reader), m_writer(writer), m_sink(sink), m_joiner(writer, sink) {}
 
     /// Throws ArchiveFailure where the archive is damaged; what came before is on disk then.
     void extractAll();
@@ -33,28 +31,18 @@ public:
     void finish();
 
 private:
-    /// The first of several names of one file.
-    struct LinkTarget {
-        MemberPath path;
-        FileIdentity identity;
-        std::int64_t size;
-        std::int64_t modifiedSeconds;
-        mode_t mode;
-    };
-
     void extractMember(const Member& member);
     void extractByType(const Member& member, const MemberPath& path);
     void extractFile(const Member& member, const MemberPath& path);
-    static bool isStranger(const Member& member, const LinkTarget& target);
     bool extractLink(const Member& member, const MemberPath& path);
+    static bool isSizeOf(const LinkTable::File& file, const Member& member);
+    void throwIfDataAreMissed(const Member& member) const;
     void writeNewFile(const Member& member, const MemberPath& path, const std::string* contents);
     void fill(int descriptor, const std::string* contents);
     void rememberLinkTarget(const Member& member, const MemberPath& path);
 
-    bool mayBeAppleDouble(const Member& member, const MemberPath& path) const;
+    static bool mayBeAppleDouble(const Member& member, const MemberPath& path);
     void extractAppleDouble(const Member& member, const MemberPath& path);
-    bool applyAttributes(const MemberPath& path, const MemberPath& owner, const AttributeMap& attributes);
-    void joinWithOwner(const MemberPath& path);
     void removeHalf(const MemberPath& path);
 
     void skipData();
@@ -62,10 +50,8 @@ private:
     CpioReader& m_reader;
     FolderWriter& m_writer;
     ErrorSink& m_sink;
-    std::unordered_map<std::string, LinkTarget> m_linkTargets;
-    std::vector<std::size_t> m_extracted;  ///< Hashes of the paths of all files and folders, for `finish`.
-    MemberPath m_last;
-    std::vector<MemberPath> m_waiting;  ///< AppleDouble files that lie on disk until all members are there.
+    LinkTable m_links;
+    AttributeJoiner m_joiner;
 };
 
 }  // namespace zpk_archive

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <cerrno>
 #include <stdexcept>
 
 #include "Base/ZPKFailure.h"
@@ -25,5 +26,19 @@ public:
 
     static ArchiveFailure ofSystem(int error) { return ArchiveFailure(ZPKFailure::systemReason(error)); }
 };
+
+/// Nothing more can be written: the volume, or the person's share of it, is full.
+class VolumeFullFailure : public ArchiveFailure {
+public:
+    using ArchiveFailure::ArchiveFailure;
+};
+
+/// For an errno value of a call that makes or writes a member's thing.
+[[noreturn]] inline void throwWriteFailure(int error) {
+    if (error == ENOSPC || error == EDQUOT) {
+        throw VolumeFullFailure(ZPKFailure::systemReason(error));
+    }
+    throw MemberFailure::ofSystem(error);
+}
 
 }  // namespace zpk_archive

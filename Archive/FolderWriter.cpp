@@ -6,12 +6,13 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
+#include <iterator>
+#include <utility>
 
+#include "Archive/DiskCalls.h"
 #include "Archive/Failure.h"
 #include "Base/ZPKDescriptorIO.h"
-#include "Base/ZPKPath.h"
 
 namespace zpk_archive {
 
@@ -19,64 +20,10 @@ namespace {
 
 constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 constexpr int kNewFileFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-constexpr mode_t kPermissions = 07777;
 
-void throwUnless(bool isGood) {
-    if (!isGood) {
-        throw MemberFailure::ofSystem(errno);
-    }
-}
-
-/// Works on a folder that its owner may not even read, unlike opening it in the usual way.
-bool openToOwner(int parent, const char* name, mode_t mode) {
-    const ZPKFileDescriptor folder(::openat(parent, name, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    const std::string path = "/proc/self/fd/" + std::to_string(folder.get());
-    return folder.isOpen() && ::chmod(path.c_str(), (mode & kPermissions) | S_IRWXU) == 0;
-}
-
-/// Makes sure that the owner may enter the folder and write in it.
-bool isOpenToOwner(int parent, const char* name, const struct stat& status) {
-    return (status.st_mode & S_IRWXU) == S_IRWXU || openToOwner(parent, name, status.st_mode);
-}
-
-/// Makes a folder that is open to its owner, whatever the process's mask.
-bool makeNewFolder(int parent, const char* name, mode_t mode) {
-    struct stat made {};
-    return ::mkdirat(parent, name, mode) == 0 && ::fstatat(parent, name, &made, AT_SYMLINK_NOFOLLOW) == 0 &&
-           isOpenToOwner(parent, name, made);
-}
-
-/// The same for a folder and those on the way to it that are missing.
-bool makeMissingFolders(const std::string& path) {
-    if (makeNewFolder(AT_FDCWD, path.c_str(), 0777) || errno == EEXIST) {
-        return true;
-    }
-    const std::string parent = ZPKPath::parent(path);
-    return errno == ENOENT && parent != path && makeMissingFolders(parent) &&
-           makeNewFolder(AT_FDCWD, path.c_str(), 0777);
-}
-
-/// Frees the name for something new: a file, a link or an empty folder goes.
-void clearPlace(int parent, const char* name) {
-    if (::unlinkat(parent, name, 0) == 0 || errno == ENOENT) {
-        return;
-    }
-    throwUnless(errno == EISDIR || errno == EPERM);
-    throwUnless(::unlinkat(parent, name, AT_REMOVEDIR) == 0);
-}
-
-ZPKFileDescriptor openFolder(int parent, const char* name, bool makeMissing) {
-    ZPKFileDescriptor folder(::openat(parent, name, kFolderFlags));
-    if (!folder.isOpen() && errno == ENOENT && makeMissing) {
-        throwUnless(makeNewFolder(parent, name, 0777));
-        folder = ZPKFileDescriptor(::openat(parent, name, kFolderFlags));
-    }
-    if (!folder.isOpen() && (errno == ELOOP || errno == ENOTDIR)) {
-        throw MemberFailure("a part of its path is no folder");
-    }
-    throwUnless(folder.isOpen());
-    return folder;
-}
+/// Bytes that all that is postponed takes, and one item of it without its path.
+constexpr std::size_t kPostponedLimit = std::size_t{6} << 20;
+constexpr std::size_t kPostponedSize = 144;
 
 void throwUnlessSame(const FileIdentity& found, const FileIdentity& expected) {
     if (found != expected) {
@@ -84,26 +31,21 @@ void throwUnlessSame(const FileIdentity& found, const FileIdentity& expected) {
     }
 }
 
-std::optional<FileIdentity> identityAt(int parent, const char* name) {
-    struct stat found {};
-    const bool isThere = ::fstatat(parent, name, &found, AT_SYMLINK_NOFOLLOW) == 0;
-    return isThere ? std::optional(FileIdentity(found)) : std::nullopt;
-}
-
 void setModeAndTime(int descriptor, const ModeAndTime& modeAndTime) {
     const timespec times[2] = {modeAndTime.modified, modeAndTime.modified};
     // The mode first: it may end the permission to nothing, while times need ownership alone.
-    throwUnless(::fchmod(descriptor, modeAndTime.permissions) == 0);
-    throwUnless(::futimens(descriptor, times) == 0);
+    DiskCalls::throwUnless(
+        DiskCalls::succeeds([&] { return ::fchmod(descriptor, modeAndTime.permissions); }));
+    DiskCalls::throwUnless(DiskCalls::succeeds([&] { return ::futimens(descriptor, times); }));
 }
 
 }  // namespace
 
-FolderWriter::FolderWriter(const std::string& folder) {
+FolderWriter::FolderWriter(const std::string& folder, Failed failed) : m_failed(std::move(failed)) {
     constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
-    m_root = ZPKFileDescriptor(::open(folder.c_str(), kFlags));
-    if (!m_root.isOpen() && errno == ENOENT && makeMissingFolders(folder)) {
-        m_root = ZPKFileDescriptor(::open(folder.c_str(), kFlags));
+    m_root = DiskCalls::open(AT_FDCWD, folder.c_str(), kFlags);
+    if (!m_root.isOpen() && errno == ENOENT && DiskCalls::makeMissingFolders(folder)) {
+        m_root = DiskCalls::open(AT_FDCWD, folder.c_str(), kFlags);
     }
     if (!m_root.isOpen()) {
         throw ArchiveFailure::ofSystem(errno);
@@ -119,7 +61,7 @@ int FolderWriter::openParent(const MemberPath& path, bool makeMissing) {
     m_way.resize(common);
     int parent = common == 0 ? m_root.get() : m_way.back().descriptor.get();
     for (std::size_t i = common; i < depth; ++i) {
-        m_way.push_back({path.component(i), openFolder(parent, path.component(i), makeMissing)});
+        m_way.push_back({path.component(i), DiskCalls::openFolder(parent, path.component(i), makeMissing)});
         parent = m_way.back().descriptor.get();
     }
     return parent;
@@ -128,92 +70,96 @@ int FolderWriter::openParent(const MemberPath& path, bool makeMissing) {
 void FolderWriter::makeFolder(const MemberPath& path, const ModeAndTime& modeAndTime) {
     const int parent = openParent(path, true);
     const char* const name = path.leaf();
-    if (!makeNewFolder(parent, name, S_IRWXU)) {
-        throwUnless(errno == EEXIST);
+    if (!DiskCalls::makeFolder(parent, name, S_IRWXU)) {
+        DiskCalls::throwUnless(errno == EEXIST);
         struct stat status {};
-        throwUnless(::fstatat(parent, name, &status, AT_SYMLINK_NOFOLLOW) == 0);
+        DiskCalls::throwUnless(DiskCalls::status(parent, name, status));
         if (S_ISDIR(status.st_mode)) {
-            throwUnless(isOpenToOwner(parent, name, status));
+            DiskCalls::throwUnless(DiskCalls::isOpenToOwner(parent, name, status));
         } else {
-            clearPlace(parent, name);
-            throwUnless(makeNewFolder(parent, name, S_IRWXU));
+            DiskCalls::clearPlace(parent, name);
+            DiskCalls::throwUnless(DiskCalls::makeFolder(parent, name, S_IRWXU));
         }
     }
-    m_postponed.push_back({path, modeAndTime, S_IFDIR});
+    postpone(path, {modeAndTime, S_IFDIR});
 }
 
 void FolderWriter::makeSymbolicLink(const MemberPath& path, const std::string& target,
                                     const timespec& modified) {
     const int parent = openParent(path, true);
-    if (::symlinkat(target.c_str(), parent, path.leaf()) != 0) {
-        throwUnless(errno == EEXIST);
-        clearPlace(parent, path.leaf());
-        throwUnless(::symlinkat(target.c_str(), parent, path.leaf()) == 0);
+    const auto make = [&] { return ::symlinkat(target.c_str(), parent, path.leaf()); };
+    if (!DiskCalls::succeeds(make)) {
+        DiskCalls::throwUnless(errno == EEXIST);
+        DiskCalls::clearPlace(parent, path.leaf());
+        DiskCalls::throwUnless(DiskCalls::succeeds(make));
     }
     const timespec times[2] = {modified, modified};
-    throwUnless(::utimensat(parent, path.leaf(), times, AT_SYMLINK_NOFOLLOW) == 0);
+    DiskCalls::throwUnless(
+        DiskCalls::succeeds([&] { return ::utimensat(parent, path.leaf(), times, AT_SYMLINK_NOFOLLOW); }));
 }
 
 ZPKFileDescriptor FolderWriter::makeFile(const MemberPath& path) {
     const int parent = openParent(path, true);
-    ZPKFileDescriptor file(::openat(parent, path.leaf(), kNewFileFlags, 0600));
+    ZPKFileDescriptor file = DiskCalls::open(parent, path.leaf(), kNewFileFlags, 0600);
     if (!file.isOpen() && errno == EEXIST) {
-        clearPlace(parent, path.leaf());
-        file = ZPKFileDescriptor(::openat(parent, path.leaf(), kNewFileFlags, 0600));
+        DiskCalls::clearPlace(parent, path.leaf());
+        file = DiskCalls::open(parent, path.leaf(), kNewFileFlags, 0600);
     }
-    throwUnless(file.isOpen());
+    DiskCalls::throwUnless(file.isOpen());
     return file;
 }
 
 void FolderWriter::closeFile(ZPKFileDescriptor file, const ModeAndTime& modeAndTime) {
     setModeAndTime(file.get(), modeAndTime);
-    throwUnless(file.close());
+    DiskCalls::throwUnless(file.close());
 }
 
 void FolderWriter::closeFileForNow(ZPKFileDescriptor file, const MemberPath& path,
                                    const ModeAndTime& modeAndTime) {
     // The process's mask may have made it a file that cannot be opened again.
-    throwUnless(::fchmod(file.get(), S_IRUSR | S_IWUSR) == 0);
-    throwUnless(file.close());
-    m_postponed.push_back({path, modeAndTime, S_IFREG});
+    DiskCalls::throwUnless(DiskCalls::succeeds([&] { return ::fchmod(file.get(), S_IRUSR | S_IWUSR); }));
+    DiskCalls::throwUnless(file.close());
+    postpone(path, {modeAndTime, S_IFREG});
 }
 
 void FolderWriter::makeHardLink(const MemberPath& path, const MemberPath& target,
                                 const FileIdentity& expected) {
     const ZPKFileDescriptor targetParent(::fcntl(openParent(target, false), F_DUPFD_CLOEXEC, 0));
-    throwUnless(targetParent.isOpen());
-    std::optional<FileIdentity> found = identityAt(targetParent.get(), target.leaf());
-    throwUnless(found.has_value());
+    DiskCalls::throwUnless(targetParent.isOpen());
+    std::optional<FileIdentity> found = DiskCalls::identity(targetParent.get(), target.leaf());
+    DiskCalls::throwUnless(found.has_value());
     throwUnlessSame(*found, expected);
     const int parent = openParent(path, true);
-    found = identityAt(parent, path.leaf());
+    found = DiskCalls::identity(parent, path.leaf());
     if (found == expected) {
         return;
     }
     if (found) {
-        clearPlace(parent, path.leaf());
+        DiskCalls::clearPlace(parent, path.leaf());
     }
-    throwUnless(::linkat(targetParent.get(), target.leaf(), parent, path.leaf(), 0) == 0);
+    DiskCalls::throwUnless(DiskCalls::succeeds(
+        [&] { return ::linkat(targetParent.get(), target.leaf(), parent, path.leaf(), 0); }));
     // Only now is it certain what was linked.
-    if (identityAt(parent, path.leaf()) != expected) {
-        ::unlinkat(parent, path.leaf(), 0);
+    if (DiskCalls::identity(parent, path.leaf()) != expected) {
+        DiskCalls::remove(parent, path.leaf(), 0);
         throw MemberFailure("the file that it is a link to has been replaced");
     }
 }
 
 ZPKFileDescriptor FolderWriter::reopenFile(const MemberPath& path, const FileIdentity& expected) {
     const int parent = openParent(path, false);
-    ZPKFileDescriptor file(::openat(parent, path.leaf(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    ZPKFileDescriptor file =
+        DiskCalls::open(parent, path.leaf(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     struct stat found {};
-    throwUnless(file.isOpen() && ::fstat(file.get(), &found) == 0);
+    DiskCalls::throwUnless(file.isOpen() && ::fstat(file.get(), &found) == 0);
     throwUnlessSame(FileIdentity(found), expected);
-    throwUnless(::ftruncate(file.get(), 0) == 0);
+    DiskCalls::throwUnless(DiskCalls::succeeds([&] { return ::ftruncate(file.get(), 0); }));
     return file;
 }
 
 std::optional<FileIdentity> FolderWriter::identify(const MemberPath& path) {
     try {
-        return identityAt(openParent(path, false), path.leaf());
+        return DiskCalls::identity(openParent(path, false), path.leaf());
     } catch (const MemberFailure&) {
         return std::nullopt;
     }
@@ -221,46 +167,80 @@ std::optional<FileIdentity> FolderWriter::identify(const MemberPath& path) {
 
 ZPKFileDescriptor FolderWriter::locate(const MemberPath& path) {
     const int parent = openParent(path, false);
-    ZPKFileDescriptor found(::openat(parent, path.leaf(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
-    throwUnless(found.isOpen());
+    ZPKFileDescriptor found = DiskCalls::open(parent, path.leaf(), O_PATH | O_NOFOLLOW | O_CLOEXEC);
+    DiskCalls::throwUnless(found.isOpen());
     return found;
 }
 
 std::string FolderWriter::readFile(const MemberPath& path, std::size_t limit) {
     const int parent = openParent(path, false);
-    const ZPKFileDescriptor file(
-        ::openat(parent, path.leaf(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    const ZPKFileDescriptor file =
+        DiskCalls::open(parent, path.leaf(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     struct stat status {};
-    throwUnless(file.isOpen() && ::fstat(file.get(), &status) == 0);
+    DiskCalls::throwUnless(file.isOpen() && ::fstat(file.get(), &status) == 0);
     if (!S_ISREG(status.st_mode)) {
         throw MemberFailure("the file has been replaced");
     }
     std::optional<std::string> contents = ZPKDescriptorIO::readToEnd(file.get(), limit);
-    throwUnless(contents.has_value());
+    DiskCalls::throwUnless(contents.has_value());
     return *std::move(contents);
 }
 
 void FolderWriter::remove(const MemberPath& path) {
     const int parent = openParent(path, false);
-    throwUnless(::unlinkat(parent, path.leaf(), 0) == 0 || errno == ENOENT);
+    DiskCalls::throwUnless(DiskCalls::remove(parent, path.leaf(), 0) || errno == ENOENT);
+    if (const auto item = m_postponed.find(path.text()); item != m_postponed.end()) {
+        m_postponedCost -= kPostponedSize + item->first.size();
+        m_postponed.erase(item);
+    }
 }
 
-void FolderWriter::sortPostponed() {
-    // What lies deepest comes first, for a folder's own mode may forbid to enter it. Of several entries
-    // for one path the archive's last stays last.
-    std::stable_sort(
-        m_postponed.begin(), m_postponed.end(),
-        [](const Postponed& left, const Postponed& right) { return left.path.depth() > right.path.depth(); });
+void FolderWriter::postpone(const MemberPath& path, const Postponed& item) {
+    const std::string text = path.text();
+    if (m_postponedCost > kPostponedLimit) {
+        // The folders on the way are about to be written to.
+        applyAllBut(text);
+        if (m_postponedCost > kPostponedLimit / 2) {
+            applyAllBut("");
+        }
+    }
+    const auto [place, isNew] = m_postponed.insert_or_assign(text, item);
+    m_postponedCost += isNew ? kPostponedSize + text.size() : 0;
 }
 
-void FolderWriter::apply(const Postponed& item) {
-    const std::optional<FileIdentity> found = identify(item.path);
+void FolderWriter::applyAllBut(const std::string& wayThatStays) {
+    // Backwards, so that what lies deeper comes first: a folder's own mode may forbid to enter it.
+    for (auto next = m_postponed.end(); next != m_postponed.begin();) {
+        const auto item = std::prev(next);
+        const bool stays = wayThatStays.starts_with(item->first) && wayThatStays[item->first.size()] == '/';
+        if (stays) {
+            next = item;
+            continue;
+        }
+        try {
+            apply(MemberPath(item->first), item->second);
+        } catch (const std::exception& failure) {
+            if (m_failed) {
+                m_failed(item->first, failure.what());
+            }
+        }
+        m_postponedCost -= kPostponedSize + item->first.size();
+        next = m_postponed.erase(item);
+    }
+}
+
+void FolderWriter::finish() {
+    applyAllBut("");
+}
+
+void FolderWriter::apply(const MemberPath& path, const Postponed& item) {
+    const std::optional<FileIdentity> found = identify(path);
     if (!found || found->type != item.type) {
         return;  // A later member took its place.
     }
     const int flags = item.type == S_IFDIR ? kFolderFlags : O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-    const ZPKFileDescriptor opened(::openat(openParent(item.path, false), item.path.leaf(), flags));
-    throwUnless(opened.isOpen());
+    const ZPKFileDescriptor opened = DiskCalls::open(openParent(path, false), path.leaf(), flags);
+    DiskCalls::throwUnless(opened.isOpen());
     setModeAndTime(opened.get(), item.modeAndTime);
 }
 

@@ -7,6 +7,8 @@
 #include <sys/types.h>
 
 #include <cstddef>
+#include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -25,15 +27,22 @@ struct ModeAndTime {
 
 /// Writes things below one folder and nowhere else: each step of a path is taken by descriptor without
 /// following symbolic links, and a file is always a new file, never the rest of an old one. No path
-/// given here is that of the folder itself. Operations throw MemberFailure. Not for several threads at
-/// once.
+/// given here is that of the folder itself. Operations throw MemberFailure, or VolumeFullFailure. Not for
+/// several threads at once.
 ///
-/// libarchive's own disk writer is not used: it has to change the process's working folder to refuse
-/// absolute names, reports a full disk as a warning, and lets FIFOs, devices and set-user-ID bits pass.
+/// Modes and times that have to wait, those of folders above all, are kept for some 40,000 paths. When more
+/// come, they are set early: then a member that comes later may change the time of a folder that was left
+/// long ago, or find it shut.
 class FolderWriter {
 public:
+    /// Takes a path's text and the reason why its mode or time could not be set.
+    using Failed = std::function<void(const std::string&, const std::string&)>;
+
     /// Opens `folder`, making it when it is missing. Throws ArchiveFailure.
-    explicit FolderWriter(const std::string& folder);
+    explicit FolderWriter(const std::string& folder, Failed failed = {});
+
+    /// Of the folder; stays this object's.
+    int descriptor() const { return m_root.get(); }
 
     /// Makes a folder or takes the one that is there; its mode and time are set by `finish`.
     void makeFolder(const MemberPath& path, const ModeAndTime& modeAndTime);
@@ -60,26 +69,13 @@ public:
     /// Removes a file or link; silent when it is missing.
     void remove(const MemberPath& path);
 
-    /// Sets the modes and times that had to wait; calls `failed` with the path's text and the reason
-    /// where that was not possible.
-    template <typename Failed>
-    void finish(const Failed& failed) {
-        sortPostponed();
-        for (const Postponed& item : m_postponed) {
-            try {
-                apply(item);
-            } catch (const std::exception& failure) {
-                failed(item.path.text(), failure.what());
-            }
-        }
-        m_postponed.clear();
-    }
+    /// Sets the modes and times that had to wait.
+    void finish();
 
 private:
     struct Postponed {
-        MemberPath path;
         ModeAndTime modeAndTime;
-        mode_t type;
+        mode_t type = 0;
     };
     struct OpenFolder {
         std::string name;
@@ -87,13 +83,17 @@ private:
     };
 
     int openParent(const MemberPath& path, bool makeMissing);
-    void sortPostponed();
-    void apply(const Postponed& item);
+    void postpone(const MemberPath& path, const Postponed& item);
+    void applyAllBut(const std::string& wayThatStays);
+    void apply(const MemberPath& path, const Postponed& item);
 
     ZPKFileDescriptor m_root;
     /// The folders on the way to the last member's parent: members of one folder follow each other.
     std::vector<OpenFolder> m_way;
-    std::vector<Postponed> m_postponed;
+    /// By the path's text, in an order in which a folder comes before all that is in it.
+    std::map<std::string, Postponed> m_postponed;
+    std::size_t m_postponedCost = 0;
+    Failed m_failed;
 };
 
 }  // namespace zpk_archive

@@ -32,7 +32,8 @@ std::size_t countOrThrow(ssize_t got) {
 
 InputFile::InputFile(const std::string& path)
     // Opening a FIFO must not wait for a writer.
-    : m_file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)), m_buffer(kBufferSize) {
+    : m_file(ZPKDescriptorIO::retry([&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); })),
+      m_buffer(kBufferSize) {
     struct stat status {};
     if (!m_file.isOpen() || ::fstat(m_file.get(), &status) != 0) {
         throw ArchiveFailure::ofSystem(errno);

@@ -18,6 +18,7 @@ namespace zpk_archive {
 /// Operations throw ArchiveFailure when it cannot be read.
 class InputFile {
 public:
+    /// Opens the file; reads nothing yet.
     explicit InputFile(const std::string& path);
     explicit InputFile(ByteSource source);
 

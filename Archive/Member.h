@@ -16,12 +16,12 @@ struct Member {
     mode_t mode = 0;  ///< Type and permission bits.
     std::int64_t size = 0;
     std::int64_t modifiedSeconds = 0;
-    long modifiedNanoseconds = 0;
     unsigned linkCount = 1;
     std::string symbolicLinkTarget;
 
     // What only a reader knows.
-    std::string hardLinkTarget;         ///< Not empty: the earlier member with the same inode number.
+    std::uint64_t device = 0;  ///< With `inode` the same for all names of one file.
+    std::uint64_t inode = 0;
     bool dataComeWithLastName = false;  ///< Of several names of one file (newc); else with each.
 };
 

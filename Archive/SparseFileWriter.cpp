@@ -75,15 +75,16 @@ void SparseFileWriter::writeData(std::span<const std::uint8_t> bytes) {
         return;
     }
     if (!ZPKDescriptorIO::writeWholeAt(m_descriptor, bytes.data(), bytes.size(), m_offset)) {
-        throw MemberFailure::ofSystem(errno);
+        throwWriteFailure(errno);
     }
     m_offset += static_cast<std::int64_t>(bytes.size());
     m_endsInHole = false;
 }
 
 void SparseFileWriter::finish() {
-    if (m_endsInHole && ::ftruncate(m_descriptor, m_offset) != 0) {
-        throw MemberFailure::ofSystem(errno);
+    const auto cut = [this] { return ::ftruncate(m_descriptor, m_offset); };
+    if (m_endsInHole && ZPKDescriptorIO::retry(cut) != 0) {
+        throwWriteFailure(errno);
     }
 }
 

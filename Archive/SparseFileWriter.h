@@ -9,7 +9,7 @@
 namespace zpk_archive {
 
 /// Writes a new file from its start, leaving holes where there are long runs of zeros.
-/// Operations throw MemberFailure.
+/// Operations throw MemberFailure, or VolumeFullFailure.
 class SparseFileWriter {
 public:
     /// `descriptor` is an empty file's and stays the caller's.

@@ -62,7 +62,7 @@ std::vector<std::string> namesFromLastToFirst(int folder) {
 }  // namespace
 
 ZPKFileDescriptor TreePacker::openSource(const std::string& path) {
-    ZPKFileDescriptor source(::open(path.c_str(), kOpenFlags));
+    ZPKFileDescriptor source(ZPKDescriptorIO::retry([&] { return ::open(path.c_str(), kOpenFlags); }));
     struct stat status {};
     if (!source.isOpen() || ::fstat(source.get(), &status) != 0) {
         throw ArchiveFailure::ofSystem(errno);
@@ -114,7 +114,8 @@ void TreePacker::packNext(OpenFolder& folder) {
 
 void TreePacker::packThing(int parent, const std::string& leaf) {
     struct stat status {};
-    if (::fstatat(parent, leaf.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+    if (ZPKDescriptorIO::retry(
+            [&] { return ::fstatat(parent, leaf.c_str(), &status, AT_SYMLINK_NOFOLLOW); }) != 0) {
         throw MemberFailure::ofSystem(errno);
     }
     if (!canBePacked(status.st_mode)) {
@@ -128,7 +129,8 @@ void TreePacker::packThing(int parent, const std::string& leaf) {
         m_sink.warning(m_name, "the archive itself is left out");
         return;
     }
-    ZPKFileDescriptor thing(::openat(parent, leaf.c_str(), kOpenFlags | O_NOFOLLOW));
+    ZPKFileDescriptor thing(
+        ZPKDescriptorIO::retry([&] { return ::openat(parent, leaf.c_str(), kOpenFlags | O_NOFOLLOW); }));
     if (!thing.isOpen() || ::fstat(thing.get(), &status) != 0) {
         throw MemberFailure::ofSystem(errno);
     }
@@ -163,22 +165,30 @@ AttributeMap TreePacker::attributesOf(int thing) {
 }
 
 void TreePacker::startMember(Member& member, const struct stat& status) {
-    std::int64_t inode = 0;
     member.mode = status.st_mode;
     member.modifiedSeconds = std::max<std::int64_t>(status.st_mtim.tv_sec, 0);
     // A folder's count says nothing of names, and would make readers look for the others.
-    const bool hasSeveralNames = !S_ISDIR(status.st_mode) && status.st_nlink > 1;
-    if (hasSeveralNames) {
-        const auto next = static_cast<std::int64_t>(m_inodes.size()) + 1;
-        inode = m_inodes.try_emplace(FileIdentity(status), next).first->second;
-        member.linkCount = static_cast<unsigned>(status.st_nlink);
+    if (!S_ISDIR(status.st_mode) && status.st_nlink > 1) {
+        numberLink(member, status);
     }
-    m_writer.startMember(member, inode);
+    m_writer.startMember(member);
+}
+
+void TreePacker::numberLink(Member& member, const struct stat& status) {
+    if (!m_links) {
+        m_links = m_way.empty() ? LinkCounts() : LinkCounts::ofTree(m_way.front().descriptor.get());
+    }
+    // The machine's own inode numbers would differ from run to run and do not fit the header.
+    if (const LinkCounts::File* const file = m_links->find(FileIdentity(status))) {
+        member.inode = file->number;
+        member.linkCount = file->names;
+    }
 }
 
 void TreePacker::packSymbolicLink(int parent, const std::string& leaf, const struct stat& status) {
     char* const bytes = reinterpret_cast<char*>(m_buffer.data());
-    const ssize_t length = ::readlinkat(parent, leaf.c_str(), bytes, m_buffer.size());
+    const ssize_t length =
+        ZPKDescriptorIO::retry([&] { return ::readlinkat(parent, leaf.c_str(), bytes, m_buffer.size()); });
     if (length < 0) {
         throw MemberFailure::ofSystem(errno);
     }

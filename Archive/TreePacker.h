@@ -6,12 +6,12 @@
 #include <sys/stat.h>
 
 #include <cstdint>
-#include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "Archive/AppleDouble.h"
-#include "Archive/FileIdentity.h"
+#include "Archive/LinkCounts.h"
 #include "Archive/Member.h"
 #include "Base/ZPKFileDescriptor.h"
 
@@ -51,6 +51,7 @@ private:
     void packAttributes(const AttributeMap& attributes, const struct stat& status);
     AttributeMap attributesOf(int thing);
     void startMember(Member& member, const struct stat& status);
+    void numberLink(Member& member, const struct stat& status);
     void padWithZeros(std::int64_t count);
 
     CpioWriter& m_writer;
@@ -59,9 +60,7 @@ private:
     std::string m_name;  ///< Of the member at hand.
     std::vector<OpenFolder> m_way;
     std::vector<std::uint8_t> m_buffer;
-    /// Numbers for files with several names; the machine's own inode numbers would differ from run to
-    /// run and do not fit the header.
-    std::map<FileIdentity, std::int64_t> m_inodes;
+    std::optional<LinkCounts> m_links;  ///< Counted when the first file comes that has several names.
 };
 
 }  // namespace zpk_archive

@@ -5,6 +5,7 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <utility>
 
 /// Owns an open descriptor, or none (-1), and closes it.
@@ -27,8 +28,10 @@ public:
     int release() { return std::exchange(m_descriptor, -1); }
 
     /// Closes now, if anything is open; false, with errno set, when the system reports that written
-    /// data were lost.
-    [[nodiscard]] bool close() { return !isOpen() || ::close(std::exchange(m_descriptor, -1)) == 0; }
+    /// data were lost. Interrupted by a signal it has closed all the same, and is not to be repeated.
+    [[nodiscard]] bool close() {
+        return !isOpen() || ::close(std::exchange(m_descriptor, -1)) == 0 || errno == EINTR;
+    }
 
 private:
     int m_descriptor = -1;

@@ -51,14 +51,15 @@ ZPKReplacementFile::ZPKReplacementFile(ZPKReplacementFile&& other) noexcept
 
 ZPKReplacementFile::~ZPKReplacementFile() {
     if (!m_temporaryPath.empty()) {
-        ::unlink(m_temporaryPath.c_str());
+        ZPKDescriptorIO::retry([this] { return ::unlink(m_temporaryPath.c_str()); });
     }
 }
 
 ZPKOutcome ZPKReplacementFile::takeOverPermissions() {
     struct stat existing;
-    if (::stat(m_path.c_str(), &existing) == 0 &&
-        ::fchmod(m_file.get(), existing.st_mode & kPermissions) != 0) {
+    const auto look = [&] { return ::stat(m_path.c_str(), &existing); };
+    const auto take = [&] { return ::fchmod(m_file.get(), existing.st_mode & kPermissions); };
+    if (ZPKDescriptorIO::retry(look) == 0 && ZPKDescriptorIO::retry(take) != 0) {
         return ZPKFailure::ofSystem(m_path, errno);
     }
     return {};
@@ -69,7 +70,8 @@ ZPKOutcome ZPKReplacementFile::commit() {
     // Some file systems tell of a lack of space only here; some know no syncing at all.
     const bool isSynced = ZPKDescriptorIO::retry([this] { return ::fsync(m_file.get()); }) == 0 ||
                           errno == EINVAL || errno == ENOSYS;
-    if (!isSynced || !m_file.close() || ::rename(m_temporaryPath.c_str(), m_path.c_str()) != 0) {
+    const auto rename = [this] { return ::rename(m_temporaryPath.c_str(), m_path.c_str()); };
+    if (!isSynced || !m_file.close() || ZPKDescriptorIO::retry(rename) != 0) {
         return ZPKFailure::ofSystem(m_path, errno);
     }
     m_temporaryPath.clear();

@@ -55,10 +55,12 @@ void appendDigits(std::string& archive, std::uint64_t value, std::size_t digits,
     archive += text;
 }
 
+}  // namespace
+
 void appendOdc(std::string& archive, const RawMember& member) {
     std::uint64_t size = member.announcedSize == UINT64_MAX ? member.data.size() : member.announcedSize;
     archive += "070707";
-    appendDigits(archive, 0, 6, 8);
+    appendDigits(archive, member.inode >> 18, 6, 8);
     appendDigits(archive, member.inode, 6, 8);
     appendDigits(archive, member.mode, 6, 8);
     appendDigits(archive, 0, 6, 8);
@@ -88,8 +90,6 @@ void appendNewc(std::string& archive, const RawMember& member) {
     archive += member.data;
     archive.append((4 - archive.size() % 4) % 4, '\0');
 }
-
-}  // namespace
 
 std::string randomText(std::size_t size, unsigned seed) {
     std::string text(size, '\0');
@@ -145,6 +145,9 @@ Outcome runProgram(const std::vector<std::string>& command, const std::function<
     outcome.exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     outcome.standardError = readFile(errorPath);
     outcome.peakMemory = usage.ru_maxrss;
+    for (const timeval& time : {usage.ru_utime, usage.ru_stime}) {
+        outcome.processorTime += static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
+    }
     return outcome;
 }
 

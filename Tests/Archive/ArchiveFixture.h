@@ -22,7 +22,8 @@ namespace zpk_test {
 struct Outcome {
     int exitStatus = -1;  ///< 128 + the signal's number when a signal ended it.
     std::string standardError;
-    long peakMemory = 0;  ///< KiB.
+    long peakMemory = 0;       ///< KiB.
+    double processorTime = 0;  ///< Seconds.
 };
 
 /// Runs the program with standard error into a file; `prepare` runs in the child before it.
@@ -61,6 +62,9 @@ struct RawMember {
     std::uint64_t announcedSize = UINT64_MAX;  ///< UINT64_MAX: the data's size.
     std::uint64_t modified = 1000000000;
 };
+
+void appendOdc(std::string& archive, const RawMember& member);
+void appendNewc(std::string& archive, const RawMember& member);
 
 /// A plain odc archive with its end mark.
 std::string makeOdc(const std::vector<RawMember>& members);

@@ -6,13 +6,16 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "Archive/Archive.h"
+#include "Archive/CpioReader.h"
 #include "Archive/Failure.h"
 #include "Archive/GzipWriter.h"
 #include "Archive/OutputFile.h"
+#include "Archive/PlainStream.h"
 #include "Tests/Archive/ArchiveFixture.h"
 
 namespace {
@@ -43,7 +46,7 @@ std::vector<std::string> pack(const std::string& archive, const std::vector<std:
         member.name = name;
         member.mode = S_IFREG | 0644;
         try {
-            writer.startMember(member, 0);
+            writer.startMember(member);
         } catch (const MemberFailure& failure) {
             refused.push_back(std::to_string(name.size()) + ": " + failure.what());
         }
@@ -66,6 +69,51 @@ TEST(CpioWriterTest, LongestNameComesBackAndOneByteMoreIsRefused) {
     EXPECT_TRUE(list(
         archive, [&](const MemberDescription& member) { listed.push_back(member.name); }, sink));
     EXPECT_TRUE(listed == (std::vector<std::string>{names[0], names[1], names[3]}));
+}
+
+TEST(CpioWriterTest, LinksFromOutsideTheTreeAreNoneAndThoseInsideKeepTheirCount) {
+    const TemporaryFolder folder;
+    writeFile(folder / "D/outside", "x");
+    std::filesystem::create_hard_link(folder / "D/outside", folder / "elsewhere");
+    writeFile(folder / "D/a", "y");
+    std::filesystem::create_hard_link(folder / "D/a", folder / "D/b");
+    std::filesystem::create_hard_link(folder / "D/a", folder / "elsewhere too");
+    ASSERT_EQ(create(folder / "D", folder / "archive").exitStatus, 0);
+    PlainStream stream{InputFile(folder / "archive")};
+    CpioReader reader(stream);
+    std::string links;
+    while (const std::optional<Member> member = reader.next()) {
+        links += member->name + " " + std::to_string(member->inode) + " " +
+                 std::to_string(member->linkCount) + "\n";
+    }
+    EXPECT_EQ(links, "D 0 1\nD/a 1 2\nD/b 1 2\nD/outside 0 1\n");
+}
+
+TEST(CpioWriterTest, NumbersOfFilesAndTimesFillTheirFields) {
+    const TemporaryFolder folder;
+    Member member;
+    member.name = "member";
+    member.mode = S_IFREG | 0644;
+    member.inode = 0x123456789;
+    member.linkCount = 1000000;
+    member.modifiedSeconds = (std::int64_t{1} << 33) + 5;
+    {
+        OutputFile output(folder / "archive");
+        GzipWriter gzip(output);
+        CpioWriter writer(gzip);
+        writer.startMember(member);
+        writer.finish();
+        gzip.finish();
+        output.commit();
+    }
+    PlainStream stream{InputFile(folder / "archive")};
+    CpioReader reader(stream);
+    const std::optional<Member> read = reader.next();
+    ASSERT_TRUE(read.has_value());
+    EXPECT_EQ(read->device << 18 | read->inode, 0x123456789U);
+    EXPECT_EQ(read->linkCount, 0777777U);
+    EXPECT_EQ(read->modifiedSeconds, (std::int64_t{1} << 33) - 1);
+    EXPECT_FALSE(reader.next().has_value());
 }
 
 }  // namespace

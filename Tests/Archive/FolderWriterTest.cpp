@@ -91,14 +91,15 @@ TEST(FolderWriterTest, WritesWhateverTheProcesssMask) {
         EXPECT_EQ(
             statusAsNobody(mask,
                            [&] {
-                               FolderWriter writer(root + "/way/folder");
+                               FolderWriter writer(root + "/way/folder",
+                                                   [](const auto&, const auto&) { ::_exit(3); });
                                writer.makeFolder(MemberPath("made"), {0750, {}});
                                writer.closeFile(writer.makeFile(MemberPath("made/implied/f")), {0604, {}});
                                const MemberPath later("made/later");
                                writer.closeFileForNow(writer.makeFile(later), later, {0440, {}});
                                const auto identity = writer.identify(later);
                                writer.closeFileForNow(writer.reopenFile(later, *identity), later, {0440, {}});
-                               writer.finish([](const std::string&, const std::string&) { ::_exit(3); });
+                               writer.finish();
                            }),
             0);
         const std::string made = root + "/way/folder/made";

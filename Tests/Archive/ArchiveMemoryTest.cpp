@@ -1,0 +1,185 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <functional>
+
+#include "Archive/GzipWriter.h"
+#include "Archive/OutputFile.h"
+#include "Tests/Archive/HostileArchiveFixture.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace zpk_test;
+
+using MemberMaker = std::function<RawMember(unsigned)>;
+using Append = void (*)(std::string&, const RawMember&);
+
+/// A compressed archive of so many members, made piece by piece: it may be larger than the memory.
+void writeArchive(const std::string& path, Append append, unsigned members, const MemberMaker& make) {
+    zpk_archive::OutputFile output(path);
+    zpk_archive::GzipWriter gzip(output);
+    std::string bytes;
+    const auto handOn = [&] {
+        gzip.write({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
+        bytes.clear();
+    };
+    for (unsigned i = 0; i < members; ++i) {
+        append(bytes, make(i));
+        handOn();
+    }
+    append(bytes, {"TRAILER!!!", 0});
+    handOn();
+    gzip.finish();
+    output.commit();
+}
+
+/// A path of `levels` folders with long names, and a leaf of its own for each number.
+std::string deepName(unsigned levels, const std::string& leaf, unsigned number) {
+    std::string name;
+    for (unsigned i = 0; i < levels; ++i) {
+        name += std::string(250, 'd') + "/";
+    }
+    return name + leaf + std::to_string(number);
+}
+
+/// A program that wants the machine's memory fails instead of getting it.
+void takeNoMoreThanAGigabyte() {
+    const rlimit limit{1 << 30, 1 << 30};
+    ::setrlimit(RLIMIT_AS, &limit);
+}
+
+class ArchiveMemoryTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+#ifdef __SANITIZE_ADDRESS__
+        GTEST_SKIP() << "the sanitizer takes memory of its own";
+#endif
+    }
+
+    Outcome extractMade(Append append, unsigned members, const MemberMaker& make) {
+        fs::remove_all(m_folder / "in");
+        writeArchive(m_folder / "archive", append, members, make);
+        return extract(m_folder / "archive", m_folder / "in", takeNoMoreThanAGigabyte);
+    }
+
+    const TemporaryFolder m_folder;
+};
+
+struct Load {
+    const char* name;
+    Append append;
+    unsigned members;
+    RawMember (*make)(unsigned);
+    int exitStatus;
+};
+
+class ArchiveLoadTest : public ArchiveMemoryTest, public ::testing::WithParamInterface<Load> {};
+
+TEST_P(ArchiveLoadTest, TakesLittleMemory) {
+    const Load& load = GetParam();
+    const Outcome outcome = extractMade(load.append, load.members, load.make);
+    EXPECT_EQ(outcome.exitStatus, load.exitStatus) << outcome.standardError;
+    EXPECT_LT(outcome.peakMemory, 64 * 1024);
+}
+
+const std::string kEmptyAppleDouble = std::string("\0\5\x16\7\0\2\0\0", 8) + std::string(18, '\0');
+
+INSTANTIATE_TEST_SUITE_P(
+    Loads, ArchiveLoadTest,
+    ::testing::Values(
+        Load{"LongNamesOfFilesWithOthers", appendOdc, 1500,
+             [](unsigned i) {
+                 return RawMember{"../" + std::string(100000, 'n') + std::to_string(i), kFile, "", i, 2};
+             },
+             1},
+        Load{"FoldersFarDown", appendOdc, 3000,
+             [](unsigned i) {
+                 return RawMember{deepName(100, "folder ", i), kFolder};
+             },
+             0},
+        Load{"FoldersInEachOther", appendOdc, 900,
+             [](unsigned i) {
+                 return RawMember{deepName(i + 1, "", 0).substr(0, 251 * (i + 1) - 1), kFolder};
+             },
+             0},
+        Load{"OneFolderAgainAndAgain", appendOdc, 400000,
+             [](unsigned) {
+                 return RawMember{"one folder", kFolder};
+             },
+             0},
+        Load{"FilesThatWaitForTheirOtherNames", appendOdc, 10000,
+             [](unsigned i) {
+                 return RawMember{deepName(40, "file ", i), kFile, "", i + 1, 2};
+             },
+             0},
+        Load{"FilesThatWaitForTheirData", appendNewc, 10000,
+             [](unsigned i) {
+                 return RawMember{deepName(40, "file ", i), kFile, "", i + 1, 2};
+             },
+             0},
+        Load{"AttributesThatWaitForTheirFiles", appendOdc, 10000,
+             [](unsigned i) {
+                 return RawMember{deepName(40, "._file ", i), kFile, kEmptyAppleDouble};
+             },
+             0}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST_F(ArchiveMemoryTest, DataThatComeForAFileForgottenAreAnError) {
+    const Outcome outcome = extractMade(appendNewc, 2001, [](unsigned i) {
+        return i < 2000 ? RawMember{deepName(40, "file ", i), kFile, "", i + 1, 2}
+                        : RawMember{"last", kFile, "the data of the first", 1, 2};
+    });
+    EXPECT_EQ(outcome.exitStatus, 1);
+    EXPECT_EQ(outcome.standardError,
+              "ditto: last: the archive has more files with several names than can be kept in mind\n");
+}
+
+TEST_F(ArchiveMemoryTest, ModesAndTimesOfMoreFoldersThanAreKeptAreRight) {
+    // Too many for the memory, in the order in which a tree is packed; each shuts its owner out.
+    std::vector<std::string> names;
+    for (unsigned group = 0; group < 9; ++group) {
+        std::string parent = "group " + std::to_string(group);
+        for (int level = 0; level < 5; ++level) {
+            names.push_back(parent);
+            parent += "/" + std::string(200, 'p');
+        }
+        for (unsigned i = 0; i < 1000; ++i) {
+            names.push_back(parent + std::to_string(i));
+        }
+    }
+    const std::string folder = m_folder / "in";
+    fs::create_directory(folder);
+    chmod(m_folder.path().c_str(), 0755);
+    chmod(folder.c_str(), 0777);
+    writeArchive(m_folder / "archive", appendOdc, static_cast<unsigned>(names.size()), [&](unsigned i) {
+        return RawMember{names[i], S_IFDIR | 0511};
+    });
+    const Outcome outcome = extract(m_folder / "archive", folder, becomeNobody);
+    EXPECT_EQ(outcome.exitStatus, 0) << outcome.standardError;
+    const auto inside = snapshot(folder);
+    EXPECT_EQ(inside.size(), names.size());
+    std::size_t wrong = 0;
+    for (const auto& [name, description] : inside) {
+        wrong += description == "type 40000 mode 511 time 1000000000 " ? 0U : 1U;
+    }
+    EXPECT_EQ(wrong, 0U);
+}
+
+TEST_F(ArchiveMemoryTest, FilesLinkedFromElsewhereCostNoMoreThanOthers) {
+    const auto timeOf = [&](unsigned members) {
+        const Outcome outcome = extractMade(appendOdc, members, [](unsigned i) {
+            return RawMember{std::to_string(i), kFile, "", i + 1, 2};
+        });
+        EXPECT_EQ(outcome.exitStatus, 0) << outcome.standardError;
+        return outcome.processorTime;
+    };
+    // Four times as many cost four times as much, and not sixteen times.
+    EXPECT_LT(timeOf(48000) / timeOf(12000), 9);
+}
+
+}  // namespace
