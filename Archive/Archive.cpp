@@ -9,8 +9,10 @@
 #include <memory>
 #include <new>
 
+#include "Archive/BlockPipeline.h"
 #include "Archive/CpioReader.h"
 #include "Archive/CpioWriter.h"
+#include "Archive/ExtractionCage.h"
 #include "Archive/Extractor.h"
 #include "Archive/Failure.h"
 #include "Archive/FolderWriter.h"
@@ -113,9 +115,10 @@ void extractOpened(InputFile input, FolderWriter& writer, const std::string& arc
     extractor.finish();
 }
 
-template <typename OpenInput>
+/// Calls `enter` with the open folder before anything is read.
+template <typename OpenInput, typename Enter>
 bool extractFrom(const std::string& archive, const std::string& folder, ErrorSink& sink,
-                 const OpenInput& openInput) {
+                 const OpenInput& openInput, const Enter& enter) {
     CountingSink counted(sink);
     std::unique_ptr<InputFile> input;
     std::unique_ptr<FolderWriter> writer;
@@ -127,6 +130,7 @@ bool extractFrom(const std::string& archive, const std::string& folder, ErrorSin
         reportFailure(folder, counted, [&] { writer = std::make_unique<FolderWriter>(folder, report); });
     }
     if (writer) {
+        enter(writer->descriptor());
         reportFailure(archive, counted, [&] { extractOpened(std::move(*input), *writer, archive, counted); });
     }
     return !counted.failed();
@@ -147,6 +151,8 @@ bool listFrom(const std::string& archive, const std::function<void(const MemberD
     });
     return !counted.failed();
 }
+
+void stayOutside(int) {}
 
 }  // namespace
 
@@ -174,11 +180,22 @@ bool create(const std::string& source, const std::string& archive, ErrorSink& si
 }
 
 bool extract(const std::string& archive, const std::string& folder, ErrorSink& sink) {
-    return extractFrom(archive, folder, sink, [&] { return InputFile(archive); });
+    return extractFrom(
+        archive, folder, sink, [&] { return InputFile(archive); }, stayOutside);
 }
 
 bool extract(const std::string& name, const ByteSource& source, const std::string& folder, ErrorSink& sink) {
-    return extractFrom(name, folder, sink, [&] { return InputFile(source); });
+    return extractFrom(
+        name, folder, sink, [&] { return InputFile(source); }, stayOutside);
+}
+
+bool extractInCage(const std::string& archive, const std::string& folder, ErrorSink& sink) {
+    const auto enterCage = [](int opened) {
+        BlockPipeline::suitableWorkers();
+        ExtractionCage::enter(opened);
+    };
+    return extractFrom(
+        archive, folder, sink, [&] { return InputFile(archive); }, enterCage);
 }
 
 bool list(const std::string& archive, const std::function<void(const MemberDescription&)>& visit,

@@ -65,6 +65,11 @@ bool extract(const std::string& archive, const std::string& folder, ErrorSink& s
 /// The same for an archive that `source` supplies; errors name it `name`.
 bool extract(const std::string& name, const ByteSource& source, const std::string& folder, ErrorSink& sink);
 
+/// Like `extract`, in a process of one thread that does nothing after it but end: when both are open,
+/// and before the archive's first byte is read, the process gives up for good what it needs no more
+/// (`ExtractionCage`).
+bool extractInCage(const std::string& archive, const std::string& folder, ErrorSink& sink);
+
 /// Reads the whole archive, verifying its checksums, and calls `visit` for each member in order.
 /// Touches no disk but to read. Returns true when nothing was reported as an error.
 bool list(const std::string& archive, const std::function<void(const MemberDescription&)>& visit,

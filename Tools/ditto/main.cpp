@@ -53,6 +53,6 @@ int main(int argc, char** argv) {
     const std::string& source = arguments[arguments.size() - 2];
     const std::string& destination = arguments.back();
     bool good = creating ? zpk_archive::create(source, destination, log)
-                         : zpk_archive::extract(source, destination, log);
+                         : zpk_archive::extractInCage(source, destination, log);
     return good ? 0 : 1;
 }

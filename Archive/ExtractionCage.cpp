@@ -1,0 +1,68 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#include "Archive/ExtractionCage.h"
+
+#include <pthread.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+
+#include <algorithm>
+
+#include "Archive/CallFilter.h"
+#include "Archive/FolderCage.h"
+
+namespace zpk_archive {
+
+namespace {
+
+#ifdef ZPK_INSTRUMENTED
+constexpr bool kIsInstrumented = true;
+#else
+constexpr bool kIsInstrumented = false;
+#endif
+
+/// Many times what unpacking takes; a thread's stack counts in full.
+constexpr rlim_t kMemoryLimit = rlim_t{512} << 20;
+constexpr std::size_t kThreadStack = std::size_t{1} << 20;
+
+/// Each level of a tree takes one.
+constexpr rlim_t kDescriptorLimit = 16384;
+
+template <typename Resource>
+void lower(Resource resource, rlim_t value) {
+    rlimit limit{};
+    if (::getrlimit(resource, &limit) == 0) {
+        limit.rlim_cur = std::min(limit.rlim_cur, value);
+        limit.rlim_max = std::min(limit.rlim_max, value);
+        ::setrlimit(resource, &limit);
+    }
+}
+
+void lowerLimits() {
+    lower(RLIMIT_DATA, kMemoryLimit);
+    lower(RLIMIT_NOFILE, kDescriptorLimit);
+    lower(RLIMIT_CORE, 0);
+    // Threads otherwise take as much as the person allows the first one.
+    pthread_attr_t attributes;
+    if (::pthread_attr_init(&attributes) == 0) {
+        ::pthread_attr_setstacksize(&attributes, kThreadStack);
+        ::pthread_setattr_default_np(&attributes);
+        ::pthread_attr_destroy(&attributes);
+    }
+}
+
+}  // namespace
+
+ExtractionCage::Walls ExtractionCage::enter(int folder) {
+    Walls walls;
+    if (kIsInstrumented || ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) {
+        return walls;
+    }
+    lowerLimits();
+    walls.folder = FolderCage::enter(folder);
+    walls.calls = CallFilter::enter();
+    return walls;
+}
+
+}  // namespace zpk_archive
