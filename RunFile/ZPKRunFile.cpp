@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "Base/ZPKDescriptorIO.h"
+#include "RunFile/ZPKProgramFilter.h"
 #include "RunFile/ZPKRunFileChecksum.h"
 #include "RunFile/ZPKRunFileTrailer.h"
 
@@ -143,6 +144,12 @@ ZPKResult<std::string> ZPKRunFile::plainBlock(std::size_t index) const {
     const std::size_t size = ::ZSTD_decompress(plain.data(), plain.size(), packed->data(), packed->size());
     if (::ZSTD_isError(size) != 0 || size != plain.size()) {
         return damage();
+    }
+    // Programs become themselves again at their places, which no two files share.
+    for (const ZPKRunFileEntry& entry : m_table.entries) {
+        if (entry.kind == ZPKRunFileEntry::Kind::PackedFile && entry.block == index) {
+            ZPKProgramFilter::unpack(plain.data() + entry.offset, static_cast<std::size_t>(entry.size));
+        }
     }
     return plain;
 }

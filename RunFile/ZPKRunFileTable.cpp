@@ -75,6 +75,10 @@ bool hasSoundPlace(const ZPKRunFileEntry& entry, const std::vector<ZPKRunFileBlo
     return false;
 }
 
+bool isFile(const ZPKRunFileEntry& entry) {
+    return entry.kind == ZPKRunFileEntry::Kind::PackedFile || entry.kind == ZPKRunFileEntry::Kind::StoredFile;
+}
+
 void writeEntry(ZPKByteWriter& out, const ZPKRunFileEntry& entry) {
     out.number(static_cast<std::uint8_t>(entry.kind));
     out.number(entry.mode);
@@ -114,6 +118,7 @@ ZPKRunFileEntry readEntry(ZPKByteReader& in) {
 
 std::string ZPKRunFileTable::encoded() const {
     ZPKByteWriter out;
+    out.text(program);
     out.number(static_cast<std::uint32_t>(blocks.size()));
     for (const ZPKRunFileBlock& block : blocks) {
         out.number(block.offset);
@@ -132,6 +137,7 @@ ZPKResult<ZPKRunFileTable> ZPKRunFileTable::decoded(std::string_view bytes, std:
                                                     const std::string& path) {
     ZPKRunFileTable table;
     ZPKByteReader in(bytes);
+    table.program = in.text();
     const auto blockCount = in.number<std::uint32_t>();
     for (std::uint32_t index = 0; index < blockCount && in.isGood(); ++index) {
         ZPKRunFileBlock block;
@@ -156,8 +162,12 @@ bool ZPKRunFileTable::isSound(std::uint64_t dataSize) const {
         return liesWithin(block.offset, block.packedSize, dataSize) && block.packedSize <= kLargestBlock &&
                block.plainSize <= kLargestBlock;
     });
+    const bool hasProgram = std::any_of(entries.begin(), entries.end(), [&](const ZPKRunFileEntry& entry) {
+        return entry.path == program && isFile(entry);
+    });
     PathCheck paths;
-    return soundBlocks && std::all_of(entries.begin(), entries.end(), [&](const ZPKRunFileEntry& entry) {
+    return soundBlocks && hasProgram &&
+           std::all_of(entries.begin(), entries.end(), [&](const ZPKRunFileEntry& entry) {
                return paths.takes(entry) && hasSoundPlace(entry, blocks, dataSize);
            });
 }

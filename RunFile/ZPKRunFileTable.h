@@ -51,8 +51,8 @@ struct ZPKRunFileEntry {
 
 /// What a run file holds and where: everything but the bytes themselves. A value.
 ///
-/// In the file: a count and the blocks, a count and the entries, all numbers little-endian, texts as a
-/// length and their bytes. Every folder stands before what it holds.
+/// In the file: the program's path, a count and the blocks, a count and the entries, all numbers
+/// little-endian, texts as a length and their bytes. Every folder stands before what it holds.
 class ZPKRunFileTable {
 public:
     static constexpr std::uint64_t kSegmentSize = std::uint64_t{32} << 20;
@@ -60,6 +60,8 @@ public:
     /// No larger block is written or read: a worker holds one in memory.
     static constexpr std::uint64_t kLargestBlock = std::uint64_t{64} << 20;
 
+    /// The file that is executed once all are placed, by its path among the entries.
+    std::string program;
     std::vector<ZPKRunFileBlock> blocks;
     std::vector<ZPKRunFileEntry> entries;
 

@@ -18,6 +18,7 @@
 #include "Base/ZPKPath.h"
 #include "Platform/ZPKFileHandle.h"
 #include "Platform/ZPKFileManager.h"
+#include "RunFile/ZPKProgramFilter.h"
 #include "RunFile/ZPKRunFileChecksum.h"
 #include "RunFile/ZPKRunFileTrailer.h"
 
@@ -32,7 +33,7 @@ constexpr std::uint64_t kAlignment = 4096;
 
 /// A group is closed at this size: small enough that all processors have something to do, large enough
 /// that what is alike meets in one group.
-constexpr std::uint64_t kGroupSize = std::uint64_t{8} << 20;
+constexpr std::uint64_t kGroupSize = std::uint64_t{14} << 20;
 
 /// A file of this size is stored when compressing its first piece of this size gains too little.
 constexpr std::uint64_t kTrialSize = std::uint64_t{1} << 20;
@@ -42,7 +43,7 @@ constexpr double kLeastGain = 0.05;
 /// A larger one is stored in any case: a block is held in memory when it is placed.
 constexpr std::uint64_t kLargestPackedFile = std::uint64_t{32} << 20;
 
-constexpr int kLevel = 19;
+constexpr int kLevel = 22;
 constexpr std::uint64_t kLargestProgram = std::uint64_t{64} << 20;
 
 ZPKResult<std::string> compressed(const std::string& bytes, int level) {
@@ -82,8 +83,10 @@ ZPKResult<bool> isToBeStored(const std::string& path, std::uint64_t size) {
 
 }  // namespace
 
-ZPKRunFileWriter::ZPKRunFileWriter(std::string program, std::string bundle)
-    : m_program(std::move(program)), m_bundle(std::move(bundle)) {}
+ZPKRunFileWriter::ZPKRunFileWriter(std::string program, std::string bundle, const std::string& launcher)
+    : m_program(std::move(program)), m_bundle(std::move(bundle)) {
+    m_table.program = ZPKPath::join(ZPKPath::lastComponent(m_bundle), launcher);
+}
 
 ZPKOutcome ZPKRunFileWriter::write(const std::string& output) {
     if (ZPKOutcome listed = listBundle(); !listed) {
@@ -209,6 +212,7 @@ ZPKResult<std::string> ZPKRunFileWriter::packedGroup(const Group& group) const {
             return ZPKFailure(sourcePath(entry), "the file changes while it is packed");
         }
         plain += *bytes;
+        ZPKProgramFilter::pack(plain.data() + entry.offset, bytes->size());
     }
     return compressed(plain, kLevel);
 }

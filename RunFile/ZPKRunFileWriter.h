@@ -15,8 +15,9 @@
 /// processors.
 class ZPKRunFileWriter {
 public:
-    /// `program` is the file that the run file begins with, `bundle` the folder that it is to hold.
-    ZPKRunFileWriter(std::string program, std::string bundle);
+    /// `program` is the file that the run file begins with, `bundle` the folder that it is to hold, and
+    /// `launcher` the path in it of what is started once it is placed.
+    ZPKRunFileWriter(std::string program, std::string bundle, const std::string& launcher);
 
     /// Writes the run file to `output`, in the place of a file that is there; nothing is left there or
     /// beside it after a failure. The failure says which file and why.

@@ -17,6 +17,7 @@ constexpr std::uint64_t kDataSize = 1000;
 /// A bundle with a packed file, a stored one and a link.
 ZPKRunFileTable goodTable() {
     ZPKRunFileTable table;
+    table.program = "A.app/large";
     table.blocks.push_back({100, 50, 200, 7});
     table.entries.push_back({Kind::Folder, 0755, "A.app", 0, 0, 0, {}, ""});
     table.entries.push_back({Kind::PackedFile, 0644, "A.app/small", 200, 0, 0, {}, ""});
@@ -36,6 +37,7 @@ TEST(ZPKRunFileTableTest, ComesBackAsItWas) {
     EXPECT_EQ(table->encoded(), bytes);
     ASSERT_EQ(table->entries.size(), 4u);
     EXPECT_EQ(table->entries[2].path, "A.app/large");
+    EXPECT_EQ(table->program, "A.app/large");
     EXPECT_EQ(table->entries[2].checksums, std::vector<std::uint64_t>{11});
     EXPECT_EQ(table->entries[3].target, "small");
 }
@@ -80,6 +82,15 @@ TEST(ZPKRunFileTableTest, PlacesStayInsideTheFile) {
         ZPKRunFileTable table = goodTable();
         changes[index](table);
         EXPECT_FALSE(isTaken(table)) << index;
+    }
+}
+
+TEST(ZPKRunFileTableTest, WhatIsStartedIsOneOfItsFiles) {
+    for (const char* const program :
+         {"", "A.app", "A.app/link", "A.app/other", "/bin/sh", "A.app/../A.app/large"}) {
+        ZPKRunFileTable table = goodTable();
+        table.program = program;
+        EXPECT_FALSE(isTaken(table)) << program;
     }
 }
 

@@ -73,7 +73,9 @@ protected:
         writeFile(folder / "program", "#!/bin/true\n");
     }
 
-    ZPKOutcome make() { return ZPKRunFileWriter(folder / "program", bundle).write(output()); }
+    ZPKOutcome make() {
+        return ZPKRunFileWriter(folder / "program", bundle, "Contents/program").write(output());
+    }
     std::string output() const { return folder / "A.run"; }
 
     ZPKOutcome place(const std::string& path) {
@@ -208,7 +210,8 @@ TEST_F(ZPKRunFileTest, LimitOfFileSizeIsAFailureOfBothSides) {
     const rlimit small{1 << 20, before.rlim_max};
     ::setrlimit(RLIMIT_FSIZE, &small);
     const ZPKOutcome placed = place(output());
-    const ZPKOutcome made = ZPKRunFileWriter(folder / "program", bundle).write(folder / "B.run");
+    const ZPKOutcome made =
+        ZPKRunFileWriter(folder / "program", bundle, "Contents/program").write(folder / "B.run");
     ::setrlimit(RLIMIT_FSIZE, &before);
     ASSERT_FALSE(placed);
     EXPECT_EQ(placed.failure().path(), (folder / "placed/A.app/noise"));

@@ -7,12 +7,11 @@
 #include <csignal>
 #include <cstdlib>
 #include <exception>
-#include <iostream>
 #include <optional>
 #include <string>
 
+#include "Base/ZPKDescriptorIO.h"
 #include "Base/ZPKPath.h"
-#include "Platform/ZPKBundle.h"
 #include "Platform/ZPKProcess.h"
 #include "Platform/ZPKStandardFolders.h"
 #include "RunFile/ZPKRunFile.h"
@@ -21,16 +20,6 @@
 #include "Tools/run/RunFolder.h"
 
 namespace {
-
-/// The bundle that a run file holds: its first entry.
-ZPKResult<std::string> placedProgram(const ZPKRunFile& runFile, const std::string& folder) {
-    const auto& entries = runFile.table().entries;
-    const std::string path = entries.empty() ? folder : ZPKPath::join(folder, entries.front().path);
-    const std::optional<ZPKBundle> bundle = ZPKBundle::bundleWithPath(path);
-    const std::optional<std::string> program = bundle ? bundle->executablePath() : std::nullopt;
-    return program ? ZPKResult<std::string>(*program)
-                   : ZPKFailure(path, "holds no program that can be started");
-}
 
 /// A write beyond the limit of file sizes fails and is told, instead of ending the process.
 ZPKOutcome place(const ZPKRunFile& runFile, const std::string& folder) {
@@ -46,12 +35,9 @@ ZPKFailure becomeLauncher(const ZPKRunFile& runFile, const zpk_run::RunFolder& f
     if (const ZPKOutcome placed = place(runFile, folder.path()); !placed) {
         return placed.failure();
     }
-    const ZPKResult<std::string> program = placedProgram(runFile, folder.path());
-    if (!program) {
-        return program.failure();
-    }
-    ::execv(program->c_str(), argv);
-    return ZPKFailure::ofSystem(*program, errno);
+    const std::string program = ZPKPath::join(folder.path(), runFile.table().program);
+    ::execv(program.c_str(), argv);
+    return ZPKFailure::ofSystem(program, errno);
 }
 
 ZPKFailure run(char** argv) {
@@ -75,14 +61,19 @@ ZPKFailure run(char** argv) {
     return failure;
 }
 
+/// Not through a stream of the library, whose locales would be half of this program.
+void tell(const std::string& message) {
+    static_cast<void>(ZPKDescriptorIO::writeWhole(STDERR_FILENO, "Zephyrkit: " + message + "\n"));
+}
+
 }  // namespace
 
 /// The program at the beginning of a run file. Arguments are the launcher's.
 int main(int, char** argv) {
     try {
-        std::cerr << "Zephyrkit: " << run(argv).message() << "\n";
+        tell(run(argv).message());
     } catch (const std::exception& error) {
-        std::cerr << "Zephyrkit: " << error.what() << "\n";
+        tell(error.what());
     }
     return EXIT_FAILURE;
 }

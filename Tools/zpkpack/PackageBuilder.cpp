@@ -89,7 +89,9 @@ void PackageBuilder::make(const PackageDescription& description, const std::stri
 }
 
 void PackageBuilder::makeRunFile(const std::string& bundle, const std::string& path) const {
-    require(ZPKRunFileWriter(m_runProgram, bundle).write(path));
+    const std::optional<ZPKBundle> made = ZPKBundle::bundleWithPath(bundle);
+    const std::string launcher = made.value().executablePath().value().substr(bundle.size() + 1);
+    require(ZPKRunFileWriter(m_runProgram, bundle, launcher).write(path));
     const ZPKResult<ZPKRunFile> readBack = ZPKRunFile::open(path);
     if (!readBack) {
         throw PackagerFailure(readBack.failure());
