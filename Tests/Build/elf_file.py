@@ -24,6 +24,8 @@ class ElfFile:
         self.text_relocations = bool(self._values("TEXTREL")) or any("TEXTREL" in each for each in self._values("FLAGS"))
         stack = re.search(r"^  GNU_STACK .*?([RWE ]{3}) 0x\w+$", text, re.MULTILINE)
         self.executable_stack = stack is None or "E" in stack[1]
+        # Memory that begins as zeros holds nothing that was relocated.
+        self.data = re.search(r"^  LOAD +0x\w+ 0x\w+ 0x\w+ 0x0*[1-9a-f]\w* +0x\w+ +RW", text, re.MULTILINE) is not None
         self.relro = self._relro(text)
         self.kernel = self._kernel(text)
         self.control_flow = sorted(set(re.findall(r"\b(IBT|SHSTK)\b", " ".join(re.findall("x86 feature: .*", text)))))
@@ -78,7 +80,7 @@ def faults(elf, newest_kernel):
         yield "wants an executable stack"
     if elf.text_relocations:
         yield "is changed where it is executed"
-    if elf.relro == "none":
+    if elf.data and elf.relro == "none":
         yield "leaves writable what the loader has relocated"
     if elf.symbols:
         yield "is not stripped"

@@ -15,7 +15,8 @@ import unittest
 from elf_file import ElfFile, carried_faults, static_faults
 
 BUNDLE = pathlib.Path(os.environ["ZPK_BUNDLE"]).resolve() / "Contents"
-RUN_PROGRAM = pathlib.Path(os.environ["ZPK_RUN_PROGRAM"]).resolve()
+# The program at the beginning of a run file, and the one that is compressed in it.
+RUN_PROGRAMS = [pathlib.Path(path).resolve() for path in os.environ["ZPK_RUN_PROGRAMS"].split(":")]
 SECOND_STAGE = BUNDLE / "Frameworks/Zephyrkit-desktop"
 
 
@@ -28,7 +29,8 @@ def elf_files(folder):
 class BundleTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        cls.static = [ElfFile(path) for path in (BUNDLE / "Linux/Zephyrkit", BUNDLE / "Helpers/ditto", RUN_PROGRAM)]
+        programs = [BUNDLE / "Linux/Zephyrkit", BUNDLE / "Helpers/ditto", *RUN_PROGRAMS]
+        cls.static = [ElfFile(path) for path in programs]
         cls.frameworks = [ElfFile(path) for path in elf_files(BUNDLE / "Frameworks")]
         cls.windows = cls.frameworks + [ElfFile(path) for path in elf_files(BUNDLE / "PlugIns")]
         # The loader looks in the folder itself alone.

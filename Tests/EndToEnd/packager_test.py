@@ -244,24 +244,11 @@ class PackagerEndsTest(PackagerTestCase):
         template = self.small_template()
         # The first disk ends while the archive is made, the second one while it is scrambled.
         for size, expected in ((2_000_000, "Data.dat: "), (4_500_000, "Data.datx: ")):
-            with self.subTest(size), self.small_disk(size) as disk:
+            with self.subTest(size), self.disk(f"size={size}") as disk:
                 done = self.build(self.source, "-o", disk / "Out.app", "--template", template)
                 self.assertEqual(done.returncode, 1)
                 self.assertIn(expected + "No space left on device", done.stderr)
                 self.assertEqual(os.listdir(disk), [])
-
-    @contextlib.contextmanager
-    def small_disk(self, size):
-        disk = self.folder / "disk"
-        disk.mkdir()
-        mounted = subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={size}", "none", disk], capture_output=True)
-        if mounted.returncode != 0:
-            self.skipTest("this machine does not let root mount")
-        try:
-            yield disk
-        finally:
-            subprocess.run(["umount", disk], check=True)
-            disk.rmdir()
 
     def test_a_file_system_without_exchange_takes_the_bundle_all_the_same(self):
         template = self.small_template()

@@ -5,11 +5,14 @@
 
 import os
 import pathlib
+import resource
+import shutil
 import signal
 import subprocess
+import tempfile
 import unittest
 
-from support import PackageTestCase, wait_until, write
+from support import TEMPLATE, PackageTestCase, wait_until, write, x_server
 
 SLOW_SETUP = """#!/bin/sh
 echo $$ > "$ZPK_TEST_RECORD"
@@ -21,18 +24,29 @@ class RunFileTestCase(PackageTestCase):
     def run_file(self, name="TestSetup.run"):
         self.recorder()
         self.startup()
-        return self.pack(name)
+        return self.pack(name, "--without-windows")
 
-    def start(self, path, *arguments, **env):
+    def slow_run_file(self):
+        """One whose setup program stays until it is killed."""
+        write(self.source / "Data/setup", SLOW_SETUP, 0o755)
+        self.startup()
+        return self.pack("TestSetup.run", "--without-windows")
+
+    def start(self, path, *arguments, settings=None, **env):
         process = subprocess.Popen(
             [path, *arguments],
-            env=self.environment(**env),
-            stdin=subprocess.DEVNULL,
-            stdout=subprocess.PIPE,
-            stderr=subprocess.PIPE,
-            text=True,
-            errors="surrogateescape",
-            cwd=self.folder,
+            **dict(
+                dict(
+                    env=self.environment(**env),
+                    stdin=subprocess.DEVNULL,
+                    stdout=subprocess.PIPE,
+                    stderr=subprocess.PIPE,
+                    text=True,
+                    errors="surrogateescape",
+                    cwd=self.folder,
+                ),
+                **(settings or {}),
+            ),
         )
         self.addCleanup(self.end, process)
         return process
@@ -42,7 +56,8 @@ class RunFileTestCase(PackageTestCase):
             process.kill()
         process.wait()
         for stream in (process.stdout, process.stderr):
-            stream.close()
+            if stream is not None:
+                stream.close()
 
     def finish(self, process, expect=0):
         out, err = process.communicate(timeout=60)
@@ -60,6 +75,12 @@ class RunFileTestCase(PackageTestCase):
         setup = int(wait_until(words, 30))
         self.addCleanup(lambda: os.path.exists("/proc/%d" % setup) and os.kill(setup, signal.SIGKILL))
         return setup
+
+    def watcher_of(self, process):
+        """The process that removes the bundle when that one is gone."""
+        children = pathlib.Path("/proc/%d/task/%d/children" % (process.pid, process.pid)).read_text().split()
+        names = {child: pathlib.Path("/proc/%s/comm" % child).read_text().strip() for child in children}
+        return int(next(child for child, name in names.items() if name == "zephyrkit-watch"))
 
     def placed_folders(self):
         return sorted(pathlib.Path(self.temporary).glob("zephyrkit-run-*"))
@@ -96,9 +117,7 @@ class RunFileTest(RunFileTestCase):
                 path = other
 
     def test_bundle_goes_when_the_launcher_is_killed(self):
-        write(self.source / "Data/setup", SLOW_SETUP, 0o755)
-        self.startup()
-        process = self.start(self.pack("TestSetup.run"))
+        process = self.start(self.slow_run_file())
         setup = self.running_setup()
         self.assertEqual(len(self.placed_folders()), 1)
         process.kill()
@@ -114,9 +133,7 @@ class RunFileTest(RunFileTestCase):
         self.finish(self.start(self.run_file()))
 
     def test_folder_in_use_stays_at_another_start(self):
-        write(self.source / "Data/setup", SLOW_SETUP, 0o755)
-        self.startup()
-        process = self.start(self.pack("TestSetup.run"))
+        process = self.start(self.slow_run_file())
         setup = self.running_setup()
         first = self.placed_folders()
         # The same package again: a second run ends in silence. One that took the first one's bundle away
@@ -135,6 +152,167 @@ class RunFileTest(RunFileTestCase):
         self.assertIn("recorder: ran", out)
 
 
+class RunFileEndsTest(RunFileTestCase):
+    """However launcher and watcher end, the bundle goes, at the latest with the next start."""
+
+    def test_status_of_the_launcher_is_passed_on(self):
+        write(self.source / "Data/setup", "#!/no/such/program\n", 0o755)
+        self.startup()
+        _, err = self.finish(self.start(self.pack("TestSetup.run", "--without-windows")), expect=1)
+        self.assertIn("/no/such/program", err)
+
+    def test_signals_reach_the_launcher(self):
+        path = self.slow_run_file()
+        for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP, signal.SIGABRT):
+            with self.subTest(number):
+                process = self.start(path)
+                setup = self.running_setup()
+                process.send_signal(number)
+                self.assertEqual(process.wait(20), -number)
+                wait_until(lambda: not self.placed_folders(), 10)
+                os.kill(setup, signal.SIGKILL)
+                self.record_path.unlink()
+
+    def test_without_its_watcher_the_bundle_stays_until_the_next_start(self):
+        path = self.slow_run_file()
+        process = self.start(path)
+        setup = self.running_setup()
+        os.kill(self.watcher_of(process), signal.SIGKILL)
+        os.kill(setup, signal.SIGKILL)
+        self.assertEqual(process.wait(20), 0)
+        self.assertEqual(len(self.placed_folders()), 1)
+        self.record_path.unlink()
+        self.finish(self.start(self.run_file("Another.run")))
+
+    def test_all_are_killed_at_once(self):
+        process = self.start(self.slow_run_file())
+        setup = self.running_setup()
+        for victim in (self.watcher_of(process), process.pid, setup):
+            os.kill(victim, signal.SIGKILL)
+        process.wait(20)
+        self.assertEqual(len(self.placed_folders()), 1)
+        shutil.rmtree(self.temporary / "VarnoZPK_TEMP", ignore_errors=True)
+        self.record_path.unlink()
+        self.finish(self.start(self.run_file("Another.run")))
+
+
+class RunFilePlacesTest(RunFileTestCase):
+    """Wherever the file lies, and whatever it is started with."""
+
+    @unittest.skipUnless(os.geteuid() == 0, "only root can mount")
+    def test_temporary_folder_without_programs_is_passed_over(self):
+        path = self.run_file()
+        cache = self.folder / "cache"
+        cache.mkdir(mode=0o700)
+        with self.disk("noexec,mode=0700") as place:
+            self.finish(self.start(path, TMPDIR=str(place), XDG_CACHE_HOME=str(cache)))
+            self.assertEqual(os.listdir(place), [])
+        self.assertTrue(self.record()["staging"].startswith(str(cache)))
+        wait_until(lambda: not os.listdir(cache), 10)
+
+    @unittest.skipUnless(os.geteuid() == 0, "only root can mount")
+    def test_file_system_that_may_only_be_read(self):
+        path = self.run_file()
+        with self.disk("mode=0755") as place:
+            shutil.copy(path, place)
+            subprocess.run(["mount", "-o", "remount,ro", place], check=True)
+            self.finish(self.start(place / path.name))
+        self.record()
+
+    def test_through_a_link(self):
+        path = self.run_file()
+        link = self.folder / "link"
+        link.symlink_to(path)
+        self.finish(self.start(link))
+        self.record()
+
+    def test_without_streams(self):
+        path = self.run_file()
+
+        def close_streams():
+            for stream in (0, 1, 2):
+                os.close(stream)
+
+        settings = dict(preexec_fn=close_streams, stdin=None, stdout=None, stderr=None)
+        self.assertEqual(self.start(path, settings=settings).wait(60), 0)
+        wait_until(lambda: not os.listdir(self.temporary), 10)
+        self.assertEqual(self.record()["arguments"], ["--test"])
+
+    def test_few_descriptors(self):
+        def limit():
+            resource.setrlimit(resource.RLIMIT_NOFILE, (16, 16))
+
+        self.finish(self.start(self.run_file(), settings=dict(preexec_fn=limit)))
+        self.record()
+
+    def test_many_starts_at_once(self):
+        path = self.run_file()
+        for process in [self.start(path) for _ in range(32)]:
+            out, err = process.communicate(timeout=120)
+            self.assertEqual(process.returncode, 0, out + err)
+        wait_until(lambda: not os.listdir(self.temporary), 20)
+        self.assertGreaterEqual(len(self.records()), 1)
+
+
+CARRIED = TEMPLATE / "Contents/Frameworks"
+
+
+@unittest.skipUnless(CARRIED.is_dir(), "this build shares the machine's libraries")
+class WindowsRunFileTest(RunFileTestCase):
+    """With windows the launcher becomes its second stage, whose program is the loader that was placed."""
+
+    made = None
+
+    @classmethod
+    def tearDownClass(cls):
+        if cls.made is not None:
+            shutil.rmtree(cls.made.parent)
+
+    def run_file(self, name="TestSetup.run"):
+        """Made once: it takes the packager long."""
+        if WindowsRunFileTest.made is None:
+            write(self.source / "Data/setup", SLOW_SETUP, 0o755)
+            self.startup()
+            WindowsRunFileTest.made = pathlib.Path(tempfile.mkdtemp(prefix="zpk-run-")) / name
+            shutil.move(self.pack(name, "--frameworks", str(CARRIED)), WindowsRunFileTest.made)
+        return WindowsRunFileTest.made
+
+    def test_size(self):
+        self.assertLessEqual(self.run_file().stat().st_size, 18_000_000)
+
+    def test_bundle_stays_for_the_second_stage_and_goes_with_it(self):
+        for is_killed in (False, True):
+            with self.subTest(is_killed), x_server() as display:
+                process = self.start(self.run_file(), DISPLAY=display)
+                setup = self.running_setup()
+                placed = self.placed_folders()
+                self.assertEqual(len(placed), 1)
+                program = pathlib.Path(os.readlink("/proc/%d/exe" % process.pid))
+                self.assertEqual(program.parent, placed[0] / "TestSetup.app/Contents/Frameworks")
+                if is_killed:
+                    process.kill()
+                    self.assertEqual(process.wait(20), -signal.SIGKILL)
+                    wait_until(lambda: not self.placed_folders(), 10)
+                    os.kill(setup, signal.SIGKILL)
+                    shutil.rmtree(self.temporary / "VarnoZPK_TEMP", ignore_errors=True)
+                else:
+                    os.kill(setup, signal.SIGKILL)
+                    self.finish(process)
+                self.record_path.unlink()
+
+    def test_second_start_ends_while_the_windows_are_there(self):
+        with x_server() as display:
+            process = self.start(self.run_file(), DISPLAY=display)
+            setup = self.running_setup()
+            first = self.placed_folders()
+            second = self.start(self.run_file(), DISPLAY=display)
+            out, _ = second.communicate(timeout=30)
+            self.assertEqual((second.returncode, out), (0, ""))
+            wait_until(lambda: self.placed_folders() == first, 10)
+            os.kill(setup, signal.SIGKILL)
+            self.finish(process)
+
+
 class DamagedRunFileTest(RunFileTestCase):
     def expect_refusal(self, path, words):
         out, err = self.finish(self.start(path), expect=1)
@@ -146,14 +324,20 @@ class DamagedRunFileTest(RunFileTestCase):
 
     def test_truncated_file_is_told(self):
         path = self.run_file()
-        os.truncate(path, path.stat().st_size - 1)
-        self.expect_refusal(path, "was cut short or changed")
+        good = path.read_bytes()
+        # Within the program that is compressed, behind it, and before the end.
+        for size in (100_000, len(good) // 3, len(good) // 2, len(good) - 1):
+            with self.subTest(size=size):
+                path.unlink()
+                path.write_bytes(good[:size])
+                path.chmod(0o755)
+                self.expect_refusal(path, "was cut short or changed")
 
     def test_changed_byte_is_told(self):
         path = self.run_file()
         good = path.read_bytes()
-        # Past the program, in what is packed, and in the table.
-        for at in (len(good) // 2, len(good) * 9 // 10, len(good) - 100):
+        # In the program, past it, in what is packed, and in the table.
+        for at in (100_000, 400_000, len(good) // 2, len(good) * 9 // 10, len(good) - 100):
             with self.subTest(at=at):
                 path.unlink()  # a process that ends may still run from it
                 path.write_bytes(good[:at] + bytes([good[at] ^ 1]) + good[at + 1 :])

@@ -134,6 +134,20 @@ class PackageTestCase(unittest.TestCase):
         else:
             shutil.rmtree(self.folder, ignore_errors=True)
 
+    @contextlib.contextmanager
+    def disk(self, options):
+        """A file system of its own, mounted in the test's folder; only root can have one."""
+        disk = self.folder / "disk"
+        disk.mkdir()
+        mounted = subprocess.run(["mount", "-t", "tmpfs", "-o", options, "none", disk], capture_output=True)
+        if mounted.returncode != 0:
+            self.skipTest("this machine does not let root mount")
+        try:
+            yield disk
+        finally:
+            subprocess.run(["umount", disk], check=True)
+            disk.rmdir()
+
     # Packages
 
     def describe_package(self, name):
