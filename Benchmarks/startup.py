@@ -4,7 +4,8 @@
 
 """Start of a package to the first instruction of its setup program, less the pause of one second, beside the
 same launcher and an empty application on this machine's own Qt, and a shell archive. Each kind runs once to
-warm up, then all take turns; what is printed are medians.
+warm up, then all take turns. Printed are the median, which the bars are for, the least, which other work on the
+machine disturbs less, and the processor time of the whole run.
 
 usage: startup.py BUILD-FOLDER [RUNS]
 """
@@ -34,12 +35,27 @@ def x_server():
         return server, ":" + pipe.readline().strip()
 
 
-def seconds_to_mark(command, mark, environment):
-    mark.unlink(missing_ok=True)
-    start = time.clock_gettime(time.CLOCK_MONOTONIC)
-    subprocess.run(command, env=environment, check=True, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                   stderr=subprocess.DEVNULL)
-    return float(mark.read_text()) - start
+class Times:
+    """What one kind took: seconds to the mark, and seconds of the processor until the end."""
+
+    def __init__(self):
+        self.elapsed = []
+        self.processor = []
+
+    def run(self, command, mark, environment, pause):
+        mark.unlink(missing_ok=True)
+        start = time.clock_gettime(time.CLOCK_MONOTONIC)
+        process = subprocess.Popen(command, env=environment, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                                   stderr=subprocess.DEVNULL)
+        _, status, usage = os.wait4(process.pid, 0)
+        process.returncode = os.waitstatus_to_exitcode(status)
+        if process.returncode != 0:
+            raise subprocess.CalledProcessError(process.returncode, command)
+        self.elapsed.append(float(mark.read_text()) - start - pause)
+        self.processor.append(usage.ru_utime + usage.ru_stime)
+
+    def summary(self):
+        return [statistics.median(self.elapsed), min(self.elapsed), statistics.median(self.processor)]
 
 
 class Packages:
@@ -99,20 +115,26 @@ def measure(build, folder, display, runs):
         "small run": ([packages.zpkpack("Small.run", "--without-windows")], terminal, PAUSE),
         "shell": ([packages.shell_archive(), "--quiet", "--noprogress"], terminal, 0),
     }
-    times = {name: [] for name in kinds}
+    times = {name: Times() for name in kinds}
     for turn in range(runs + 1):
         for name, (command, environment, pause) in kinds.items():
-            seconds = seconds_to_mark(command, mark, environment) - pause
-            if turn > 0:
-                times[name].append(seconds)
-    return {name: statistics.median(values) for name, values in times.items()}
+            (times[name] if turn > 0 else Times()).run(command, mark, environment, pause)
+    return {name: each.summary() for name, each in times.items()}
 
 
-def row(what, seconds, bar=None, unit="s"):
-    words = f"start-up, {what:54} {seconds:6.3f} {unit:1}"
+def above(ours, peer):
+    return [mine - other for mine, other in zip(ours, peer)]
+
+
+def beside(ours, peer):
+    return [mine / other for mine, other in zip(ours, peer)]
+
+
+def row(what, values, bar=None):
+    words = f"start-up, {what:50}" + "".join(f" {value:7.3f}" for value in values)
     if bar is not None:
-        words += f"   bar {bar:.3f} {unit}  " + ("ok" if seconds <= bar else "MISSED")
-    print(words.rstrip())
+        words += f"   bar {bar:.3f}  " + ("ok" if values[0] <= bar else "MISSED")
+    print(words)
 
 
 def main():
@@ -126,17 +148,20 @@ def main():
         server.terminate()
         server.wait()
         shutil.rmtree(folder)
+    print(f"start-up, {'':50}  median   least  processor; seconds or ratios")
     row("bundle with windows", times["windows"], 0.050)
     row("the same launcher on the host's Qt", times["host"])
-    row("the first beside the second", times["windows"] / times["host"], 1.0, "")
+    row("the first beside the second", beside(times["windows"], times["host"]), 1.0)
     row("an empty application on the host's Qt", times["empty"])
-    row("bundle with windows above the empty application", times["windows"] - times["empty"], 0.050)
+    row("bundle with windows above the empty application", above(times["windows"], times["empty"]), 0.050)
     row("bundle on the terminal", times["terminal"], 0.012)
-    row(".run with windows above the bundle", times["run"] - times["windows"], 0.350)
+    row(".run with windows", times["run"])
+    row(".run with windows above the bundle", above(times["run"], times["windows"]), 0.350)
     row("bundle without windows, terminal", times["small"], 0.012)
-    row(".run without windows above it", times["small run"] - times["small"], 0.050)
+    row(".run without windows", times["small run"])
+    row(".run without windows above the bundle", above(times["small run"], times["small"]), 0.050)
     row("shell archive of the same payload (makeself)", times["shell"])
-    row(".run without windows beside it", times["small run"] / times["shell"], None, "")
+    row(".run without windows beside it", beside(times["small run"], times["shell"]))
 
 
 if __name__ == "__main__":
