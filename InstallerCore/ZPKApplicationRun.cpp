@@ -8,6 +8,8 @@
 #include <iostream>
 
 #include "InstallerCore/ZPKCore.h"
+#include "Platform/ZPKEndSignals.h"
+#include "UserInterface/ZPKFrontEnd.h"
 
 namespace {
 
@@ -35,6 +37,28 @@ void registerOnce() {
     [[maybe_unused]] static const bool kIsRegistered = std::atexit(cutShortAtExit) == 0;
 }
 
+/// Lets go the thread that tells of signals, which may be waiting for the main thread.
+class CloseAtEnd {
+public:
+    explicit CloseAtEnd(ZPKFrontEnd& frontEnd) : m_frontEnd(frontEnd) {}
+    ~CloseAtEnd() { m_frontEnd.closeToOtherThreads(); }
+    CloseAtEnd(const CloseAtEnd&) = delete;
+    CloseAtEnd& operator=(const CloseAtEnd&) = delete;
+
+private:
+    ZPKFrontEnd& m_frontEnd;
+};
+
+int runUntilAskedToEnd(ZPKFrontEnd& frontEnd, ZPKCore& core) {
+    const ZPKEndSignals signals([&](int signal) {
+        if (core.askForEnd(signal)) {
+            frontEnd.performOnMainThreadAndWait([&frontEnd] { frontEnd.terminate(); });
+        }
+    });
+    const CloseAtEnd closed(frontEnd);
+    return frontEnd.run(core);
+}
+
 }  // namespace
 
 int ZPKApplicationRun::run(ZPKFrontEnd& frontEnd, const ZPKRemovableVolumes& volumes, ZPKClock& clock) {
@@ -42,8 +66,9 @@ int ZPKApplicationRun::run(ZPKFrontEnd& frontEnd, const ZPKRemovableVolumes& vol
     try {
         ZPKCore core(frontEnd, volumes, clock);
         const RunInProgress mark(core);
-        const int status = frontEnd.run(core);
-        return status != EXIT_SUCCESS ? status : core.exitStatus();
+        const int status = runUntilAskedToEnd(frontEnd, core);
+        const int ownStatus = core.exitStatus();
+        return ownStatus != EXIT_SUCCESS ? ownStatus : status;
     } catch (const std::exception& error) {
         std::cerr << "Zephyrkit: " << error.what() << "\n";
         return EXIT_FAILURE;

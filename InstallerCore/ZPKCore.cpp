@@ -33,16 +33,6 @@ std::string resourceFolder() {
     return ZPKMainBundle::mainBundle().resourcePath();
 }
 
-/// The person is told nothing; whoever looks for the cause finds a line. A bundle without the archive has
-/// nothing to unpack.
-void tellOfUnpacking(Content content, const ZPKOutcome& outcome) {
-    const std::string archive = ZPKPackageLayout::scrambledArchive(resourceFolder(), content);
-    if (!outcome && ZPKFileManager::fileExists(archive)) {
-        std::cerr << "Zephyrkit: cannot unpack " << ZPKTerminalText::printable(archive) << ": "
-                  << outcome.failure().message() << "\n";
-    }
-}
-
 }  // namespace
 
 ZPKCore::ZPKCore(ZPKFrontEnd& frontEnd, const ZPKRemovableVolumes& volumes, ZPKClock& clock)
@@ -84,8 +74,8 @@ void ZPKCore::applicationDidFinishLaunching() {
         m_frontEnd.terminate();
         return;
     }
-    tellOfUnpacking(Content::Info, m_stagingFolder->unpackDescription(resourceFolder()));
-    if (mayInstall()) {
+    tellOfUnpacking(Content::Info, m_stagingFolder->unpackDescription(resourceFolder(), m_descriptionTool));
+    if (!m_earlyEnd.isAsked() && mayInstall()) {
         install();
         m_stagingFolder.reset();
         if (m_couldNotStart) {
@@ -104,6 +94,20 @@ void ZPKCore::applicationDidFinishLaunching() {
 void ZPKCore::cutShort() {
     m_extraction.stop();
     m_stagingFolder.reset();
+}
+
+bool ZPKCore::askForEnd(int signal) {
+    if (!m_earlyEnd.ask(signal)) {
+        return false;
+    }
+    m_descriptionTool.terminate();
+    m_extraction.terminateTool();
+    return true;
+}
+
+int ZPKCore::exitStatus() const {
+    constexpr int kEndedBySignal = 128;
+    return m_earlyEnd.isAsked() ? kEndedBySignal + m_earlyEnd.signal() : m_couldNotStart ? 1 : 0;
 }
 
 bool ZPKCore::createStagingFolder() {
@@ -135,13 +139,31 @@ void ZPKCore::install() {
         return;
     }
     tellOfUnpacking(Content::Data, m_extraction.outcome());
+    runSetupProgram();
+}
+
+/// The person is told nothing; whoever looks for the cause finds a line. A bundle without the archive has
+/// nothing to unpack.
+void ZPKCore::tellOfUnpacking(Content content, const ZPKOutcome& outcome) const {
+    const std::string archive = ZPKPackageLayout::scrambledArchive(resourceFolder(), content);
+    if (!outcome && !m_earlyEnd.isAsked() && ZPKFileManager::fileExists(archive)) {
+        std::cerr << "Zephyrkit: cannot unpack " << ZPKTerminalText::printable(archive) << ": "
+                  << outcome.failure().message() << "\n";
+    }
+}
+
+void ZPKCore::runSetupProgram() {
     Parameters params;
     const std::optional<std::string> program =
         executableFileAtTemporaryFolder(m_stagingFolder->path(), &params);
     // A program that was not unpacked is a failure of the unpacking, which is not the person's business.
     const bool wasUnpacked = m_extraction.outcome() || !program || ZPKFileManager::fileExists(*program);
-    executeFile(program, params, true);
-    m_couldNotStart = m_couldNotStart && wasUnpacked;
+    // Whoever asked for the end while it was unpacked gets no setup program of half a payload.
+    if (m_earlyEnd.beginSetup()) {
+        executeFile(program, params, true);
+        m_couldNotStart = m_couldNotStart && wasUnpacked;
+        m_earlyEnd.endSetup();
+    }
 }
 
 void ZPKCore::extractDataTask(const WorkOrder& workOrder) {
@@ -189,10 +211,16 @@ bool ZPKCore::searchSoftwareOnCDVolumes() {
 }
 
 void ZPKCore::showSoftwareListDialog() {
-    m_frontEnd.runAlert({ZPKSoftwareListText(localized(ZPKSTRING_UPDATE_FAILURE), _softwares), "",
-                         localized(ZPKSTRING_OK), ZPKAlertStyle::Critical});
+    showAlert(ZPKSoftwareListText(localized(ZPKSTRING_UPDATE_FAILURE), _softwares));
 }
 
 void ZPKCore::showCriticalAlert(const char* key) {
-    m_frontEnd.runAlert({localized(key), "", localized(ZPKSTRING_OK), ZPKAlertStyle::Critical});
+    showAlert(localized(key));
+}
+
+/// Nobody who has asked for the end is held up.
+void ZPKCore::showAlert(const std::string& text) {
+    if (!m_earlyEnd.isAsked()) {
+        m_frontEnd.runAlert({text, "", localized(ZPKSTRING_OK), ZPKAlertStyle::Critical});
+    }
 }

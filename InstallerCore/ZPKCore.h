@@ -8,7 +8,10 @@
 #include <string>
 #include <vector>
 
+#include "InstallerCore/ZPKEarlyEnd.h"
 #include "InstallerCore/ZPKPayloadExtraction.h"
+#include "Package/ZPKArchiveTool.h"
+#include "Package/ZPKPackageLayout.h"
 #include "UserInterface/ZPKFrontEnd.h"
 
 class ZPKClock;
@@ -17,7 +20,7 @@ class ZPKStagingFolder;
 
 /// The application delegate: the one run, from the language set-up to the removal of everything that was
 /// unpacked, in its order. What each step does is its own class's. All on the main thread, except
-/// `extractDataTask`.
+/// `extractDataTask` and `askForEnd`.
 class ZPKCore : public ZPKApplicationDelegate {
 public:
     using Parameters = std::optional<std::vector<std::string>>;
@@ -42,8 +45,14 @@ public:
     /// process exits in mid-run.
     void cutShort();
 
-    /// 1 when the setup program could not be started, 0 otherwise.
-    int exitStatus() const { return m_couldNotStart ? 1 : 0; }
+    /// Asks for the end of the run, as `signal` does: the archive tool is ended, and what follows is left
+    /// out. False, and nothing is done, while the setup program runs. Any thread; the main thread may then be
+    /// in a modal loop, which is the caller's to end.
+    bool askForEnd(int signal);
+
+    /// 128 plus the signal's number when the run was asked to end, 1 when the setup program could not be
+    /// started, 0 otherwise.
+    int exitStatus() const;
 
     /// True when another running application carries this one's name.
     bool isAlreadyExecuting();
@@ -84,7 +93,10 @@ private:
     bool createStagingFolder();
     bool mayInstall();
     void install();
+    void tellOfUnpacking(ZPKPackageLayout::Content content, const ZPKOutcome& outcome) const;
+    void runSetupProgram();
     void showCriticalAlert(const char* key);
+    void showAlert(const std::string& text);
 
     ZPKFrontEnd& m_frontEnd;
     const ZPKRemovableVolumes& m_volumes;
@@ -95,6 +107,8 @@ private:
     std::vector<std::string> _filePaths;
 
     bool m_couldNotStart = false;
+    ZPKEarlyEnd m_earlyEnd;
+    ZPKArchiveTool m_descriptionTool;
 
     /// While the sequence needs it.
     std::unique_ptr<ZPKStagingFolder> m_stagingFolder;

@@ -48,6 +48,9 @@ public:
     /// while the process exits.
     void stop();
 
+    /// Ends the archive tool, or lets it not begin. Any thread.
+    void terminateTool() { m_tool.terminate(); }
+
     /// How the archive tool ended. Meaningful when no thread runs.
     const ZPKOutcome& outcome() const { return m_outcome; }
 

@@ -3,6 +3,8 @@
 
 #include "InstallerCore/ZPKStagingFolder.h"
 
+#include <fcntl.h>
+
 #include <cerrno>
 #include <optional>
 #include <utility>
@@ -26,8 +28,9 @@ ZPKResult<std::unique_ptr<ZPKStagingFolder>> ZPKStagingFolder::make() {
     }
     std::unique_ptr<ZPKStagingFolder> folder(
         new ZPKStagingFolder(ZPKPackageLayout::stagingFolder(*temporaryFolder)));
-    if (ZPKOutcome outcome = folder->makePrivate(); !outcome) {
-        return outcome.failure();
+    const ZPKOutcome reserved = folder->reserveDescriptors();
+    if (const ZPKOutcome made = reserved ? folder->makePrivate() : reserved; !made) {
+        return made.failure();
     }
     return folder;
 }
@@ -35,7 +38,22 @@ ZPKResult<std::unique_ptr<ZPKStagingFolder>> ZPKStagingFolder::make() {
 ZPKStagingFolder::ZPKStagingFolder(std::string path)
     : m_path(std::move(path)), m_holder(std::make_unique<CDirectoryHolder>("", m_path)) {}
 
-ZPKStagingFolder::~ZPKStagingFolder() = default;
+ZPKStagingFolder::~ZPKStagingFolder() {
+    m_reserve.clear();
+}
+
+/// Whatever else the process may hold when the folder is to go, its removal finds the descriptors that it
+/// takes: the folder's own place, and two levels below.
+ZPKOutcome ZPKStagingFolder::reserveDescriptors() {
+    constexpr std::size_t kTakenByRemoval = 3;
+    while (m_reserve.size() < kTakenByRemoval) {
+        m_reserve.emplace_back(::open("/", O_PATH | O_CLOEXEC));
+        if (!m_reserve.back().isOpen()) {
+            return ZPKFailure::ofSystem(m_path, errno);
+        }
+    }
+    return {};
+}
 
 /// The holder only removes: a folder that it makes is as open as the umask leaves it, and nobody could
 /// tell afterwards whether it was made or had stood there and could not be cleared away.
@@ -46,10 +64,11 @@ ZPKOutcome ZPKStagingFolder::makePrivate() const {
     return !made && somethingStayed ? removed : made;
 }
 
-ZPKOutcome ZPKStagingFolder::unpackDescription(const std::string& resourceFolder) const {
+ZPKOutcome ZPKStagingFolder::unpackDescription(const std::string& resourceFolder,
+                                               ZPKArchiveTool& tool) const {
     const std::string plainPath = ZPKPackageLayout::plainArchive(m_path, Content::Info);
     CZPKUtil::Unfake(ZPKPackageLayout::scrambledArchive(resourceFolder, Content::Info), plainPath);
-    ZPKOutcome outcome = ZPKArchiveTool().unpack(plainPath, m_path);
+    ZPKOutcome outcome = tool.unpack(plainPath, m_path);
     CZPKUtil::DeleteFile(plainPath);
     return outcome;
 }

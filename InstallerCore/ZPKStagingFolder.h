@@ -5,8 +5,12 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "Base/ZPKFailure.h"
+#include "Base/ZPKFileDescriptor.h"
+
+class ZPKArchiveTool;
 
 namespace varno_zpk {
 class CDirectoryHolder;
@@ -18,8 +22,9 @@ class CDirectoryHolder;
 class ZPKStagingFolder {
 public:
     /// Makes the staging folder in the user's folder for temporary files, in the place of anything that
-    /// an earlier run left. Fails when something stays there, or when what is there then is not a real
-    /// folder that this run has made, empty and its own. An exception of the making passes on.
+    /// an earlier run left. Fails when something stays there, when what is there then is not a real
+    /// folder that this run has made, empty and its own, or when no descriptors can be kept aside for
+    /// its removal. An exception of the making passes on.
     static ZPKResult<std::unique_ptr<ZPKStagingFolder>> make();
 
     ~ZPKStagingFolder();
@@ -31,13 +36,15 @@ public:
 
     /// Unscrambles and unpacks the description archive of `resourceFolder`. What cannot be unpacked is
     /// missing afterwards; the failure is the archive tool's.
-    ZPKOutcome unpackDescription(const std::string& resourceFolder) const;
+    ZPKOutcome unpackDescription(const std::string& resourceFolder, ZPKArchiveTool& tool) const;
 
 private:
     explicit ZPKStagingFolder(std::string path);
 
+    ZPKOutcome reserveDescriptors();
     ZPKOutcome makePrivate() const;
 
     std::string m_path;
+    std::vector<ZPKFileDescriptor> m_reserve;
     std::unique_ptr<varno_zpk::CDirectoryHolder> m_holder;
 };

@@ -6,7 +6,6 @@
 
 #include <unistd.h>
 
-#include <csignal>
 #include <iostream>
 
 #include "Base/ZPKClock.h"
@@ -14,6 +13,7 @@
 #include "InstallerCore/ZPKApplicationRun.h"
 #include "InstallerCore/ZPKSecondStage.h"
 #include "Platform/ZPKBundle.h"
+#include "Platform/ZPKIgnoredSignals.h"
 #include "Platform/ZPKMainBundle.h"
 #include "UserInterface/Terminal/ZPKTerminalFrontEnd.h"
 #include "UserInterface/ZPKRemovableVolumes.h"
@@ -41,7 +41,7 @@ int main(int argc, char** argv) {
     }
     // Whoever reads the launcher's words may go away; the run must not end halfway for that. The second
     // stage sees to that itself, and finds the signals as they were given.
-    std::signal(SIGPIPE, SIG_IGN);
+    ZPKIgnoredSignals::ignoreThoseOfWrites();
     ZPKTerminalFrontEnd frontEnd;
     const ZPKRemovableVolumes volumes;
     ZPKSystemClock clock;

@@ -5,7 +5,6 @@
 #include <sys/prctl.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdlib>
 #include <iostream>
 #include <memory>
@@ -15,6 +14,7 @@
 #include "InstallerCore/ZPKApplicationRun.h"
 #include "InstallerCore/ZPKSecondStage.h"
 #include "Platform/ZPKBundle.h"
+#include "Platform/ZPKIgnoredSignals.h"
 #include "Platform/ZPKMainBundle.h"
 #include "UserInterface/Terminal/ZPKTerminalFrontEnd.h"
 #include "UserInterface/ZPKDesktopPlugIn.h"
@@ -67,7 +67,7 @@ int main(int argc, char** argv) {
     }
     ZPKSecondStage::restoreLoaderVariables(environ);
     // Whoever reads the launcher's words may go away; the run must not end halfway for that.
-    std::signal(SIGPIPE, SIG_IGN);
+    ZPKIgnoredSignals::ignoreThoseOfWrites();
     const std::unique_ptr<ZPKFrontEnd> desktop = openDesktop(argc, argv);
     return desktop ? runApplication(*desktop) : runOnTerminal();
 }

@@ -31,6 +31,7 @@ ZPKOutcome ZPKArchiveTool::run(const std::vector<std::string>& arguments) {
     const std::string tool = ZPKMainBundle::mainBundle().helperPath(ZPKPackageLayout::kArchiveTool);
     m_task.setLaunchPath(tool);
     m_task.setArguments(arguments);
+    m_task.setEndsWithItsParent();
     if (ZPKOutcome outcome = m_task.launch(); !outcome) {
         return outcome;
     }

@@ -11,8 +11,10 @@
 #include <cassert>
 #include <cerrno>
 #include <csignal>
+#include <string_view>
 
 #include "Base/ZPKDescriptorIO.h"
+#include "Platform/ZPKIgnoredSignals.h"
 #include "Platform/ZPKLaunchFailure.h"
 
 namespace {
@@ -36,7 +38,8 @@ public:
     /// 0 or an errno value. `standardError` is -1 for the inherited stream.
     int prepare(int standardError);
 
-    int spawn(pid_t& outChild, const std::string& path, const std::vector<std::string>& arguments) const;
+    int spawn(pid_t& outChild, const std::string& path, const std::vector<std::string>& arguments,
+              char** environment) const;
 
 private:
     posix_spawn_file_actions_t m_actions;
@@ -54,16 +57,15 @@ int SpawnPlan::prepare(int standardError) {
         return error;
     }
     sigset_t none;
-    sigset_t all;
     ::sigemptyset(&none);
-    ::sigfillset(&all);
+    const sigset_t own = ZPKIgnoredSignals::own();
     ::posix_spawnattr_setsigmask(&m_attributes, &none);
-    ::posix_spawnattr_setsigdefault(&m_attributes, &all);
+    ::posix_spawnattr_setsigdefault(&m_attributes, &own);
     return ::posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
 }
 
-int SpawnPlan::spawn(pid_t& outChild, const std::string& path,
-                     const std::vector<std::string>& arguments) const {
+int SpawnPlan::spawn(pid_t& outChild, const std::string& path, const std::vector<std::string>& arguments,
+                     char** environment) const {
     // The interface wants writable texts; the copies live until the child has its own.
     std::vector<std::string> texts;
     texts.reserve(arguments.size() + 1);
@@ -75,7 +77,21 @@ int SpawnPlan::spawn(pid_t& outChild, const std::string& path,
         vector.push_back(text.data());
     }
     vector.push_back(nullptr);
-    return ::posix_spawn(&outChild, path.c_str(), &m_actions, &m_attributes, vector.data(), environ);
+    return ::posix_spawn(&outChild, path.c_str(), &m_actions, &m_attributes, vector.data(), environment);
+}
+
+/// The entries of the environment `given`, but for those of the same name as `entry`, and `entry` itself.
+std::vector<char*> withEntry(char** given, std::string& entry) {
+    const std::string_view start = std::string_view(entry).substr(0, entry.find('=') + 1);
+    std::vector<char*> entries;
+    for (; *given != nullptr; ++given) {
+        if (!std::string_view(*given).starts_with(start)) {
+            entries.push_back(*given);
+        }
+    }
+    entries.push_back(entry.data());
+    entries.push_back(nullptr);
+    return entries;
 }
 
 }  // namespace
@@ -100,6 +116,8 @@ ZPKOutcome ZPKTask::launch() {
         }
         writeEnd = std::move(*opened);
     }
+    std::string parent = std::string(kParentVariable) + "=" + std::to_string(::getpid());
+    std::vector<char*> environment = withEntry(environ, parent);
     SpawnPlan plan;
     int error = plan.prepare(writeEnd.get());
     const ZPKMutexLock lock(m_mutex);
@@ -109,7 +127,8 @@ ZPKOutcome ZPKTask::launch() {
     }
     pid_t child = -1;
     if (error == 0) {
-        error = plan.spawn(child, m_launchPath, m_arguments);
+        error =
+            plan.spawn(child, m_launchPath, m_arguments, m_endsWithItsParent ? environment.data() : environ);
     }
     if (error != 0) {
         return ZPKLaunchFailure::explain(m_launchPath, error);

@@ -13,11 +13,14 @@
 #include "Base/ZPKMutex.h"
 
 /// A child process, started directly (no shell). It inherits the environment, the working folder
-/// and the standard streams; every other descriptor of this process is closed in it, and its
-/// signal mask and dispositions are the defaults. A child that nobody waited for outlives the task.
+/// and the standard streams; every other descriptor of this process is closed in it. It blocks no signal, and
+/// ignores those that the person had this process ignore. A child that nobody waited for outlives the task.
 /// One thread uses one task; `terminate` may be called from another.
 class ZPKTask {
 public:
+    /// In a child's environment, the process number of the parent that it is to end with.
+    static constexpr const char* kParentVariable = "ZEPHYRKIT_PARENT";
+
     ZPKTask() = default;
     ~ZPKTask();
     ZPKTask(const ZPKTask&) = delete;
@@ -31,6 +34,9 @@ public:
     /// Sends the child's standard error into a pipe that nobody reads. The pipe stays open until
     /// the task is destroyed, so that a child that writes little is neither blocked nor killed.
     void setStandardErrorToUnreadPipe() { m_unreadStandardError = true; }
+
+    /// Tells the child by `kParentVariable` to end when the thread that launches it does, however that ends.
+    void setEndsWithItsParent() { m_endsWithItsParent = true; }
 
     /// Starts the child; the one before must have been waited for. The failure names the launch path, and
     /// as `ZPKLaunchFailure` does what keeps that program from running.
@@ -57,6 +63,7 @@ private:
     std::string m_launchPath;
     std::vector<std::string> m_arguments;
     bool m_unreadStandardError = false;
+    bool m_endsWithItsParent = false;
     /// Held while a child begins or is buried, so that no signal reaches a process of another's.
     ZPKMutex m_mutex;
     pid_t m_child ZPK_GUARDED_BY(m_mutex) = -1;

@@ -4,7 +4,9 @@
 #include "InstallerCore/ZPKApplicationRun.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -77,6 +79,20 @@ TEST_F(ZPKApplicationRunTest, ExceptionWhileStagingIsALineAndStatusOneAndLeavesN
     }
     EXPECT_GT(failures, 5u);
     EXPECT_GT(failuresInTheMaking, 3u);
+}
+
+TEST_F(ZPKApplicationRunTest, SignalEndsTheQuestionForTheDiscAndShowsNothingMore) {
+    addConditions("<Conditions><Disc FilePath='disc'/></Conditions>");
+    pack();
+    std::size_t turns = 0;
+    m_frontEnd.onDiscWindow = [&turns](const auto&) {
+        if (++turns == 1) {
+            ::kill(::getpid(), SIGINT);
+        }
+    };
+    EXPECT_EQ(ZPKApplicationRun::run(m_frontEnd, m_volumes, m_clock), 128 + SIGINT);
+    EXPECT_EQ(logged({"alert"}), Lines{});
+    EXPECT_TRUE(fs::is_empty(m_temporary));
 }
 
 std::string g_folder;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <sstream>
 
@@ -197,7 +198,7 @@ TEST_F(ZPKCoreTest, ProgramThatWasUnpackedBeforeTheRestFailedIsTold) {
     writeFile(program, "no program");
     fs::permissions(program, fs::perms::owner_all);
     pack();
-    installTool("\"${0%/*}/ditto.real\" \"$@\"; exit 5");
+    installTool("unset ZEPHYRKIT_PARENT; \"${0%/*}/ditto.real\" \"$@\"; exit 5");
     const auto streams = captureStreams([this] { m_frontEnd.run(m_core); });
     EXPECT_EQ(logged({"alert"}), Lines{"alert 2: ZPKString_ERROR_INIT||ZPKString_OK"});
     EXPECT_EQ(m_core.exitStatus(), 1);
@@ -260,6 +261,40 @@ TEST_F(ZPKCoreTest, LoopThatEndsTooEarlyRunsNothingAndLeavesNothing) {
     EXPECT_FALSE(fs::exists(m_staging));
     EXPECT_FALSE(setupHasRun());
     EXPECT_TRUE(m_clock.pauses.empty());
+}
+
+TEST_F(ZPKCoreTest, EndAskedForAtAnyMomentRunsNothingTellsNothingAndLeavesNothing) {
+    addSetup("setup");
+    pack();
+    for (const char* const moment :
+         {"language=", "activate", "progress: title", "modal: begin", "bar: value=10", "bar: value=40",
+          "bar: value=100", "modal: end", "progress: close"}) {
+        zpk_test::ScriptedFrontEnd frontEnd;
+        ZPKCore core(frontEnd, m_volumes, m_clock);
+        frontEnd.onLog = [&core, &frontEnd, moment](const std::string& line) {
+            if (line.starts_with(moment)) {
+                EXPECT_TRUE(core.askForEnd(SIGTERM));
+                frontEnd.terminate();
+            }
+        };
+        const auto streams = captureStreams([&] { EXPECT_EQ(frontEnd.run(core), 0); });
+        EXPECT_EQ(core.exitStatus(), 128 + SIGTERM) << moment;
+        EXPECT_EQ(ownLines(streams), "") << moment;
+        EXPECT_FALSE(setupHasRun()) << moment;
+        EXPECT_TRUE(fs::is_empty(m_temporary)) << moment;
+    }
+}
+
+TEST_F(ZPKCoreTest, EndIsNotToBeHadWhileTheSetupProgramRuns) {
+    ZPKEarlyEnd end;
+    EXPECT_TRUE(end.beginSetup());
+    EXPECT_FALSE(end.ask(SIGTERM));
+    EXPECT_FALSE(end.isAsked());
+    end.endSetup();
+    EXPECT_TRUE(end.ask(SIGHUP));
+    EXPECT_TRUE(end.ask(SIGINT));
+    EXPECT_EQ(end.signal(), SIGHUP);
+    EXPECT_FALSE(end.beginSetup());
 }
 
 TEST_F(ZPKCoreTest, ExitOfTheProcessInMidRunLeavesNothing) {

@@ -10,6 +10,7 @@
 
 #include <filesystem>
 
+#include "Package/ZPKArchiveTool.h"
 #include "Tests/InstallerCore/ZPKCoreFixture.h"
 #include "Tests/Platform/OtherUser.h"
 
@@ -30,6 +31,8 @@ protected:
         const auto folder = ZPKStagingFolder::make();
         return folder ? "made" : folder.failure().reason();
     }
+
+    ZPKArchiveTool m_tool;
 };
 
 TEST_F(ZPKStagingFolderTest, IsMadeAfreshAndGoesWithItsOwner) {
@@ -133,7 +136,7 @@ TEST_F(ZPKStagingFolderTest, DescriptionIsUnpackedAndItsArchiveDeleted) {
     pack();
     const auto folder = ZPKStagingFolder::make();
     ASSERT_TRUE(folder);
-    EXPECT_TRUE((*folder)->unpackDescription(m_bundle.resource("")));
+    EXPECT_TRUE((*folder)->unpackDescription(m_bundle.resource(""), m_tool));
     EXPECT_TRUE(fs::exists(m_staging + "/Info/Startup.xml"));
     EXPECT_FALSE(fs::exists(m_staging + "/Info.dat"));
 }
@@ -142,7 +145,7 @@ TEST_F(ZPKStagingFolderTest, DescriptionThatCannotBeUnpackedIsTheToolsFailure) {
     writeFile(m_bundle.resource("Info.datx"), "no archive");
     const auto folder = ZPKStagingFolder::make();
     ASSERT_TRUE(folder);
-    const ZPKOutcome outcome = (*folder)->unpackDescription(m_bundle.resource(""));
+    const ZPKOutcome outcome = (*folder)->unpackDescription(m_bundle.resource(""), m_tool);
     ASSERT_FALSE(outcome);
     EXPECT_EQ(outcome.failure().message(), m_bundle.path() + "/Contents/Helpers/ditto: Ended with status 1");
     EXPECT_TRUE(fs::is_empty(m_staging));

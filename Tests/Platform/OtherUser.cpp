@@ -16,13 +16,17 @@ constexpr uid_t kNobody = 65534;
 
 }  // namespace
 
+void becomeUserWithoutPrivileges() {
+    if (::geteuid() == 0 &&
+        (::setgroups(0, nullptr) != 0 || ::setgid(kNobody) != 0 || ::setuid(kNobody) != 0)) {
+        ::_exit(2);
+    }
+}
+
 bool answerWithoutPrivileges(const std::function<bool()>& action) {
     const pid_t child = ::fork();
     if (child == 0) {
-        if (::geteuid() == 0 &&
-            (::setgroups(0, nullptr) != 0 || ::setgid(kNobody) != 0 || ::setuid(kNobody) != 0)) {
-            ::_exit(2);
-        }
+        becomeUserWithoutPrivileges();
         ::_exit(action() ? 0 : 1);
     }
     int status = 0;

@@ -15,6 +15,8 @@
 #include <filesystem>
 #include <thread>
 
+#include "Platform/ZPKEndSignals.h"
+#include "Platform/ZPKIgnoredSignals.h"
 #include "Tests/Platform/ScopedEnvironment.h"
 #include "Tests/Support/CapturedStreams.h"
 #include "Tests/Support/TemporaryFolder.h"
@@ -89,10 +91,21 @@ TEST_F(ZPKTaskTest, DescriptorsOfTheParentAreClosedInTheChild) {
     ::close(low);
 }
 
-TEST_F(ZPKTaskTest, SignalsOfTheParentAreNotInherited) {
-    std::signal(SIGINT, SIG_IGN);
+TEST_F(ZPKTaskTest, SignalsThatThePersonIgnoresStayIgnored) {
     std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGTERM, SIG_IGN);
+    ZPKIgnoredSignals::ignoreThoseOfWrites();
+    run();
+    EXPECT_EQ(line("signals"), "changed " + std::to_string(SIGPIPE) + " ");
+    std::signal(SIGPIPE, SIG_DFL);
+    std::signal(SIGHUP, SIG_IGN);
+    ZPKIgnoredSignals::ignoreThoseOfWrites();
+    run();
+    std::signal(SIGHUP, SIG_DFL);
+    EXPECT_EQ(line("signals"), "changed " + std::to_string(SIGHUP) + " ");
+}
+
+TEST_F(ZPKTaskTest, HandlersAndBlockedSignalsOfTheParentAreNotInherited) {
+    const ZPKEndSignals handled([](int) {});
     sigset_t blocked;
     sigfillset(&blocked);
     ASSERT_EQ(::pthread_sigmask(SIG_BLOCK, &blocked, nullptr), 0);
@@ -227,6 +240,26 @@ TEST_F(ZPKTaskTest, TasksRunOnAnyThread) {
         thread.join();
     }
     EXPECT_EQ(statuses, std::vector<int>(8, 0));
+}
+
+TEST_F(ZPKTaskTest, ParentIsNamedOnlyToAChildThatEndsWithIt) {
+    const std::string print = std::string("echo \"<$") + ZPKTask::kParentVariable + ">\"";
+    const ScopedEnvironment older(ZPKTask::kParentVariable, "1");
+    const auto printed = [&print](bool endsWithItsParent) {
+        return captureStreams([&] {
+                   ZPKTask task;
+                   task.setLaunchPath("/bin/sh");
+                   task.setArguments({"-c", print});
+                   if (endsWithItsParent) {
+                       task.setEndsWithItsParent();
+                   }
+                   EXPECT_TRUE(task.launch());
+                   task.waitUntilExit();
+               })
+            .standardOutput;
+    };
+    EXPECT_EQ(printed(true), "<" + std::to_string(::getpid()) + ">\n");
+    EXPECT_EQ(printed(false), "<1>\n");
 }
 
 // Ended from outside

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zephyrkit authors
 // SPDX-License-Identifier: MIT
 
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -8,6 +9,7 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -33,9 +35,20 @@ void allowDeepTrees() {
     }
 }
 
+/// Whoever lets the tool work for it alone names itself in the environment, by its process number. Without
+/// that one the work would be for nobody, and in nobody's folder any more. False when it has gone already.
+bool endWithParent() {
+    const char* const parent = std::getenv("ZEPHYRKIT_PARENT");
+    return parent == nullptr ||
+           (::prctl(PR_SET_PDEATHSIG, SIGKILL) == 0 && std::to_string(::getppid()) == parent);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (!endWithParent()) {
+        return EXIT_FAILURE;
+    }
     // Failed writes are to be reported, not to end the process.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);

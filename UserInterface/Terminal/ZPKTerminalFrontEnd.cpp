@@ -39,6 +39,14 @@ ZPKTerminalFrontEnd::ZPKTerminalFrontEnd()
 ZPKTerminalFrontEnd::ZPKTerminalFrontEnd(int input, int output, int error)
     : ZPKFrontEndBase([this] { wake(); }), m_terminal(input, output, error) {}
 
+bool ZPKTerminalFrontEnd::prepare() {
+    const ZPKOutcome canBeWoken = outcome();
+    if (!canBeWoken) {
+        m_terminal.printError("Zephyrkit: " + canBeWoken.failure().message() + "\n");
+    }
+    return static_cast<bool>(canBeWoken);
+}
+
 std::unique_ptr<ZPKProgressWindow> ZPKTerminalFrontEnd::createProgressWindow() {
     return std::make_unique<ZPKTerminalProgressWindow>(m_terminal, m_language);
 }

@@ -32,6 +32,7 @@ public:
 private:
     friend class ZPKTerminalModalSession;
 
+    bool prepare() override;
     void runLoopForWindow(ZPKWindow& window, ZPKModalLoop& loop) override;
     void runLoop(ZPKModalLoop& loop) override;
 

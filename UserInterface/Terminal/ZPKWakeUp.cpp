@@ -7,11 +7,10 @@
 #include <sys/eventfd.h>
 
 #include <cerrno>
-#include <system_error>
 
 ZPKWakeUp::ZPKWakeUp() : m_event(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
     if (!m_event.isOpen()) {
-        throw std::system_error(errno, std::generic_category(), "eventfd");
+        m_outcome = ZPKFailure::ofSystem("eventfd", errno);
     }
 }
 

@@ -3,15 +3,18 @@
 
 #pragma once
 
+#include "Base/ZPKFailure.h"
 #include "Base/ZPKFileDescriptor.h"
 
 /// Lets any thread wake the one that waits.
 class ZPKWakeUp {
 public:
-    /// Throws std::system_error when the host gives no descriptor.
     ZPKWakeUp();
     ZPKWakeUp(const ZPKWakeUp&) = delete;
     ZPKWakeUp& operator=(const ZPKWakeUp&) = delete;
+
+    /// Why nobody can be woken: the host gave no descriptor.
+    ZPKOutcome outcome() const { return m_outcome; }
 
     /// Any thread.
     void wake() const;
@@ -22,4 +25,5 @@ public:
 
 private:
     const ZPKFileDescriptor m_event;
+    ZPKOutcome m_outcome;
 };
