@@ -31,6 +31,15 @@ ZPKOutcome enterFolder(ZPKFolderWalker& walker, const std::string& path) {
     return isRead ? ZPKOutcome() : ZPKFailure::ofSystem(path, errno);
 }
 
+ZPKOutcome removeOnce(const std::string& path) {
+    const ZPKResult<ZPKItemPlace> place = ZPKItemPlace::ofPath(path);
+    if (place) {
+        return ZPKTreeRemover::remove(*place);
+    }
+    // An empty folder goes without a descriptor, too.
+    return ::rmdir(path.c_str()) == 0 ? ZPKOutcome() : place.failure();
+}
+
 }  // namespace
 
 bool ZPKFileManager::fileExists(const std::string& path) {
@@ -78,8 +87,13 @@ ZPKOutcome ZPKFileManager::createFolderWithIntermediateFolders(const std::string
 }
 
 ZPKOutcome ZPKFileManager::removeItem(const std::string& path) {
-    const ZPKResult<ZPKItemPlace> place = ZPKItemPlace::ofPath(path);
-    return place ? ZPKTreeRemover::remove(*place) : place.failure();
+    const ZPKOutcome first = removeOnce(path);
+    struct stat attributes;
+    if (first || (::lstat(path.c_str(), &attributes) != 0 && errno == ENOENT)) {
+        return first;
+    }
+    // What one failed call has left, a second pass may find removable.
+    return removeOnce(path);
 }
 
 ZPKOutcome ZPKFileManager::copyItem(const std::string& source, const std::string& destination) {

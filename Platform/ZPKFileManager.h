@@ -40,8 +40,8 @@ public:
     static ZPKOutcome createFolderWithIntermediateFolders(const std::string& path, unsigned int mode);
 
     /// Removes the item at `path` and, for a folder, everything in it, as `ZPKTreeRemover` does. A path
-    /// that ends in "." or ".." names nothing to remove. Fails when nothing was there or something
-    /// remains.
+    /// that ends in "." or ".." names nothing to remove. What a first pass leaves, a second one is sent
+    /// after. Fails when nothing was there or something remains.
     static ZPKOutcome removeItem(const std::string& path);
 
     /// Copies a file, a link or a whole folder as `ZPKTreeCopier` does. Never overwrites: fails when

@@ -10,18 +10,17 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <memory>
+
+#include "Base/ZPKDescriptorIO.h"
 
 namespace {
 
 // Deeper levels give up their descriptor on the way down and are regained through "..".
 constexpr std::size_t kLevelsKeptOpen = 32;
 
-constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+constexpr std::size_t kEntryBlock = std::size_t{32} * 1024;
 
-struct FolderCloser {
-    void operator()(DIR* folder) const { ::closedir(folder); }
-};
+constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
 
 bool readAttributes(int descriptor, struct statx& outAttributes) {
     return ::statx(descriptor, "", AT_EMPTY_PATH, STATX_BASIC_STATS, &outAttributes) == 0;
@@ -52,7 +51,7 @@ ZPKFileDescriptor openClosedFolder(int parent, const std::string& name) {
     return ZPKFileDescriptor(::openat(place.get(), ".", kFolderFlags));
 }
 
-unsigned char typeOf(int folder, const struct dirent& entry) {
+unsigned char typeOf(int folder, const struct dirent64& entry) {
     if (entry.d_type != DT_UNKNOWN) {
         return entry.d_type;
     }
@@ -69,12 +68,24 @@ bool ZPKFolderWalker::isMounted(const struct statx& attributes) {
     return (attributes.stx_attributes & attributes.stx_attributes_mask & STATX_ATTR_MOUNT_ROOT) != 0;
 }
 
-ZPKFileDescriptor ZPKFolderWalker::openFolder(int parent, const std::string& name) const {
+ZPKFileDescriptor ZPKFolderWalker::openFolder(int parent, const std::string& name) {
     ZPKFileDescriptor folder(::openat(parent, name.c_str(), kFolderFlags));
+    if (!folder.isOpen() && (errno == EMFILE || errno == ENFILE) && giveUpUpperLevels()) {
+        folder = ZPKFileDescriptor(::openat(parent, name.c_str(), kFolderFlags));
+    }
     if (!folder.isOpen() && errno == EACCES && m_access == Access::ForRemoval) {
         return openClosedFolder(parent, name);
     }
     return folder;
+}
+
+bool ZPKFolderWalker::giveUpUpperLevels() {
+    bool isAnyGivenUp = false;
+    for (std::size_t level = 0; level + 1 < m_levels.size(); ++level) {
+        isAnyGivenUp = isAnyGivenUp || m_levels[level].descriptor.isOpen();
+        static_cast<void>(m_levels[level].descriptor.close());
+    }
+    return isAnyGivenUp;
 }
 
 bool ZPKFolderWalker::isInsideFolder(const struct statx& attributes) const {
@@ -146,20 +157,22 @@ std::string ZPKFolderWalker::pathBelowStart() const {
 
 bool ZPKFolderWalker::readEntries() {
     Level& level = m_levels.back();
-    ZPKFileDescriptor duplicate(::fcntl(level.descriptor.get(), F_DUPFD_CLOEXEC, 0));
-    const std::unique_ptr<DIR, FolderCloser> stream(::fdopendir(duplicate.get()));
-    if (stream == nullptr) {
-        return false;
-    }
-    duplicate.release();
-    errno = 0;
-    while (const struct dirent* entry = ::readdir(stream.get())) {
-        if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0) {
-            level.entries.push_back({entry->d_name, typeOf(level.descriptor.get(), *entry)});
+    // A stream of the library's would take a descriptor of its own, and there may be none left.
+    alignas(struct dirent64) char block[kEntryBlock];
+    for (;;) {
+        const ssize_t size = ZPKDescriptorIO::retry(
+            [&] { return ::getdents64(level.descriptor.get(), block, sizeof(block)); });
+        if (size <= 0) {
+            return size == 0;
         }
-        errno = 0;
+        for (ssize_t at = 0; at < size;) {
+            const auto& entry = *reinterpret_cast<const struct dirent64*>(block + at);
+            at += entry.d_reclen;
+            if (std::strcmp(entry.d_name, ".") != 0 && std::strcmp(entry.d_name, "..") != 0) {
+                level.entries.push_back({entry.d_name, typeOf(level.descriptor.get(), entry)});
+            }
+        }
     }
-    return errno == 0;
 }
 
 const ZPKFolderWalker::Entry* ZPKFolderWalker::nextEntry() {

@@ -12,8 +12,8 @@
 
 /// One place in a folder tree, moved down and up by names and open folders alone: no link is ever
 /// followed, nothing depends on the length of a path, and the number of open descriptors is bounded
-/// whatever the depth. Used by the file operations on whole trees. Failures leave their cause in errno.
-/// One thread uses one walker.
+/// whatever the depth: two are enough. Used by the file operations on whole trees. Failures leave their cause
+/// in errno. One thread uses one walker.
 class ZPKFolderWalker {
 public:
     struct Entry {
@@ -73,7 +73,11 @@ private:
         std::size_t given = 0;
     };
 
-    ZPKFileDescriptor openFolder(int parent, const std::string& name) const;
+    ZPKFileDescriptor openFolder(int parent, const std::string& name);
+
+    /// Leaves the descriptors of the upper levels to others; false when none had one.
+    bool giveUpUpperLevels();
+
     bool isInsideFolder(const struct statx& attributes) const;
 
     Access m_access;
