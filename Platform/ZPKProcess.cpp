@@ -8,8 +8,10 @@
 
 #include <algorithm>
 #include <charconv>
+#include <string_view>
 
 #include "Platform/ZPKFileManager.h"
+#include "Platform/ZPKKernelFile.h"
 
 std::vector<pid_t> ZPKProcess::identifiers() {
     std::vector<std::string> names;
@@ -26,6 +28,22 @@ std::vector<pid_t> ZPKProcess::identifiers() {
     }
     std::sort(identifiers.begin(), identifiers.end());
     return identifiers;
+}
+
+std::optional<uid_t> ZPKProcess::effectiveUser(pid_t process) {
+    // Not by the owner of the process's folder: that is root wherever a process has shut itself off.
+    constexpr std::string_view kLine = "\nUid:\t";
+    const std::string text =
+        ZPKKernelFile::contents("/proc/" + std::to_string(process) + "/status").value_or("");
+    const std::size_t line = text.find(kLine);
+    const std::size_t real = line == std::string::npos ? line : line + kLine.size();
+    const std::size_t effective = text.find('\t', real);
+    uid_t user = 0;
+    if (effective == std::string::npos ||
+        std::from_chars(text.data() + effective + 1, text.data() + text.size(), user).ec != std::errc()) {
+        return std::nullopt;
+    }
+    return user;
 }
 
 std::optional<std::string> ZPKProcess::executablePath(const std::string& process) {

@@ -17,6 +17,9 @@ public:
     /// The processes that there are, by ascending identifier.
     static std::vector<pid_t> identifiers();
 
+    /// The user with whose rights the process runs; nothing when it is gone.
+    static std::optional<uid_t> effectiveUser(pid_t process);
+
     /// Full path of the program file of a process, `process` being its identifier or "self"; also when
     /// the file has been removed or replaced since. Nothing when it may not be asked.
     static std::optional<std::string> executablePath(const std::string& process);

@@ -14,12 +14,12 @@ struct ZPKRunningApplication {
     pid_t processIdentifier = 0;
 };
 
-/// Which applications run on this machine. May be called from any thread.
+/// Which applications this user runs. May be called from any thread.
 class ZPKRunningApplications {
 public:
     ZPKRunningApplications() = delete;
 
-    /// The processes whose executable lies in a bundle folder's `Contents` (a helper tool's does not
+    /// This user's processes whose executable lies in a bundle folder's `Contents` (a helper tool's does not
     /// count), this process included, by ascending process identifier. What may not be inspected is
     /// left out.
     static std::vector<ZPKRunningApplication> current();

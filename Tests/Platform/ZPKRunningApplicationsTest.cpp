@@ -16,6 +16,7 @@
 #include <optional>
 #include <thread>
 
+#include "Tests/Platform/OtherUser.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 namespace {
@@ -75,6 +76,43 @@ TEST(ZPKRunningApplicationsTest, AreTheProcessesOfBundles) {
     EXPECT_EQ(nameOf(other.process()), "Other");
     EXPECT_EQ(nameOf(helper.process()), std::nullopt);
     EXPECT_EQ(nameOf(outside.process()), std::nullopt);
+}
+
+TEST(ZPKRunningApplicationsTest, OtherUsersProcessesDoNotCount) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "takes root to be two users";
+    }
+    const TemporaryFolder folder;
+    const std::string program = makeApplication(folder / "A.app", "A", "Linux/program");
+    zpk_test::giveToUserWithoutPrivileges(folder.path());
+    const RunningProgram mine(program);
+    EXPECT_EQ(nameOf(mine.process()), "A");
+    EXPECT_TRUE(zpk_test::answerWithoutPrivileges([&] {
+        const RunningProgram theirs(program);
+        return nameOf(theirs.process()) == "A" && !nameOf(mine.process());
+    }));
+}
+
+TEST(ZPKRunningApplicationsTest, OtherUsersProcessesDoNotCountForRoot) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "takes root to be two users";
+    }
+    const TemporaryFolder folder;
+    const std::string program = makeApplication(folder / "A.app", "A", "Linux/program");
+    zpk_test::giveToUserWithoutPrivileges(folder.path());
+    const pid_t theirs = ::fork();
+    if (theirs == 0) {
+        zpk_test::becomeUserWithoutPrivileges();
+        ::execl(program.c_str(), program.c_str(), "60", nullptr);
+        ::_exit(127);
+    }
+    const std::string link = "/proc/" + std::to_string(theirs) + "/exe";
+    while (std::filesystem::read_symlink(link) != program) {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(nameOf(theirs), std::nullopt);
+    ::kill(theirs, SIGKILL);
+    ::waitpid(theirs, nullptr, 0);
 }
 
 TEST(ZPKRunningApplicationsTest, ComeByAscendingProcess) {
