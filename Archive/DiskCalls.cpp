@@ -48,6 +48,30 @@ bool DiskCalls::status(int parent, const char* name, struct stat& status) {
     return succeeds([&] { return ::fstatat(parent, name, &status, AT_SYMLINK_NOFOLLOW); });
 }
 
+bool DiskCalls::status(int descriptor, struct stat& status) {
+    return succeeds([&] { return ::fstat(descriptor, &status); });
+}
+
+DIR* DiskCalls::startListing(ZPKFileDescriptor& folder) {
+    DIR* listing = nullptr;
+    do {
+        listing = folder.isOpen() ? ::fdopendir(folder.get()) : nullptr;
+    } while (listing == nullptr && folder.isOpen() && errno == EINTR);
+    if (listing != nullptr) {
+        static_cast<void>(folder.release());
+    }
+    return listing;
+}
+
+const dirent* DiskCalls::nextIn(DIR* folder) {
+    const dirent* item = nullptr;
+    do {
+        errno = 0;
+        item = ::readdir(folder);
+    } while (item == nullptr && errno == EINTR);
+    return item;
+}
+
 std::optional<FileIdentity> DiskCalls::identity(int parent, const char* name) {
     struct stat found {};
     return status(parent, name, found) ? std::optional(FileIdentity(found)) : std::nullopt;

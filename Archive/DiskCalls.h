@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <dirent.h>
 #include <sys/types.h>
 
 #include <optional>
@@ -31,6 +32,7 @@ public:
     static ZPKFileDescriptor open(int parent, const char* name, int flags, mode_t mode = 0);
     static bool remove(int parent, const char* name, int flags);
     static bool status(int parent, const char* name, struct stat& status);
+    static bool status(int descriptor, struct stat& status);
     /// What the name means now; nothing where that cannot be told.
     static std::optional<FileIdentity> identity(int parent, const char* name);
 
@@ -42,6 +44,11 @@ public:
     static bool isOpenToOwner(int parent, const char* name, const struct stat& status);
     /// Opens a folder to be worked in. Throws MemberFailure.
     static ZPKFileDescriptor openFolder(int parent, const char* name, bool makeMissing);
+
+    /// Starts reading a folder's names through a descriptor, which it takes over; null on failure.
+    static DIR* startListing(ZPKFileDescriptor& folder);
+    /// The next name; null at the end, with errno 0, and on failure.
+    static const dirent* nextIn(DIR* folder);
 
     /// Frees the name for something new: a file, a link or an empty folder goes. Throws MemberFailure.
     static void clearPlace(int parent, const char* name);

@@ -8,6 +8,7 @@
 
 #include <cerrno>
 
+#include "Archive/DiskCalls.h"
 #include "Archive/Failure.h"
 #include "Base/ZPKDescriptorIO.h"
 
@@ -92,7 +93,7 @@ AttributeMap readAttributes(int descriptor) {
 
 void writeAttributes(int descriptor, const AttributeMap& attributes) {
     struct stat status {};
-    if (::fstat(descriptor, &status) != 0) {
+    if (!DiskCalls::status(descriptor, status)) {
         throw MemberFailure::ofSystem(errno);
     }
     if (!S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) {

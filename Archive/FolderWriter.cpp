@@ -124,7 +124,9 @@ void FolderWriter::closeFileForNow(ZPKFileDescriptor file, const MemberPath& pat
 
 void FolderWriter::makeHardLink(const MemberPath& path, const MemberPath& target,
                                 const FileIdentity& expected) {
-    const ZPKFileDescriptor targetParent(::fcntl(openParent(target, false), F_DUPFD_CLOEXEC, 0));
+    const int opened = openParent(target, false);
+    const ZPKFileDescriptor targetParent(
+        ZPKDescriptorIO::retry([opened] { return ::fcntl(opened, F_DUPFD_CLOEXEC, 0); }));
     DiskCalls::throwUnless(targetParent.isOpen());
     std::optional<FileIdentity> found = DiskCalls::identity(targetParent.get(), target.leaf());
     DiskCalls::throwUnless(found.has_value());
@@ -151,7 +153,7 @@ ZPKFileDescriptor FolderWriter::reopenFile(const MemberPath& path, const FileIde
     ZPKFileDescriptor file =
         DiskCalls::open(parent, path.leaf(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     struct stat found {};
-    DiskCalls::throwUnless(file.isOpen() && ::fstat(file.get(), &found) == 0);
+    DiskCalls::throwUnless(file.isOpen() && DiskCalls::status(file.get(), found));
     throwUnlessSame(FileIdentity(found), expected);
     DiskCalls::throwUnless(DiskCalls::succeeds([&] { return ::ftruncate(file.get(), 0); }));
     return file;
@@ -177,7 +179,7 @@ std::string FolderWriter::readFile(const MemberPath& path, std::size_t limit) {
     const ZPKFileDescriptor file =
         DiskCalls::open(parent, path.leaf(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     struct stat status {};
-    DiskCalls::throwUnless(file.isOpen() && ::fstat(file.get(), &status) == 0);
+    DiskCalls::throwUnless(file.isOpen() && DiskCalls::status(file.get(), status));
     if (!S_ISREG(status.st_mode)) {
         throw MemberFailure("the file has been replaced");
     }

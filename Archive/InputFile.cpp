@@ -12,6 +12,7 @@
 #include <cstring>
 #include <utility>
 
+#include "Archive/DiskCalls.h"
 #include "Archive/Failure.h"
 #include "Base/ZPKDescriptorIO.h"
 
@@ -35,7 +36,7 @@ InputFile::InputFile(const std::string& path)
     : m_file(ZPKDescriptorIO::retry([&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); })),
       m_buffer(kBufferSize) {
     struct stat status {};
-    if (!m_file.isOpen() || ::fstat(m_file.get(), &status) != 0) {
+    if (!m_file.isOpen() || !DiskCalls::status(m_file.get(), status)) {
         throw ArchiveFailure::ofSystem(errno);
     }
     if (!S_ISREG(status.st_mode)) {

@@ -11,7 +11,7 @@
 #include <cstring>
 #include <memory>
 
-#include "Base/ZPKDescriptorIO.h"
+#include "Archive/DiskCalls.h"
 #include "Base/ZPKFileDescriptor.h"
 
 namespace zpk_archive {
@@ -29,12 +29,8 @@ using Folder = std::unique_ptr<DIR, FolderCloser>;
 
 Folder openFolder(int parent, const char* name) {
     constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-    ZPKFileDescriptor opened(ZPKDescriptorIO::retry([&] { return ::openat(parent, name, kFlags); }));
-    Folder folder(opened.isOpen() ? ::fdopendir(opened.get()) : nullptr);
-    if (folder) {
-        static_cast<void>(opened.release());
-    }
-    return folder;
+    ZPKFileDescriptor opened = DiskCalls::open(parent, name, kFlags);
+    return Folder(DiskCalls::startListing(opened));
 }
 
 bool isStep(const char* name) {
@@ -48,7 +44,7 @@ LinkCounts LinkCounts::ofTree(int folder) {
     std::vector<Folder> way;
     way.push_back(openFolder(folder, "."));
     while (!way.empty()) {
-        const dirent* const item = way.back() ? ::readdir(way.back().get()) : nullptr;
+        const dirent* const item = way.back() ? DiskCalls::nextIn(way.back().get()) : nullptr;
         if (item == nullptr) {
             way.pop_back();
         } else if (isStep(item->d_name) && counts.isFolder(::dirfd(way.back().get()), *item)) {
@@ -64,8 +60,7 @@ bool LinkCounts::isFolder(int parent, const dirent& item) {
         return true;
     }
     struct stat status {};
-    const auto look = [&] { return ::fstatat(parent, item.d_name, &status, AT_SYMLINK_NOFOLLOW); };
-    const bool isThere = ZPKDescriptorIO::retry(look) == 0;
+    const bool isThere = DiskCalls::status(parent, item.d_name, status);
     if (isThere && !S_ISDIR(status.st_mode) && status.st_nlink > 1) {
         m_files.push_back({FileIdentity(status)});
     }

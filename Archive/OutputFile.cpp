@@ -7,6 +7,7 @@
 
 #include <cerrno>
 
+#include "Archive/DiskCalls.h"
 #include "Archive/Failure.h"
 #include "Archive/FileIdentity.h"
 #include "Base/ZPKDescriptorIO.h"
@@ -42,8 +43,9 @@ void OutputFile::commit() {
 bool OutputFile::isSelf(const struct stat& status) const {
     const FileIdentity identity(status);
     struct stat own {};
-    return (::fstat(m_file.descriptor(), &own) == 0 && FileIdentity(own) == identity) ||
-           (::stat(m_path.c_str(), &own) == 0 && FileIdentity(own) == identity);
+    return (DiskCalls::status(m_file.descriptor(), own) && FileIdentity(own) == identity) ||
+           (DiskCalls::succeeds([&] { return ::stat(m_path.c_str(), &own); }) &&
+            FileIdentity(own) == identity);
 }
 
 }  // namespace zpk_archive

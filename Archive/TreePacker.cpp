@@ -14,6 +14,7 @@
 #include <memory>
 
 #include "Archive/CpioWriter.h"
+#include "Archive/DiskCalls.h"
 #include "Archive/ErrorSink.h"
 #include "Archive/ExtendedAttributes.h"
 #include "Archive/Failure.h"
@@ -38,19 +39,17 @@ bool canBePacked(mode_t mode) {
 
 /// The names of the folder's things, those of the first last.
 std::vector<std::string> namesFromLastToFirst(int folder) {
-    const int copy = ::fcntl(folder, F_DUPFD_CLOEXEC, 0);
-    const std::unique_ptr<DIR, FolderCloser> opened(copy < 0 ? nullptr : ::fdopendir(copy));
+    ZPKFileDescriptor copy(ZPKDescriptorIO::retry([folder] { return ::fcntl(folder, F_DUPFD_CLOEXEC, 0); }));
+    const std::unique_ptr<DIR, FolderCloser> opened(DiskCalls::startListing(copy));
     if (!opened) {
         throw MemberFailure::ofSystem(errno);
     }
     std::vector<std::string> names;
-    errno = 0;
-    while (const dirent* item = ::readdir(opened.get())) {
+    while (const dirent* const item = DiskCalls::nextIn(opened.get())) {
         std::string name = item->d_name;
         if (name != "." && name != "..") {
             names.push_back(std::move(name));
         }
-        errno = 0;
     }
     if (errno != 0) {
         throw MemberFailure::ofSystem(errno);
@@ -64,7 +63,7 @@ std::vector<std::string> namesFromLastToFirst(int folder) {
 ZPKFileDescriptor TreePacker::openSource(const std::string& path) {
     ZPKFileDescriptor source(ZPKDescriptorIO::retry([&] { return ::open(path.c_str(), kOpenFlags); }));
     struct stat status {};
-    if (!source.isOpen() || ::fstat(source.get(), &status) != 0) {
+    if (!source.isOpen() || !DiskCalls::status(source.get(), status)) {
         throw ArchiveFailure::ofSystem(errno);
     }
     if (!S_ISDIR(status.st_mode) && !S_ISREG(status.st_mode)) {
@@ -91,7 +90,7 @@ void TreePacker::pack(ZPKFileDescriptor source, const std::string& name) {
 void TreePacker::packSource(ZPKFileDescriptor source) {
     try {
         struct stat status {};
-        if (::fstat(source.get(), &status) != 0) {
+        if (!DiskCalls::status(source.get(), status)) {
             throw MemberFailure::ofSystem(errno);
         }
         packOpened(std::move(source), status);
@@ -131,7 +130,7 @@ void TreePacker::packThing(int parent, const std::string& leaf) {
     }
     ZPKFileDescriptor thing(
         ZPKDescriptorIO::retry([&] { return ::openat(parent, leaf.c_str(), kOpenFlags | O_NOFOLLOW); }));
-    if (!thing.isOpen() || ::fstat(thing.get(), &status) != 0) {
+    if (!thing.isOpen() || !DiskCalls::status(thing.get(), status)) {
         throw MemberFailure::ofSystem(errno);
     }
     packOpened(std::move(thing), status);

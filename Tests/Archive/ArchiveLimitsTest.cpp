@@ -52,6 +52,59 @@ TEST_F(HostileArchiveTest, FileSizeLimitIsAnErrorToo) {
     EXPECT_EQ(readFile(m_folder / "in/after"), "after");
 }
 
+TEST_F(HostileArchiveTest, FullDiskNeverHoldsUpPackingOfMoreThanIsInWork) {
+    const std::string disk = m_folder / "in/disk";
+    fs::create_directory(disk);
+    if (geteuid() != 0 ||
+        std::system(("mount -t tmpfs -o size=1m none '" + disk + "' 2>/dev/null").c_str()) != 0) {
+        GTEST_SKIP() << "cannot mount a small file system";
+    }
+    // More than all blocks that can be between reading and writing, and no smaller packed.
+    const std::string tree = m_folder / "in/D";
+    shell("mkdir '" + tree + "'; head -c 40000000 /dev/urandom > '" + tree + "/r'");
+    const Outcome packed = runProgram(
+        {ZPK_DITTO, "-c", "-z", "-rsrc", "--keepParent", tree, disk + "/new.dat"}, [] { alarm(60); });
+    EXPECT_EQ(packed.exitStatus, 1);
+    EXPECT_EQ(packed.standardError, "ditto: " + disk + "/new.dat: No space left on device\n");
+    EXPECT_TRUE(fs::is_empty(disk));
+    shell("umount '" + disk + "'");
+}
+
+TEST_F(HostileArchiveTest, FileSizeLimitNeverHoldsUpPackingEither) {
+    const std::string tree = m_folder / "in/D";
+    shell("mkdir '" + tree + "'; head -c 40000000 /dev/urandom > '" + tree + "/r'");
+    const Outcome packed =
+        runProgram({ZPK_DITTO, "-c", "-z", "-rsrc", "--keepParent", tree, m_folder / "in/new.dat"}, [] {
+            const rlimit small{1 << 20, 1 << 20};
+            setrlimit(RLIMIT_FSIZE, &small);
+            alarm(60);
+        });
+    EXPECT_EQ(packed.exitStatus, 1);
+    EXPECT_EQ(packed.standardError, "ditto: " + (m_folder / "in/new.dat") + ": File too large\n");
+    EXPECT_EQ(std::distance(fs::directory_iterator(m_folder / "in"), fs::directory_iterator()), 1);
+}
+
+TEST_F(HostileArchiveTest, NoInodeLeftIsOneErrorAndTheEnd) {
+    std::vector<RawMember> members;
+    for (int i = 0; i < 100; ++i) {
+        members.push_back({"f" + std::to_string(i), kFile, "x"});
+    }
+    writeFile(m_folder / "archive", makeOdc(members));
+    const std::string disk = m_folder / "in/disk";
+    fs::create_directory(disk);
+    if (geteuid() != 0 ||
+        std::system(("mount -t tmpfs -o size=1m,nr_inodes=20 none '" + disk + "' 2>/dev/null").c_str()) !=
+            0) {
+        GTEST_SKIP() << "cannot mount a small file system";
+    }
+    const Outcome outcome = extract(m_folder / "archive", disk, [] { alarm(60); });
+    EXPECT_EQ(outcome.exitStatus, 1);
+    const std::size_t made = snapshot(disk).size();
+    EXPECT_GT(made, 0U);
+    EXPECT_EQ(outcome.standardError, "ditto: f" + std::to_string(made) + ": No space left on device\n");
+    shell("umount '" + disk + "'");
+}
+
 TEST_F(HostileArchiveTest, PipeThatNobodyReadsNeverBlocks) {
     std::vector<RawMember> members;
     for (int i = 0; i < 3000; ++i) {
