@@ -15,8 +15,9 @@
 /// may be read from any thread.
 class ZPKPropertyList {
 public:
-    /// Nothing when the file cannot be read, is larger than 64 MiB, is malformed or nested more than
-    /// 128 deep, or its root is no dictionary. Never waits on a FIFO or a device.
+    /// Nothing when the file cannot be read, is larger than 64 MiB, is malformed, nested more than 128
+    /// deep or, in the XML or binary form, holds more than 30,000 keys, or its root is no dictionary. Never
+    /// waits on a FIFO or a device.
     static std::optional<ZPKPropertyList> dictionaryWithContentsOfFile(const std::string& path);
 
     /// The same for the bytes of such a file.

@@ -34,7 +34,7 @@ struct BinaryKind {
 /// The objects of a binary list and what they refer to.
 class BinaryObjects {
 public:
-    explicit BinaryObjects(std::string_view bytes) : m_bytes(bytes) {}
+    BinaryObjects(std::string_view bytes, std::size_t mostKeys) : m_bytes(bytes), m_mostKeys(mostKeys) {}
 
     /// Reads the trailer; false when it does not fit the file.
     bool open();
@@ -64,6 +64,7 @@ private:
     bool holdsZero(std::uint64_t at, std::uint64_t units, std::uint64_t width) const;
 
     std::string_view m_bytes;
+    std::size_t m_mostKeys;
     std::uint64_t m_end = 0;
     std::size_t m_offsetWidth = 0;
     std::size_t m_referenceWidth = 0;
@@ -128,7 +129,7 @@ bool BinaryObjects::read(std::uint64_t object, std::uint64_t& outLength,
         return true;
     }
     std::uint64_t count = 0;
-    if (!readLength(at, count) || count > m_end) {
+    if (!readLength(at, count) || count > m_end || (kind.isDictionary() && count > m_mostKeys)) {
         return false;
     }
     outLength = count * kind.unitLength(m_referenceWidth);
@@ -220,7 +221,8 @@ private:
 
 }  // namespace
 
-bool ZPKPropertyListBinaryGuard::isReasonable(std::string_view bytes, std::size_t deepest) {
-    BinaryObjects objects(bytes);
+bool ZPKPropertyListBinaryGuard::isReasonable(std::string_view bytes, std::size_t deepest,
+                                              std::size_t mostKeys) {
+    BinaryObjects objects(bytes, mostKeys);
     return objects.open() && BinaryVisit(objects, deepest).isReasonable();
 }

@@ -14,7 +14,7 @@ public:
     ZPKPropertyListBinaryGuard() = delete;
 
     /// True when the texts of the list hold no null characters and its objects refer to each other
-    /// without a circle, nested no deeper than `deepest`, and are not vastly more numerous read out than
-    /// they are in the file.
-    static bool isReasonable(std::string_view bytes, std::size_t deepest);
+    /// without a circle, nested no deeper than `deepest`, no dictionary has more than `mostKeys` keys, and
+    /// they are not vastly more numerous read out than they are in the file.
+    static bool isReasonable(std::string_view bytes, std::size_t deepest, std::size_t mostKeys);
 };

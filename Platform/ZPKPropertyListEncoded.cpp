@@ -79,7 +79,8 @@ std::optional<Node> rootOf(plist_t list) {
 }  // namespace
 
 std::optional<ZPKPropertyList::Node> ZPKPropertyList::Node::fromXML(std::string_view text) {
-    const std::optional<std::string> plain = ZPKPropertyListXMLGuard::plainText(text, kDeepestNesting);
+    const std::optional<std::string> plain =
+        ZPKPropertyListXMLGuard::plainText(text, kDeepestNesting, kMostKeys);
     if (!plain) {
         return std::nullopt;
     }
@@ -90,7 +91,7 @@ std::optional<ZPKPropertyList::Node> ZPKPropertyList::Node::fromXML(std::string_
 }
 
 std::optional<ZPKPropertyList::Node> ZPKPropertyList::Node::fromBinary(std::string_view bytes) {
-    if (!ZPKPropertyListBinaryGuard::isReasonable(bytes, kDeepestNesting)) {
+    if (!ZPKPropertyListBinaryGuard::isReasonable(bytes, kDeepestNesting, kMostKeys)) {
         return std::nullopt;
     }
     plist_t list = nullptr;

@@ -35,4 +35,6 @@ struct ZPKPropertyList::Node {
 
     /// Deeper lists are taken for malformed, so that no reader runs out of stack.
     static constexpr std::size_t kDeepestNesting = 128;
+    /// The same for more keys: what the library takes for each grows with those before it.
+    static constexpr std::size_t kMostKeys = 30000;
 };

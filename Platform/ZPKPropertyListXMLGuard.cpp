@@ -10,7 +10,8 @@ namespace {
 /// Copies an XML text without what only a full parser would have to understand.
 class XMLSimplifier {
 public:
-    XMLSimplifier(std::string_view text, std::size_t deepest) : m_text(text), m_deepest(deepest) {}
+    XMLSimplifier(std::string_view text, std::size_t deepest, std::size_t mostKeys)
+        : m_text(text), m_deepest(deepest), m_keysLeft(mostKeys) {}
 
     std::optional<std::string> run() {
         while (m_at < m_text.size()) {
@@ -101,12 +102,16 @@ private:
         if (tag.starts_with("</")) {
             return m_depth-- > 0;
         }
+        if (tag.starts_with("<key") && m_keysLeft-- == 0) {
+            return false;
+        }
         // One level more than the nesting of values: the list's own element.
         return tag.ends_with("/>") || m_depth++ <= m_deepest;
     }
 
     std::string_view m_text;
     std::size_t m_deepest;
+    std::size_t m_keysLeft;
     std::size_t m_at = 0;
     std::size_t m_depth = 0;
     std::string m_plain;
@@ -114,6 +119,7 @@ private:
 
 }  // namespace
 
-std::optional<std::string> ZPKPropertyListXMLGuard::plainText(std::string_view text, std::size_t deepest) {
-    return XMLSimplifier(text, deepest).run();
+std::optional<std::string> ZPKPropertyListXMLGuard::plainText(std::string_view text, std::size_t deepest,
+                                                              std::size_t mostKeys) {
+    return XMLSimplifier(text, deepest, mostKeys).run();
 }

@@ -15,7 +15,8 @@ public:
     ZPKPropertyListXMLGuard() = delete;
 
     /// The elements and the text of an XML list, without comments, processing instructions, document
-    /// type and CDATA marks; nothing when it is nested deeper than `deepest`, or its elements do not
-    /// close.
-    static std::optional<std::string> plainText(std::string_view text, std::size_t deepest);
+    /// type and CDATA marks; nothing when it is nested deeper than `deepest`, has more than
+    /// `mostKeys` keys, or its elements do not close.
+    static std::optional<std::string> plainText(std::string_view text, std::size_t deepest,
+                                                std::size_t mostKeys);
 };

@@ -199,4 +199,38 @@ TEST(ZPKPropertyListHostileTest, ManyEntriesAreReadInTime) {
     EXPECT_EQ(fromXML->stringForKey("key19999"), "v");
 }
 
+/// A binary dictionary of so many keys "kN", all with the value "v".
+std::string binaryWithKeys(unsigned int keys) {
+    std::string root = "\xDF\x11";
+    appendNumber(root, keys, 2);
+    std::vector<std::string> objects = {"", "\x51v"};
+    std::string values;
+    for (unsigned int key = 0; key < keys; ++key) {
+        const std::string name = "k" + std::to_string(key);
+        appendNumber(root, objects.size(), 2);
+        appendNumber(values, 1, 2);
+        objects.push_back(static_cast<char>(0x50 + name.size()) + name);
+    }
+    objects.front() = root + values;
+    return binary(objects);
+}
+
+TEST(ZPKPropertyListHostileTest, MoreKeysThanTheBoundAreRefused) {
+    const auto withKeys = [](unsigned int keys) {
+        std::string list = "<plist><dict>";
+        for (unsigned int key = 0; key < keys; ++key) {
+            list += "<key>k" + std::to_string(key) + "</key><string>v</string>";
+        }
+        return list + "</dict></plist>";
+    };
+    const auto atBound = ZPKPropertyList::dictionaryWithBytes(withKeys(30000));
+    ASSERT_TRUE(atBound);
+    EXPECT_EQ(atBound->stringForKey("k29999"), "v");
+    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(withKeys(30001)));
+    const auto binaryAtBound = ZPKPropertyList::dictionaryWithBytes(binaryWithKeys(30000));
+    ASSERT_TRUE(binaryAtBound);
+    EXPECT_EQ(binaryAtBound->stringForKey("k29999"), "v");
+    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(binaryWithKeys(30001)));
+}
+
 }  // namespace
