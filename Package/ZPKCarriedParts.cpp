@@ -3,7 +3,6 @@
 
 #include "Package/ZPKCarriedParts.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,8 +11,9 @@
 #include <optional>
 #include <string_view>
 
-#include "Base/ZPKDescriptorIO.h"
-#include "Base/ZPKFileDescriptor.h"
+#include "Base/ZPKPath.h"
+#include "Base/ZPKRegularFile.h"
+#include "Platform/ZPKLoadableFile.h"
 
 namespace {
 
@@ -32,20 +32,12 @@ ZPKOutcome findRegularFile(const std::string& path) {
     return {};
 }
 
-ZPKResult<std::string> contentsOf(const std::string& path) {
-    if (ZPKOutcome found = findRegularFile(path); !found) {
-        return found.failure();
-    }
-    const ZPKFileDescriptor file(
-        ZPKDescriptorIO::retry([&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC); }));
-    if (!file.isOpen()) {
-        return ZPKFailure::ofSystem(path, errno);
-    }
-    std::optional<std::string> text = ZPKDescriptorIO::readToEnd(file.get(), kLongestList);
-    if (!text) {
-        return ZPKFailure::ofSystem(path, errno);
-    }
-    return std::move(*text);
+bool isLibrary(const std::string& path) {
+    return ZPKPath::lastComponent(path).find(".so") != std::string::npos;
+}
+
+ZPKOutcome findPart(const std::string& path) {
+    return isLibrary(path) ? ZPKLoadableFile::check(path) : findRegularFile(path);
 }
 
 ZPKOutcome findProgram(const std::string& path) {
@@ -53,7 +45,7 @@ ZPKOutcome findProgram(const std::string& path) {
     if (::access(path.c_str(), X_OK) != 0) {
         return ZPKFailure::ofSystem(path, errno);
     }
-    return findRegularFile(path);
+    return ZPKLoadableFile::check(path);
 }
 
 }  // namespace
@@ -69,7 +61,7 @@ ZPKOutcome ZPKCarriedParts::find() const {
         return parts.failure();
     }
     for (const std::string& part : *parts) {
-        if (ZPKOutcome found = findRegularFile(part); !found) {
+        if (ZPKOutcome found = findPart(part); !found) {
             return found;
         }
     }
@@ -77,9 +69,13 @@ ZPKOutcome ZPKCarriedParts::find() const {
 }
 
 ZPKResult<std::vector<std::string>> ZPKCarriedParts::listed() const {
-    const ZPKResult<std::string> list = contentsOf(path(kList));
+    const std::string place = path(kList);
+    if (ZPKOutcome found = findRegularFile(place); !found) {
+        return found.failure();
+    }
+    const std::optional<std::string> list = ZPKRegularFile::contents(place, kLongestList);
     if (!list) {
-        return list.failure();
+        return ZPKFailure::ofSystem(place, errno);
     }
     std::vector<std::string> parts;
     for (std::string_view names = *list; !names.empty();) {

@@ -22,8 +22,8 @@ public:
     /// The launcher's second stage.
     std::string program() const { return path("Zephyrkit-desktop"); }
 
-    /// Looks for all of them: both programs can be executed, and every part of the list is a file with
-    /// contents. The failure names the first that is not.
+    /// Looks for all of them: both programs can be executed, every library is one, and every other part of
+    /// the list is a file with contents. The failure names the first that is not.
     ZPKOutcome find() const;
 
     /// The full paths of the parts in the list. Fails when there is no list.

@@ -149,9 +149,10 @@ class CarriedWindowsTest(PackagerTestCase):
         refused = self.build(self.source, "-o", "Out.app", "--frameworks", parts)
         self.assertEqual(refused.returncode, 1)
         self.assertIn("parts/libQt6Core.so.6: No such file or directory", refused.stderr)
-        write(parts / "libQt6Core.so.6", b"another")
+        another = (CARRIED / "libQt6Gui.so.6").read_bytes()
+        write(parts / "libQt6Core.so.6", another)
         bundle = self.pack("Out.app", "--frameworks", str(parts))
-        self.assertEqual((bundle / "Contents/Frameworks/libQt6Core.so.6").read_bytes(), b"another")
+        self.assertEqual((bundle / "Contents/Frameworks/libQt6Core.so.6").read_bytes(), another)
 
     def test_windows_are_left_out_or_chosen_but_not_both(self):
         done = self.build(self.source, "-o", "Out.app", "--without-windows", "--frameworks", "x")

@@ -14,6 +14,7 @@
 
 #include "Base/ZPKDescriptorIO.h"
 #include "Platform/ZPKKernelFile.h"
+#include "Tests/Platform/MachineProgram.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 namespace {
@@ -49,7 +50,7 @@ protected:
         std::filesystem::create_directories(frameworks);
         std::filesystem::copy_file(kMachinesLoader, part("ld-linux-x86-64.so.2"));
         std::filesystem::copy_file(ZPK_STAGE_PROBE, part("Zephyrkit-desktop"));
-        writeFile(part("libQt6Core.so.6"), "x");
+        writeFile(part("libQt6Core.so.6"), zpk_test::MachineProgram().bytes64());
         writeFile(part("fonts/Font.ttf"), "x");
         writeFile(part("Parts"), "fonts/Font.ttf\nlibQt6Core.so.6\n");
     }
@@ -158,10 +159,13 @@ TEST_F(ZPKSecondStageTest, AnythingMissingIsAnObstacle) {
 
 TEST_F(ZPKSecondStageTest, WhatIsNoUsablePartIsAnObstacle) {
     writeFile(part("libQt6Core.so.6"), "");
-    EXPECT_EQ(obstacle(), part("libQt6Core.so.6") + ": not a file with contents");
+    EXPECT_EQ(obstacle(), part("libQt6Core.so.6") + ": no library or program for this processor");
     std::filesystem::remove(part("libQt6Core.so.6"));
     std::filesystem::create_directory(part("libQt6Core.so.6"));
-    EXPECT_EQ(obstacle(), part("libQt6Core.so.6") + ": not a file with contents");
+    EXPECT_EQ(obstacle(), part("libQt6Core.so.6") + ": Is a directory");
+    makeFrameworks(m_folder / "another");
+    writeFile(part("fonts/Font.ttf"), "");
+    EXPECT_EQ(obstacle(), part("fonts/Font.ttf") + ": not a file with contents");
     std::filesystem::remove(part("Parts"));
     ASSERT_EQ(::mkfifo(part("Parts").c_str(), 0600), 0);
     EXPECT_EQ(obstacle(), part("Parts") + ": not a file with contents") << "and nobody waits for a writer";

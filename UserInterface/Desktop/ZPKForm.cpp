@@ -3,9 +3,6 @@
 
 #include "UserInterface/Desktop/ZPKForm.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-
 #include <QBuffer>
 #include <QCoreApplication>
 #include <QUiLoader>
@@ -13,10 +10,9 @@
 #include <cstdio>
 #include <optional>
 
-#include "Base/ZPKDescriptorIO.h"
 #include "Base/ZPKFailure.h"
-#include "Base/ZPKFileDescriptor.h"
 #include "Base/ZPKPath.h"
+#include "Base/ZPKRegularFile.h"
 #include "Base/ZPKTerminalText.h"
 #include "UserInterface/Desktop/ZPKDesktopText.h"
 #include "UserInterface/Desktop/ZPKToolkitMessages.h"
@@ -25,21 +21,6 @@ namespace {
 
 /// Far more than any window needs.
 constexpr std::size_t kLargestForm = std::size_t{1} << 20;
-
-/// Nothing, with errno set, when the file cannot be read; a FIFO or a device counts as no file.
-std::optional<std::string> regularFileContents(const std::string& path) {
-    const ZPKFileDescriptor file(
-        ZPKDescriptorIO::retry([&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); }));
-    struct stat attributes {};
-    if (!file.isOpen() || ::fstat(file.get(), &attributes) != 0) {
-        return std::nullopt;
-    }
-    if (!S_ISREG(attributes.st_mode)) {
-        errno = S_ISDIR(attributes.st_mode) ? EISDIR : EINVAL;
-        return std::nullopt;
-    }
-    return ZPKDescriptorIO::readToEnd(file.get(), kLargestForm);
-}
 
 /// A loader looks for further widget classes in the toolkit's plug-in folders, and loads whatever
 /// lies there. The forms use none, so it is made while there are no such folders.
@@ -54,7 +35,7 @@ std::unique_ptr<QUiLoader> makeLoader() {
 }  // namespace
 
 ZPKForm::ZPKForm(const std::string& folder, const std::string& name) : m_path(ZPKPath::join(folder, name)) {
-    const std::optional<std::string> contents = regularFileContents(m_path);
+    const std::optional<std::string> contents = ZPKRegularFile::contents(m_path, kLargestForm);
     if (!contents) {
         fail(ZPKDesktopText(ZPKFailure::systemReason(errno)));
         return;
