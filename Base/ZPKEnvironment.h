@@ -5,8 +5,10 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
-/// The process's environment, read at each call. Main thread only: the environment has no lock.
+/// The process's environment, read at each call. Main thread only, except where said: the environment has
+/// no lock.
 class ZPKEnvironment {
 public:
     ZPKEnvironment() = delete;
@@ -19,4 +21,15 @@ public:
     static std::optional<std::string> absolutePath(const char* variable);
 
     static bool isSet(const char* variable) { return value(variable).has_value(); }
+
+    /// Keeps what the environment holds now, in its order, for the child processes of later; from now on
+    /// changes are this process's own affair. To be called once, before another thread starts.
+    static void keepForChildren();
+
+    /// What child processes are to find: what was kept, else the environment as it is. Ends with a null
+    /// pointer. Any thread.
+    static char** ofChildren();
+
+    /// Takes away every variable whose name `isUnwanted` says yes to.
+    static void remove(bool (*isUnwanted)(std::string_view name));
 };

@@ -3,7 +3,9 @@
 
 #include "InstallerCore/ZPKSecondStage.h"
 
+#include <spawn.h>
 #include <sys/utsname.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -11,14 +13,21 @@
 #include <charconv>
 #include <utility>
 
+#include "Base/ZPKDescriptorIO.h"
+
 namespace {
 
+/// The trial's name for the program.
+constexpr std::string_view kTrial = "Zephyrkit-trial";
+
 constexpr std::string_view kLoaderPrefix = "LD_";
+constexpr std::string_view kTunables = "GLIBC_TUNABLES=";
 constexpr std::string_view kHidingPrefix = "ZEPHYRKIT_KEPT_";
 
 bool isKeptFromLoader(std::string_view entry) {
-    // The second is for a launcher that was started by one: each takes away what it has added.
-    return entry.starts_with(kLoaderPrefix) || entry.starts_with(kHidingPrefix);
+    // The last is for a launcher that was started by one: each takes away what it has added.
+    return entry.starts_with(kLoaderPrefix) || entry.starts_with(kTunables) ||
+           entry.starts_with(kHidingPrefix);
 }
 
 /// For calls that take writable texts and do not write.
@@ -30,6 +39,12 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
     }
     pointers.push_back(nullptr);
     return pointers;
+}
+
+/// What the loader is to be called with so that it starts the program under that name. What the machine's own
+/// loader has noted of its libraries does not concern the carried one.
+std::vector<std::string> loaderArguments(const ZPKCarriedParts& parts, const std::string& name) {
+    return {parts.loader(), "--inhibit-cache", "--argv0", name, parts.program()};
 }
 
 /// The number at the beginning of `text`, which is taken away with the character behind it.
@@ -53,16 +68,45 @@ ZPKOutcome ZPKSecondStage::probe() const {
 
 ZPKFailure ZPKSecondStage::start(int argc, char** argv, char** environment) const {
     const std::string loader = m_parts.loader();
-    // The windows take their name and class from the first argument. What the machine's own loader has
-    // noted of its libraries does not concern the carried one.
-    std::vector<std::string> arguments{loader, "--inhibit-cache", "--argv0",
-                                       argc > 0 ? argv[0] : m_parts.program(), m_parts.program()};
+    std::vector<std::string> variables = withoutLoaderVariables(environment);
+    if (const ZPKOutcome tried = tryStart(variables); !tried) {
+        return tried.failure();
+    }
+    // The windows take their name and class from the first argument.
+    std::vector<std::string> arguments = loaderArguments(m_parts, argc > 0 ? argv[0] : m_parts.program());
     for (int index = 1; index < argc; ++index) {
         arguments.emplace_back(argv[index]);
     }
-    std::vector<std::string> variables = withoutLoaderVariables(environment);
     ::execve(loader.c_str(), pointersTo(arguments).data(), pointersTo(variables).data());
     return ZPKFailure::ofSystem(loader, errno);
+}
+
+ZPKOutcome ZPKSecondStage::tryStart(std::vector<std::string> variables) const {
+    const std::string loader = m_parts.loader();
+    std::vector<std::string> arguments = loaderArguments(m_parts, std::string(kTrial));
+    posix_spawn_file_actions_t actions;
+    ::posix_spawn_file_actions_init(&actions);
+    // The loader's own words are many, and not made for a terminal.
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        ::posix_spawn_file_actions_addclose(&actions, stream);
+    }
+    pid_t child = -1;
+    const int error = ::posix_spawn(&child, loader.c_str(), &actions, nullptr, pointersTo(arguments).data(),
+                                    pointersTo(variables).data());
+    ::posix_spawn_file_actions_destroy(&actions);
+    if (error != 0) {
+        return ZPKFailure::ofSystem(loader, error);
+    }
+    int status = 0;
+    const bool isKnown = ZPKDescriptorIO::retry([&] { return ::waitpid(child, &status, 0); }) == child;
+    if (isKnown && status != 0) {
+        return ZPKFailure(m_parts.program(), "the carried loader does not start it");
+    }
+    return {};
+}
+
+bool ZPKSecondStage::isTrial(int argc, char** argv) {
+    return argc > 0 && argv[0] == kTrial;
 }
 
 std::vector<std::string> ZPKSecondStage::withoutLoaderVariables(char** environment) {

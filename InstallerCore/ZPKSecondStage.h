@@ -23,8 +23,13 @@ public:
     ZPKOutcome probe() const;
 
     /// Becomes the second stage; comes back only with the cause of a failure. `environment` reaches the
-    /// second stage as `withoutLoaderVariables` leaves it.
+    /// second stage as `withoutLoaderVariables` leaves it. A child process tries it first, for a loader that
+    /// refuses its libraries, or that the machine does not let run, ends the process that became it.
     ZPKFailure start(int argc, char** argv, char** environment) const;
+
+    /// True in that child process, which has come far enough with its first instruction and is to end with
+    /// status 0.
+    static bool isTrial(int argc, char** argv);
 
     /// The environment with the variables that a loader obeys under other names. They are meant for the
     /// target machine's loader, and a library of that machine that is made for a newer C library would
@@ -39,5 +44,7 @@ public:
     static bool suitsKernel(std::string_view release);
 
 private:
+    ZPKOutcome tryStart(std::vector<std::string> variables) const;
+
     ZPKCarriedParts m_parts;
 };

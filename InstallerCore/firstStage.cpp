@@ -11,6 +11,7 @@
 #include "Base/ZPKClock.h"
 #include "Base/ZPKEnvironment.h"
 #include "InstallerCore/ZPKApplicationRun.h"
+#include "InstallerCore/ZPKCrashRescue.h"
 #include "InstallerCore/ZPKSecondStage.h"
 #include "Platform/ZPKBundle.h"
 #include "Platform/ZPKIgnoredSignals.h"
@@ -27,7 +28,7 @@ bool hasDisplay() {
 
 /// Comes back only when there are no windows to be had.
 void becomeSecondStage(int argc, char** argv) {
-    const ZPKSecondStage stage(ZPKMainBundle::mainBundle().bundlePath() + "/Contents/Frameworks");
+    const ZPKSecondStage stage(ZPKMainBundle::mainBundle().frameworksPath());
     const ZPKOutcome whole = stage.probe();
     const ZPKFailure failure = whole ? stage.start(argc, argv, environ) : whole.failure();
     std::cerr << "Zephyrkit: no windows: " << failure.message() << "\n";
@@ -36,7 +37,7 @@ void becomeSecondStage(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (hasDisplay()) {
+    if (hasDisplay() && !ZPKCrashRescue::wasCalled(argc, argv)) {
         becomeSecondStage(argc, argv);
     }
     // Whoever reads the launcher's words may go away; the run must not end halfway for that. The second

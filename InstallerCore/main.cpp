@@ -5,17 +5,25 @@
 #include <sys/prctl.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <iostream>
 #include <memory>
+#include <optional>
+#include <string>
 
 #include "Base/ZPKClock.h"
+#include "Base/ZPKEnvironment.h"
 #include "Base/ZPKPath.h"
+#include "Base/ZPKTerminalText.h"
 #include "InstallerCore/ZPKApplicationRun.h"
+#include "InstallerCore/ZPKCrashRescue.h"
 #include "InstallerCore/ZPKSecondStage.h"
+#include "InstallerCore/ZPKToolkitEnvironment.h"
+#include "Package/ZPKCarriedParts.h"
 #include "Platform/ZPKBundle.h"
 #include "Platform/ZPKIgnoredSignals.h"
+#include "Platform/ZPKLoadableFile.h"
 #include "Platform/ZPKMainBundle.h"
+#include "Platform/ZPKProcess.h"
 #include "UserInterface/Terminal/ZPKTerminalFrontEnd.h"
 #include "UserInterface/ZPKDesktopPlugIn.h"
 #include "UserInterface/ZPKRemovableVolumes.h"
@@ -29,43 +37,75 @@ int runApplication(ZPKFrontEnd& frontEnd) {
 }
 
 int runOnTerminal() {
+    ZPKCrashRescue::end();
     ZPKTerminalFrontEnd frontEnd;
     return runApplication(frontEnd);
 }
 
-bool isSet(const char* variable) {
-    const char* value = std::getenv(variable);
-    return value != nullptr && *value != '\0';
+bool hasDisplay() {
+    return ZPKEnvironment::isSet("DISPLAY") || ZPKEnvironment::isSet("WAYLAND_DISPLAY") ||
+           ZPKEnvironment::isSet("QT_QPA_PLATFORM");
+}
+
+/// The folder of the parts that this process runs on; empty where these are the machine's.
+std::string carriedParts() {
+    const ZPKCarriedParts parts(ZPKMainBundle::mainBundle().frameworksPath());
+    return ZPKProcess::executablePath("self") == parts.loader() ? parts.folder() : "";
+}
+
+/// The module's entry, or null with a line that says why.
+ZPKDesktopEntry openModule(bool isCarried) {
+    constexpr const char* kModule = "ZPKDesktop.so";
+    const std::string path = ZPKMainBundle::mainBundle().plugInPath(kModule);
+    if (const ZPKOutcome whole = ZPKLoadableFile::check(path); !whole) {
+        std::cerr << "Zephyrkit: no windows: " << whole.failure().message() << "\n";
+        return nullptr;
+    }
+    // By a path from this program's own: a dollar sign in a path is a mark to the loader, but not in that.
+    // A sanitizer, where there is one, would have it begin elsewhere.
+    const std::string name = isCarried ? std::string("$ORIGIN/../PlugIns/") + kModule : path;
+    void* module = ::dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* entry = module == nullptr ? nullptr : ::dlsym(module, ZPKDesktopEntryName);
+    if (entry == nullptr) {
+        std::cerr << "Zephyrkit: no windows: " << ZPKTerminalText::printable(::dlerror()) << "\n";
+    }
+    return reinterpret_cast<ZPKDesktopEntry>(entry);
 }
 
 /// The windows, or null on a machine without a display or without the toolkit.
 std::unique_ptr<ZPKFrontEnd> openDesktop(int argc, char** argv) {
-    if (!isSet("DISPLAY") && !isSet("WAYLAND_DISPLAY") && !isSet("QT_QPA_PLATFORM")) {
+    if (!hasDisplay()) {
         return nullptr;
+    }
+    const std::string carried = carriedParts();
+    if (!carried.empty()) {
+        ZPKToolkitEnvironment::set(ZPKCarriedParts(carried));
     }
     const ZPKBundle& bundle = ZPKMainBundle::mainBundle();
-    void* module = dlopen(bundle.plugInPath("ZPKDesktop.so").c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (module == nullptr) {
-        std::cerr << "Zephyrkit: no windows: " << dlerror() << "\n";
-        return nullptr;
+    std::optional<ZPKCrashRescue> rescue;
+    if (!carried.empty()) {
+        rescue.emplace(bundle.executablePath().value_or(""), argc, argv);
     }
-    const auto create = reinterpret_cast<ZPKDesktopEntry>(dlsym(module, ZPKDesktopEntryName));
+    const ZPKDesktopEntry create = openModule(!carried.empty());
     if (create == nullptr) {
-        std::cerr << "Zephyrkit: no windows: " << dlerror() << "\n";
         return nullptr;
     }
     return std::unique_ptr<ZPKFrontEnd>(
-        create({argc, argv, bundle.resourcePath(), bundle.localizedName(), &runOnTerminal}));
+        create({argc, argv, bundle.resourcePath(), bundle.localizedName(), carried, &runOnTerminal}));
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (ZPKSecondStage::isTrial(argc, argv)) {
+        return 0;
+    }
     // Started through a loader, the process has that one's name, and what was kept from it is due.
     if (argc > 0) {
         ::prctl(PR_SET_NAME, ZPKPath::lastComponent(argv[0]).c_str());
     }
     ZPKSecondStage::restoreLoaderVariables(environ);
+    ZPKEnvironment::keepForChildren();
     // Whoever reads the launcher's words may go away; the run must not end halfway for that.
     ZPKIgnoredSignals::ignoreThoseOfWrites();
     const std::unique_ptr<ZPKFrontEnd> desktop = openDesktop(argc, argv);

@@ -50,6 +50,10 @@ std::string ZPKBundle::helperPath(const std::string& name) const {
     return m_path + "/Contents/Helpers/" + name;
 }
 
+std::string ZPKBundle::frameworksPath() const {
+    return m_path + "/Contents/Frameworks";
+}
+
 std::string ZPKBundle::plugInPath(const std::string& name) const {
     return m_path + "/Contents/PlugIns/" + name;
 }

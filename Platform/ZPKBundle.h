@@ -28,6 +28,9 @@ public:
     /// `<bundle>/Contents/Helpers/<name>`; whether it exists is not checked.
     std::string helperPath(const std::string& name) const;
 
+    /// `<bundle>/Contents/Frameworks`, what the bundle carries; whether it exists is not checked.
+    std::string frameworksPath() const;
+
     /// `<bundle>/Contents/PlugIns/<name>`; whether it exists is not checked.
     std::string plugInPath(const std::string& name) const;
 

@@ -14,6 +14,7 @@
 #include <string_view>
 
 #include "Base/ZPKDescriptorIO.h"
+#include "Base/ZPKEnvironment.h"
 #include "Platform/ZPKIgnoredSignals.h"
 #include "Platform/ZPKLaunchFailure.h"
 
@@ -117,7 +118,7 @@ ZPKOutcome ZPKTask::launch() {
         writeEnd = std::move(*opened);
     }
     std::string parent = std::string(kParentVariable) + "=" + std::to_string(::getpid());
-    std::vector<char*> environment = withEntry(environ, parent);
+    std::vector<char*> environment = withEntry(ZPKEnvironment::ofChildren(), parent);
     SpawnPlan plan;
     int error = plan.prepare(writeEnd.get());
     const ZPKMutexLock lock(m_mutex);
@@ -127,8 +128,8 @@ ZPKOutcome ZPKTask::launch() {
     }
     pid_t child = -1;
     if (error == 0) {
-        error =
-            plan.spawn(child, m_launchPath, m_arguments, m_endsWithItsParent ? environment.data() : environ);
+        error = plan.spawn(child, m_launchPath, m_arguments,
+                           m_endsWithItsParent ? environment.data() : ZPKEnvironment::ofChildren());
     }
     if (error != 0) {
         return ZPKLaunchFailure::explain(m_launchPath, error);

@@ -12,10 +12,11 @@
 #include "Base/ZPKFileDescriptor.h"
 #include "Base/ZPKMutex.h"
 
-/// A child process, started directly (no shell). It inherits the environment, the working folder
-/// and the standard streams; every other descriptor of this process is closed in it. It blocks no signal, and
-/// ignores those that the person had this process ignore. A child that nobody waited for outlives the task.
-/// One thread uses one task; `terminate` may be called from another.
+/// A child process, started directly (no shell). It inherits the environment (as
+/// `ZPKEnvironment::ofChildren` gives it), the working folder and the standard streams; every other
+/// descriptor of this process is closed in it. It blocks no signal, and ignores those that the person had
+/// this process ignore. A child that nobody waited for outlives the task. One thread uses one task;
+/// `terminate` may be called from another.
 class ZPKTask {
 public:
     /// In a child's environment, the process number of the parent that it is to end with.

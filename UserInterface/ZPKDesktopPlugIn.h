@@ -19,6 +19,9 @@ struct ZPKDesktopParameters {
     /// The name that the windows' application carries.
     std::string applicationName;
 
+    /// The folder of the toolkit that the bundle carries; empty where the machine's own is used.
+    std::string frameworks;
+
     /// Called, at most once and on the main thread, when the toolkit finds out only while it starts
     /// that it cannot show anything. The toolkit cannot be left alive then, so the call does the
     /// whole run another way, and the process ends with the exit status that it gives.

@@ -5,6 +5,10 @@
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <unistd.h>
+
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -55,6 +59,40 @@ TEST_F(ZPKEnvironmentTest, IsReadAtEachCall) {
     EXPECT_EQ(ZPKEnvironment::value(kVariable), "one");
     set("two");
     EXPECT_EQ(ZPKEnvironment::value(kVariable), "two");
+}
+
+std::vector<std::string> entries(char** environment) {
+    std::vector<std::string> texts;
+    for (char** entry = environment; *entry != nullptr; ++entry) {
+        texts.emplace_back(*entry);
+    }
+    return texts;
+}
+
+TEST_F(ZPKEnvironmentTest, ChildrenFindWhatIsThereUntilSomethingIsKept) {
+    set("one");
+    EXPECT_EQ(ZPKEnvironment::ofChildren(), environ);
+}
+
+TEST_F(ZPKEnvironmentTest, WhatIsKeptStaysAsItWasAndWhereItWas) {
+    set("one");
+    const std::vector<std::string> before = entries(environ);
+    ZPKEnvironment::keepForChildren();
+    set("two");
+    ::setenv("ZPK_ENVIRONMENT_TEST_TOO", "three", 1);
+    ZPKEnvironment::remove([](std::string_view name) { return name == "PATH"; });
+    EXPECT_EQ(entries(ZPKEnvironment::ofChildren()), before);
+    EXPECT_EQ(ZPKEnvironment::value(kVariable), "two");
+}
+
+TEST_F(ZPKEnvironmentTest, RemovesEveryVariableOfTheNameAndNoOther) {
+    char one[] = "A=1", two[] = "B=2", again[] = "A=", sign[] = "no sign", equals[] = "AA==", last[] = "A==";
+    char* made[] = {one, two, again, sign, equals, last, nullptr};
+    char** const real = std::exchange(environ, made);
+    ZPKEnvironment::remove([](std::string_view name) { return name == "A" || name == "no sign"; });
+    const std::vector<std::string> left = entries(environ);
+    environ = real;
+    EXPECT_EQ(left, (std::vector<std::string>{"B=2", "AA=="}));
 }
 
 }  // namespace

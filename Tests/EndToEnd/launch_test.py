@@ -504,17 +504,18 @@ class DesktopTest(PackageTestCase):
 
     def test_missing_or_broken_form_is_told_and_nothing_runs(self):
         bundle = self.simple_package()
-        for form in ("MainMenu.ui", "ProgressWindow.ui"):
-            path = bundle / "Contents/Resources" / form
-            intact = path.read_bytes()
-            for contents in (None, b"", b"<ui", intact[: len(intact) // 2]):
-                with self.subTest(form=form, contents=contents):
-                    path.unlink(missing_ok=True)
-                    if contents is not None:
-                        path.write_bytes(contents)
-                    done = self.launch(bundle, expect=1, QT_QPA_PLATFORM="offscreen")
-                    self.assertIn(form, done.stderr)
-            path.write_bytes(intact)
+        with x_server() as display:
+            for form in ("MainMenu.ui", "ProgressWindow.ui"):
+                path = bundle / "Contents/Resources" / form
+                intact = path.read_bytes()
+                for contents in (None, b"", b"<ui", intact[: len(intact) // 2]):
+                    with self.subTest(form=form, contents=contents):
+                        path.unlink(missing_ok=True)
+                        if contents is not None:
+                            path.write_bytes(contents)
+                        done = self.launch(bundle, expect=1, DISPLAY=display)
+                        self.assertIn(form, done.stderr)
+                path.write_bytes(intact)
         self.assertEqual(self.records(), [])
 
     def test_progress_window_is_seen_before_the_setup_program(self):

@@ -187,6 +187,7 @@ class PackageTestCase(unittest.TestCase):
     # Launches
 
     def environment(self, **more):
+        """What the launcher is started with; None takes a variable away."""
         env = {
             key: value
             for key, value in os.environ.items()
@@ -200,7 +201,7 @@ class PackageTestCase(unittest.TestCase):
             LC_ALL="C.UTF-8",
         )
         env.update(more)
-        return env
+        return {key: value for key, value in env.items() if value is not None}
 
     def launch(self, bundle, expect=0, program=None, timeout=60, **env):
         done = subprocess.run(

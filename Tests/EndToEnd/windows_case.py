@@ -53,9 +53,12 @@ def string_table(bundle, language):
 
 
 class Run:
-    """One run of the launcher, watched from before its start to its end."""
+    """One run of the launcher, watched from before its start to its end.
 
-    def __init__(self, case, bundle, *, drive=None, language="en", **variables):
+    `command` goes before the launcher, and becomes it; variables are as for `environment`.
+    """
+
+    def __init__(self, case, bundle, *, drive=None, command=(), language="en", **variables):
         self._case = case
         self._drive = drive
         self.texts = string_table(bundle, language)
@@ -64,8 +67,8 @@ class Run:
         self._watch = FolderWatch(self.temporary / STAGING_NAME)
         self._log = WindowLog(case.desktop)
         self.process = subprocess.Popen(
-            [*(drive.command() if drive else []), bundle / "Contents/Linux/Zephyrkit"],
-            env=case.environment(**case.desktop.variables, **variables),
+            [*(drive.command() if drive else command), bundle / "Contents/Linux/Zephyrkit"],
+            env=case.environment(**{**case.desktop.variables, **variables}),
             stdin=subprocess.DEVNULL,
             stdout=subprocess.DEVNULL,
             stderr=subprocess.DEVNULL,

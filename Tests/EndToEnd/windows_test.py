@@ -531,6 +531,16 @@ class OddPathTest(WindowTestCase):
         run.wait()
         self.assert_installed(run)
 
+    def test_names_that_a_loader_reads_in_its_own_way(self):
+        bundle = self.package()
+        for name in ("$LIB", "$ORIGIN", "${PLATFORM} $", "a:b;c,d", "two\nlines ", "%s -x"):
+            with self.subTest(name):
+                self.record_path.unlink(missing_ok=True)
+                bundle = bundle.rename(self.folder / (name + ".app"))
+                run = self.start(bundle)
+                run.wait()
+                self.assert_installed(run)
+
     def test_with_the_disc_window(self):
         run = self.start(self.odd_package('<Disc FilePath="x"/>'))
         run.disc_window()

@@ -60,6 +60,7 @@ TEST(ZPKBundleTest, ABundleIsAFolderWithADescription) {
     EXPECT_EQ(bundle->bundlePath(), folder / "Full.app");
     EXPECT_EQ(bundle->resourcePath(), folder / "Full.app/Contents/Resources");
     EXPECT_EQ(bundle->helperPath("ditto"), folder / "Full.app/Contents/Helpers/ditto");
+    EXPECT_EQ(bundle->frameworksPath(), folder / "Full.app/Contents/Frameworks");
     EXPECT_EQ(bundle->plugInPath("X.so"), folder / "Full.app/Contents/PlugIns/X.so");
 }
 

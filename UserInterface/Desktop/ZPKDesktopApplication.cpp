@@ -4,12 +4,11 @@
 #include "UserInterface/Desktop/ZPKDesktopApplication.h"
 
 #include <QEvent>
-#include <QLibraryInfo>
 #include <QLocale>
-#include <QTranslator>
 #include <clocale>
 #include <utility>
 
+#include "UserInterface/Desktop/ZPKCarriedToolkit.h"
 #include "UserInterface/Desktop/ZPKDesktopText.h"
 #include "UserInterface/Desktop/ZPKToolkitMessages.h"
 
@@ -36,8 +35,14 @@ ZPKDesktopApplication::ZPKDesktopApplication(const ZPKDesktopParameters& paramet
     : m_arguments(copyOfArguments(parameters)), m_argumentCount(parameters.argc) {
     const ZPKToolkitMessages::Start start(parameters.runWithoutDesktop);
     QGuiApplication::setQuitOnLastWindowClosed(false);
+    if (!parameters.frameworks.empty()) {
+        ZPKCarriedToolkit::usePlugIns(parameters.frameworks);
+    }
     m_application = std::make_unique<QApplication>(m_argumentCount, m_arguments.data());
     QCoreApplication::instance()->installEventFilter(new ContextMenuFilter(m_application.get()));
+    if (!parameters.frameworks.empty()) {
+        ZPKCarriedToolkit::useFontWhereThereIsNone(parameters.frameworks);
+    }
     QCoreApplication::setApplicationName(ZPKDesktopText(parameters.applicationName));
     // The toolkit sets the person's number format for the whole process, where the core reads and
     // writes numbers of its own.
@@ -51,11 +56,5 @@ void ZPKDesktopApplication::postToMainThread(std::function<void()> action) {
 void ZPKDesktopApplication::setLanguage(const std::string& code) {
     const QLocale locale(ZPKDesktopText(code));
     QLocale::setDefault(locale);
-    auto translator = std::make_unique<QTranslator>();
-    if (translator->load(locale, QStringLiteral("qtbase"), QStringLiteral("_"),
-                         QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
-        m_translator = std::move(translator);
-        QCoreApplication::installTranslator(m_translator.get());
-    }
     QGuiApplication::setLayoutDirection(locale.textDirection());
 }

@@ -5,7 +5,6 @@
 
 #include <QApplication>
 #include <QObject>
-#include <QTranslator>
 #include <functional>
 #include <memory>
 #include <string>
@@ -22,13 +21,12 @@ public:
     /// Has `action` run by the main thread's event loop. Any thread.
     void postToMainThread(std::function<void()> action);
 
-    /// The text direction, the digits and the toolkit's own texts of that language.
+    /// The text direction and the digits of that language. No text of the toolkit's own is ever shown.
     void setLanguage(const std::string& code);
 
 private:
     std::vector<char*> m_arguments;
     int m_argumentCount;
     std::unique_ptr<QApplication> m_application;
-    std::unique_ptr<QTranslator> m_translator;
     QObject m_receiver;
 };

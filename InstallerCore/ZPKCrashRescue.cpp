@@ -1,0 +1,78 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#include "InstallerCore/ZPKCrashRescue.h"
+
+#include <unistd.h>
+
+#include <csignal>
+#include <string_view>
+#include <utility>
+
+#include "Base/ZPKDescriptorIO.h"
+#include "Base/ZPKEnvironment.h"
+#include "Platform/ZPKIgnoredSignals.h"
+
+namespace {
+
+/// The launcher's first argument in a process that has become it. An argument, since the environment is the
+/// setup program's.
+constexpr std::string_view kName = "Zephyrkit-on-the-terminal";
+
+constexpr int kCrashes[] = {SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGSEGV};
+
+/// Those that every system knows are below it.
+constexpr int kSignals = 32;
+
+/// What a signal's handler may use: it must not ask for anything.
+struct Way {
+    const char* program;
+    char* const* arguments;
+    char* const* environment;
+    /// What this process ignores on its own account.
+    sigset_t ignored;
+};
+
+Way g_way;
+
+void setHandlers(void (*handler)(int)) {
+    struct sigaction action {};
+    action.sa_handler = handler;
+    // The signal must not stay blocked in what this process becomes.
+    action.sa_flags = static_cast<int>(SA_NODEFER | SA_RESETHAND);
+    for (const int signal : kCrashes) {
+        ::sigaction(signal, &action, nullptr);
+    }
+}
+
+void becomeFirstStage(int signal) {
+    constexpr std::string_view kWords = "Zephyrkit: no windows: what opens them crashed\n";
+    static_cast<void>(ZPKDescriptorIO::writeWhole(STDERR_FILENO, kWords));
+    for (int ignored = 1; ignored < kSignals; ++ignored) {
+        if (::sigismember(&g_way.ignored, ignored) == 1) {
+            std::signal(ignored, SIG_DFL);
+        }
+    }
+    ::execve(g_way.program, g_way.arguments, g_way.environment);
+    ::raise(signal);
+}
+
+}  // namespace
+
+ZPKCrashRescue::ZPKCrashRescue(std::string program, int argc, char** argv)
+    : m_program(std::move(program)), m_name(kName), m_arguments{m_name.data()} {
+    for (int index = 1; index < argc; ++index) {
+        m_arguments.push_back(argv[index]);
+    }
+    m_arguments.push_back(nullptr);
+    g_way = {m_program.c_str(), m_arguments.data(), ZPKEnvironment::ofChildren(), ZPKIgnoredSignals::own()};
+    setHandlers(becomeFirstStage);
+}
+
+void ZPKCrashRescue::end() {
+    setHandlers(SIG_DFL);
+}
+
+bool ZPKCrashRescue::wasCalled(int argc, char** argv) {
+    return argc > 0 && argv[0] == kName;
+}
