@@ -344,6 +344,33 @@ class DamagedRunFileTest(RunFileTestCase):
                 path.chmod(0o755)
                 self.expect_refusal(path, "changed")
 
+    def test_a_person_with_a_display_sees_it(self):
+        path = self.run_file()
+        os.truncate(path, path.stat().st_size - 1)
+        closings = (["key", "Return"], ["key", "Escape"], ["mousemove", "--window", "WINDOW", "232", "76", "click", "1"])
+        with x_server(window_manager=True) as display:
+            for closing in closings:
+                with self.subTest(closing=closing):
+                    self.show_and_close(path, display, closing)
+
+    def show_and_close(self, path, display, closing):
+        process = self.start(path, DISPLAY=display)
+
+        def tool(*arguments):
+            return subprocess.run(
+                arguments, env=dict(os.environ, DISPLAY=display), capture_output=True, text=True
+            ).stdout.strip()
+
+        window = wait_until(lambda: tool("xdotool", "search", "--onlyvisible", "--name", "^Zephyrkit$"), 30)
+        wait_until(lambda: tool("xdotool", "getactivewindow") == window, 30)
+        self.assertIsNone(process.poll(), "it waits for the person")
+        self.assertEqual(os.listdir(self.temporary), [])
+        if "ZPK_TEST_SCREENSHOTS" in os.environ:
+            tool("import", "-window", "root", os.path.join(os.environ["ZPK_TEST_SCREENSHOTS"], "run-file-damaged.png"))
+        tool("xdotool", *[window if word == "WINDOW" else word for word in closing])
+        _, err = self.finish(process, expect=1)
+        self.assertIn("was cut short or changed", err)
+
     def test_full_disk_is_told_and_leaves_nothing(self):
         write(self.source / "Data/noise", os.urandom(8 << 20))
         path = self.run_file()

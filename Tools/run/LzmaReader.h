@@ -44,22 +44,20 @@ private:
     static constexpr unsigned kFirstDirectSlot = 14;
 
     /// Where the chances of each kind begin in the one array.
-    enum Chances : unsigned {
-        kIsMatch = 0,
-        kIsRepeat = kIsMatch + kStates * kPositions,
-        kIsOlder = kIsRepeat + kStates,
-        kIsOlderThanFirst = kIsOlder + kStates,
-        kIsOldest = kIsOlderThanFirst + kStates,
-        kIsLong = kIsOldest + kStates,
-        kSlot = kIsLong + kStates * kPositions,
-        kNearDistance = kSlot + 4 * 64,
-        kLowBits = kNearDistance + 115,
-        kMatchLength = kLowBits + 16,
-        kLengthCoder = 2 + 2 * kPositions * 8 + 256,
-        kRepeatLength = kMatchLength + kLengthCoder,
-        kLiteral = kRepeatLength + kLengthCoder,
-        kCount = kLiteral + (kLiteralCoder << kLiteralBits),
-    };
+    static constexpr unsigned kIsMatch = 0;
+    static constexpr unsigned kIsRepeat = kIsMatch + kStates * kPositions;
+    static constexpr unsigned kIsOlder = kIsRepeat + kStates;
+    static constexpr unsigned kIsOlderThanFirst = kIsOlder + kStates;
+    static constexpr unsigned kIsOldest = kIsOlderThanFirst + kStates;
+    static constexpr unsigned kIsLong = kIsOldest + kStates;
+    static constexpr unsigned kSlot = kIsLong + kStates * kPositions;
+    static constexpr unsigned kNearDistance = kSlot + 4 * 64;
+    static constexpr unsigned kLowBits = kNearDistance + 115;
+    static constexpr unsigned kMatchLength = kLowBits + 16;
+    static constexpr unsigned kLengthCoder = 2 + 2 * kPositions * 8 + 256;
+    static constexpr unsigned kRepeatLength = kMatchLength + kLengthCoder;
+    static constexpr unsigned kLiteral = kRepeatLength + kLengthCoder;
+    static constexpr unsigned kCount = kLiteral + (kLiteralCoder << kLiteralBits);
 
     unsigned nextByte() {
         if (m_in == m_end) {

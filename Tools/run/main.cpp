@@ -16,6 +16,7 @@
 #include "Platform/ZPKStandardFolders.h"
 #include "RunFile/ZPKRunFile.h"
 #include "RunFile/ZPKRunFilePlacer.h"
+#include "Tools/run/ErrorWindow.h"
 #include "Tools/run/FolderWatcher.h"
 #include "Tools/run/RunFolder.h"
 
@@ -64,6 +65,7 @@ ZPKFailure run(char** argv) {
 /// Not through a stream of the library, whose locales would be half of this program.
 void tell(const std::string& message) {
     static_cast<void>(ZPKDescriptorIO::writeWhole(STDERR_FILENO, "Zephyrkit: " + message + "\n"));
+    zpk_run::ErrorWindow::show("Zephyrkit", message);
 }
 
 }  // namespace
