@@ -6,6 +6,7 @@
 What is expected stands in Findings/NAME.txt; with ZPK_TEST_WRITE=1 the files are written anew.
 """
 
+import gzip
 import json
 import os
 import pathlib
@@ -16,7 +17,8 @@ import subprocess
 import unittest
 
 import elf
-from support import BUILD, PackageTestCase, write
+from packager_case import scrambled
+from support import BUILD, TEMPLATE, PackageTestCase, odc_archive, write
 
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parents[1]
@@ -108,6 +110,7 @@ class CheckTest(CheckTestCase):
     def test_every_check_has_a_fixture(self):
         self.assertEqual(sorted(path.stem for path in FINDINGS.iterdir()), sorted(CHECKS))
         tests = {name[len("test_"):].replace("_", "-") for name in dir(self) if name.startswith("test_")}
+        tests |= {"archive", "bundle-part", "manifest"}  # of made packages
         self.assertEqual(sorted(set(CHECKS) - tests), [])
 
     def test_clean_source(self):
@@ -356,6 +359,162 @@ class CheckTest(CheckTestCase):
     def test_script_without_interpreter(self):
         self.write("Data/setup", "echo hello\n")
         self.expect("script-without-interpreter")
+
+
+class MadePackageTestCase(CheckTestCase):
+    """Bundles on a template of their own, which holds the parts that are looked for and little else."""
+
+    def setUp(self):
+        super().setUp()
+        template = self.folder / "Template.app/Contents"
+        for program in ("Linux/Zephyrkit", "Helpers/ditto"):
+            write(template / program, "#!/bin/sh\n", 0o755)
+        shutil.copy(TEMPLATE / "Contents/Info.plist", template / "Info.plist")
+        for form in ("MainMenu", "ProgressWindow", "CDSearchWindow"):
+            write(template / f"Resources/{form}.ui", "<ui/>\n")
+        self.bundle = self.folder / "Hello.app"
+
+    def build(self, name="Hello.app"):
+        done = subprocess.run(
+            [BUILD / "zpkpack", "build", "source", "-o", name, "--template", "Template.app", "--force"],
+            capture_output=True, text=True, cwd=self.folder)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        return self.folder / name
+
+    def check_bundle(self, *arguments):
+        done = self.check(*arguments or ["Hello.app"], env={**os.environ, "TMPDIR": str(self.temporary)})
+        self.assertEqual(list(self.temporary.iterdir()), [])
+        return done
+
+    def hostile(self, members, archive="Data"):
+        packed = gzip.compress(odc_archive(members), mtime=0)
+        write(self.bundle / f"Contents/Resources/{archive}.datx", scrambled(packed))
+
+
+class MadePackageCheckTest(MadePackageTestCase):
+    """A bundle, or one file."""
+
+    def expect(self, name):
+        done = self.check_bundle()
+        self.assertEqual(done.stderr, "")
+        self.assertIn(f"[{name}]", done.stdout)
+        golden = FINDINGS / (name + ".txt")
+        if os.environ.get("ZPK_TEST_WRITE"):
+            golden.write_text(done.stdout)
+        self.assertEqual((done.stdout, done.returncode), (golden.read_text(), 1))
+
+    def lines(self, *arguments):
+        """Path, check of each finding but those of the manifest, which any change in a bundle breaks."""
+        rows = (re.fullmatch(r"(.*?):\d+:\d+: \w+: .* \[([a-z-]+)\]", line)
+                for line in self.check_bundle(*arguments).stdout.splitlines())
+        return [row.groups() for row in rows if row[2] != "manifest"]
+
+    def test_what_was_built_of_a_clean_source_is_clean(self):
+        for name in ("Hello.app", "Hello.run"):
+            self.build(name)
+            done = self.check_bundle("--strict", name)
+            self.assertEqual((done.stdout, done.stderr, done.returncode), ("", "", 0))
+
+    def test_bundle_part(self):
+        self.build()
+        (self.bundle / "Contents/Helpers/ditto").chmod(0o644)
+        (self.bundle / "Contents/Linux/Zephyrkit").unlink()
+        (self.bundle / "Contents/Resources/Data.datx").unlink()
+        (self.bundle / "Contents/Resources/Manifest.sha256").unlink()
+        self.expect("bundle-part")
+
+    def test_archive(self):
+        self.build()
+        data = self.bundle / "Contents/Resources/Data.datx"
+        data.write_bytes(data.read_bytes()[:-20])
+        (self.bundle / "Contents/Resources/Info.datx").write_bytes(b"no archive")
+        self.expect("archive")
+
+    def test_manifest(self):
+        self.build()
+        write(self.bundle / "Contents/Linux/Zephyrkit", "#!/bin/sh\nother\n")
+        write(self.bundle / "Contents/Resources/added", "")
+        (self.bundle / "Contents/Resources/UILang/ja/ZPKStringTable.def").unlink()
+        self.expect("manifest")
+
+    def test_identifier_of_a_bundle(self):
+        self.build()
+        path = self.bundle / "Contents/Info.plist"
+        path.write_text(path.read_text().replace("com.example.Hello", "com.example.Other"))
+        self.assertEqual(self.lines(), [("Hello.app/Contents/Info.plist", "identifier")])
+
+    def test_descriptions_and_texts_of_a_bundle(self):
+        for name, form in (("Hello.app", "bundle"), ("Hello.run", "file")):
+            self.startup(exec_="$Data$/setup", param="a b")
+            self.condition("<ItemInfo", "<Item/><ItemInfo") if form == "bundle" else None
+            self.table('"ZPKString_OK"', '"ZPKString_Ok"') if form == "bundle" else None
+            self.build(name)
+            resources = f"{name}/Contents/Resources"
+            self.assertEqual(self.lines(name), [
+                (f"{resources}/Info.datx/Info/Condition.xml", "unknown-element"),
+                (f"{resources}/Info.datx/Info/Startup.xml", "param-words"),
+                (f"{resources}/UILang/ja/ZPKStringTable.def", "key-missing"),
+                (f"{resources}/UILang/ja/ZPKStringTable.def", "key-unknown"),
+            ])
+
+    def test_the_program_of_a_bundle_is_looked_for(self):
+        self.write("Data/plain", "")
+        self.write("Data/Setup.app/Contents/Linux/Setup", "#!/bin/sh\n", 0o755)
+        self.write("Data/Setup.app/Contents/Info.plist", '"CFBundleExecutable" = "Setup";')
+        rows = [("$Data$/setup", None), ("$Data$/Setup.app", None), ("", None), ("$Data$/none", "exec-missing"),
+                ("$Data$/plain", "exec-not-executable"), ("$Data$/None.app", "exec-bundle"), ("/bin/sh", "exec-outside")]
+        self.build()
+        for exec_, check in rows:
+            self.startup(exec_=exec_, param="")
+            startup = (self.source / "Info/Startup.xml").read_bytes()
+            self.hostile([("Info", 0o040755, b""), ("Info/Startup.xml", 0o100644, startup)], "Info")
+            found = [row[1] for row in self.lines()]
+            self.assertEqual(found, [check] if check else [], exec_)
+
+    def test_members_that_do_not_come_out_as_they_are(self):
+        self.build()
+        self.hostile([("Data", 0o040755, b""), ("Data/FIFO", 0o010644, b""), ("Data/a", 0o120777, b"/x"),
+                      ("Data/inner", 0o040755, b""), ("Data/inner/b", 0o120777, b"../../x"),
+                      ("Data/inner/c", 0o120777, b"../x"), ("Data/fifo", 0o104755, b""), ("Data/setup", 0o100755, b""),
+                      ("Data/" + "n" * 256, 0o100644, b"")])
+        data = "Hello.app/Contents/Resources/Data.datx/Data"
+        self.assertEqual(self.lines(), [
+            (f"{data}/FIFO", "special-file"), (f"{data}/a", "link-absolute"), (f"{data}/fifo", "set-id"),
+            (f"{data}/fifo", "name-case"), (f"{data}/inner/b", "link-outside"), (f"{data}/{'n' * 256}", "name-too-long")])
+
+
+class HostileMadePackageTest(MadePackageTestCase):
+    """A bundle is somebody else's, too: nothing outside is read or written, and everything ends."""
+
+    def test_descriptions_that_climb_are_written_nowhere(self):
+        self.build()
+        self.hostile([("Info", 0o040755, b""), ("Info/../../escaped", 0o100644, b"x"), ("/tmp/zpk-escaped", 0o100644, b"x"),
+                      ("Info/Startup.xml", 0o120777, b"/dev/zero"), ("Info/Condition.xml", 0o120777, b"/etc/passwd")], "Info")
+        done = self.check_bundle()
+        self.assertEqual(done.returncode, 1)
+        self.assertFalse((self.temporary / "escaped").exists() or pathlib.Path("/tmp/zpk-escaped").exists())
+        self.assertNotIn("root:", done.stdout)
+
+    def test_archive_that_unpacks_without_end_is_not_unpacked(self):
+        self.build()
+        self.hostile([("Info", 0o040755, b""), ("Info/Startup.xml", 0o100644, b"\0" * (20 << 20))], "Info")
+        self.assertIn("[too-large]", self.check_bundle().stdout)
+
+    def test_items_of_other_kinds_are_waited_for_by_nobody(self):
+        self.build()
+        for name in ("Info.plist", "Resources/Info.datx", "Resources/UILang/Languages.xml", "Resources/Manifest.sha256"):
+            (self.bundle / "Contents" / name).unlink()
+            os.mkfifo(self.bundle / "Contents" / name)
+        self.assertEqual(self.check_bundle().returncode, 1)
+
+    def test_what_is_no_package_is_told_in_one_line(self):
+        write(self.folder / "file.run", "no package\n")
+        (self.folder / "empty.app").mkdir()
+        os.mkfifo(self.folder / "fifo")
+        for name in ("file.run", "empty.app", "fifo"):
+            done = self.check_bundle(name)
+            self.assertEqual(done.returncode, 1, name)
+            self.assertIn("[bundle-part]", done.stdout)
 
 
 class FindingFormsTest(CheckTestCase):

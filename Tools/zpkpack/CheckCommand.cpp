@@ -7,13 +7,14 @@
 #include "Tools/zpkpack/Check/FindingReport.h"
 #include "Tools/zpkpack/Check/SourceCheck.h"
 #include "Tools/zpkpack/Console.h"
+#include "Tools/zpkpack/PackageCheck.h"
 
 namespace zpk_packager {
 
 CLI::App& CheckCommand::declare(CLI::App& program) {
     CLI::App& line = *program.add_subcommand("check", "Look for what a package would suffer from");
     CLI::App& subject = *line.add_option_group("subject");
-    subject.add_option("SOURCE", m_package, "A package source");
+    subject.add_option("PACKAGE", m_package, "A package source, a bundle, or one file");
     subject.add_option("--explain", m_explained, "Tell what a check is for, and how to mend")
         ->type_name("CHECK");
     subject.require_option(1);
@@ -42,7 +43,11 @@ ExitStatus CheckCommand::explain(Console& console) const {
 
 ExitStatus CheckCommand::check(Console& console) const {
     FindingList findings;
-    SourceCheck(findings).run(m_package);
+    if (PackageCheck::isMeant(m_package)) {
+        PackageCheck(findings).run(m_package);
+    } else {
+        SourceCheck(findings).run(m_package);
+    }
     console.result(m_format == "json"    ? FindingReport::asJSON(findings)
                    : m_format == "sarif" ? FindingReport::asSARIF(findings, ZPK_VERSION)
                                          : FindingReport::asText(findings));

@@ -151,6 +151,27 @@ void Manifest::write(const std::string& bundle) {
     require(file->commit());
 }
 
+std::vector<Manifest::Difference> Manifest::differencesTo(const Manifest& found) const {
+    using Kind = Difference::Kind;
+    std::vector<Difference> differences;
+    // Both are in the order of paths.
+    auto there = found.m_entries.begin();
+    for (const Entry& entry : m_entries) {
+        for (; there != found.m_entries.end() && there->path < entry.path; ++there) {
+            differences.push_back({Kind::Added, there->path});
+        }
+        const bool isThere = there != found.m_entries.end() && there->path == entry.path;
+        if (!isThere || there->sum != entry.sum) {
+            differences.push_back({isThere ? Kind::Changed : Kind::Missing, entry.path});
+        }
+        there += isThere ? 1 : 0;
+    }
+    for (; there != found.m_entries.end(); ++there) {
+        differences.push_back({Kind::Added, there->path});
+    }
+    return differences;
+}
+
 std::string Manifest::text() const {
     std::string text;
     for (const Entry& entry : m_entries) {

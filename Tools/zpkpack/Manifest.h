@@ -24,6 +24,12 @@ public:
         std::string sum;
     };
 
+    struct Difference {
+        enum class Kind { Added, Changed, Missing };
+        Kind kind;
+        std::string path;
+    };
+
     /// Reads all files of the package. Throws `PackagerFailure`.
     static Manifest ofPackage(MadePackage& package);
 
@@ -35,6 +41,9 @@ public:
     static void write(const std::string& bundle);
 
     const std::vector<Entry>& entries() const { return m_entries; }
+
+    /// What is different in `found`, by path.
+    std::vector<Difference> differencesTo(const Manifest& found) const;
 
     /// A line for each file, as `sha256sum --check` reads it in the bundle's folder.
     std::string text() const;

@@ -18,33 +18,27 @@ namespace zpk_packager {
 namespace {
 
 using Content = ZPKPackageLayout::Content;
-using Entries = std::vector<Manifest::Entry>;
-
-/// Goes through both lists side by side; both are in the order of paths. What was added since is told and
-/// does no harm to what was built.
-bool compare(const Entries& expected, const Entries& found, Console& console) {
-    bool isAsExpected = true;
-    std::size_t there = 0;
-    for (const Manifest::Entry& entry : expected) {
-        while (there < found.size() && found[there].path < entry.path) {
-            console.resultLine("added: " + found[there++].path);
-        }
-        const bool isThere = there < found.size() && found[there].path == entry.path;
-        if (!isThere || found[there].sum != entry.sum) {
-            console.resultLine((isThere ? "changed: " : "missing: ") + entry.path);
-            isAsExpected = false;
-        }
-        there += isThere ? 1 : 0;
+const char* nameOf(Manifest::Difference::Kind kind) {
+    switch (kind) {
+        case Manifest::Difference::Kind::Added:
+            return "added: ";
+        case Manifest::Difference::Kind::Changed:
+            return "changed: ";
+        case Manifest::Difference::Kind::Missing:
+            break;
     }
-    for (; there < found.size(); ++there) {
-        console.resultLine("added: " + found[there].path);
-    }
-    return isAsExpected;
+    return "missing: ";
 }
 
+/// What was added since is told and does no harm to what was built.
 bool verifyFiles(MadePackage& package, Console& console) {
+    bool isAsExpected = true;
     const Manifest expected = Manifest::inPackage(package);
-    return compare(expected.entries(), Manifest::ofPackage(package).entries(), console);
+    for (const Manifest::Difference& difference : expected.differencesTo(Manifest::ofPackage(package))) {
+        console.resultLine(nameOf(difference.kind) + difference.path);
+        isAsExpected = isAsExpected && difference.kind == Manifest::Difference::Kind::Added;
+    }
+    return isAsExpected;
 }
 
 bool verifyArchive(MadePackage& package, Content content, Console& console) {

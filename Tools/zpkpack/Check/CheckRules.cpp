@@ -18,9 +18,10 @@ constexpr CheckSeverity kWarning = CheckSeverity::Warning;
 
 constexpr const char* kIntroduction = R"(# Checks
 
-`zpkpack check SOURCE` looks for what a package would suffer from on somebody else's machine, and prints it
-as `path:line:column: error|warning: text [check]`. Errors also keep `zpkpack build` from making the package;
-with `--strict` warnings count, too. `zpkpack check --explain CHECK` prints the two lines of a check below.
+`zpkpack check PACKAGE` looks for what a package, a source, a bundle or one file, would suffer from on somebody
+else's machine, and prints it as `path:line:column: error|warning: text [check]`. Errors also keep `zpkpack build` from making the package;
+with `--strict` warnings count, too. `zpkpack check --explain CHECK` prints the two lines of a check below. In a
+made package the payload stays packed, so its setup program is looked for and not looked into.
 
 A comment in `Package.strings` silences a check for the whole package:
 
@@ -164,6 +165,14 @@ constexpr CheckRule kRules[] = {
     {"script-without-interpreter", kError,
      "A script is started by what its first line names; without #! the system refuses it.",
      "Begin the script with #!/bin/sh or another interpreter."},
+
+    {"bundle-part", kError, "A bundle without this part does not start, or does not install.",
+     "Build the bundle anew, and copy it whole."},
+    {"archive", kError, "An archive that cannot be read to its end is unpacked in part or not at all.",
+     "Build the bundle anew, and copy it whole."},
+    {"manifest", kError,
+     "What is not as the manifest of the bundle says was damaged or changed after the package was built.",
+     "Build the bundle anew, and change nothing in it afterwards."},
 };
 
 }  // namespace

@@ -58,12 +58,16 @@ Object resultObject(const Finding& finding) {
 
 }  // namespace
 
+std::string FindingReport::line(const Finding& finding) {
+    return ZPKTerminalText::printable(finding.path) + ':' + std::to_string(finding.place.line) + ':' +
+           std::to_string(finding.place.column) + ": " + finding.rule->severityName() + ": " + finding.text +
+           " [" + finding.rule->name + "]";
+}
+
 std::string FindingReport::asText(const FindingList& findings) {
     std::string text;
     for (const Finding& finding : findings.findings()) {
-        text += ZPKTerminalText::printable(finding.path) + ':' + std::to_string(finding.place.line) + ':' +
-                std::to_string(finding.place.column) + ": " + finding.rule->severityName() + ": " +
-                finding.text + " [" + finding.rule->name + "]\n";
+        text += line(finding) + "\n";
     }
     return text;
 }

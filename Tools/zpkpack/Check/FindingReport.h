@@ -15,7 +15,10 @@ class FindingReport {
 public:
     FindingReport() = delete;
 
-    /// `path:line:column: error|warning: text [check]`, a line each.
+    /// `path:line:column: error|warning: text [check]`, without a line feed.
+    static std::string line(const Finding& finding);
+
+    /// A line for each finding.
     static std::string asText(const FindingList& findings);
 
     /// An object with the array `findings` (`path`, `line`, `column`, `severity`, `text`, `check`) and the

@@ -12,11 +12,11 @@
 #include <cerrno>
 #include <climits>
 #include <cstdint>
-#include <string_view>
 
 #include "Base/ZPKFailure.h"
 #include "Base/ZPKPath.h"
 #include "Tools/zpkpack/Check/FolderNames.h"
+#include "Tools/zpkpack/Check/LinkTarget.h"
 
 namespace zpk_packager {
 
@@ -37,21 +37,6 @@ const char* kindOf(mode_t mode) {
         default:
             return "a device";
     }
-}
-
-/// Whether the link's text, followed from a folder `depth` levels below the top, climbs above the top.
-bool climbsOut(std::string_view target, std::size_t depth) {
-    for (std::size_t start = 0; start < target.size();) {
-        const std::size_t end = std::min(target.find('/', start), target.size());
-        const std::string_view part = target.substr(start, end - start);
-        if (part == ".." && depth == 0) {
-            return true;
-        }
-        const bool isStep = !part.empty() && part != ".";
-        depth = part == ".." ? depth - 1 : depth + (isStep ? 1 : 0);
-        start = end + 1;
-    }
-    return false;
 }
 
 }  // namespace
@@ -150,19 +135,20 @@ void PayloadCheck::checkFile(const std::string& name, const struct stat& attribu
 }
 
 void PayloadCheck::checkLink(const std::string& name) {
-    std::array<char, PATH_MAX + 1> text;
-    const ssize_t length = ::readlinkat(m_walker.descriptor(), name.c_str(), text.data(), text.size());
+    std::array<char, PATH_MAX + 1> buffer;
+    const ssize_t length = ::readlinkat(m_walker.descriptor(), name.c_str(), buffer.data(), buffer.size());
     if (length < 0) {
         m_findings.add("unreadable", pathOf(name), ZPKFailure::systemReason(errno));
         return;
     }
-    const std::string target(text.data(), static_cast<std::size_t>(length));
-    if (target.starts_with('/')) {
-        m_findings.add("link-absolute", pathOf(name), "the link leads to \"" + target + "\"");
-    } else if (climbsOut(target, m_levels.size() - 1)) {
+    const std::string text(buffer.data(), static_cast<std::size_t>(length));
+    const LinkTarget target(text);
+    if (target.isAbsolute()) {
+        m_findings.add("link-absolute", pathOf(name), "the link leads to \"" + text + "\"");
+    } else if (target.climbsOutFrom(m_levels.size() - 1)) {
         m_findings.add(
             "link-outside", pathOf(name),
-            "the link leads to \"" + target + "\", which is outside " + ZPKPath::lastComponent(m_top));
+            "the link leads to \"" + text + "\", which is outside " + ZPKPath::lastComponent(m_top));
     }
 }
 

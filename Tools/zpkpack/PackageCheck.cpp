@@ -1,0 +1,283 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#include "Tools/zpkpack/PackageCheck.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <exception>
+#include <memory>
+#include <optional>
+#include <string_view>
+
+#include "Archive/Archive.h"
+#include "Base/ZPKDescriptorIO.h"
+#include "Base/ZPKPath.h"
+#include "Description/CStartupType.h"
+#include "Description/CZPKXMLLoader.h"
+#include "Platform/ZPKBundle.h"
+#include "Platform/ZPKFileHandle.h"
+#include "Platform/ZPKFileManager.h"
+#include "Platform/ZPKPropertyList.h"
+#include "Platform/ZPKStandardFolders.h"
+#include "Tools/zpkpack/Check/CheckRules.h"
+#include "Tools/zpkpack/Check/ConditionCheck.h"
+#include "Tools/zpkpack/Check/LanguagesCheck.h"
+#include "Tools/zpkpack/Check/PackageStrings.h"
+#include "Tools/zpkpack/Check/SourceText.h"
+#include "Tools/zpkpack/Check/StartupCheck.h"
+#include "Tools/zpkpack/Check/TablesCheck.h"
+#include "Tools/zpkpack/FirstErrorSink.h"
+#include "Tools/zpkpack/MadePackage.h"
+#include "Tools/zpkpack/Manifest.h"
+#include "Tools/zpkpack/MemberCheck.h"
+#include "Tools/zpkpack/MemberProgramCheck.h"
+#include "Tools/zpkpack/PackagerFailure.h"
+#include "Tools/zpkpack/SignalHold.h"
+#include "Tools/zpkpack/WorkFolder.h"
+
+using varno_zpk::CStartupType;
+using varno_zpk::CZPKXMLLoader;
+
+namespace zpk_packager {
+
+namespace {
+
+using Content = ZPKPackageLayout::Content;
+
+constexpr const char* kInformation = "Contents/Info.plist";
+constexpr const char* kResourceFolder = "Contents/Resources";
+constexpr std::size_t kResourcePart = std::string_view("Contents/Resources/").size();
+constexpr std::size_t kMostLanguageItems = 2000;
+constexpr unsigned int kPrivate = 0700;
+constexpr std::uint64_t kLargestDescriptions = std::uint64_t{16} << 20;
+
+struct Part {
+    const char* path;
+    bool isProgram;
+};
+
+constexpr std::array<Part, 7> kParts = {{{kInformation, false},
+                                         {"Contents/Helpers/ditto", true},
+                                         {"Contents/Resources/Info.datx", false},
+                                         {"Contents/Resources/Data.datx", false},
+                                         {"Contents/Resources/MainMenu.ui", false},
+                                         {"Contents/Resources/ProgressWindow.ui", false},
+                                         {"Contents/Resources/CDSearchWindow.ui", false}}};
+
+bool isOfALanguage(const std::string& name) {
+    return name == "Languages.xml" || name == "ZPKStringTable.def" || name == "ZPKPlatformStringTable.def";
+}
+
+void writeFile(const std::string& path, const std::string& bytes) {
+    const ZPKResult<ZPKFileHandle> file = ZPKFileHandle::replacingFileAtPath(path);
+    if (!file || !ZPKDescriptorIO::writeWhole(file->descriptor(), bytes)) {
+        throw PackagerFailure(file ? ZPKFailure::ofSystem(path, errno) : file.failure());
+    }
+}
+
+/// A message without the path that it is told under anyway.
+std::string reasonIn(const std::string& message, const std::string& path) {
+    return message.starts_with(path + ": ") ? message.substr(path.size() + 2) : message;
+}
+
+/// The reason of a failure that is to be told under a path.
+template <typename Action>
+void reportFailure(FindingList& findings, const char* check, const std::string& path, const Action& action) {
+    try {
+        action();
+    } catch (const std::exception& failure) {
+        findings.add(check, path, reasonIn(failure.what(), path));
+    }
+}
+
+/// False, and a finding, when the archive is damaged.
+template <typename Visitor>
+bool visitMembers(MadePackage& package, Content content, FindingList& findings, const Visitor& visit) {
+    const std::string name = package.nameOf(MadePackage::archivePath(content));
+    if (package.find(MadePackage::archivePath(content)) == nullptr) {
+        return false;
+    }
+    FirstErrorSink sink;
+    bool isWhole = false;
+    reportFailure(findings, "archive", name,
+                  [&] { isWhole = zpk_archive::list(name, package.plainArchive(content), visit, sink); });
+    if (!sink.text().empty()) {
+        findings.add("archive", name, reasonIn(sink.text(), name));
+    }
+    return isWhole;
+}
+
+}  // namespace
+
+bool PackageCheck::isMeant(const std::string& path) {
+    if (ZPKFileManager::isFolder(path)) {
+        return ZPKBundle::bundleWithPath(path) || ZPKPath::extension(path) == "app";
+    }
+    return ZPKFileManager::fileExists(path);
+}
+
+void PackageCheck::run(const std::string& path) {
+    const SignalHold signals;
+    std::unique_ptr<MadePackage> package;
+    reportFailure(m_findings, "bundle-part", path, [&] { package = MadePackage::open(path); });
+    if (package) {
+        checkAll(*package);
+    }
+    m_findings.finish();
+}
+
+void PackageCheck::checkAll(MadePackage& package) {
+    checkParts(package);
+    checkNames(package);
+    checkManifest(package);
+    const WorkFolder folder =
+        WorkFolder::beside(ZPKPath::join(ZPKStandardFolders::temporaryFolder().value_or("/tmp"), "zpkpack"));
+    if (checkDescriptionArchive(package)) {
+        checkDescriptions(package, folder.path());
+    }
+    checkPayloadArchive(package, folder.path());
+    checkLanguages(package, folder.path());
+}
+
+void PackageCheck::checkParts(MadePackage& package) {
+    for (const Part& part : kParts) {
+        const MadePackage::Item* const item = package.find(part.path);
+        if (item == nullptr || item->kind != MadePackage::Kind::File) {
+            m_findings.add("bundle-part", package.nameOf(part.path),
+                           item == nullptr ? "it is missing" : "it is no file");
+        } else if (part.isProgram && (item->mode & 0111U) == 0) {
+            m_findings.add("bundle-part", package.nameOf(part.path), "it may not be executed");
+        }
+    }
+}
+
+void PackageCheck::checkNames(MadePackage& package) {
+    if (package.find(kInformation) == nullptr) {
+        return;
+    }
+    const std::string path = package.nameOf(kInformation);
+    reportFailure(m_findings, "bundle-part", path, [&] {
+        const auto list =
+            ZPKPropertyList::dictionaryWithBytes(package.contents(kInformation, SourceText::kLargestFile));
+        if (!list) {
+            m_findings.add("bundle-part", path, "it is no property list");
+            return;
+        }
+        const std::string program = "Contents/Linux/" + list->stringForKey("CFBundleExecutable").value_or("");
+        const MadePackage::Item* const item = package.find(program);
+        if (item == nullptr || item->kind != MadePackage::Kind::File || (item->mode & 0111U) == 0) {
+            m_findings.add("bundle-part", package.nameOf(program), "the launcher is not there");
+        }
+        const std::string fault =
+            PackageStrings::faultOfIdentifier(list->stringForKey(PackageStrings::kIdentifierKey).value_or(""),
+                                              list->stringForKey(PackageStrings::kNameKey).value_or(""));
+        if (!fault.empty()) {
+            m_findings.add("identifier", path, fault);
+        }
+    });
+}
+
+void PackageCheck::checkManifest(MadePackage& package) {
+    reportFailure(m_findings, "manifest", package.nameOf(Manifest::kPath), [&] {
+        const Manifest expected = Manifest::inPackage(package);
+        for (const Manifest::Difference& difference : expected.differencesTo(Manifest::ofPackage(package))) {
+            if (difference.kind != Manifest::Difference::Kind::Added) {
+                m_findings.add("manifest", package.nameOf(difference.path),
+                               difference.kind == Manifest::Difference::Kind::Missing
+                                   ? "it was built, and is missing"
+                                   : "it is not what was built");
+            }
+        }
+    });
+}
+
+bool PackageCheck::checkDescriptionArchive(MadePackage& package) {
+    const std::string name = package.nameOf(MadePackage::archivePath(Content::Info));
+    MemberCheck members(name, ZPKPackageLayout::name(Content::Info), m_findings);
+    const bool isWhole =
+        visitMembers(package, Content::Info, m_findings,
+                     [&](const zpk_archive::MemberDescription& member) { members.visit(member); });
+    members.finish();
+    if (members.size() > kLargestDescriptions) {
+        m_findings.add("too-large", name, "it holds more than 16 MiB, so it was not looked at");
+        return false;
+    }
+    return isWhole;
+}
+
+void PackageCheck::checkPayloadArchive(MadePackage& package, const std::string& folder) {
+    const std::unique_ptr<CStartupType> startup(
+        CZPKXMLLoader::LoadStartupXML(ZPKPackageLayout::startupDescription(folder)));
+    MemberProgramCheck program(startup ? startup->exec : "");
+    MemberCheck members(package.nameOf(MadePackage::archivePath(Content::Data)),
+                        ZPKPackageLayout::name(Content::Data), m_findings);
+    const bool isWhole =
+        visitMembers(package, Content::Data, m_findings, [&](const zpk_archive::MemberDescription& member) {
+            members.visit(member);
+            program.visit(member);
+        });
+    members.finish();
+    if (isWhole) {
+        program.report(
+            ZPKPackageLayout::startupDescription(package.nameOf(MadePackage::archivePath(Content::Info))),
+            m_findings);
+    }
+}
+
+void PackageCheck::checkDescriptions(MadePackage& package, const std::string& folder) {
+    const std::string name = package.nameOf(MadePackage::archivePath(Content::Info));
+    FirstErrorSink sink;
+    reportFailure(m_findings, "archive", name, [&] {
+        if (!zpk_archive::extract(name, package.plainArchive(Content::Info), folder, sink)) {
+            m_findings.add("archive", name, reasonIn(sink.text(), name));
+        }
+    });
+    FindingList found;
+    StartupCheck(found).run(folder);
+    ConditionCheck(found).run(folder);
+    takeOver(found, folder, name);
+}
+
+/// The list and the tables alone, and as many of them as a package may have in earnest.
+void PackageCheck::copyLanguages(MadePackage& package, const std::string& folder) {
+    const std::string top = ZPKPackageLayout::languageFolder(kResourceFolder) + "/";
+    std::size_t left = kMostLanguageItems;
+    for (const MadePackage::Item& item : package.items()) {
+        const std::string copy =
+            ZPKPath::join(folder, item.path.substr(std::min(item.path.size(), kResourcePart)));
+        if (!item.path.starts_with(top) || item.path.find("..") != std::string::npos || left == 0) {
+            continue;
+        }
+        --left;
+        if (item.kind == MadePackage::Kind::Folder) {
+            require(ZPKFileManager::createFolderWithIntermediateFolders(copy, kPrivate));
+        } else if (item.kind == MadePackage::Kind::File && isOfALanguage(ZPKPath::lastComponent(copy))) {
+            reportFailure(m_findings, "unreadable", package.nameOf(item.path), [&] {
+                require(ZPKFileManager::createFolderWithIntermediateFolders(ZPKPath::parent(copy), kPrivate));
+                writeFile(copy, package.contents(item.path, SourceText::kLargestFile));
+            });
+        }
+    }
+}
+
+void PackageCheck::checkLanguages(MadePackage& package, const std::string& folder) {
+    copyLanguages(package, folder);
+    const std::string languages = ZPKPackageLayout::languageFolder(folder);
+    FindingList found;
+    LanguagesCheck(languages, found).run();
+    TablesCheck(languages, found).run();
+    takeOver(found, folder, package.nameOf(kResourceFolder));
+}
+
+/// What was found in the private folder, under the name of what was put there.
+void PackageCheck::takeOver(FindingList& found, const std::string& folder, const std::string& shown) {
+    for (const Finding& finding : found.findings()) {
+        const std::string path = finding.path.substr(folder.size());
+        m_findings.add(finding.rule->name, ZPKPath::join(shown, path), finding.text, finding.place);
+    }
+}
+
+}  // namespace zpk_packager
