@@ -156,7 +156,8 @@ void stayOutside(int) {}
 
 }  // namespace
 
-bool create(const std::string& source, const std::string& archive, ErrorSink& sink) {
+bool create(const std::string& source, const std::string& archive, ErrorSink& sink,
+            std::optional<std::int64_t> time) {
     CountingSink counted(sink);
     std::string name;
     ZPKFileDescriptor opened;
@@ -171,7 +172,7 @@ bool create(const std::string& source, const std::string& archive, ErrorSink& si
         OutputFile output(archive);
         GzipWriter gzip(output);
         CpioWriter writer(gzip);
-        TreePacker(writer, output, counted).pack(std::move(opened), name);
+        TreePacker(writer, output, counted, time).pack(std::move(opened), name);
         writer.finish();
         gzip.finish();
         output.commit();

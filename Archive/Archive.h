@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "Archive/ByteSource.h"
@@ -45,8 +46,15 @@ struct MemberDescription {
 /// Errors name the source when it cannot be read, the archive when it cannot be written, and a member
 /// that is left out by its own name. Each level of the tree takes a descriptor.
 ///
+/// With a `time`, in seconds since 1970-01-01 UTC and at most `kLatestTime`, every member gets it instead of
+/// its own.
+///
 /// Returns true when nothing was reported as an error.
-bool create(const std::string& source, const std::string& archive, ErrorSink& sink);
+bool create(const std::string& source, const std::string& archive, ErrorSink& sink,
+            std::optional<std::int64_t> time = {});
+
+/// What the eleven octal digits of a header hold.
+constexpr std::int64_t kLatestTime = (std::int64_t{1} << 33) - 1;
 
 /// Unpacks a CPIO archive (odc, newc, crc, binary of either byte order; gzip, bzip2 or plain) into
 /// `folder`, which is made when it is missing. Members that exist already are replaced.

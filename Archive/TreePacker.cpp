@@ -72,8 +72,9 @@ ZPKFileDescriptor TreePacker::openSource(const std::string& path) {
     return source;
 }
 
-TreePacker::TreePacker(CpioWriter& writer, const OutputFile& output, ErrorSink& sink)
-    : m_writer(writer), m_output(output), m_sink(sink), m_buffer(kReadSize) {}
+TreePacker::TreePacker(CpioWriter& writer, const OutputFile& output, ErrorSink& sink,
+                       std::optional<std::int64_t> time)
+    : m_writer(writer), m_output(output), m_sink(sink), m_time(time), m_buffer(kReadSize) {}
 
 void TreePacker::pack(ZPKFileDescriptor source, const std::string& name) {
     m_name = name;
@@ -165,7 +166,7 @@ AttributeMap TreePacker::attributesOf(int thing) {
 
 void TreePacker::startMember(Member& member, const struct stat& status) {
     member.mode = status.st_mode;
-    member.modifiedSeconds = std::max<std::int64_t>(status.st_mtim.tv_sec, 0);
+    member.modifiedSeconds = m_time.value_or(std::max<std::int64_t>(status.st_mtim.tv_sec, 0));
     // A folder's count says nothing of names, and would make readers look for the others.
     if (!S_ISDIR(status.st_mode) && status.st_nlink > 1) {
         numberLink(member, status);

@@ -28,7 +28,9 @@ public:
     /// Opens what is to be packed: a folder or a file, or a link to one. Throws ArchiveFailure.
     static ZPKFileDescriptor openSource(const std::string& path);
 
-    TreePacker(CpioWriter& writer, const OutputFile& output, ErrorSink& sink);
+    /// With a `time`, every member gets it instead of its own.
+    TreePacker(CpioWriter& writer, const OutputFile& output, ErrorSink& sink,
+               std::optional<std::int64_t> time = {});
 
     /// Packs `source` under the name `name`. What cannot be packed is reported, and left out.
     /// Throws ArchiveFailure when the archive cannot be written.
@@ -57,6 +59,7 @@ private:
     CpioWriter& m_writer;
     const OutputFile& m_output;
     ErrorSink& m_sink;
+    std::optional<std::int64_t> m_time;
     std::string m_name;  ///< Of the member at hand.
     std::vector<OpenFolder> m_way;
     std::vector<std::uint8_t> m_buffer;

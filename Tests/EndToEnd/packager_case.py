@@ -4,6 +4,7 @@
 """What the tests of the packager's commands share: a source, small packages of it, and runs."""
 
 import gzip
+import hashlib
 import os
 import shutil
 import subprocess
@@ -49,11 +50,16 @@ class CommandTestCase(PackageTestCase):
             write(resources / f"{archive}.datx", scrambled(packed))
         return self.folder / name
 
+    @staticmethod
+    def sum_of(path):
+        with open(path, "rb") as file:
+            return hashlib.file_digest(file, "sha256").hexdigest()
+
     def tree(self, folder):
-        """Everything below a folder: path, mode, contents or link text."""
+        """Everything below a folder: path, mode, link text or a sum of the contents."""
         rows = []
         for path in sorted(folder.rglob("*"), key=os.fsencode):
             status = path.lstat()
-            what = os.readlink(path) if path.is_symlink() else path.read_bytes() if path.is_file() else None
+            what = os.readlink(path) if path.is_symlink() else self.sum_of(path) if path.is_file() else None
             rows.append((str(path.relative_to(folder)), oct(status.st_mode), what))
         return rows

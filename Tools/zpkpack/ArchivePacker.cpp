@@ -3,6 +3,10 @@
 
 #include "Tools/zpkpack/ArchivePacker.h"
 
+#include <sys/stat.h>
+
+#include <cerrno>
+
 #include "Archive/Archive.h"
 #include "Package/ZPKScrambler.h"
 #include "Platform/ZPKFileManager.h"
@@ -14,14 +18,16 @@ namespace zpk_packager {
 
 namespace {
 
-void makeArchive(const std::string& source, const std::string& archive) {
+constexpr mode_t kArchiveMode = 0644;
+
+}  // namespace
+
+void ArchivePacker::makeArchive(const std::string& source, const std::string& archive) const {
     FirstErrorSink sink;
-    if (!zpk_archive::create(source, archive, sink)) {
+    if (!zpk_archive::create(source, archive, sink, m_time)) {
         throw PackagerFailure("cannot pack " + source + ": " + sink.text());
     }
 }
-
-}  // namespace
 
 void ArchivePacker::pack(ZPKPackageLayout::Content content, const std::string& sourceFolder,
                          const std::string& resourceFolder) const {
@@ -33,6 +39,10 @@ void ArchivePacker::pack(ZPKPackageLayout::Content content, const std::string& s
     // The template may hold something of the name.
     ZPKFileManager::removeItem(scrambled).ignore();
     require(ZPKScrambler::scramble(plain, scrambled));
+    // The same for everybody, whatever their mask.
+    if (::chmod(scrambled.c_str(), kArchiveMode) != 0) {
+        throw PackagerFailure::ofSystem(scrambled, errno);
+    }
     require(ZPKFileManager::removeItem(plain));
     require(ZPKScrambler::unscramble(scrambled, readBack));
     ArchiveCheck::run(readBack, source, ZPKPackageLayout::name(content));

@@ -3,11 +3,17 @@
 
 #include "Tools/zpkpack/BuildCommand.h"
 
+#include <charconv>
+#include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 
+#include "Archive/Archive.h"
+#include "Base/ZPKEnvironment.h"
 #include "Tools/zpkpack/Console.h"
 #include "Tools/zpkpack/PackageBuilder.h"
+#include "Tools/zpkpack/PackagerFailure.h"
 
 namespace zpk_packager {
 
@@ -17,6 +23,21 @@ namespace {
 std::string besideThisProgram(const char* name) {
     std::error_code ignored;
     return (std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path() / name).string();
+}
+
+/// The time that reproducible builds are told by the environment; nothing when they are not.
+std::optional<std::int64_t> timeOfSource() {
+    const std::optional<std::string> text = ZPKEnvironment::value("SOURCE_DATE_EPOCH");
+    if (!text) {
+        return std::nullopt;
+    }
+    std::int64_t seconds = -1;
+    const char* const end = text->data() + text->size();
+    const std::from_chars_result result = std::from_chars(text->data(), end, seconds);
+    if (result.ec != std::errc() || result.ptr != end || seconds < 0 || seconds > zpk_archive::kLatestTime) {
+        throw PackagerFailure("SOURCE_DATE_EPOCH is " + *text + ", which is no time in seconds since 1970");
+    }
+    return seconds;
 }
 
 }  // namespace
@@ -43,6 +64,7 @@ CLI::App& BuildCommand::declare(CLI::App& program) {
 }
 
 ExitStatus BuildCommand::run(Console& console) {
+    m_options.time = timeOfSource();
     const PackageSummary summary = PackageBuilder(m_options).build();
     console.resultLine(m_options.outputPath);
     console.result(summary.text());

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -28,6 +29,10 @@ struct BuildOptions {
 
     /// The program that one file begins with.
     std::string runProgramPath;
+
+    /// What everything in the archives gets as its time, in seconds since 1970-01-01 UTC; its own, unless
+    /// told.
+    std::optional<std::int64_t> time;
 
     /// Replace a package that is already at `outputPath`.
     bool replace = false;

@@ -10,7 +10,9 @@
 #include "Base/ZPKNearestName.h"
 #include "Tools/zpkpack/BuildCommand.h"
 #include "Tools/zpkpack/CheckCommand.h"
+#include "Tools/zpkpack/ExtractCommand.h"
 #include "Tools/zpkpack/ListCommand.h"
+#include "Tools/zpkpack/NewCommand.h"
 #include "Tools/zpkpack/ScrambleCommand.h"
 #include "Tools/zpkpack/VerifyCommand.h"
 
@@ -39,7 +41,9 @@ CommandLine::CommandLine() : m_program("Makes installer packages, and looks into
     addCommonOptions(m_program);
     add(std::make_unique<BuildCommand>());
     add(std::make_unique<CheckCommand>());
+    add(std::make_unique<ExtractCommand>());
     add(std::make_unique<ListCommand>());
+    add(std::make_unique<NewCommand>());
     add(std::make_unique<ScrambleCommand>(ScrambleCommand::Direction::Scramble));
     add(std::make_unique<ScrambleCommand>(ScrambleCommand::Direction::Unscramble));
     add(std::make_unique<VerifyCommand>());

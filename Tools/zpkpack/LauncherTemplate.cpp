@@ -19,7 +19,8 @@ namespace zpk_packager {
 namespace {
 
 constexpr mode_t kPermissions = 07777;
-constexpr unsigned int kPlainFolder = 0755;
+constexpr mode_t kCopiedPermissions = 01777;
+constexpr unsigned int kGrowingFolder = 0700;
 
 /// A link in the place of the folder would lead the package's own files out of the copy.
 void makeWritable(const std::string& folder) {
@@ -32,6 +33,14 @@ void makeWritable(const std::string& folder) {
     }
     if (::chmod(folder.c_str(), (attributes.st_mode & kPermissions) | S_IRWXU) != 0) {
         throw PackagerFailure::ofSystem(folder, errno);
+    }
+}
+
+void copyPermissions(const std::string& source, const std::string& copy) {
+    struct stat attributes;
+    if (::lstat(source.c_str(), &attributes) != 0 ||
+        ::chmod(copy.c_str(), attributes.st_mode & kCopiedPermissions) != 0) {
+        throw PackagerFailure::ofSystem(copy, errno);
     }
 }
 
@@ -52,10 +61,11 @@ void copyBelow(const std::string& from, const std::string& to, const std::string
     }
     std::vector<std::string> names;
     require(ZPKFileManager::contentsOfFolder(source, names));
-    require(ZPKFileManager::createFolderWithIntermediateFolders(copy, kPlainFolder));
+    require(ZPKFileManager::createFolderWithIntermediateFolders(copy, kGrowingFolder));
     for (const std::string& name : names) {
         copyBelow(from, to, ZPKPath::join(path, name), leftOut);
     }
+    copyPermissions(source, copy);
 }
 
 }  // namespace

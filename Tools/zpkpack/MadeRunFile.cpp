@@ -45,8 +45,11 @@ MadeRunFile::MadeRunFile(const std::string& path) : MadePackage(path), m_file(op
     const std::vector<ZPKRunFileEntry>& entries = m_file.table().entries;
     for (std::size_t index = 0; index < entries.size(); ++index) {
         const ZPKRunFileEntry& entry = entries[index];
-        // The first component is the bundle itself.
+        // The first component is the bundle itself. Two of them could not be told apart.
         const std::size_t separator = entry.path.find('/');
+        if (entry.path.substr(0, separator) != entries.front().path) {
+            throw PackagerFailure(path, "it holds more than one bundle");
+        }
         if (separator != std::string::npos) {
             items.push_back(
                 {entry.path.substr(separator + 1), kindOf(entry.kind), entry.mode, entry.size, entry.target});

@@ -31,7 +31,10 @@ bool isUnknownFlag(int error) {
 }  // namespace
 
 OutputPlace::OutputPlace(const std::string& path, bool replace)
-    : m_path(ZPKPath::withoutTrailingSeparators(path)), m_replace(replace) {}
+    : m_path(ZPKPath::withoutTrailingSeparators(path)), m_replace(replace), m_isReplaceable(true) {}
+
+OutputPlace::OutputPlace(const std::string& path)
+    : m_path(ZPKPath::withoutTrailingSeparators(path)), m_replace(false), m_isReplaceable(false) {}
 
 void OutputPlace::check(const std::string& sourceFolder,
                         const std::vector<std::string>& copiedFolders) const {
@@ -72,7 +75,7 @@ bool OutputPlace::isTaken() const {
 
 void OutputPlace::checkFree() const {
     if (!m_replace && isTaken()) {
-        throw PackagerFailure(m_path + " exists; --force replaces it");
+        throw PackagerFailure(m_path + " exists" + (m_isReplaceable ? "; --force replaces it" : ""));
     }
 }
 

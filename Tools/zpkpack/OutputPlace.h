@@ -14,6 +14,9 @@ public:
     /// `path` may end in separators. `replace` lets go what is there.
     OutputPlace(const std::string& path, bool replace);
 
+    /// A place where nothing is ever replaced.
+    explicit OutputPlace(const std::string& path);
+
     const std::string& path() const { return m_path; }
 
     /// Whether the package is to be one file.
@@ -43,6 +46,7 @@ private:
 
     std::string m_path;
     bool m_replace;
+    bool m_isReplaceable;
 };
 
 }  // namespace zpk_packager

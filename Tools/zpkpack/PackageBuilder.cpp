@@ -38,7 +38,8 @@ PackageBuilder::PackageBuilder(const BuildOptions& options)
       m_template(options.templatePath),
       m_windows(options.templatePath, options.frameworksPath, options.withWindows),
       m_output(options.outputPath, options.replace),
-      m_runProgram(options.runProgramPath) {}
+      m_runProgram(options.runProgramPath),
+      m_time(options.time) {}
 
 PackageSummary PackageBuilder::build() const {
     const PackageDescription description = check();
@@ -81,7 +82,7 @@ void PackageBuilder::make(const PackageDescription& description, const std::stri
     m_windows.putInto(bundle);
     InfoPlist::write(description, ZPKPath::join(bundle, "Contents/Info.plist"));
     copyLanguages(resourceFolder);
-    const ArchivePacker packer(workFolder);
+    const ArchivePacker packer(workFolder, m_time);
     packer.pack(ZPKPackageLayout::Content::Info, m_source.folder(), resourceFolder);
     packer.pack(ZPKPackageLayout::Content::Data, m_source.folder(), resourceFolder);
     Manifest::write(bundle);

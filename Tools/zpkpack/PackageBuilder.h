@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -40,6 +42,7 @@ private:
     CarriedWindows m_windows;
     OutputPlace m_output;
     std::string m_runProgram;
+    std::optional<std::int64_t> m_time;
 };
 
 }  // namespace zpk_packager

@@ -3,15 +3,11 @@
 
 #include "Tools/zpkpack/ScrambleCommand.h"
 
-#include "Base/ZPKPath.h"
 #include "Package/ZPKScrambler.h"
 #include "Platform/ZPKFileHandle.h"
-#include "Tools/zpkpack/ChildStep.h"
 #include "Tools/zpkpack/Console.h"
-#include "Tools/zpkpack/OutputPlace.h"
 #include "Tools/zpkpack/PackagerFailure.h"
-#include "Tools/zpkpack/SignalHold.h"
-#include "Tools/zpkpack/WorkFolder.h"
+#include "Tools/zpkpack/WholeOutput.h"
 
 namespace zpk_packager {
 
@@ -30,13 +26,8 @@ CLI::App& ScrambleCommand::declare(CLI::App& program) {
 }
 
 ExitStatus ScrambleCommand::run(Console&) {
-    const OutputPlace output(m_destination, m_replace);
-    output.checkFree();
-    const SignalHold signals;
-    const WorkFolder workFolder = WorkFolder::beside(output.path());
-    const std::string made = ZPKPath::join(workFolder.path(), "made");
-    ChildStep::run(signals, [&] { rotate(made); });
-    output.put(made);
+    WholeOutput::make(OutputPlace(m_destination, m_replace),
+                      [&](const std::string&, const std::string& made) { rotate(made); });
     return ExitStatus::Success;
 }
 

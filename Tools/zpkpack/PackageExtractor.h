@@ -1,0 +1,37 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <string>
+#include <utility>
+
+#include "Tools/zpkpack/MadePackage.h"
+#include "Tools/zpkpack/PackageDescription.h"
+
+namespace zpk_packager {
+
+/// Makes a package source of a package, such that the same launcher template gives the same package of it
+/// again. Operations throw `PackagerFailure`.
+class PackageExtractor {
+public:
+    /// `package` outlives the extractor; new things are written in `workFolder`, which nobody else may
+    /// write to.
+    PackageExtractor(MadePackage& package, std::string workFolder)
+        : m_package(package), m_workFolder(std::move(workFolder)) {}
+
+    /// Makes the source folder `source` in the work folder.
+    void extractTo(const std::string& source) const;
+
+private:
+    PackageDescription description() const;
+    void extractArchive(ZPKPackageLayout::Content content, const std::string& source) const;
+    void extractLanguages(const std::string& source) const;
+    void extractItem(const MadePackage::Item& item, const std::string& path) const;
+    void extractFile(const MadePackage::Item& item, const std::string& path) const;
+
+    MadePackage& m_package;
+    std::string m_workFolder;
+};
+
+}  // namespace zpk_packager
