@@ -4,6 +4,7 @@
 """What the tests in other systems' folders share: a room of the root folder that ZPK_TEST_ROOT names ("empty" for
 none at all), the packages to open in it, and what a run has left there."""
 
+import contextlib
 import os
 import pathlib
 import shutil
@@ -11,18 +12,25 @@ import sys
 import tempfile
 import unittest
 
+HERE = pathlib.Path(__file__).parent
+# What the tests of whole programs share.
+sys.path.append(str(HERE.parent / "EndToEnd"))
+
+from support import wait_until  # noqa: E402
+from windows import Gate  # noqa: E402
+
 from room import PERSON, READ_ONLY, Room, impossible, tree
 
 PACKAGES = pathlib.Path(os.environ["ZPK_TEST_PACKAGES"]).resolve()
 ROOT = os.environ["ZPK_TEST_ROOT"]
 SKIPPED = 77
 
-HERE = pathlib.Path(__file__).parent
-# What the tests of whole programs share.
-sys.path.append(str(HERE.parent / "EndToEnd"))
-
 LAUNCHER = "/packages/Plain.app/Contents/Linux/Zephyrkit"
+HELD = "/packages/Held.app/Contents/Linux/Zephyrkit"
 OUTPUT = "".join("Extracting installation files…: %d%%\n" % percent for percent in (10, 40, 100)) + "setup: ran\n"
+
+# Where a search path, a list, a format or a loader takes a part of a name for something else; and one that is no text.
+ODD_PLACES = ("a b:c;d$LIB${ORIGIN}%s", "a\nb", os.fsdecode(b"\xff\xfe"))
 
 # What a desktop of another toolkit's version, or a program that brings its own libraries, leaves in the environment.
 HOSTILE = {
@@ -41,6 +49,8 @@ HOSTILE = {
     "LOCPATH": "/nowhere",
     "GCONV_PATH": "/nowhere",
 }
+FONTS = ("/usr/share/fonts", "/usr/local/share/fonts", "/etc/fonts")
+KEYBOARDS = ("/usr/share/X11/xkb",)
 
 
 class AnywhereCase(unittest.TestCase):
@@ -97,6 +107,14 @@ class AnywhereCase(unittest.TestCase):
         for name in ("runs", "installed", "arguments", "environment", "folder"):
             (room.record / name).unlink()
 
+    def assert_installs_from_odd_places(self, *mounts, **variables):
+        places = [(PACKAGES / "Plain.app", "/%s/Plain.app" % place, READ_ONLY) for place in ODD_PLACES]
+        room = self.room(*places, *mounts)
+        for place in ODD_PLACES:
+            with self.subTest(place):
+                done = self.install(room, "/%s/Plain.app/Contents/Linux/Zephyrkit" % place, variables=variables)
+                self.assertNotIn("no windows", done.errors())
+
     def assert_refused(self, room, program, expected):
         """Nothing is installed or left behind; what was told of it."""
         self.make_cache(room)
@@ -124,6 +142,45 @@ class AnywhereCase(unittest.TestCase):
         found = {name: tree(getattr(room, name)) for name in ("temporary", "home", "runtime")}
         found["temporary"].pop("com.varno.zephyrkit-%d" % room.user, None)
         return found
+
+
+class HeldRun:
+    """A package whose progress window stays at 40 percent until the run is finished."""
+
+    def __init__(self, case, room, **variables):
+        self._case = case
+        self._room = room
+        self._before = case.traces(room)
+        self._gate = Gate(room.record / "gate")
+        self._environment = person(**variables)
+        self.process = room.start(HELD, environment=self._environment)
+        self.wait_until(self._reached)
+
+    def _reached(self):
+        with contextlib.suppress(AssertionError):
+            self._gate.wait_reached(0)
+            return True
+        return False
+
+    def wait_until(self, condition):
+        """Fails when the package ends first, or after a minute."""
+
+        def met():
+            if self.process.ended():
+                raise AssertionError("it ended with %s: %s" % (self.process.wait(), self.process.complaints()))
+            return condition()
+
+        return wait_until(met, 60)
+
+    def finish(self):
+        """Lets it go on to its end; checks that it was installed and that nothing else is there afterwards."""
+        self._gate.open()
+        self._case.assertEqual(self.process.wait(), 0, self.process.errors())
+        (self._room.record / "gate").unlink()
+        self._case.assert_installed(self._room, self._environment)
+        self._room.settle()
+        self._case.assertEqual(self._case.traces(self._room), self._before)
+        self._case.assertNotIn("no windows", self.process.errors())
 
 
 def person(**variables):

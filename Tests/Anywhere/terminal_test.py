@@ -4,15 +4,11 @@
 """Packages opened without a display, in another system's folder."""
 
 import errno
-import os
 
 import anywhere_case
 from anywhere_case import LAUNCHER, OUTPUT, PACKAGES, AnywhereCase, person
 from room import NEWER_CALLS, NO_EXECUTION, READ_ONLY, STRANGER
 from windows import Gate
-
-# Where a search path, a list or a loader would take a part of the name for something else.
-ODD_PLACES = ("a b", "a:b", "a;b", "$LIB", "${ORIGIN}", "a\nb", "%s", os.fsdecode(b"\xff\xfe"))
 
 
 class TerminalTest(AnywhereCase):
@@ -31,10 +27,7 @@ class TerminalTest(AnywhereCase):
         self.install(self.room(), variables=anywhere_case.HOSTILE)
 
     def test_odd_places(self):
-        room = self.room(*((PACKAGES / "Plain.app", "/%s/Plain.app" % place, READ_ONLY) for place in ODD_PLACES))
-        for place in ODD_PLACES:
-            with self.subTest(place):
-                self.install(room, "/%s/Plain.app/Contents/Linux/Zephyrkit" % place)
+        self.assert_installs_from_odd_places()
 
     def test_older_kernel(self):
         self.install(self.room(), missing_calls=NEWER_CALLS)
