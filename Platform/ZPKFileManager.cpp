@@ -87,7 +87,7 @@ ZPKOutcome ZPKFileManager::createFolderWithIntermediateFolders(const std::string
 }
 
 ZPKOutcome ZPKFileManager::removeItem(const std::string& path) {
-    const ZPKOutcome first = removeOnce(path);
+    ZPKOutcome first = removeOnce(path);
     struct stat attributes;
     if (first || (::lstat(path.c_str(), &attributes) != 0 && errno == ENOENT)) {
         return first;

@@ -3,11 +3,15 @@
 
 """The launcher from its start to its end, on real bundles."""
 
+import contextlib
 import gzip
 import os
+import pathlib
 import pwd
 import re
+import socket
 import subprocess
+import threading
 import time
 import unittest
 
@@ -490,6 +494,49 @@ class DesktopTest(PackageTestCase):
         done = self.launch(self.simple_package(), DISPLAY=":4711")
         self.assertEqual(self.record()["arguments"], ["--test"])
         self.assertIn("100", done.stdout)
+
+    @contextlib.contextmanager
+    def display_that_hangs_up(self, address):
+        """A socket that takes each connection only to drop it; gives the list of those it took."""
+        taken = []
+        with socket.socket(socket.AF_UNIX) as server:
+            server.bind(address)
+            server.listen()
+
+            def hang_up():
+                with contextlib.suppress(OSError):
+                    while True:
+                        server.accept()[0].close()
+                        taken.append(address)
+
+            thread = threading.Thread(target=hang_up)
+            thread.start()
+            try:
+                yield taken
+            finally:
+                server.shutdown(socket.SHUT_RDWR)
+                thread.join()
+
+    def test_x11_display_that_hangs_up_falls_back_to_the_terminal(self):
+        bundle = self.simple_package()
+        # A number far from those that servers take.
+        address = pathlib.Path(f"/tmp/.X11-unix/X{40_000 + os.getpid() % 10_000}")
+        address.parent.mkdir(mode=0o1777, exist_ok=True)
+        self.addCleanup(address.unlink)
+        with self.display_that_hangs_up(str(address)) as taken:
+            self.launch(bundle, DISPLAY=address.name.replace("X", ":"))
+        self.assertTrue(taken)
+        self.record()
+
+    def test_wayland_display_that_hangs_up_falls_back_to_the_terminal(self):
+        bundle = self.simple_package()
+        for name in ("wayland-7", str(self.folder / "elsewhere")):
+            with self.subTest(name=name):
+                with self.display_that_hangs_up(str(self.folder / "runtime" / name)) as taken:
+                    self.launch(bundle, WAYLAND_DISPLAY=name)
+                self.assertTrue(taken)
+                self.record()
+                self.record_path.unlink()
 
     def test_unknown_platform_falls_back_to_the_terminal(self):
         self.launch(self.simple_package(), QT_QPA_PLATFORM="nosuchplatform")

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/mount.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -44,6 +45,24 @@ TEST_F(ZPKStagingFolderTest, IsMadeAfreshAndGoesWithItsOwner) {
         EXPECT_TRUE(fs::is_empty(m_staging));
         writeFile(m_staging + "/Data/new", "x");
     }
+    EXPECT_TRUE(fs::is_empty(m_temporary));
+}
+
+TEST_F(ZPKStagingFolderTest, GoesWithAllThatItHoldsWhereNoDescriptorIsLeft) {
+    rlimit before{};
+    ::getrlimit(RLIMIT_NOFILE, &before);
+    auto folder = ZPKStagingFolder::make();
+    ASSERT_TRUE(folder);
+    writeFile(m_staging + "/Data/a/b/c/d/e/file", "x");
+    const rlimit few{64, before.rlim_max};
+    ::setrlimit(RLIMIT_NOFILE, &few);
+    std::vector<ZPKFileDescriptor> taken;
+    do {
+        taken.emplace_back(::dup(STDIN_FILENO));
+    } while (taken.back().isOpen());
+    folder->reset();
+    taken.clear();
+    ::setrlimit(RLIMIT_NOFILE, &before);
     EXPECT_TRUE(fs::is_empty(m_temporary));
 }
 
