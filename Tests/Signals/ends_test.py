@@ -104,6 +104,19 @@ class SignalTest(EndCase):
         with x_server() as display:
             self.check_all("Info.dat", DISPLAY=display)
 
+    def test_while_an_alert_is_shown(self):
+        write(self.source / "Data/setup", "#!/no/such/interpreter\n", 0o755)
+        self.startup()
+        bundle = self.pack()
+        with x_server() as display:
+            seen = ["xdotool", "search", "--sync", "--onlyvisible", "--name", f"^{self.name}$"]
+            run = self.start(bundle / "Contents/Linux/Zephyrkit", DISPLAY=display)
+            subprocess.run(seen, env=dict(os.environ, DISPLAY=display), check=True, timeout=60, capture_output=True)
+            run.send_signal(signal.SIGTERM)
+            run.communicate(timeout=30)
+        self.assertEqual(run.returncode, 128 + signal.SIGTERM)
+        self.assert_nothing_left()
+
     def test_while_the_setup_program_runs_it_is_waited_for(self):
         gate = self.folder / "gate"
         os.mkfifo(gate)

@@ -52,6 +52,14 @@ bool ZPKDesktopFrontEnd::prepare() {
     return m_menu != nullptr;
 }
 
+void ZPKDesktopFrontEnd::terminate() {
+    ZPKFrontEndBase::terminate();
+    // An alert has a loop of its own, and nobody is left to answer it.
+    if (m_alert != nullptr) {
+        m_alert->reject();
+    }
+}
+
 void ZPKDesktopFrontEnd::activateIgnoringOtherApps() {
     if (QWidget* window = QApplication::activeModalWidget()) {
         window->raise();
@@ -90,6 +98,7 @@ std::unique_ptr<ZPKCDSearchWindow> ZPKDesktopFrontEnd::createCDSearchWindow() {
 
 void ZPKDesktopFrontEnd::runAlert(const ZPKAlert& alert) {
     ZPKDesktopAlert box(alert, QCoreApplication::applicationName(), QApplication::activeModalWidget());
+    const auto restored = qScopeGuard([this, around = std::exchange(m_alert, &box)] { m_alert = around; });
     box.exec();
 }
 

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <QDialog>
 #include <QEventLoop>
 #include <memory>
 #include <string>
@@ -16,6 +17,7 @@ class ZPKDesktopFrontEnd : private ZPKDesktopApplication, public ZPKFrontEndBase
 public:
     explicit ZPKDesktopFrontEnd(const ZPKDesktopParameters& parameters);
 
+    void terminate() override;
     void activateIgnoringOtherApps() override;
     void setInterfaceLanguage(const std::string& code) override;
     void setMenuItemTitle(ZPKMenuItem item, const std::string& title) override;
@@ -38,4 +40,7 @@ private:
     std::unique_ptr<ZPKApplicationMenu> m_menu;
     /// The innermost loop of the toolkit that this front end runs.
     const QEventLoop* m_events = nullptr;
+
+    /// The alert that is shown now, or null.
+    QDialog* m_alert = nullptr;
 };
