@@ -41,7 +41,7 @@ CONDITION = """<UpdateInfo XmlVersion="1.0">
 class CheckTestCase(PackageTestCase):
     def setUp(self):
         super().setUp()
-        self.describe_package("Hello")
+        self.write("Package.strings", '"CFBundleName" = "Hello";\n"CFBundleIdentifier" = "com.example.Hello";\n')
         self.startup(param="one")
         self.write("Data/setup", "#!/bin/sh\n", 0o755)
         self.write("Info/Condition.xml", CONDITION)
@@ -374,10 +374,13 @@ class MadePackageTestCase(CheckTestCase):
             write(template / f"Resources/{form}.ui", "<ui/>\n")
         self.bundle = self.folder / "Hello.app"
 
-    def build(self, name="Hello.app"):
-        done = subprocess.run(
-            [BUILD / "zpkpack", "build", "source", "-o", name, "--template", "Template.app", "--force"],
+    def try_to_build(self, name="Hello.app", *arguments):
+        return subprocess.run(
+            [BUILD / "zpkpack", "build", "source", "-o", name, "--template", "Template.app", "--force", *arguments],
             capture_output=True, text=True, cwd=self.folder)
+
+    def build(self, name="Hello.app"):
+        done = self.try_to_build(name)
         self.assertEqual(done.returncode, 0, done.stderr)
         return self.folder / name
 
@@ -414,6 +417,17 @@ class MadePackageCheckTest(MadePackageTestCase):
             self.build(name)
             done = self.check_bundle("--strict", name)
             self.assertEqual((done.stdout, done.stderr, done.returncode), ("", "", 0))
+
+    def test_errors_stop_a_build_and_warnings_do_not(self):
+        self.startup(exec_="$Data$/none", param="a b")
+        done = self.try_to_build()
+        self.assertEqual((done.stdout, done.returncode), ("", 1))
+        self.assertRegex(done.stderr, r"\Azpkpack: error: source/Info/Startup.xml:1:1: error: .* \[exec-missing\]\n\Z")
+        self.assertFalse(self.bundle.exists())
+        self.allow("exec-missing")
+        done = self.try_to_build("Hello.app", "--verbose")
+        self.assertEqual(done.returncode, 0)
+        self.assertIn("[param-words]", done.stderr)
 
     def test_bundle_part(self):
         self.build()

@@ -84,6 +84,7 @@ class ExtractTest(CommandTestCase):
         os.link(self.source / "Data/noise", self.source / "Data/second name")
         write(self.source / "UILang/Languages.xml", '<a FallBackCode="en_US"><Language Code="en_US"/></a>')
         write(self.source / "UILang/en_US/Own.txt", "own", 0o600)
+        write(self.source / "UILang/ZPKStringTable.def", "")
         (self.source / "UILang/en_US").chmod(0o750)
         (self.source / "Data/inner").chmod(0o555)
         self.addCleanup(self.open_all)

@@ -21,6 +21,12 @@ BUILD = pathlib.Path(os.environ["ZPK_BUILD_DIR"]).resolve()
 TEMPLATE = BUILD / "Zephyrkit.app"
 STAGING_NAME = "VarnoZPK_TEMP"
 
+# What the packager would not build a package with: the tests look at what the launcher does then.
+WRONG_ON_PURPOSE = (
+    "# zpkpack: allow exec-missing exec-not-executable exec-bundle no-program unreadable program-processor\n"
+    "# zpkpack: allow script-without-interpreter table-missing table-syntax table-encoding placeholder\n"
+)
+
 # Writes what it finds at its start to the file that ZPK_TEST_RECORD names, so that a test sees what
 # a setup program sees.
 RECORDER = textwrap.dedent(
@@ -153,7 +159,7 @@ class PackageTestCase(unittest.TestCase):
     def describe_package(self, name):
         write(
             self.source / "Package.strings",
-            f'"CFBundleName" = "{name}";\n"CFBundleIdentifier" = "com.example.{name}";\n',
+            f'"CFBundleName" = "{name}";\n"CFBundleIdentifier" = "com.example.{name}";\n' + WRONG_ON_PURPOSE,
         )
 
     def startup(self, exec_="$Data$/setup", param="--test"):

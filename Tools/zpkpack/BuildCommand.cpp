@@ -11,6 +11,9 @@
 
 #include "Archive/Archive.h"
 #include "Base/ZPKEnvironment.h"
+#include "Tools/zpkpack/Check/CheckRules.h"
+#include "Tools/zpkpack/Check/FindingReport.h"
+#include "Tools/zpkpack/Check/SourceCheck.h"
 #include "Tools/zpkpack/Console.h"
 #include "Tools/zpkpack/PackageBuilder.h"
 #include "Tools/zpkpack/PackagerFailure.h"
@@ -63,7 +66,23 @@ CLI::App& BuildCommand::declare(CLI::App& program) {
     return line;
 }
 
+bool BuildCommand::isSound(Console& console) const {
+    FindingList findings;
+    SourceCheck(findings).run(m_options.sourceFolder);
+    for (const Finding& finding : findings.findings()) {
+        if (finding.rule->severity == CheckSeverity::Error) {
+            console.error(FindingReport::line(finding));
+        } else {
+            console.more(FindingReport::line(finding));
+        }
+    }
+    return findings.errors() == 0;
+}
+
 ExitStatus BuildCommand::run(Console& console) {
+    if (!isSound(console)) {
+        return ExitStatus::Failure;
+    }
     m_options.time = timeOfSource();
     const PackageSummary summary = PackageBuilder(m_options).build();
     console.resultLine(m_options.outputPath);

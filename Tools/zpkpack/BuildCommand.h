@@ -15,6 +15,10 @@ public:
     ExitStatus run(Console& console) override;
 
 private:
+    /// Tells the errors that the checks of the source have found, and warnings to who wants to know all;
+    /// false where there are errors.
+    bool isSound(Console& console) const;
+
     BuildOptions m_options;
 };
 
