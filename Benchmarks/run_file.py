@@ -69,7 +69,7 @@ def until_window(program, environment):
     """Seconds until a window of the launcher is seen on the display."""
     begin = now()
     process = start(program, environment)
-    while subprocess.run(["xdotool", "search", "--onlyvisible", "--class", ""], env=environment,
+    while subprocess.run(["xdotool", "search", "--onlyvisible", "--name", "."], env=environment,
                          stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL).returncode != 0:
         if process.poll() is not None:
             raise SystemExit(f"{program} ended without a window")

@@ -17,6 +17,9 @@ using namespace zpk_test;
 class ArchiveInterruptionTest : public ::testing::TestWithParam<const char*> {
 protected:
     void SetUp() override {
+#ifdef __SANITIZE_ADDRESS__
+        GTEST_SKIP() << "the sanitizer's own calls would be interrupted, and it does not repeat them";
+#endif
         writeFile(m_folder / "D/sub/file", std::string(300000, 'x'));
         writeFile(m_folder / "D/hole", "x" + std::string(1000000, '\0'));
         fs::create_symlink("file", m_folder / "D/sub/link");
