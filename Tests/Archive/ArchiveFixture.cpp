@@ -145,9 +145,6 @@ Outcome runProgram(const std::vector<std::string>& command, const std::function<
     outcome.exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     outcome.standardError = readFile(errorPath);
     outcome.peakMemory = usage.ru_maxrss;
-    for (const timeval& time : {usage.ru_utime, usage.ru_stime}) {
-        outcome.processorTime += static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
-    }
     return outcome;
 }
 

@@ -23,7 +23,6 @@ struct Outcome {
     int exitStatus = -1;  ///< 128 + the signal's number when a signal ended it.
     std::string standardError;
     long peakMemory = 0;       ///< KiB.
-    double processorTime = 0;  ///< Seconds.
 };
 
 /// Runs the program with standard error into a file; `prepare` runs in the child before it.
