@@ -3,14 +3,11 @@
 
 #include "Archive/PlainStream.h"
 
-#include <archive.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
-#include <memory>
 #include <utility>
 
+#include "Archive/Bunzipper.h"
 #include "Archive/Failure.h"
 #include "Archive/GzipMember.h"
 #include "Archive/Inflater.h"
@@ -20,48 +17,12 @@ namespace zpk_archive {
 namespace {
 
 constexpr std::size_t kCopySize = std::size_t{256} * 1024;
+constexpr std::string_view kGzipMagic = "\x1f\x8b";
+constexpr std::string_view kBzip2Magic = "BZh";
 
 bool startsWith(std::span<const std::uint8_t> bytes, std::string_view magic) {
     return bytes.size() >= magic.size() && std::memcmp(bytes.data(), magic.data(), magic.size()) == 0;
 }
-
-struct ReaderCloser {
-    void operator()(archive* reader) const { archive_read_free(reader); }
-};
-
-/// Hands libarchive the input's bytes, and keeps the reason when they cannot be read.
-class ByteSupply {
-public:
-    explicit ByteSupply(InputFile& input) : m_input(input) {}
-
-    static la_ssize_t read(archive* reader, void* data, const void** bytes) {
-        return static_cast<ByteSupply*>(data)->supply(reader, bytes);
-    }
-
-    [[noreturn]] void fail() const {
-        throw ArchiveFailure(m_error.empty() ? "the bzip2 data are damaged or cut short" : m_error);
-    }
-
-private:
-    la_ssize_t supply(archive* reader, const void** bytes) {
-        // No exception may pass through the library's own frames.
-        try {
-            m_input.consume(m_handedOut);
-            const std::span<const std::uint8_t> available = m_input.available();
-            m_handedOut = available.size();
-            *bytes = available.data();
-            return static_cast<la_ssize_t>(available.size());
-        } catch (const std::exception& failure) {
-            m_error = failure.what();
-            archive_set_error(reader, EIO, "%s", failure.what());
-            return -1;
-        }
-    }
-
-    InputFile& m_input;
-    std::size_t m_handedOut = 0;
-    std::string m_error;
-};
 
 }  // namespace
 
@@ -72,9 +33,9 @@ PlainStream::PlainStream(InputFile input)
     if (head.empty()) {
         throw ArchiveFailure("the file is empty");
     }
-    if (startsWith(head, "\x1f\x8b")) {
+    if (startsWith(head, kGzipMagic)) {
         method = &PlainStream::unpackGzip;
-    } else if (startsWith(head, "BZh")) {
+    } else if (startsWith(head, kBzip2Magic)) {
         method = &PlainStream::unpackBzip2;
     }
     m_producer = std::jthread([this, method] { produce([this, method] { (this->*method)(); }); });
@@ -125,26 +86,7 @@ void PlainStream::copyPlain() {
 }
 
 void PlainStream::unpackBzip2() {
-    ByteSupply supply(m_input);
-    const std::unique_ptr<archive, ReaderCloser> reader(archive_read_new());
-    archive_read_support_filter_bzip2(reader.get());
-    archive_read_support_format_raw(reader.get());
-    archive_entry* entry = nullptr;
-    if (archive_read_open(reader.get(), &supply, nullptr, &ByteSupply::read, nullptr) != ARCHIVE_OK ||
-        archive_read_next_header(reader.get(), &entry) != ARCHIVE_OK) {
-        supply.fail();
-    }
-    for (BlockPipeline::Block* block = m_pipeline.acquire(); block != nullptr; block = m_pipeline.acquire()) {
-        block->plain.reserve(kCopySize);
-        la_ssize_t got = archive_read_data(reader.get(), block->plain.data(), kCopySize);
-        block->plain.size = static_cast<std::size_t>(std::max<la_ssize_t>(got, 0));
-        m_pipeline.complete(*block);
-        if (got < 0) {
-            supply.fail();
-        }
-        if (got == 0) {
-            return;
-        }
+    while (Bunzipper::unpackStream(m_input, m_pipeline) && skipPadding(kBzip2Magic, "bzip2")) {
     }
 }
 
@@ -157,7 +99,7 @@ void PlainStream::unpackGzip() {
         if (!goOn) {
             return;
         }
-    } while (skipPadding());
+    } while (skipPadding(kGzipMagic, "gzip"));
 }
 
 bool PlainStream::submitMember(std::size_t packedSize, std::size_t plainSize) {
@@ -179,7 +121,7 @@ bool PlainStream::submitMember(std::size_t packedSize, std::size_t plainSize) {
     return true;
 }
 
-bool PlainStream::skipPadding() {
+bool PlainStream::skipPadding(std::string_view magic, const std::string& method) {
     for (;;) {
         std::span<const std::uint8_t> rest = m_input.available();
         if (rest.empty()) {
@@ -190,8 +132,8 @@ bool PlainStream::skipPadding() {
         if (used == rest.end()) {
             continue;
         }
-        if (!startsWith(m_input.peek(2), "\x1f\x8b")) {
-            throw ArchiveFailure("bytes that are no gzip data follow the archive");
+        if (!startsWith(m_input.peek(magic.size()), magic)) {
+            throw ArchiveFailure("bytes that are no " + method + " data follow the archive");
         }
         return true;
     }

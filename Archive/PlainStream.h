@@ -6,6 +6,7 @@
 #include <functional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -34,7 +35,8 @@ private:
     void unpackBzip2();
     void unpackGzip();
     bool submitMember(std::size_t packedSize, std::size_t plainSize);
-    bool skipPadding();
+    /// Skips zeros; whether compressed data of the same kind follow, which begin with `magic`.
+    bool skipPadding(std::string_view magic, const std::string& method);
     void inflateSubmitted();
     void startWorkers();
 

@@ -40,10 +40,15 @@ zpk_dependency(zpk_expat FILE libexpat.a MODULE expat)
 zpk_dependency(zpk_plist FILE libplist-2.0.a MODULE libplist-2.0 LINK Threads::Threads m)
 zpk_dependency(zpk_isal FILE libisal.a MODULE libisal)
 zpk_dependency(zpk_deflate FILE libdeflate.a MODULE libdeflate)
+# Debian's package of bzip2 says nothing to pkg-config.
+add_library(zpk_bzip2 INTERFACE)
 if(ZPK_STATIC)
-  set(bzip2 ${ZPK_DEPENDENCIES}/lib/libbz2.a)
+  target_include_directories(zpk_bzip2 SYSTEM INTERFACE ${ZPK_DEPENDENCIES}/include)
+  target_link_libraries(zpk_bzip2 INTERFACE ${ZPK_DEPENDENCIES}/lib/libbz2.a)
+else()
+  find_package(BZip2 REQUIRED)
+  target_link_libraries(zpk_bzip2 INTERFACE BZip2::BZip2)
 endif()
-zpk_dependency(zpk_libarchive FILE libarchive.a MODULE libarchive LINK ${bzip2})
 
 # zpk_packaged_dependency(name FILE libx.a MODULE pkg-config-module [LINK target ...])
 # The same for one whose package of Debian has the static library, too.

@@ -89,11 +89,13 @@ TEST(ArchiveTest, ArchiveThatCannotBeReadIsNamedWithItsReason) {
     writeFile(folder / "empty", "");
     writeFile(folder / "text", "no archive\n");
     writeFile(folder / "bzip2", "BZh9\x31\x41\x59\x26\x53\x59 and no more of it");
+    writeFile(folder / "cut", "BZh9\x31\x41\x59\x26");
     for (const auto& [name, reason] : std::vector<std::pair<std::string, std::string>>{
              {"missing", "No such file or directory"},
              {"empty", "the file is empty"},
              {"text", "not a CPIO archive"},
-             {"bzip2", "the bzip2 data are damaged or cut short"}}) {
+             {"bzip2", "the compressed data are damaged"},
+             {"cut", "the archive ends in the middle of its compressed data"}}) {
         const Errors expected{(folder / name) + ": " + reason};
         EXPECT_EQ(errorsOfExtract(folder / name, folder / "out"), expected);
         EXPECT_EQ(errorsOfList(folder / name), expected);

@@ -61,6 +61,14 @@ TEST_F(DamagedArchiveTest, Bzip2CutAtEveryOffsetIsAnError) {
     EXPECT_TRUE(extractBytes(good));
 }
 
+TEST_F(DamagedArchiveTest, BytesAfterABzip2ArchiveThatAreNoBzip2AreAnError) {
+    shell("cd '" + (m_folder / "in") + "'; bsdtar --format cpio -cf - D | bzip2 > ../archive");
+    const std::string good = readFile(m_folder / "archive");
+    EXPECT_TRUE(extractBytes(good + std::string(1000, '\0')));
+    EXPECT_FALSE(extractBytes(good + "appended"));
+    EXPECT_FALSE(extractBytes(good + std::string(1000, '\0') + "appended"));
+}
+
 TEST_F(DamagedArchiveTest, FlippedBitsInTheDataAreErrorsAndNeverEscape) {
     shell("cd '" + (m_folder / "in") + "'; bsdtar --format cpio -cf - D | gzip -n > ../archive");
     for (const std::string& good : {m_good, readFile(m_folder / "archive")}) {
