@@ -22,7 +22,7 @@ namespace zpk_test {
 struct Outcome {
     int exitStatus = -1;  ///< 128 + the signal's number when a signal ended it.
     std::string standardError;
-    long peakMemory = 0;       ///< KiB.
+    long peakMemory = 0;  ///< KiB.
 };
 
 /// Runs the program with standard error into a file; `prepare` runs in the child before it.
