@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "Base/ZPKDescriptorIO.h"
+#include "Base/ZPKEnvironment.h"
 
 namespace {
 
@@ -58,12 +59,17 @@ unsigned int takeNumber(std::string_view& text) {
 
 }  // namespace
 
+bool ZPKSecondStage::hasDisplay() {
+    return ZPKEnvironment::isSet("DISPLAY") || ZPKEnvironment::isSet("WAYLAND_DISPLAY") ||
+           ZPKEnvironment::isSet("QT_QPA_PLATFORM");
+}
+
 ZPKOutcome ZPKSecondStage::probe() const {
     struct utsname system;
     if (::uname(&system) == 0 && !suitsKernel(system.release)) {
         return ZPKFailure(m_parts.folder(), "made for a newer kernel");
     }
-    return m_parts.find();
+    return m_parts.find(m_module);
 }
 
 ZPKFailure ZPKSecondStage::start(int argc, char** argv, char** environment) const {

@@ -15,11 +15,16 @@
 /// process stays the same. Main thread only, before any other thread.
 class ZPKSecondStage {
 public:
-    /// `frameworks` is the bundle's folder of carried parts.
-    explicit ZPKSecondStage(std::string frameworks) : m_parts(std::move(frameworks)) {}
+    /// `frameworks` is the bundle's folder of carried parts, `module` the file that has the windows in it.
+    ZPKSecondStage(std::string frameworks, std::string module)
+        : m_parts(std::move(frameworks)), m_module(std::move(module)) {}
 
-    /// Looks for whatever would make the loader give up, since nothing leads back from there: the parts
-    /// that the bundle says it carries, and a kernel that they can run on.
+    /// Whether the environment names a display, or says how to come by one.
+    static bool hasDisplay();
+
+    /// Looks for whatever would make the loader give up, since nothing leads back from there, or take a
+    /// library of the machine: the parts that the bundle says it carries, what these and the module need, and
+    /// a kernel that they can run on.
     ZPKOutcome probe() const;
 
     /// Becomes the second stage; comes back only with the cause of a failure. `environment` reaches the
@@ -47,4 +52,5 @@ private:
     ZPKOutcome tryStart(std::vector<std::string> variables) const;
 
     ZPKCarriedParts m_parts;
+    std::string m_module;
 };

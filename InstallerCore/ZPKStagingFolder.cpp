@@ -24,7 +24,8 @@ using Content = ZPKPackageLayout::Content;
 ZPKResult<std::unique_ptr<ZPKStagingFolder>> ZPKStagingFolder::make() {
     const std::optional<std::string> temporaryFolder = ZPKStandardFolders::temporaryFolder();
     if (!temporaryFolder) {
-        return ZPKFailure(ZPKPackageLayout::stagingFolder(""), "No safe folder for temporary files");
+        return ZPKFailure(ZPKPackageLayout::stagingFolder(""),
+                          ZPKStandardFolders::reasonForNoTemporaryFolder());
     }
     std::unique_ptr<ZPKStagingFolder> folder(
         new ZPKStagingFolder(ZPKPackageLayout::stagingFolder(*temporaryFolder)));

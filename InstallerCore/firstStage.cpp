@@ -9,7 +9,6 @@
 #include <iostream>
 
 #include "Base/ZPKClock.h"
-#include "Base/ZPKEnvironment.h"
 #include "InstallerCore/ZPKApplicationRun.h"
 #include "InstallerCore/ZPKCrashRescue.h"
 #include "InstallerCore/ZPKSecondStage.h"
@@ -17,18 +16,15 @@
 #include "Platform/ZPKIgnoredSignals.h"
 #include "Platform/ZPKMainBundle.h"
 #include "UserInterface/Terminal/ZPKTerminalFrontEnd.h"
+#include "UserInterface/ZPKDesktopPlugIn.h"
 #include "UserInterface/ZPKRemovableVolumes.h"
 
 namespace {
 
-bool hasDisplay() {
-    return ZPKEnvironment::isSet("DISPLAY") || ZPKEnvironment::isSet("WAYLAND_DISPLAY") ||
-           ZPKEnvironment::isSet("QT_QPA_PLATFORM");
-}
-
 /// Comes back only when there are no windows to be had.
 void becomeSecondStage(int argc, char** argv) {
-    const ZPKSecondStage stage(ZPKMainBundle::mainBundle().frameworksPath());
+    const ZPKBundle& bundle = ZPKMainBundle::mainBundle();
+    const ZPKSecondStage stage(bundle.frameworksPath(), bundle.plugInPath(kDesktopModuleName));
     const ZPKOutcome whole = stage.probe();
     const ZPKFailure failure = whole ? stage.start(argc, argv, environ) : whole.failure();
     std::cerr << "Zephyrkit: no windows: " << failure.message() << "\n";
@@ -37,7 +33,7 @@ void becomeSecondStage(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (hasDisplay() && !ZPKCrashRescue::wasCalled(argc, argv)) {
+    if (ZPKSecondStage::hasDisplay() && !ZPKCrashRescue::wasCalled(argc, argv)) {
         becomeSecondStage(argc, argv);
     }
     // Whoever reads the launcher's words may go away; the run must not end halfway for that. The second

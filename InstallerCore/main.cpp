@@ -42,11 +42,6 @@ int runOnTerminal() {
     return runApplication(frontEnd);
 }
 
-bool hasDisplay() {
-    return ZPKEnvironment::isSet("DISPLAY") || ZPKEnvironment::isSet("WAYLAND_DISPLAY") ||
-           ZPKEnvironment::isSet("QT_QPA_PLATFORM");
-}
-
 /// The folder of the parts that this process runs on; empty where these are the machine's.
 std::string carriedParts() {
     const ZPKCarriedParts parts(ZPKMainBundle::mainBundle().frameworksPath());
@@ -55,15 +50,14 @@ std::string carriedParts() {
 
 /// The module's entry, or null with a line that says why.
 ZPKDesktopEntry openModule(bool isCarried) {
-    constexpr const char* kModule = "ZPKDesktop.so";
-    const std::string path = ZPKMainBundle::mainBundle().plugInPath(kModule);
+    const std::string path = ZPKMainBundle::mainBundle().plugInPath(kDesktopModuleName);
     if (const ZPKOutcome whole = ZPKLoadableFile::check(path); !whole) {
         std::cerr << "Zephyrkit: no windows: " << whole.failure().message() << "\n";
         return nullptr;
     }
     // By a path from this program's own: a dollar sign in a path is a mark to the loader, but not in that.
     // A sanitizer, where there is one, would have it begin elsewhere.
-    const std::string name = isCarried ? std::string("$ORIGIN/../PlugIns/") + kModule : path;
+    const std::string name = isCarried ? std::string("$ORIGIN/../PlugIns/") + kDesktopModuleName : path;
     void* module = ::dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL);
     void* entry = module == nullptr ? nullptr : ::dlsym(module, ZPKDesktopEntryName);
     if (entry == nullptr) {
@@ -74,7 +68,7 @@ ZPKDesktopEntry openModule(bool isCarried) {
 
 /// The windows, or null on a machine without a display or without the toolkit.
 std::unique_ptr<ZPKFrontEnd> openDesktop(int argc, char** argv) {
-    if (!hasDisplay()) {
+    if (!ZPKSecondStage::hasDisplay()) {
         return nullptr;
     }
     const std::string carried = carriedParts();

@@ -9,10 +9,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <optional>
+#include <set>
 #include <string_view>
 
 #include "Base/ZPKPath.h"
 #include "Base/ZPKRegularFile.h"
+#include "Platform/ZPKFileManager.h"
 #include "Platform/ZPKLoadableFile.h"
 
 namespace {
@@ -36,33 +38,55 @@ bool isLibrary(const std::string& path) {
     return ZPKPath::lastComponent(path).find(".so") != std::string::npos;
 }
 
-ZPKOutcome findPart(const std::string& path) {
-    return isLibrary(path) ? ZPKLoadableFile::check(path) : findRegularFile(path);
-}
+using Names = std::vector<std::string>;
 
-ZPKOutcome findProgram(const std::string& path) {
-    // Says no as well where the file system lets nothing be executed.
-    if (::access(path.c_str(), X_OK) != 0) {
-        return ZPKFailure::ofSystem(path, errno);
+/// The libraries that a part needs; only a library or a program needs any.
+ZPKResult<Names> needsOf(const std::string& part, bool isProgram) {
+    if (isProgram || isLibrary(part)) {
+        return ZPKLoadableFile::neededLibraries(part);
     }
-    return ZPKLoadableFile::check(path);
+    const ZPKOutcome found = findRegularFile(part);
+    return found ? ZPKResult<Names>(Names()) : found.failure();
 }
 
 }  // namespace
 
-ZPKOutcome ZPKCarriedParts::find() const {
-    for (const std::string& program : {loader(), this->program()}) {
-        if (ZPKOutcome found = findProgram(program); !found) {
-            return found;
+ZPKOutcome ZPKCarriedParts::find(const std::string& user) const {
+    Names files{loader(), program()};
+    for (const std::string& program : files) {
+        // Says no as well where the file system lets nothing be executed.
+        if (::access(program.c_str(), X_OK) != 0) {
+            return ZPKFailure::ofSystem(program, errno);
         }
     }
-    const ZPKResult<std::vector<std::string>> parts = listed();
+    const ZPKResult<Names> parts = listed();
     if (!parts) {
         return parts.failure();
     }
-    for (const std::string& part : *parts) {
-        if (ZPKOutcome found = findPart(part); !found) {
-            return found;
+    files.insert(files.end(), parts->begin(), parts->end());
+    if (!user.empty()) {
+        files.push_back(user);
+    }
+    return findWithLibraries(std::move(files));
+}
+
+ZPKOutcome ZPKCarriedParts::findWithLibraries(Names files) const {
+    std::set<std::string> known(files.begin(), files.end());
+    for (std::size_t index = 0; index < files.size(); ++index) {
+        const std::string file = files[index];
+        const ZPKResult<Names> needed = needsOf(file, file == program());
+        if (!needed) {
+            return needed.failure();
+        }
+        for (const std::string& name : *needed) {
+            std::string library = path(name);
+            if (!known.insert(library).second) {
+                continue;
+            }
+            if (name.find('/') != std::string::npos || !ZPKFileManager::fileExists(library)) {
+                return ZPKFailure(file, "needs " + name + ", which is not carried");
+            }
+            files.push_back(std::move(library));
         }
     }
     return {};

@@ -23,14 +23,17 @@ public:
     std::string program() const { return path("Zephyrkit-desktop"); }
 
     /// Looks for all of them: both programs can be executed, every library is one, and every other part of
-    /// the list is a file with contents. The failure names the first that is not.
-    ZPKOutcome find() const;
+    /// the list is a file with contents. Whatever library they need is among them as well, and so is what
+    /// `user` needs, a library elsewhere that runs on them: the loader would take it from the machine. The
+    /// failure names the first that is not.
+    ZPKOutcome find(const std::string& user = {}) const;
 
     /// The full paths of the parts in the list. Fails when there is no list.
     ZPKResult<std::vector<std::string>> listed() const;
 
 private:
     std::string path(const std::string& name) const { return m_folder + "/" + name; }
+    ZPKOutcome findWithLibraries(std::vector<std::string> files) const;
 
     std::string m_folder;
 };

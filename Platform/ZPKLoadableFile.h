@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "Base/ZPKFailure.h"
 
@@ -16,4 +17,7 @@ public:
     /// Succeeds where the file is a library or program of x86-64 that was not cut short. What else may be
     /// wrong with its contents is not seen.
     static ZPKOutcome check(const std::string& path);
+
+    /// The same; gives the names of the libraries that the file has the loader look for.
+    static ZPKResult<std::vector<std::string>> neededLibraries(const std::string& path);
 };

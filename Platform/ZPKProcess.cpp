@@ -4,14 +4,33 @@
 #include "Platform/ZPKProcess.h"
 
 #include <limits.h>
+#include <sys/auxv.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <charconv>
+#include <cstdlib>
+#include <memory>
 #include <string_view>
 
 #include "Platform/ZPKFileManager.h"
 #include "Platform/ZPKKernelFile.h"
+
+namespace {
+
+constexpr std::string_view kSelf = "self";
+
+/// What this program was started as, which the kernel has told it: for a machine without /proc.
+std::optional<std::string> pathAtStart() {
+    // The kernel gives every such value as a number.
+    // NOLINTNEXTLINE(performance-no-int-to-ptr)
+    const auto* const name = reinterpret_cast<const char*>(::getauxval(AT_EXECFN));
+    const std::unique_ptr<char, decltype(&std::free)> path(
+        name == nullptr ? nullptr : ::realpath(name, nullptr), &std::free);
+    return path ? std::optional<std::string>(path.get()) : std::nullopt;
+}
+
+}  // namespace
 
 std::vector<pid_t> ZPKProcess::identifiers() {
     std::vector<std::string> names;
@@ -51,7 +70,7 @@ std::optional<std::string> ZPKProcess::executablePath(const std::string& process
     std::string path(PATH_MAX, '\0');
     const ssize_t length = ::readlink(link.c_str(), path.data(), path.size());
     if (length <= 0 || path[0] != '/') {
-        return std::nullopt;
+        return process == kSelf ? pathAtStart() : std::nullopt;
     }
     path.resize(static_cast<std::size_t>(length));
     // The kernel's mark for a file that is no longer at this path; it may also be part of a name.

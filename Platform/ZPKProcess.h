@@ -21,6 +21,7 @@ public:
     static std::optional<uid_t> effectiveUser(pid_t process);
 
     /// Full path of the program file of a process, `process` being its identifier or "self"; also when
-    /// the file has been removed or replaced since. Nothing when it may not be asked.
+    /// the file has been removed or replaced since. Nothing when it may not be asked. The own path is known
+    /// without /proc as well, if the file still is where it was started and the working folder is that one.
     static std::optional<std::string> executablePath(const std::string& process);
 };

@@ -61,6 +61,11 @@ std::optional<std::string> usableFolder(const std::string& folder) {
     return path && !ZPKFileManager::isOnFileSystemWithoutExecution(*path) ? path : std::nullopt;
 }
 
+/// A folder is made private through its descriptor's name, however the umask and the folder around are set.
+bool canMakePrivate() {
+    return ZPKFileManager::isFolder("/proc/self/fd");
+}
+
 std::string sharedTemporaryFolder() {
     const std::optional<std::string> named = ZPKEnvironment::absolutePath("TMPDIR");
     return named && ZPKFileManager::isFolder(*named) ? *named : "/tmp";
@@ -118,9 +123,17 @@ std::string ZPKStandardFolders::homeFolder() {
 }
 
 std::optional<std::string> ZPKStandardFolders::temporaryFolder() {
+    if (!canMakePrivate()) {
+        return std::nullopt;
+    }
     if (std::optional<std::string> folder = usableFolder(sharedTemporaryFolder())) {
         return folder;
     }
     const std::optional<std::string> cache = cacheFolder();
     return cache ? usableFolder(*cache) : std::nullopt;
+}
+
+std::string ZPKStandardFolders::reasonForNoTemporaryFolder() {
+    return canMakePrivate() ? "No safe folder for temporary files from which programs may run"
+                            : "No folder for temporary files can be made private without /proc";
 }

@@ -33,6 +33,10 @@ public:
     /// the private folder `com.varno.zephyrkit-<uid>` inside it, made with mode 0700; one that is there
     /// already is taken only if it is a real folder of the user's with that mode. Otherwise, and where
     /// programs may not run from it (`noexec`), `$XDG_CACHE_HOME`, else `~/.cache` (made when missing), by
-    /// the same rules; where that will not do either there is no temporary folder.
+    /// the same rules; where that will not do either there is no temporary folder, and neither is there one
+    /// without /proc.
     static std::optional<std::string> temporaryFolder();
+
+    /// Why `temporaryFolder` gives nothing, in words for a failure.
+    static std::string reasonForNoTemporaryFolder();
 };

@@ -28,6 +28,9 @@ struct ZPKDesktopParameters {
     int (*runWithoutDesktop)() = nullptr;
 };
 
+/// The module's file among the bundle's plug-ins.
+inline constexpr const char* kDesktopModuleName = "ZPKDesktop.so";
+
 /// Name and type of the one function that the module exports. It gives a front end that the caller
 /// owns and destroys with `delete`, or null when there is no display to show it on. A toolkit that
 /// cannot go on later, when its display goes away for instance, ends the process with `exit(1)`, so

@@ -115,11 +115,11 @@ class AnywhereCase(unittest.TestCase):
                 done = self.install(room, "/%s/Plain.app/Contents/Linux/Zephyrkit" % place, variables=variables)
                 self.assertNotIn("no windows", done.errors())
 
-    def assert_refused(self, room, program, expected):
+    def assert_refused(self, room, program, expected, **variables):
         """Nothing is installed or left behind; what was told of it."""
         self.make_cache(room)
         before = self.traces(room)
-        done, status = room.run(program, environment=person())
+        done, status = room.run(program, environment=person(**variables))
         self.assertEqual(status, expected)
         self.assertEqual(done.output(), "")
         self.assertNotEqual(done.complaints(), [])

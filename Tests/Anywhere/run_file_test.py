@@ -55,7 +55,8 @@ class RunFileTest(AnywhereCase):
         self.assert_installed(room, person())
 
     def test_without_process_file_system(self):
-        self.assertIn("/proc", self.assert_refused(self.room(proc=False), RUN_FILE, 1))
+        told = self.assert_refused(self.room(proc=False), RUN_FILE, 1)
+        self.assertEqual(told, "Zephyrkit: %s: No folder for temporary files can be made private without /proc" % RUN_FILE)
 
     def test_folder_that_nothing_is_executed_from(self):
         room = self.room((PACKAGES, "/sealed", READ_ONLY | NO_EXECUTION))
@@ -74,7 +75,7 @@ class RunFileTest(AnywhereCase):
 
     def test_no_folder_that_anything_is_executed_from(self):
         room = self.room(temporary=NO_EXECUTION, home=NO_EXECUTION)
-        self.assertIn("no folder for temporary files", self.assert_refused(room, RUN_FILE, 1))
+        self.assertIn("No safe folder for temporary files", self.assert_refused(room, RUN_FILE, 1))
 
 
 if __name__ == "__main__":

@@ -52,8 +52,15 @@ class TerminalTest(AnywhereCase):
         self.assertEqual((room.record / "installed").read_bytes(), (PACKAGES / "Script/Data/product").read_bytes())
 
     def test_without_process_file_system(self):
-        room = self.room(proc=False)
-        self.assert_refused(room, LAUNCHER, 0)
+        cause = "No folder for temporary files can be made private without /proc"
+        texts = {
+            "C.UTF-8": "The temporary folder could not be created.",
+            "de_DE.UTF-8": "Der temporäre Ordner konnte nicht erstellt werden.",
+        }
+        for language, words in texts.items():
+            told = self.assert_refused(self.room(proc=False), LAUNCHER, 0, LANG=language)
+            self.assertIn(cause, told)
+            self.assertIn(words, told)
 
     def test_folder_that_nothing_is_executed_from(self):
         room = self.room((PACKAGES, "/sealed", READ_ONLY | NO_EXECUTION))

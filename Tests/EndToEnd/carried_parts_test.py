@@ -208,6 +208,15 @@ class BrokenPartsTest(CarriedPartsTestCase):
             self.assert_goes_on_with("Frameworks/" + part, None, "no windows: ", part + ": No such file")
         self.assert_goes_on_with("PlugIns/ZPKDesktop.so", None, "no windows: ", "ZPKDesktop.so: No such file")
 
+    def test_missing_and_not_listed(self):
+        parts = (self.bundle / FRAMEWORKS / "Parts").read_text()
+        users = {"libQt6UiTools.so.6": "ZPKDesktop.so", "libz.so.1": None, "libstdc++.so.6": "Zephyrkit-desktop"}
+        for part, user in users.items():
+            self.assertIn(part + "\n", parts)
+            self.replace("Frameworks/Parts", parts.replace(part + "\n", "").encode())
+            told = "needs %s, which is not carried" % part
+            self.assert_goes_on_with("Frameworks/" + part, None, "no windows: ", user + ": " + told if user else told)
+
     def test_cut_short_or_something_else(self):
         parts = [LOADER, "Zephyrkit-desktop", "libc.so.6", "libQt6Gui.so.6", "plugins/platforms/libqxcb.so"]
         for part in (*("Frameworks/" + name for name in parts), "PlugIns/ZPKDesktop.so"):

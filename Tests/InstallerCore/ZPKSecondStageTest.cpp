@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <link.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -40,6 +41,21 @@ std::map<std::string, Texts> partsOf(const std::string& output) {
     return parts;
 }
 
+/// The machine's libraries that this test runs on, by their paths: more than the program needs that plays the
+/// second stage.
+Texts loadedLibraries() {
+    Texts paths;
+    ::dl_iterate_phdr(
+        [](dl_phdr_info* loaded, std::size_t, void* found) {
+            if (loaded->dlpi_name[0] == '/') {
+                static_cast<Texts*>(found)->emplace_back(loaded->dlpi_name);
+            }
+            return 0;
+        },
+        &paths);
+    return paths;
+}
+
 class ZPKSecondStageTest : public ::testing::Test {
 protected:
     void SetUp() override { makeFrameworks(m_folder / "Frameworks"); }
@@ -53,12 +69,21 @@ protected:
         writeFile(part("libQt6Core.so.6"), zpk_test::MachineProgram().bytes64());
         writeFile(part("fonts/Font.ttf"), "x");
         writeFile(part("Parts"), "fonts/Font.ttf\nlibQt6Core.so.6\n");
+        for (const std::filesystem::path library : loadedLibraries()) {
+            // The loader is there already, and starts the program under its own path.
+            if (!std::filesystem::exists(part(library.filename()))) {
+                std::filesystem::create_symlink(library, part(library.filename()));
+            }
+        }
+        writeFile(module(), zpk_test::MachineProgram().bytes64());
     }
+
+    std::string module() const { return m_folder / "ZPKDesktop.so"; }
 
     std::string part(const std::string& name) const { return m_frameworks + "/" + name; }
 
     std::string obstacle() const {
-        const ZPKOutcome outcome = ZPKSecondStage(m_frameworks).probe();
+        const ZPKOutcome outcome = ZPKSecondStage(m_frameworks, module()).probe();
         return outcome ? "" : outcome.failure().path() + ": " + outcome.failure().reason();
     }
 
@@ -69,7 +94,7 @@ protected:
         if (child == 0) {
             redirect("output", STDOUT_FILENO);
             redirect("errors", STDERR_FILENO);
-            const ZPKFailure failure = ZPKSecondStage(m_frameworks)
+            const ZPKFailure failure = ZPKSecondStage(m_frameworks, module())
                                            .start(static_cast<int>(arguments.size()),
                                                   pointers(arguments).data(), pointers(environment).data());
             ZPKDescriptorIO::writeWhole(STDERR_FILENO, failure.message() + "\n") ? ::_exit(3) : ::_exit(4);
@@ -167,6 +192,37 @@ TEST_F(ZPKSecondStageTest, AnythingMissingIsAnObstacle) {
     EXPECT_EQ(obstacle(), part("ld-linux-x86-64.so.2") + missing);
 }
 
+TEST_F(ZPKSecondStageTest, ALibraryThatTheLoaderWouldTakeFromTheMachineIsAnObstacle) {
+    const std::string missing = ": needs libc.so.6, which is not carried";
+    const std::string program = readFile(ZPK_STAGE_PROBE);
+    std::filesystem::remove(part("libc.so.6"));
+    EXPECT_EQ(obstacle(), part("Zephyrkit-desktop") + missing);
+    writeFile(part("Zephyrkit-desktop"), zpk_test::MachineProgram().bytes64());
+    writeFile(module(), program);
+    EXPECT_EQ(obstacle(), module() + missing);
+    writeFile(module(), zpk_test::MachineProgram().bytes64());
+    writeFile(part("libQt6Core.so.6"), program);
+    EXPECT_EQ(obstacle(), part("libQt6Core.so.6") + missing);
+}
+
+TEST_F(ZPKSecondStageTest, ALibraryThatIsInNoListNeedsOthersAsWell) {
+    writeFile(part("libQt6Core.so.6"), zpk_test::MachineProgram().bytes64());
+    std::filesystem::remove(part("libstdc++.so.6"));
+    std::string another = readFile(ZPK_STAGE_PROBE);
+    another.replace(another.find(std::string("libc.so.6\0", 10)), 9, "libX.so.6");
+    writeFile(part("libstdc++.so.6"), another);
+    EXPECT_EQ(obstacle(), part("libstdc++.so.6") + ": needs libX.so.6, which is not carried");
+}
+
+TEST_F(ZPKSecondStageTest, ALibraryNamedByAPathIsAnObstacle) {
+    std::string another = readFile(ZPK_STAGE_PROBE);
+    another.replace(another.find(std::string("libc.so.6\0", 10)), 9, "x/bc.so.6");
+    writeFile(part("libQt6Core.so.6"), another);
+    std::filesystem::create_directory(part("x"));
+    writeFile(part("x/bc.so.6"), another);
+    EXPECT_EQ(obstacle(), part("libQt6Core.so.6") + ": needs x/bc.so.6, which is not carried");
+}
+
 TEST_F(ZPKSecondStageTest, WhatIsNoUsablePartIsAnObstacle) {
     writeFile(part("libQt6Core.so.6"), "");
     EXPECT_EQ(obstacle(), part("libQt6Core.so.6") + ": no library or program for this processor");
@@ -181,6 +237,9 @@ TEST_F(ZPKSecondStageTest, WhatIsNoUsablePartIsAnObstacle) {
     EXPECT_EQ(obstacle(), part("Parts") + ": not a file with contents") << "and nobody waits for a writer";
     ASSERT_EQ(::chmod(part("Zephyrkit-desktop").c_str(), 0644), 0);
     EXPECT_EQ(obstacle(), part("Zephyrkit-desktop") + ": Permission denied");
+    makeFrameworks(m_folder / "without windows");
+    std::filesystem::remove(module());
+    EXPECT_EQ(obstacle(), module() + ": No such file or directory");
 }
 
 TEST(ZPKSecondStageKernelTest, OnlyKernelsThatTheToolkitKnowsSuit) {

@@ -91,7 +91,7 @@ TEST_F(ZPKStagingFolderTest, WithoutAFolderForTemporaryFilesThereIsNone) {
     fs::permissions(m_temporary, fs::perms::all | fs::perms::sticky_bit);
     const zpk_test::ScopedEnvironment noCache("XDG_CACHE_HOME", "/dev/null");
     fs::create_symlink(m_folder.path(), m_temporary + "/com.varno.zephyrkit-" + std::to_string(::geteuid()));
-    EXPECT_EQ(reason(), "No safe folder for temporary files");
+    EXPECT_EQ(reason(), "No safe folder for temporary files from which programs may run");
 }
 
 TEST_F(ZPKStagingFolderTest, FolderOfAnotherOwnerThatStaysIsNotTaken) {

@@ -4,8 +4,9 @@
 #include "Platform/ZPKLoadableFile.h"
 
 #include <elf.h>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
+#include <cstdint>
 #include <cstring>
 #include <limits>
 
@@ -13,6 +14,8 @@
 
 namespace {
 
+using ::testing::IsEmpty;
+using ::testing::IsSupersetOf;
 using zpk_test::readFile;
 using zpk_test::TemporaryFolder;
 using zpk_test::writeFile;
@@ -26,6 +29,34 @@ protected:
         writeFile(m_folder / "file", bytes);
         const ZPKOutcome outcome = ZPKLoadableFile::check(m_folder / "file");
         return outcome ? "" : outcome.failure().reason();
+    }
+
+    /// The bytes with another value where the file says what it has for the loader.
+    std::string withDynamicSegment(std::uint64_t Elf64_Phdr::*field, std::uint64_t value) const {
+        std::string bytes = m_whole;
+        (dynamicSegment(bytes)->*field) = value;
+        return bytes;
+    }
+
+    /// The bytes with another tag and value in the first entry of that tag.
+    std::string withDynamicEntry(Elf64_Sxword tag, Elf64_Sxword other, std::uint64_t value) const {
+        std::string bytes = m_whole;
+        auto* entry = reinterpret_cast<Elf64_Dyn*>(bytes.data() + dynamicSegment(bytes)->p_offset);
+        while (entry->d_tag != tag) {
+            ++entry;
+        }
+        entry->d_tag = other;
+        entry->d_un.d_val = value;
+        return bytes;
+    }
+
+    static Elf64_Phdr* dynamicSegment(std::string& bytes) {
+        const auto* const header = reinterpret_cast<const Elf64_Ehdr*>(bytes.data());
+        auto* segment = reinterpret_cast<Elf64_Phdr*>(bytes.data() + header->e_phoff);
+        while (segment->p_type != PT_DYNAMIC) {
+            ++segment;
+        }
+        return segment;
     }
 
     /// A library of this machine.
@@ -76,6 +107,27 @@ TEST_F(ZPKLoadableFileTest, SegmentsBeyondTheEndAreSeenWithoutSections) {
     bare = with<Elf64_Half>(bare, &Elf64_Ehdr::e_shnum, 0);
     EXPECT_EQ(refusal(bare), "");
     EXPECT_EQ(refusal(bare.substr(0, 4096)), "cut short");
+}
+
+TEST_F(ZPKLoadableFileTest, TheLibrariesThatItNeedsAreNamed) {
+    const auto needed = ZPKLoadableFile::neededLibraries("/proc/self/exe");
+    ASSERT_TRUE(needed) << needed.failure().message();
+    EXPECT_THAT(*needed, IsSupersetOf({"libc.so.6", "libstdc++.so.6"}));
+    const auto ofLoader = ZPKLoadableFile::neededLibraries("/lib64/ld-linux-x86-64.so.2");
+    ASSERT_TRUE(ofLoader) << ofLoader.failure().message();
+    EXPECT_THAT(*ofLoader, IsEmpty());
+}
+
+TEST_F(ZPKLoadableFileTest, WhatDoesNotSayWhichLibrariesItNeedsIsNot) {
+    const std::string mute = "does not say which libraries it needs";
+    const auto far = std::numeric_limits<std::uint64_t>::max() - 1;
+    EXPECT_EQ(refusal(withDynamicSegment(&Elf64_Phdr::p_offset, far)), mute);
+    EXPECT_EQ(refusal(withDynamicSegment(&Elf64_Phdr::p_filesz, far)), mute);
+    EXPECT_EQ(refusal(withDynamicSegment(&Elf64_Phdr::p_filesz, m_whole.size())), mute);
+    for (const Elf64_Sxword tag : {DT_STRTAB, DT_NEEDED}) {
+        EXPECT_EQ(refusal(withDynamicEntry(tag, tag, far / 2)), mute) << tag;
+    }
+    EXPECT_EQ(refusal(withDynamicEntry(DT_STRTAB, DT_DEBUG, 0)), mute);
 }
 
 TEST_F(ZPKLoadableFileTest, AFailureNamesTheFile) {

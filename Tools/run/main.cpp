@@ -49,7 +49,7 @@ ZPKFailure run(char** argv) {
     }
     const std::optional<std::string> temporaryFolder = ZPKStandardFolders::temporaryFolder();
     if (!temporaryFolder) {
-        return {self, "there is no folder for temporary files from which programs may run"};
+        return {self, ZPKStandardFolders::reasonForNoTemporaryFolder()};
     }
     zpk_run::RunFolder::removeAbandoned(*temporaryFolder);
     const ZPKResult<zpk_run::RunFolder> folder = zpk_run::RunFolder::makeIn(*temporaryFolder);
