@@ -32,8 +32,9 @@ std::size_t countOrThrow(ssize_t got) {
 }  // namespace
 
 InputFile::InputFile(const std::string& path)
-    // Opening a FIFO must not wait for a writer.
-    : m_file(ZPKDescriptorIO::retry([&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); })),
+    // Opening a FIFO must not wait for a writer, and a terminal is not to become this process's own.
+    : m_file(ZPKDescriptorIO::retry(
+          [&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); })),
       m_buffer(kBufferSize) {
     struct stat status {};
     if (!m_file.isOpen() || !DiskCalls::status(m_file.get(), status)) {

@@ -6,13 +6,15 @@
 #include <cstring>
 
 #include "Base/ZPKTerminalText.h"
+#include "Base/ZPKTraceText.h"
 
 ZPKFailure ZPKFailure::ofSystem(std::string path, int error) {
     return {std::move(path), systemReason(error)};
 }
 
 std::string ZPKFailure::message() const {
-    return ZPKTerminalText::printable(m_path) + ": " + ZPKTerminalText::printable(m_reason);
+    return ZPKTerminalText::printable(m_path, ZPKTraceText::kLongest) + ": " +
+           ZPKTerminalText::printable(m_reason, ZPKTraceText::kLongest);
 }
 
 std::string ZPKFailure::systemReason(int error) {

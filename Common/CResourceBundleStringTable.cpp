@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <string_view>
 
+#include "Base/ZPKTraceText.h"
 #include "Common/CBaseObjectUtil.h"
 #include "Common/CPlusUtil.h"
 #include "Common/CResourceBundleStringElement.h"
@@ -54,14 +55,18 @@ const char* CResourceBundleStringTable::GetStringForKey(const char* inKey) const
 
 void CResourceBundleStringTable::TraceHit(const CResourceBundleStringElement& inElement) const {
     // Put together here and written at once: formatting would take longer than the whole search.
+    const ZPKTraceText key(inElement.GetKey());
+    const ZPKTraceText value(inElement.GetValue());
     const std::string_view parts[] = {"CResourceBundleStringTable::GetStringForKey: ",
                                       m_path,
                                       ": ",
                                       m_name,
                                       ": '",
-                                      inElement.GetKey(),
+                                      key.shown(),
+                                      key.mark(),
                                       "'='",
-                                      inElement.GetValue(),
+                                      value.shown(),
+                                      value.mark(),
                                       "'\n"};
     std::size_t size = 0;
     for (const std::string_view part : parts) {

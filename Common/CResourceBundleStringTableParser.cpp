@@ -3,7 +3,7 @@
 
 #include "Common/CResourceBundleStringTableParser.h"
 
-#include <sys/stat.h>
+#include <stdio.h>
 
 #include <array>
 #include <cerrno>
@@ -12,7 +12,7 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "Common/CPlusUtil.h"
+#include "Base/ZPKRegularFile.h"
 #include "Common/CResourceBundleStringElement.h"
 
 namespace varno_zpk {
@@ -35,18 +35,15 @@ struct ReportFlusher {
     ~ReportFlusher() { std::fflush(stdout); }
 };
 
-/// 0 for a regular file and for a link to one, else the error number of an item that cannot be opened
-/// as a table: a FIFO would be waited for, a device read for ever. Looked at before it is opened, since
-/// opening a device may already do something.
-int errorOfItem(const char* path) {
-    struct stat item;
-    if (::stat(path, &item) != 0) {
-        return errno;
+/// A table that is open; null, with the cause in errno, for what cannot be one: a FIFO would be waited for, a
+/// device read for ever.
+std::FILE* openTable(const char* path) {
+    ZPKFileDescriptor descriptor = ZPKRegularFile::open(path);
+    std::FILE* const file = descriptor.isOpen() ? ::fdopen(descriptor.get(), "r") : nullptr;
+    if (file != nullptr) {
+        static_cast<void>(descriptor.release());
     }
-    if (S_ISDIR(item.st_mode)) {
-        return EISDIR;
-    }
-    return S_ISREG(item.st_mode) ? 0 : ENXIO;
+    return file;
 }
 
 /// For each byte, whether it belongs to a run that can be taken in one step.
@@ -100,14 +97,10 @@ struct CResourceBundleStringTableParser::tagPRIVATE_DATA {
 /// Opens the item, gives it to `action` and closes it.
 template <typename Action>
 int CResourceBundleStringTableParser::ParseItem(const char* inPath, Action action) {
-    if (const int error = errorOfItem(inPath)) {
-        return error;
+    const std::unique_ptr<std::FILE, FileCloser> file(openTable(inPath));
+    if (!file) {
+        return errno;
     }
-    std::FILE* opened = nullptr;
-    if (const int error = fopen_s(&opened, inPath, "r")) {
-        return error;
-    }
-    const std::unique_ptr<std::FILE, FileCloser> file(opened);
     try {
         action(file.get());
     } catch (...) {

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <utility>
 
+#include "Base/ZPKTraceText.h"
 #include "Common/CVariableValueFinder.h"
 
 namespace varno_zpk {
@@ -16,6 +17,11 @@ namespace varno_zpk {
 namespace {
 
 constexpr char kDelimiter = '$';
+
+void traceLookup(const std::string& name, const char* value) {
+    std::fprintf(stderr, "Variable %s='%s'.\n", ZPKTraceText(name).text().c_str(),
+                 ZPKTraceText(value).text().c_str());
+}
 
 }  // namespace
 
@@ -87,7 +93,7 @@ const char* CVariableManager::FindValueForVariable(const std::string& name, std:
         return name.c_str();
     }
     const char* found = finder->FindValue(name, value);
-    std::fprintf(stderr, "Variable %s='%s'.\n", name.c_str(), found != nullptr ? found : "(null)");
+    traceLookup(name, found != nullptr ? found : "(null)");
     assert(found != nullptr);
     return found;
 }

@@ -14,6 +14,7 @@
 #include "Base/ZPKEnvironment.h"
 #include "Base/ZPKPath.h"
 #include "Base/ZPKTerminalText.h"
+#include "Base/ZPKTraceText.h"
 #include "InstallerCore/ZPKApplicationRun.h"
 #include "InstallerCore/ZPKCrashRescue.h"
 #include "InstallerCore/ZPKSecondStage.h"
@@ -61,7 +62,8 @@ ZPKDesktopEntry openModule(bool isCarried) {
     void* module = ::dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL);
     void* entry = module == nullptr ? nullptr : ::dlsym(module, ZPKDesktopEntryName);
     if (entry == nullptr) {
-        std::cerr << "Zephyrkit: no windows: " << ZPKTerminalText::printable(::dlerror()) << "\n";
+        const std::string reason = ZPKTerminalText::printable(::dlerror(), ZPKTraceText::kLongest);
+        std::cerr << "Zephyrkit: no windows: " << reason << "\n";
     }
     return reinterpret_cast<ZPKDesktopEntry>(entry);
 }

@@ -23,8 +23,7 @@ bool isPlainFileName(const std::string& name) {
 
 std::optional<ZPKBundle> ZPKBundle::bundleWithPath(const std::string& path) {
     const std::string folder = ZPKPath::withoutTrailingSeparators(path);
-    const std::string information = folder + kInformationFile;
-    if (folder.empty() || !ZPKFileManager::fileExists(information) || ZPKFileManager::isFolder(information)) {
+    if (folder.empty() || !ZPKFileManager::isRegularFile(folder + kInformationFile)) {
         return std::nullopt;
     }
     return ZPKBundle(folder);

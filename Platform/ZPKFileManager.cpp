@@ -52,6 +52,11 @@ bool ZPKFileManager::isFolder(const std::string& path) {
     return ::stat(path.c_str(), &attributes) == 0 && S_ISDIR(attributes.st_mode);
 }
 
+bool ZPKFileManager::isRegularFile(const std::string& path) {
+    struct stat attributes;
+    return ::stat(path.c_str(), &attributes) == 0 && S_ISREG(attributes.st_mode);
+}
+
 bool ZPKFileManager::isFolderNotFollowingLinks(const std::string& path) {
     struct stat attributes;
     return ::lstat(path.c_str(), &attributes) == 0 && S_ISDIR(attributes.st_mode);
@@ -62,8 +67,7 @@ bool ZPKFileManager::isExecutableFile(const std::string& path) {
 }
 
 bool ZPKFileManager::isExecutableRegularFile(const std::string& path) {
-    struct stat attributes;
-    return ::stat(path.c_str(), &attributes) == 0 && S_ISREG(attributes.st_mode) && isExecutableFile(path);
+    return isRegularFile(path) && isExecutableFile(path);
 }
 
 bool ZPKFileManager::isOnFileSystemWithoutExecution(const std::string& path) {

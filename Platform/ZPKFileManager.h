@@ -23,6 +23,9 @@ public:
     /// True when `path` leads to a folder; a link is followed.
     static bool isFolder(const std::string& path);
 
+    /// True for a regular file and for a link to one.
+    static bool isRegularFile(const std::string& path);
+
     /// True when the item at `path` is itself a folder; a link to a folder is not one.
     static bool isFolderNotFollowingLinks(const std::string& path);
 

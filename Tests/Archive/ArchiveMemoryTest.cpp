@@ -10,6 +10,7 @@
 #include "Archive/GzipWriter.h"
 #include "Archive/OutputFile.h"
 #include "Tests/Archive/HostileArchiveFixture.h"
+#include "Tests/Support/InstructionCount.h"
 
 namespace {
 
@@ -45,20 +46,6 @@ std::string deepName(unsigned levels, const std::string& leaf, unsigned number) 
         name += std::string(250, 'd') + "/";
     }
     return name + leaf + std::to_string(number);
-}
-
-/// How many instructions of its own the program needs, which no load of the machine changes.
-double instructionsOf(std::vector<std::string> command) {
-    command.insert(command.begin(), {"valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null"});
-    const Outcome outcome = runProgram(command);
-    EXPECT_EQ(outcome.exitStatus, 0) << outcome.standardError;
-    const std::string label = "Collected : ";
-    const std::size_t count = outcome.standardError.find(label);
-    if (count == std::string::npos) {
-        ADD_FAILURE() << outcome.standardError;
-        return 0;
-    }
-    return std::stod(outcome.standardError.substr(count + label.size()));
 }
 
 /// A program that wants the machine's memory fails instead of getting it.

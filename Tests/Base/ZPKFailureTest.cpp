@@ -23,6 +23,13 @@ TEST(ZPKFailureTest, MessageIsSafeOnATerminal) {
     EXPECT_EQ(ZPKFailure("/a\x1B", "").path(), "/a\x1B") << "the path itself stays as it is";
 }
 
+TEST(ZPKFailureTest, MessageIsNoLongerThanALineOfATrace) {
+    const std::string huge(std::size_t{1} << 20, 'a');
+    const std::string cut = std::string(4096, 'a') + "...";
+    EXPECT_EQ(ZPKFailure(huge, huge).message(), cut + ": " + cut);
+    EXPECT_EQ(ZPKFailure(huge, huge).path(), huge);
+}
+
 TEST(ZPKFailureTest, EveryErrorHasAText) {
     EXPECT_EQ(ZPKFailure::systemReason(EACCES), "Permission denied");
     EXPECT_EQ(ZPKFailure::systemReason(ENOSPC), "No space left on device");

@@ -353,7 +353,7 @@ public:
     Alarm& operator=(const Alarm&) = delete;
 };
 
-TEST(StringTableParserTest, WhatIsNoRegularFileIsNeverOpened) {
+TEST(StringTableParserTest, WhatIsNoRegularFileIsNoTable) {
     const Alarm alarm;
     const TemporaryFolder folder;
     ASSERT_EQ(::mkfifo((folder / "fifo").c_str(), 0600), 0);
@@ -361,10 +361,10 @@ TEST(StringTableParserTest, WhatIsNoRegularFileIsNeverOpened) {
     ASSERT_EQ(::symlink("/dev/zero", (folder / "link to a device").c_str()), 0);
     ASSERT_EQ(::symlink(".", (folder / "link to a folder").c_str()), 0);
     ASSERT_EQ(::symlink("loop", (folder / "loop").c_str()), 0);
-    EXPECT_EQ(parseFile(folder / "fifo"), failed(ENXIO));
-    EXPECT_EQ(parseFile(folder / "link to a fifo"), failed(ENXIO));
-    EXPECT_EQ(parseFile(folder / "link to a device"), failed(ENXIO));
-    EXPECT_EQ(parseFile("/dev/zero"), failed(ENXIO));
+    EXPECT_EQ(parseFile(folder / "fifo"), failed(EINVAL));
+    EXPECT_EQ(parseFile(folder / "link to a fifo"), failed(EINVAL));
+    EXPECT_EQ(parseFile(folder / "link to a device"), failed(EINVAL));
+    EXPECT_EQ(parseFile("/dev/zero"), failed(EINVAL));
     EXPECT_EQ(parseFile(folder.path()), failed(EISDIR));
     EXPECT_EQ(parseFile(folder / "link to a folder"), failed(EISDIR));
     EXPECT_EQ(parseFile(folder / "loop"), failed(ELOOP));

@@ -170,6 +170,18 @@ TEST_F(ResourceBundleTest, HitIsTracedToTheByte) {
                                          "/en/ZPKStringTable.def: ZPKStringTable.def: 'key'='a %s text'\n");
 }
 
+TEST_F(ResourceBundleTest, TraceOfALongTextIsCut) {
+    const std::string value = std::string(4094, 'v') + "\u65E5" + std::string(std::size_t{1} << 20, 'w');
+    const std::string key(5000, 'k');
+    writeTable("en/ZPKStringTable.def", key + " = \"" + value + "\";");
+    addBundle();
+    const CapturedStreams streams = captureStreams([&] { EXPECT_EQ(localized(key.c_str()), value); });
+    EXPECT_EQ(streams.standardError, "CResourceBundleStringTable::GetStringForKey: " + m_bundle +
+                                         "/en/ZPKStringTable.def: ZPKStringTable.def: '" +
+                                         std::string(4096, 'k') + "...'='" + std::string(4094, 'v') +
+                                         "...'\n");
+}
+
 TEST_F(ResourceBundleTest, EveryHitIsTraced) {
     writeTable("en/table.def", "key=1;");
     addBundle();

@@ -285,6 +285,18 @@ TEST(VariableManagerTest, FindValueAsksTheFinder) {
     EXPECT_EQ(captured.standardError, "Variable $Name$='value'.\n");
 }
 
+TEST(VariableManagerTest, TraceOfALongValueIsCut) {
+    const std::string value(std::size_t{1} << 20, 'v');
+    const std::string name = "$" + std::string(5000, 'n') + "$";
+    MapFinder finder{{name, value}};
+    std::string out;
+    const auto captured =
+        captureStreams([&] { manager().ExpandVariablesInString(name.c_str(), out, &finder); });
+    EXPECT_EQ(out, value);
+    EXPECT_EQ(captured.standardError,
+              "Variable $" + std::string(4095, 'n') + "...='" + std::string(4096, 'v') + "...'.\n");
+}
+
 TEST(VariableManagerTest, LongTextOfReferencesIsExpanded) {
     std::string text;
     for (int i = 0; i < 100000; ++i) {

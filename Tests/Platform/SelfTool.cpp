@@ -10,12 +10,14 @@
 #include <iostream>
 
 #include "Platform/ZPKMainBundle.h"
+#include "Platform/ZPKProcess.h"
 #include "Platform/ZPKRunningApplications.h"
 
 int main(int count, char**) {
     if (count > 1) {
         std::filesystem::remove(std::filesystem::read_symlink("/proc/self/exe"));
     }
+    std::cout << "program " << ZPKProcess::executablePath("self").value_or("") << "\n";
     std::cout << "bundle " << ZPKMainBundle::mainBundle().bundlePath() << "\n";
     for (const ZPKRunningApplication& application : ZPKRunningApplications::current()) {
         if (application.processIdentifier == ::getpid()) {

@@ -37,6 +37,10 @@ TEST(ZPKBundleTest, ABundleIsAFolderWithADescription) {
     writeFile(folder / "Damaged.app/Contents/Info.plist", "<plist");
     std::filesystem::create_directories(folder / "Empty.app/Contents");
     std::filesystem::create_directories(folder / "Odd.app/Contents/Info.plist");
+    std::filesystem::create_directories(folder / "Pipe.app/Contents");
+    ASSERT_EQ(::mkfifo((folder / "Pipe.app/Contents/Info.plist").c_str(), 0600), 0);
+    std::filesystem::create_directories(folder / "Device.app/Contents");
+    std::filesystem::create_symlink("/dev/zero", folder / "Device.app/Contents/Info.plist");
     writeFile(folder / "File.app", "x");
     std::filesystem::create_directory_symlink("Full.app", folder / "Link.app");
     struct Row {
@@ -49,6 +53,8 @@ TEST(ZPKBundleTest, ABundleIsAFolderWithADescription) {
                         {folder / "Damaged.app", true},
                         {folder / "Empty.app", false},
                         {folder / "Odd.app", false},
+                        {folder / "Pipe.app", false},
+                        {folder / "Device.app", false},
                         {folder / "File.app", false},
                         {folder / "Missing.app", false},
                         {"", false},

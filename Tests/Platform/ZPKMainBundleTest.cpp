@@ -49,7 +49,7 @@ TEST(ZPKMainBundleTest, IsFoundFromTheProgramsOwnPath) {
     std::filesystem::create_directories(bundle + "/Contents/Linux");
     std::filesystem::copy_file(ZPK_SELF_TOOL, program);
     std::filesystem::create_symlink(program, folder / "link");
-    const std::string expected = "bundle " + bundle + "\napplication Myself\n";
+    const std::string expected = "program " + program + "\nbundle " + bundle + "\napplication Myself\n";
     ASSERT_EQ(::chdir("/"), 0);
     EXPECT_EQ(outputOf(program), expected);
     EXPECT_EQ(outputOf(folder / "link"), expected);
@@ -65,7 +65,8 @@ TEST(ZPKMainBundleTest, OfAProgramThatOnlyLooksRemoved) {
     writeFile(folder / "A.app/Contents/Info.plist", information(""));
     std::filesystem::create_directories(folder / "A.app/Contents/Linux");
     std::filesystem::copy_file(ZPK_SELF_TOOL, program);
-    EXPECT_EQ(outputOf(program), "bundle " + (folder / "A.app") + "\napplication A\n");
+    EXPECT_EQ(outputOf(program),
+              "program " + program + "\nbundle " + (folder / "A.app") + "\napplication A\n");
 }
 
 TEST(ZPKMainBundleTest, OfALoneProgramIsItsFolder) {

@@ -116,11 +116,11 @@ TEST_F(ZPKMediaTest, MediaTypeTellsDiscsApart) {
         const char* name;
         std::optional<MediaType> type;
     };
-    const Row rows[] = {{"sr0", MediaType::CDROM}, {"sr1", MediaType::CDR},   {"sr2", MediaType::Other},
-                        {"sr3", MediaType::Other}, {"sr4", MediaType::CDROM}, {"sr5", MediaType::Other},
-                        {"sda", std::nullopt},     {"sdb", std::nullopt},     {"sr9", std::nullopt},
-                        {"", std::nullopt},        {"..", std::nullopt},      {"../block/sr0", std::nullopt},
-                        {"a/b", std::nullopt}};
+    const Row rows[] = {
+        {"sr0", MediaType::CDROM},      {"sr1", MediaType::CDR},      {"sr2", MediaType::Other},
+        {"sr3", MediaType::Other},      {"sr4", MediaType::CDROM},    {"sr5", MediaType::Other},
+        {"sda", std::nullopt},          {"sdb", std::nullopt},        {"sr9", std::nullopt},
+        {"../block/sr0", std::nullopt}, {"sr0/../sr0", std::nullopt}, {"sr0/.", std::nullopt}};
     for (const Row& row : rows) {
         EXPECT_EQ(ZPKOpticalDevices::mediaTypeOfDevice(row.name), row.type) << row.name;
     }

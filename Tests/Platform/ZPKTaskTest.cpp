@@ -266,13 +266,12 @@ TEST_F(ZPKTaskTest, ParentIsNamedOnlyToAChildThatEndsWithIt) {
 
 TEST_F(ZPKTaskTest, TerminatedChildIsWaitedForNoLonger) {
     m_task.setLaunchPath("/bin/sleep");
-    m_task.setArguments({"60"});
+    // Longer than the test may take.
+    m_task.setArguments({"600"});
     ASSERT_TRUE(m_task.launch());
-    const auto start = std::chrono::steady_clock::now();
     std::thread other([this] { m_task.terminate(); });
     m_task.waitUntilExit();
     other.join();
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
     EXPECT_EQ(m_task.terminationStatus(), 128 + SIGKILL);
 }
 

@@ -4,9 +4,9 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <atomic>
-#include <chrono>
 #include <memory>
 #include <ostream>
 #include <stdexcept>
@@ -38,6 +38,13 @@ inline void waitFor(const std::atomic<bool>& condition) {
     while (!condition) {
         std::this_thread::yield();
     }
+}
+
+/// How often the thread has given the processor away by itself.
+inline long waitsOfThisThread() {
+    rusage usage{};
+    EXPECT_EQ(::getrusage(RUSAGE_THREAD, &usage), 0);
+    return usage.ru_nvcsw;
 }
 
 class FrontEndContract : public ::testing::TestWithParam<FrontEndKind> {
@@ -277,7 +284,7 @@ TEST_P(FrontEndContract, ClosingFromInsideAnActionLetsItsThreadGo) {
     });
 }
 
-TEST_P(FrontEndContract, SessionHandlesPerformsAndNeverWaitsLong) {
+TEST_P(FrontEndContract, SessionHandlesPerformsAndTurnsOnWithoutThem) {
     std::thread worker;
     runWith(*frontEnd, [&] {
         auto window = frontEnd->createProgressWindow();
@@ -293,7 +300,6 @@ TEST_P(FrontEndContract, SessionHandlesPerformsAndNeverWaitsLong) {
             waitFor(hasTurned);
             isSearching = false;
         });
-        const auto start = std::chrono::steady_clock::now();
         auto session = frontEnd->beginModalSessionForWindow(*window);
         for (int turn = 0; isSearching; ++turn) {
             session->run();
@@ -302,7 +308,6 @@ TEST_P(FrontEndContract, SessionHandlesPerformsAndNeverWaitsLong) {
         session.reset();
         window->close();
         EXPECT_EQ(performed, 1);
-        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
     });
     worker.join();
 }
@@ -336,14 +341,13 @@ TEST_P(FrontEndContract, SessionWaitsALittleWhenNothingHappens) {
     runWith(*frontEnd, [&] {
         auto window = frontEnd->createProgressWindow();
         auto session = frontEnd->beginModalSessionForWindow(*window);
+        const long before = waitsOfThisThread();
         int turns = 0;
-        const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(300);
-        while (std::chrono::steady_clock::now() < end) {
+        while (turns < 1000 && waitsOfThisThread() < before + 10) {
             session->run();
             ++turns;
         }
-        EXPECT_GE(turns, 2);
-        EXPECT_LE(turns, 100) << "the session must not spin";
+        EXPECT_LT(turns, 1000) << "the session must not spin";
     });
 }
 

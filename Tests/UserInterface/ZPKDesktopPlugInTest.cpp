@@ -7,6 +7,8 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <clocale>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -145,8 +147,15 @@ TEST_F(DesktopStart, ArgumentsReachTheToolkitAndStayWhole) {
 }
 
 TEST_F(DesktopStart, LeavesTheEnvironmentAndTheNumberFormatAlone) {
+    // A locale of this test's own, with another decimal mark, since few machines have any.
+    const TemporaryFolder locales;
+    const std::string make = "localedef --no-archive -i de_DE -f UTF-8 '" + (locales / "de_DE.UTF-8") + "'";
+    ASSERT_EQ(std::system(make.c_str()), 0);
     setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    setenv("LOCPATH", locales.path().c_str(), 1);
     setenv("LC_ALL", "de_DE.UTF-8", 1);
+    ASSERT_NE(std::setlocale(LC_ALL, ""), nullptr);
+    ASSERT_STREQ(std::localeconv()->decimal_point, ",");
     const auto environment = [] {
         std::vector<std::string> texts;
         for (char** entry = environ; *entry != nullptr; ++entry) {
@@ -162,7 +171,7 @@ TEST_F(DesktopStart, LeavesTheEnvironmentAndTheNumberFormatAlone) {
             const auto window = frontEnd->createProgressWindow();
             window->makeKeyAndOrderFront();
             EXPECT_EQ(environment(), before);
-            EXPECT_STREQ(setlocale(LC_NUMERIC, nullptr), "C");
+            EXPECT_STREQ(std::localeconv()->decimal_point, ".");
         });
     }
     EXPECT_EQ(environment(), before);

@@ -80,8 +80,10 @@ void ZPKCarriedToolkit::usePlugIns(const std::string& frameworks) {
     // The toolkit knows files by texts, and a folder's name may be none. Handed over as if they were part
     // of the program, its plug-ins are not looked for in any folder.
     QCoreApplication::setLibraryPaths({});
-    for (const std::string& plugIn : plugInsIn(ZPKPath::join(frameworks, "plugins"))) {
-        if (isOfUse(plugIn)) {
+    const std::string folder = ZPKPath::join(frameworks, "plugins");
+    for (const std::string& plugIn : plugInsIn(folder)) {
+        // What is no file would be waited for, or read for ever.
+        if (isOfUse(plugIn) && ZPKRegularFile::open(ZPKPath::join(folder, plugIn)).isOpen()) {
             registerPlugIn("../Frameworks/plugins/" + plugIn);
         }
     }

@@ -14,6 +14,7 @@
 #include "Base/ZPKPath.h"
 #include "Base/ZPKRegularFile.h"
 #include "Base/ZPKTerminalText.h"
+#include "Base/ZPKTraceText.h"
 #include "UserInterface/Desktop/ZPKDesktopText.h"
 #include "UserInterface/Desktop/ZPKToolkitMessages.h"
 
@@ -55,8 +56,9 @@ bool ZPKForm::check() const {
     if (m_failure.isEmpty()) {
         return true;
     }
-    std::fprintf(stderr, "Cannot load the form %s: %s\n", ZPKTerminalText::printable(m_path).c_str(),
-                 ZPKTerminalText::printable(m_failure.simplified().toStdString()).c_str());
+    std::fprintf(
+        stderr, "Cannot load the form %s: %s\n", ZPKTerminalText::printable(m_path).c_str(),
+        ZPKTerminalText::printable(m_failure.simplified().toStdString(), ZPKTraceText::kLongest).c_str());
     return false;
 }
 

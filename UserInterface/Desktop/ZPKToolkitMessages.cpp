@@ -12,6 +12,7 @@
 
 #include "Base/ZPKMutex.h"
 #include "Base/ZPKTerminalText.h"
+#include "Base/ZPKTraceText.h"
 
 namespace {
 
@@ -31,7 +32,8 @@ State& theState() {
 }
 
 void printLine(const QString& text) {
-    std::fprintf(stderr, "%s\n", ZPKTerminalText::harmless(text.toStdString()).c_str());
+    const std::string whole = ZPKTerminalText::harmless(text.toStdString());
+    std::fprintf(stderr, "%s\n", ZPKTraceText(whole).text().c_str());
 }
 
 [[noreturn]] void leaveToolkit(const QString& reason, int (*run)()) {
