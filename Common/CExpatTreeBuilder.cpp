@@ -3,7 +3,10 @@
 
 #include "Common/CExpatTreeBuilder.h"
 
+#include <sys/random.h>
+
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <new>
 #include <string_view>
@@ -39,6 +42,18 @@ bool isBlank(std::string_view text) {
     });
 }
 
+/// What a document's names are spread by, so that nobody can choose ones that fall together. Expat's own way
+/// ends the process where the system gives no random number.
+unsigned long hashSalt() {
+    unsigned long salt = 0;
+    if (::getrandom(&salt, sizeof(salt), GRND_NONBLOCK) != sizeof(salt)) {
+        const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
+        salt = static_cast<unsigned long>(now) ^ reinterpret_cast<unsigned long>(&salt);
+    }
+    // Zero means that there is none.
+    return salt | 1;
+}
+
 }  // namespace
 
 CExpatTreeBuilder::CExpatTreeBuilder(const char* encoding, std::size_t inputSize)
@@ -47,6 +62,7 @@ CExpatTreeBuilder::CExpatTreeBuilder(const char* encoding, std::size_t inputSize
     if (m_parser == nullptr) {
         throw std::bad_alloc();
     }
+    XML_SetHashSalt(m_parser.get(), hashSalt());
     XML_SetUserData(m_parser.get(), this);
     XML_SetElementHandler(m_parser.get(), HandleStartElement, HandleEndElement);
     XML_SetCharacterDataHandler(m_parser.get(), HandleCharacterData);

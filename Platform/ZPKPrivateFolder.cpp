@@ -81,8 +81,13 @@ ZPKOutcome ZPKPrivateFolder::makeNew(const std::string& path) {
         return ZPKFailure::ofSystem(path, errno);
     }
     PlacedFolder folder(place);
-    const ZPKOutcome outcome = folder.close();
-    return outcome ? folder.isNew() : outcome;
+    ZPKOutcome outcome = folder.close();
+    outcome = outcome ? folder.isNew() : outcome;
+    if (!outcome) {
+        // It takes no descriptor, and takes away nothing that holds anything.
+        ::rmdir(place.c_str());
+    }
+    return outcome;
 }
 
 ZPKOutcome ZPKPrivateFolder::makeOrFind(const std::string& path) {

@@ -15,7 +15,7 @@ public:
 
     /// Makes the folder. Success says that this call made it, and that what is at `path` is this user's
     /// own real folder, with mode 0700, empty, and nothing mounted on it. Fails when anything is there
-    /// already, and when the parent is missing.
+    /// already, and when the parent is missing; what a failed call has made it takes away.
     static ZPKOutcome makeNew(const std::string& path);
 
     /// Makes the folder, or takes the one that is there as it is: fails unless it is this user's own real

@@ -5,10 +5,12 @@
 
 #include <gtest/gtest.h>
 #include <sys/mount.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 
 #include "Tests/Platform/OtherUser.h"
@@ -53,6 +55,17 @@ TEST_F(ZPKPrivateFolderTest, HasItsModeWhateverTheUmask) {
         }
     }
     ::umask(before);
+}
+
+TEST_F(ZPKPrivateFolderTest, WithoutDescriptorsNothingNewStays) {
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit few{0, before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+    const ZPKOutcome outcome = ZPKPrivateFolder::makeNew(m_path);
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+    EXPECT_EQ(reasonOf(outcome), ZPKFailure::systemReason(EMFILE));
+    EXPECT_FALSE(std::filesystem::exists(m_path));
 }
 
 TEST_F(ZPKPrivateFolderTest, HasItsModeForOneWithoutRootsRightsToo) {

@@ -6,13 +6,11 @@
 The moments are the system calls of the launcher's main thread; a sample of them unless ZPK_SIGNALS is "all".
 """
 
-import concurrent.futures
 import os
-import pathlib
 import signal
-import subprocess
 import unittest
 
+from places import Place, sweep
 from support import PackageTestCase
 
 EVERY = os.environ.get("ZPK_SIGNALS") == "all"
@@ -28,45 +26,9 @@ OTHER_SIGNALS = tuple(
 )
 
 
-class Place:
-    """A package of its own name and a temporary folder of its own: launches of two places do not meet."""
-
-    def __init__(self, case, number):
-        case.describe_package(f"{case.name}-{number}")
-        self.program = case.pack(f"Place{number}.app") / "Contents/Linux/Zephyrkit"
-        self.temporary = case.folder / f"tmp{number}"
-        self.temporary.mkdir(mode=0o700)
-        self.record = case.folder / f"record{number}"
-        self.environment = case.environment(TMPDIR=str(self.temporary), ZPK_TEST_RECORD=str(self.record))
-
-    def launch(self, *tracer):
-        """Gives the status and how often the setup program has run."""
-        done = subprocess.run(
-            [*tracer, self.program],
-            env=self.environment,
-            stdin=subprocess.DEVNULL,
-            stdout=subprocess.DEVNULL,
-            stderr=subprocess.DEVNULL,
-            timeout=120,
-        )
-        runs = len(self.record.read_text().splitlines()) if self.record.exists() else 0
-        self.record.unlink(missing_ok=True)
-        return done.returncode, runs
-
-    def disturbed(self, number, call):
-        inject = f"inject=all:signal={int(number)}:when={call}"
-        return self.launch("strace", "-o", "/dev/null", "-e", "signal=none", "-e", inject)
-
-    def processes(self):
-        """Whatever still runs out of the bundle."""
-        found = []
-        for link in pathlib.Path("/proc").glob("[0-9]*/exe"):
-            try:
-                if os.readlink(link).startswith(str(self.program.parents[2]) + "/"):
-                    found.append(str(link))
-            except OSError:
-                continue
-        return found
+def disturbed(place, number, call):
+    inject = f"inject=all:signal={int(number)}:when={call}"
+    return place.launch("strace", "-o", "/dev/null", "-e", "signal=none", "-e", inject)
 
 
 class SweepTest(PackageTestCase):
@@ -87,22 +49,9 @@ class SweepTest(PackageTestCase):
         """Call numbers, evenly over the launch."""
         return range(1, count + 1) if EVERY else range(1, count + 1, max(1, count // wanted))
 
-    def sweep(self, rows, check):
-        """Calls `check` with a place and each row; a place serves one row at a time."""
-
-        def serve(place, own):
-            return [(row, problem) for row in own if (problem := check(place, *row))]
-
-        with concurrent.futures.ThreadPoolExecutor(AT_ONCE) as pool:
-            served = [
-                pool.submit(serve, place, rows[index::AT_ONCE]) for index, place in enumerate(self.places)
-            ]
-            problems = [problem for future in served for problem in future.result()]
-        self.assertEqual(problems, [])
-
     @staticmethod
     def check_end(place, number, call):
-        status, runs = place.disturbed(number, call)
+        status, runs = disturbed(place, number, call)
         # Before the launcher looks after signals, and after, the signal does what it does by itself.
         if status not in (0, 128 + number, -number):
             return f"status {status}"
@@ -112,7 +61,7 @@ class SweepTest(PackageTestCase):
 
     @staticmethod
     def check_other(place, number, call):
-        place.disturbed(number, call)
+        disturbed(place, number, call)
         status, runs = place.launch()
         if (status, runs) != (0, 1):
             return f"the launch after it: status {status}, {runs} runs of the setup program"
@@ -125,13 +74,14 @@ class SweepTest(PackageTestCase):
 
     def test_ends_at_every_moment_leave_nothing(self):
         count = self.calls()
-        self.sweep([(number, call) for number in END_SIGNALS for call in self.moments(count, 18)], self.check_end)
+        rows = [(number, call) for number in END_SIGNALS for call in self.moments(count, 18)]
+        self.assertEqual(sweep(self.places, rows, self.check_end), [])
 
     def test_launch_after_any_other_signal_is_undisturbed(self):
         count = self.calls()
         rows = [(number, call) for number in OTHER_SIGNALS for call in self.moments(count, 1)]
         rows += [(signal.SIGKILL, call) for call in self.moments(count, 12)]
-        self.sweep(rows, self.check_other)
+        self.assertEqual(sweep(self.places, rows, self.check_other), [])
 
 
 if __name__ == "__main__":

@@ -22,6 +22,8 @@ constexpr int kParentIsGone = SIGUSR1;
 /// How often the parent is looked for besides: its signal may have come before it was asked for.
 constexpr timespec kPatience{1, 0};
 
+constexpr int kStreams[] = {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO};
+
 void blockAllSignals() {
     sigset_t all;
     ::sigfillset(&all);
@@ -31,7 +33,7 @@ void blockAllSignals() {
 /// Whoever waits for the end of a pipe or of a terminal session must not wait for the watcher.
 void letGoOfStreams() {
     const ZPKFileDescriptor nowhere(::open("/dev/null", O_RDWR | O_CLOEXEC));
-    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    for (const int stream : kStreams) {
         if (nowhere.isOpen()) {
             ::dup2(nowhere.get(), stream);
         } else {
@@ -57,6 +59,10 @@ void waitForTheEndOf(pid_t parent) {
     letGoOfStreams();
     static_cast<void>(::chdir("/") == 0);
     waitForTheEndOf(parent);
+    // The removal takes three descriptors, and the limit may leave no others.
+    for (const int stream : kStreams) {
+        ::close(stream);
+    }
     folder.remove().ignore();
     ::_exit(0);
 }

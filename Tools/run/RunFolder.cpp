@@ -34,11 +34,13 @@ ZPKFileDescriptor locked(const std::string& path) {
 }  // namespace
 
 ZPKResult<RunFolder> RunFolder::makeIn(const std::string& temporaryFolder) {
-    std::string path;
+    ZPKOutcome last;
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
-        path = ZPKPath::join(temporaryFolder, std::string(kNamePrefix) + std::to_string(::getpid()) + "-" +
-                                                  std::to_string(attempt));
-        if (!ZPKPrivateFolder::makeNew(path)) {
+        std::string path =
+            ZPKPath::join(temporaryFolder, std::string(kNamePrefix) + std::to_string(::getpid()) + "-" +
+                                               std::to_string(attempt));
+        last = ZPKPrivateFolder::makeNew(path);
+        if (!last) {
             continue;
         }
         // Somebody's clean-up may come between the making and the lock.
@@ -46,9 +48,10 @@ ZPKResult<RunFolder> RunFolder::makeIn(const std::string& temporaryFolder) {
         if (lock.isOpen() && ZPKPrivateFolder::checkNew(path)) {
             return RunFolder(std::move(path), std::move(lock));
         }
+        ::rmdir(path.c_str());
+        last = ZPKFailure(path, "the folder cannot be locked");
     }
-    const ZPKOutcome last = ZPKPrivateFolder::makeNew(path);
-    return last ? ZPKFailure(path, "the folder cannot be locked") : last.failure();
+    return last.failure();
 }
 
 void RunFolder::removeAbandoned(const std::string& temporaryFolder) {

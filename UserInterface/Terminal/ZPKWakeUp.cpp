@@ -15,8 +15,11 @@ ZPKWakeUp::ZPKWakeUp() : m_event(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
 }
 
 void ZPKWakeUp::wake() const {
-    // It fails only when a wake-up is waiting already.
-    ::eventfd_write(m_event.get(), 1);
+    // Whoever is not woken may wait for good. With EAGAIN, a wake-up is waiting already.
+    constexpr int kTries = 10;
+    for (int tries = 0; ::eventfd_write(m_event.get(), 1) != 0 && errno != EAGAIN && tries < kTries;) {
+        ++tries;
+    }
 }
 
 bool ZPKWakeUp::wait(int descriptor, int milliseconds) const {

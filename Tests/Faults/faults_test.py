@@ -1,0 +1,211 @@
+# SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+# SPDX-License-Identifier: MIT
+
+"""A launch of which one system call fails, for every kind of call and many numbers of it.
+
+However it goes, the launch ends by itself with a status, leaves no process and nothing in the temporary folder, and
+changes nothing elsewhere. Of each kind every 7th call is tried, or another step that ZPK_FAULTS names; a table of what
+came of them is added to the file that ZPK_FAULTS_TABLE names.
+"""
+
+import collections
+import errno
+import json
+import os
+import pwd
+import shutil
+import signal
+import unittest
+
+from places import Place, sweep
+from support import BUILD, PackageTestCase, write, x_server
+
+STEP = int(os.environ.get("ZPK_FAULTS", "7"))
+TABLE = os.environ.get("ZPK_FAULTS_TABLE")
+INJECTOR = BUILD / "Tests/Faults/zpk_fault_injector"
+# Far above what a launch takes on a busy machine. With windows, an alert waits for a person, and is asked to go.
+SECONDS = 120
+SECONDS_OF_AN_ALERT = 30
+AT_ONCE = 16
+
+# What else calls fail with than EIO, which every call of a file and every one that is in no row fails with.
+ERRORS = {
+    "EACCES": "openat execve mkdir mkdirat unlink unlinkat stat newfstatat statx faccessat2 chdir rmdir readlink",
+    "EAGAIN": "clone clone3 fork vfork",
+    "EINTR": "openat read write pread64 pwrite64 close wait4 waitid poll connect recvmsg sendmsg writev",
+    "EMFILE": "openat open pipe2 eventfd2 epoll_create1 socket memfd_create dup2 landlock_create_ruleset",
+    "ENOMEM": "mmap mremap mprotect munmap clone clone3 fork vfork execve poll epoll_ctl prlimit64 getdents64",
+    "ENOSPC": "write pwrite64 writev mkdir mkdirat openat rename renameat ftruncate fallocate symlinkat linkat",
+    "EIO": "openat read write pwrite64 close stat newfstatat statx unlink unlinkat rmdir getdents64 copy_file_range",
+}
+# The kernel has no failure for these, or none with the arguments that are given. (What brk cannot do it tells by the
+# old end; the limits of memory are tried with the others.)
+WITHOUT_FAILURE = set(
+    "arch_prctl brk exit exit_group futex getegid geteuid getgid getpid getppid gettid getuid restart_syscall rseq "
+    "rt_sigaction rt_sigprocmask rt_sigreturn sched_yield set_robust_list set_tid_address umask".split()
+)
+
+
+# What the toolkit makes where it takes the session's runtime folder for unusable.
+OF_THE_TOOLKIT = {"runtime-" + pwd.getpwuid(os.geteuid()).pw_name}
+
+
+def errors_of(call):
+    return [error for error, calls in ERRORS.items() if call in calls.split()] or ["EIO"]
+
+
+def rows_of(counts, step):
+    """Every (call, error, number); with a step, every so many of each kind, one error each in turn."""
+    for position, (call, count) in enumerate(sorted(counts.items())):
+        errors = errors_of(call)
+        for number in range(1 + position % min(step, count), count + 1, step) if call not in WITHOUT_FAILURE else ():
+            for error in errors if step == 1 else [errors[number // step % len(errors)]]:
+                yield call, error, number
+
+
+def state_of(folder):
+    """What a change in a folder shows in."""
+    found = {}
+    for where, _, files in os.walk(folder):
+        for name in (".", *files):
+            path = os.path.join(where, name)
+            attributes = os.lstat(path)
+            found[path] = (attributes.st_ino, attributes.st_mode, attributes.st_size, attributes.st_mtime_ns)
+    return found
+
+
+class FaultyPlace(Place):
+    """With a home folder beside the temporary one."""
+
+    def __init__(self, case, number, *package, **more):
+        home = case.folder / f"home{number}"
+        super().__init__(case, number, *package, HOME=str(home), XDG_CACHE_HOME=None, **more)
+        self.report = self.folder / "report"
+        self.kept = write(home / "kept/file", "the person's").parent
+        # Where the launcher goes when the temporary folder will not do.
+        self.cache = home / ".cache"
+        self.cache.mkdir(mode=0o700)
+        self.before = self.state()
+
+    def state(self):
+        package = self.program.parents[2] if self.program.name == "Zephyrkit" else self.program
+        return state_of(package), state_of(self.kept)
+
+    def traced(self, fault):
+        """What the injector tells, with how often the setup program has run."""
+        self.report.unlink(missing_ok=True)
+        asked = str(SECONDS_OF_AN_ALERT if "DISPLAY" in self.environment else 0)
+        injector = (INJECTOR, self.report, self.folder, asked, str(SECONDS), fault)
+        status, runs = self.launch(*injector, timeout=4 * SECONDS)
+        if status != 0:
+            raise AssertionError(f"{fault}: the injector failed")
+        return dict(json.loads(self.report.read_text()), runs=runs)
+
+    @staticmethod
+    def has_obeyed(report):
+        return report["asked"] and report["status"] == 128 + signal.SIGTERM
+
+    def problems(self, report):
+        """What must not be, however the launch went."""
+        if report["hung"]:
+            yield "it did not end"
+        if report["status"] >= 128 and not self.has_obeyed(report):
+            yield f"status {report['status']}"
+        for death in report["deaths"]:
+            yield f"{os.path.basename(death['program'])} was ended by {signal.Signals(death['signal']).name}"
+        if report["orphans"]:
+            yield f"processes were left: {report['orphans']}"
+        if report["runs"] > 1:
+            yield f"the setup program ran {report['runs']} times"
+        for folder in (self.temporary, self.cache):
+            if left := set(os.listdir(folder)) - OF_THE_TOOLKIT:
+                yield f"{folder.name} holds {left}"
+        if self.state() != self.before:
+            yield "something else was changed"
+
+    def clean(self):
+        """For the next launch, whatever this one has done."""
+        for folder in (self.temporary, self.cache):
+            for entry in folder.iterdir():
+                shutil.rmtree(entry, ignore_errors=True)
+        self.before = self.state()
+
+
+class Tally:
+    """What came of the launches, by kinds of call."""
+
+    def __init__(self):
+        self.rows = collections.defaultdict(collections.Counter)
+
+    def add(self, call, report):
+        row = self.rows[call]
+        row["launches"] += 1
+        row["struck"] += report["struck"] is not None
+        row["set up" if report["runs"] else "alert" if report["asked"] else f"status {report['status']}"] += 1
+
+    def write(self, title, path):
+        columns = ["launches", "struck", "set up", "status 0", "status 1", "status 127", "alert"]
+        total = collections.Counter()
+        with open(path, "a", encoding="utf-8") as file:
+            file.write(f"\n{title}\n\n| call | errors | {' | '.join(columns)} |\n|{'---|' * (2 + len(columns))}\n")
+            for call, row in sorted(self.rows.items()):
+                total.update(row)
+                numbers = " | ".join(str(row[column]) for column in columns)
+                file.write(f"| `{call}` | {' '.join(errors_of(call))} | {numbers} |\n")
+            file.write(f"| all | | {' | '.join(str(total[column]) for column in columns)} |\n")
+
+
+class FaultCase(PackageTestCase):
+    def setUp(self):
+        super().setUp()
+        write(self.source / "Data/setup", '#!/bin/sh\necho ran >> "$ZPK_TEST_RECORD"\n', 0o755)
+        # More than one block of the archive.
+        write(self.source / "Data/folder/inner/large", os.urandom(1_500_000))
+        write(self.source / "Data/folder/file", "contents")
+        (self.source / "Data/folder/link").symlink_to("file")
+        os.link(self.source / "Data/folder/file", self.source / "Data/folder/other")
+        self.startup()
+
+    def check_each(self, title, step, *package, calls=None, **more):
+        places = [FaultyPlace(self, number, *package, **more) for number in range(AT_ONCE)]
+        undisturbed = places[0].traced("count")
+        self.assertEqual(list(places[0].problems(undisturbed)), [])
+        self.assertEqual((undisturbed["status"], undisturbed["runs"]), (0, 1))
+        tally = Tally()
+
+        def check(place, call, error, number):
+            report = place.traced(f"{call}:{getattr(errno, error)}:{number}")
+            tally.add(call, report)
+            if problems := list(place.problems(report)):
+                place.clean()
+            return "; ".join(problems)
+
+        rows = [row for row in rows_of(undisturbed["counts"], step) if calls is None or row[0] in calls]
+        problems = sweep(places, rows, check)
+        if TABLE and title:
+            tally.write(f"{title}, every {step}th call" if step > 1 else f"{title}, every call", TABLE)
+        self.assertEqual(problems, [])
+        # A sweep that strikes nothing would find nothing.
+        self.assertGreater(sum(row["struck"] for row in tally.rows.values()), len(rows) * 0.8)
+
+
+class FaultTest(FaultCase):
+    def test_one_failed_call_on_a_terminal(self):
+        self.check_each("A bundle on a terminal", STEP, arguments=("--without-windows",))
+
+
+    def test_no_wake_up_is_lost_and_no_random_number_needed(self):
+        self.check_each("", 1, arguments=("--without-windows",), calls=("getrandom", "write"))
+
+
+class MoreFaultTest(FaultCase):
+    def test_one_failed_call_of_a_run_file(self):
+        self.check_each("A file of a package", STEP, "TestSetup.run", arguments=("--without-windows",))
+
+    def test_one_failed_call_with_windows(self):
+        with x_server() as display:
+            self.check_each("A bundle with windows", 20 * STEP, DISPLAY=display)
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
