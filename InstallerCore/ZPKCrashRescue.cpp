@@ -19,7 +19,8 @@ namespace {
 /// setup program's.
 constexpr std::string_view kName = "Zephyrkit-on-the-terminal";
 
-constexpr int kCrashes[] = {SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGSEGV};
+/// The trap is how a library of the toolkit's gives up.
+constexpr int kCrashes[] = {SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGSEGV, SIGTRAP};
 
 /// Those that every system knows are below it.
 constexpr int kSignals = 32;

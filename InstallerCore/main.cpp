@@ -5,6 +5,7 @@
 #include <sys/prctl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -12,11 +13,13 @@
 
 #include "Base/ZPKClock.h"
 #include "Base/ZPKEnvironment.h"
+#include "Base/ZPKFailure.h"
 #include "Base/ZPKPath.h"
 #include "Base/ZPKTerminalText.h"
 #include "Base/ZPKTraceText.h"
 #include "InstallerCore/ZPKApplicationRun.h"
 #include "InstallerCore/ZPKCrashRescue.h"
+#include "InstallerCore/ZPKFreeDescriptors.h"
 #include "InstallerCore/ZPKSecondStage.h"
 #include "InstallerCore/ZPKToolkitEnvironment.h"
 #include "Package/ZPKCarriedParts.h"
@@ -68,9 +71,19 @@ ZPKDesktopEntry openModule(bool isCarried) {
     return reinterpret_cast<ZPKDesktopEntry>(entry);
 }
 
+/// Far more than a run with windows holds at once. The toolkit ends a process that has no more of them.
+bool hasDescriptorsForWindows() {
+    constexpr std::size_t kEnough = 48;
+    if (!ZPKFreeDescriptors::areThere(kEnough)) {
+        std::cerr << "Zephyrkit: no windows: " << ZPKFailure::systemReason(errno) << "\n";
+        return false;
+    }
+    return true;
+}
+
 /// The windows, or null on a machine without a display or without the toolkit.
 std::unique_ptr<ZPKFrontEnd> openDesktop(int argc, char** argv) {
-    if (!ZPKSecondStage::hasDisplay()) {
+    if (!ZPKSecondStage::hasDisplay() || !hasDescriptorsForWindows()) {
         return nullptr;
     }
     const std::string carried = carriedParts();

@@ -76,6 +76,24 @@ class EndCase(PackageTestCase):
         self.assertEqual(self.records(), [])
         return output
 
+    def launch_with_fault(self, fault, bundle, *, follow=True, **env):
+        """Counts in `self.injected` how often the fault struck."""
+        log = self.folder / "strace"
+        command = ["strace", *(["-f"] if follow else []), "-o", log, "-e", f"inject={fault}"]
+        command += ["-e", f"trace={fault.split(':')[0]}", bundle / "Contents/Linux/Zephyrkit"]
+        done = subprocess.run(
+            command,
+            env=self.environment(**env),
+            stdin=subprocess.DEVNULL,
+            capture_output=True,
+            text=True,
+            timeout=60,
+            cwd=self.folder,
+        )
+        self.assert_nothing_left()
+        self.injected = log.read_text().count("(INJECTED)")
+        return done
+
 
 class SignalTest(EndCase):
     def check_all(self, archive, **env):
@@ -116,6 +134,24 @@ class SignalTest(EndCase):
             run.communicate(timeout=30)
         self.assertEqual(run.returncode, 128 + signal.SIGTERM)
         self.assert_nothing_left()
+
+    def test_while_a_disc_is_asked_for(self):
+        write(
+            self.source / "Info/Condition.xml",
+            '<UpdateInfo><Conditions><Disc FilePath="a"/></Conditions></UpdateInfo>',
+        )
+        bundle = self.simple_package()
+        for number in END_SIGNALS:
+            with self.subTest(number=number), x_server() as display:
+                seen = ["xdotool", "search", "--sync", "--onlyvisible", "--name", "^Installation Disc Required$"]
+                run = self.start(bundle / "Contents/Linux/Zephyrkit", DISPLAY=display, LC_ALL="en_US.UTF-8")
+                subprocess.run(seen, env=dict(os.environ, DISPLAY=display), check=True, timeout=60, capture_output=True)
+                run.send_signal(number)
+                output = run.communicate(timeout=30)[0]
+                self.assertIn("DISCCHECK_TITLE", output)
+                self.assertEqual(run.returncode, 128 + number, output)
+                self.assert_nothing_left()
+        self.assertEqual(self.records(), [])
 
     def test_while_the_setup_program_runs_it_is_waited_for(self):
         gate = self.folder / "gate"
@@ -214,24 +250,6 @@ class ToolWithoutLauncherTest(EndCase):
 class ResourceTest(EndCase):
     """What the host does not give is one line and status 1, or what comes of a part that is missing."""
 
-    def launch_with_fault(self, fault, bundle, *, follow=True, **env):
-        """Counts in `self.injected` how often the fault struck."""
-        log = self.folder / "strace"
-        command = ["strace", *(["-f"] if follow else []), "-o", log, "-e", f"inject={fault}"]
-        command += ["-e", f"trace={fault.split(':')[0]}", bundle / "Contents/Linux/Zephyrkit"]
-        done = subprocess.run(
-            command,
-            env=self.environment(**env),
-            stdin=subprocess.DEVNULL,
-            capture_output=True,
-            text=True,
-            timeout=60,
-            cwd=self.folder,
-        )
-        self.assert_nothing_left()
-        self.injected = log.read_text().count("(INJECTED)")
-        return done
-
     def test_without_an_event_descriptor(self):
         bundle = self.simple_package()
         done = self.launch_with_fault("eventfd2:error=EMFILE", bundle)
@@ -299,6 +317,50 @@ class ResourceTest(EndCase):
                     self.assertIn(done.returncode, (0, 1), done.stderr)
                 if not self.injected:
                     break
+
+
+class WindowResourceTest(EndCase):
+    """The same where there are windows: the launcher's second stage, and the toolkit in it."""
+
+    def setUp(self):
+        super().setUp()
+        self.bundle = self.simple_package()
+        self.display = self.enterContext(x_server())
+
+    def assert_no_abort(self, status, errors):
+        """A run on the windows or the terminal, or one that has said why there is none."""
+        self.assertIn(status, (0, 1), errors)
+        told = [line for line in errors.splitlines() if line.startswith("Zephyrkit: ")]
+        self.assertTrue(status == 0 or len(told) in (1, 2), errors)
+        self.record_path.unlink(missing_ok=True)
+
+    def test_without_what_the_toolkit_asks_for(self):
+        for calls in ("eventfd2", "pipe2,pipe", "eventfd2,pipe2,pipe", "clone3,clone,vfork,fork", "socket", "timerfd_create"):
+            with self.subTest(calls=calls):
+                done = self.launch_with_fault(f"{calls}:error=EMFILE", self.bundle, DISPLAY=self.display)
+                self.assert_no_abort(done.returncode, done.stderr)
+
+    def test_without_one_thread_or_process(self):
+        # The fifth is the setup program's, and told by an alert.
+        for number in range(1, 5):
+            with self.subTest(number=number):
+                fault = f"clone3,clone,vfork,fork:error=EAGAIN:when={number}"
+                done = self.launch_with_fault(fault, self.bundle, follow=False, DISPLAY=self.display)
+                self.assertEqual(self.injected, 1)
+                self.assert_no_abort(done.returncode, done.stderr)
+
+    def test_without_descriptors(self):
+        for limit in (3, 5, 7, *range(9, 24), 28, 32, 40):
+            with self.subTest(limit=limit):
+                run = self.start(
+                    self.bundle / "Contents/Linux/Zephyrkit",
+                    preexec_fn=lambda limit=limit: resource.setrlimit(resource.RLIMIT_NOFILE, (limit, limit)),
+                    DISPLAY=self.display,
+                )
+                output = run.communicate(timeout=60)[0]
+                self.assertIn(run.returncode, (0, 1), output)
+                self.assert_nothing_left()
+                self.record_path.unlink(missing_ok=True)
 
 
 if __name__ == "__main__":
