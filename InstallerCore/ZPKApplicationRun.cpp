@@ -3,6 +3,7 @@
 
 #include "InstallerCore/ZPKApplicationRun.h"
 
+#include <csignal>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
@@ -51,6 +52,10 @@ private:
 
 int runUntilAskedToEnd(ZPKFrontEnd& frontEnd, ZPKCore& core) {
     const ZPKEndSignals signals([&](int signal) {
+        // Ctrl-C at a question is an answer, and the run ends as it does with that one.
+        if (signal == SIGINT && frontEnd.cancelQuestion()) {
+            return;
+        }
         if (core.askForEnd(signal)) {
             frontEnd.performOnMainThreadAndWait([&frontEnd] { frontEnd.terminate(); });
         }

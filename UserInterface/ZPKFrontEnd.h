@@ -89,6 +89,10 @@ public:
     /// comes before the loop starts ends the next loop at once.
     virtual void abortModal() = 0;
 
+    /// Lets a person who is being asked give no answer, which counts as Cancel: true, and false when nobody
+    /// is asked where a key could do this. Any thread.
+    virtual bool cancelQuestion() { return false; }
+
     /// Shows the window and begins a modal loop for it.
     virtual std::unique_ptr<ZPKModalSession> beginModalSessionForWindow(ZPKWindow& window) = 0;
 

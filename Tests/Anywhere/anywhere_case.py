@@ -27,7 +27,7 @@ SKIPPED = 77
 
 LAUNCHER = "/packages/Plain.app/Contents/Linux/Zephyrkit"
 HELD = "/packages/Held.app/Contents/Linux/Zephyrkit"
-OUTPUT = "".join("Extracting installation files…: %d%%\n" % percent for percent in (10, 40, 100)) + "setup: ran\n"
+OUTPUT = "".join("%d%%  Extracting installation files…\n" % percent for percent in (10, 40, 100)) + "setup: ran\n"
 
 # Where a search path, a list, a format or a loader takes a part of a name for something else; and one that is no text.
 ODD_PLACES = ("a b:c;d$LIB${ORIGIN}%s", "a\nb", os.fsdecode(b"\xff\xfe"))

@@ -202,7 +202,7 @@ class OutputTest(PackageTestCase):
         self.assertEqual(done.stderr.splitlines(), [*self.traces(*self.MENU, "FILE_EXTRACT"), "setup err"])
         self.assertEqual(
             done.stdout.splitlines(),
-            [*(f"Extracting installation files…: {value}%" for value in (10, 40, 100)), "setup out"],
+            [*(f"{value}%  Extracting installation files…" for value in (10, 40, 100)), "setup out"],
         )
 
     def test_with_windows(self):

@@ -553,7 +553,7 @@ class OddPathTest(WindowTestCase):
         done = self.launch(bundle)
         self.record()
         title = string_table(bundle, "en")["FILE_EXTRACT"]
-        progress = "".join("%s: %d%%\n" % (title, percent) for percent in (10, 40, 100))
+        progress = "".join("%d%%  %s\n" % (percent, title) for percent in (10, 40, 100))
         self.assertEqual(done.stdout, progress + "recorder: ran\n")
 
 

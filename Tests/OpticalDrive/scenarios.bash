@@ -180,7 +180,7 @@ mounted_folders="cut -d ' ' -f 2 /proc/mounts"
 # launch NAME: starts the launcher of that bundle.
 launch() {
     guest 'rm -f /tmp/setup-ran' > /dev/null
-    start "exec env LANG=en_US.UTF-8 /payload/$1.app/Contents/Linux/Zephyrkit"
+    start "exec env LANG=en_US.UTF-8 TERM=dumb /payload/$1.app/Contents/Linux/Zephyrkit"
     expect_line "$request"
     expect_line "  $product"
 }

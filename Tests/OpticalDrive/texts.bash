@@ -6,8 +6,9 @@
 # shellcheck disable=SC2034
 
 product='Tandemset Deluxe'
-request='Insert the installation disc of one of the following products, then choose “Search”.'
-question='[1] Search  [2] Cancel: '
+# The first line of it: the serial line tells no width, and counts as 80 columns wide.
+request='Insert the installation disc of one of the following products, then choose'
+question='[1]: '
 search_answer=1
 cancel_answer=2
 searching='Searching the disc…'

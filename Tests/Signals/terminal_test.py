@@ -90,17 +90,18 @@ class TerminalTest(EndCase):
                 self.assertFalse(is_running(tool_process))
                 self.number.unlink()
 
-    def test_at_a_question_everything_ends(self):
+    def test_at_a_question_it_is_cancel(self):
         write(
             self.source / "Info/Condition.xml",
             '<UpdateInfo><Conditions><Disc FilePath="a"/></Conditions></UpdateInfo>',
         )
         bundle = self.simple_package()
         process, terminal = self.start_on_terminal(bundle)
-        # The question is the last thing that is said, without an end of its line.
-        wait_until(lambda: self.said and not self.said.endswith(b"\n"), 60)
+        wait_until(lambda: self.said.endswith(b"\n[1]: "), 60)
         os.write(terminal, INTERRUPT)
-        self.assert_interrupted(process)
+        self.assertEqual(self.status(process), 0, self.said)
+        self.assert_nothing_left()
+        self.assertEqual(self.records(), [])
 
     def test_while_the_setup_program_runs_it_gets_what_the_terminal_sends_and_no_more(self):
         gate, notes = self.folder / "gate", self.folder / "notes"

@@ -11,10 +11,12 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
 #include <limits>
 #include <string>
 
+#include "Tests/Platform/ScopedEnvironment.h"
 #include "Tests/UserInterface/FrontEndContract.h"
 
 namespace zpk_test {
@@ -79,6 +81,11 @@ public:
 
     int program() const { return m_program; }
 
+    void resize(unsigned short columns) {
+        const winsize size{24, columns, 0, 0};
+        EXPECT_EQ(ioctl(m_program, TIOCSWINSZ, &size), 0);
+    }
+
     void type(const std::string& text) {
         EXPECT_EQ(write(m_person, text.data(), text.size()), static_cast<ssize_t>(text.size()));
     }
@@ -106,9 +113,9 @@ public:
         return text;
     }
 
-    /// Reads until `text` was printed; fails the test when it does not come.
-    void waitFor(const std::string& text) {
-        constexpr int kLongestMilliseconds = 20'000;
+    /// Reads until `text` was printed, and gives what was read; fails the test when it does not come.
+    std::string waitFor(const std::string& text) {
+        constexpr int kLongestMilliseconds = 60'000;
         std::string printed;
         pollfd waited{m_person, POLLIN, 0};
         while (printed.find(text) == std::string::npos) {
@@ -117,10 +124,11 @@ public:
             const ssize_t count = isThere ? read(m_person, block, sizeof(block)) : 0;
             if (count <= 0) {
                 ADD_FAILURE() << "only this was printed: " << printed;
-                return;
+                return printed;
             }
             printed.append(block, static_cast<std::size_t>(count));
         }
+        return printed;
     }
 
 private:
@@ -193,7 +201,7 @@ TEST_F(TerminalOnPipes, ProgressIsALineAValue) {
         window->progressIndicator().setNeedsDisplay();
     }
     window->close();
-    EXPECT_EQ(out.drained(), "Unpacking: 10%\nUnpacking: 40%\nUnpacking: 100%\n");
+    EXPECT_EQ(out.drained(), "10%  Unpacking\n40%  Unpacking\n100%  Unpacking\n");
 }
 
 TEST_F(TerminalOnPipes, ProgressThatIsNotShownPrintsNothing) {
@@ -211,7 +219,7 @@ TEST_F(TerminalOnPipes, ProgressCountsFromMinimumToMaximum) {
     bar.setDoubleValue(75);
     bar.setDoubleValue(1000);
     bar.setDoubleValue(-1000);
-    EXPECT_EQ(out.drained(), "T: 25%\nT: 100%\nT: 0%\n");
+    EXPECT_EQ(out.drained(), "25%  T\n100%  T\n0%  T\n");
 }
 
 TEST_F(TerminalOnPipes, ProgressWithoutARangeOrANumberPrintsNothing) {
@@ -252,21 +260,21 @@ TEST_F(TerminalOnPipes, TextCannotCommandTheTerminalNorTurnItselfAround) {
         "31mc\x7f\xff\xe3\x81 exe.\u202Efdp\u2066\u200F\tz";
     const std::string drawn = "a[2Jb31mc exe.fdp z";
     frontEnd.runAlert({hostile + "\nmore", hostile, ""});
-    EXPECT_EQ(error.drained(), drawn + "\nmore\n" + drawn + "\n");
     shownProgress("one\ntwo" + hostile)->progressIndicator().setDoubleValue(1);
     auto window = frontEnd.createCDSearchWindow();
     window->setTitle("1\n" + hostile);
     window->setMessage("2\n" + hostile);
     window->setProductList(hostile + "\n" + hostile);
     window->makeKeyAndOrderFront();
-    EXPECT_EQ(out.drained(), "one two" + drawn + ": 1%\n1 " + drawn + "\n\n2\n" + drawn + "\n  " + drawn +
-                                 "\n  " + drawn + "\n");
+    EXPECT_EQ(error.drained(), drawn + "\nmore\n" + drawn + "\n1 " + drawn + "\n\n2\n" + drawn + "\n  " +
+                                   drawn + "\n  " + drawn + "\n");
+    EXPECT_EQ(out.drained(), "1%  one two" + drawn + "\n");
 }
 
 TEST_F(TerminalOnPipes, ProgressIsWrittenAsTheLanguageDoes) {
     frontEnd.setInterfaceLanguage("tr");
     shownProgress("T")->progressIndicator().setDoubleValue(40);
-    EXPECT_EQ(out.drained(), "T: %40\n");
+    EXPECT_EQ(out.drained(), "%40  T\n");
 }
 
 TEST_F(TerminalOnPipes, QuestionWithoutATerminalCountsAsCancel) {
@@ -275,7 +283,8 @@ TEST_F(TerminalOnPipes, QuestionWithoutATerminalCountsAsCancel) {
     EXPECT_EQ(asked.searches, 0);
     EXPECT_EQ(asked.cancels, 1);
     EXPECT_EQ(asked.code, ZPKModalResponseAbort);
-    EXPECT_EQ(out.drained(), "Disc\n\nInsert the disc.\n  Suite\n  Tools\n");
+    EXPECT_EQ(error.drained(), "Disc\n\nInsert the disc.\n  Suite\n  Tools\n");
+    EXPECT_EQ(out.drained(), "");
 }
 
 TEST_F(TerminalOnPipes, CancelThatStopsNothingStillEndsTheLoop) {
@@ -313,45 +322,175 @@ TEST(TerminalLine, KeepsUtf8AndLeavesOutWhatIsNone) {
     EXPECT_EQ(ZPKTerminal::line(std::string("a\0b", 3)), "ab");
 }
 
-TEST(TerminalOnATerminal, ProgressRewritesItsLine) {
+/// The time of the front ends below, which passes when a test says so.
+std::chrono::steady_clock::time_point g_now;
+
+/// A terminal that obeys, and a front end on it.
+class TerminalOnATerminal : public ::testing::Test {
+protected:
+    const ScopedEnvironment kind{"TERM", "xterm-256color"};
+    const ScopedEnvironment colours{"NO_COLOR", std::nullopt};
     PseudoTerminal terminal;
-    ZPKTerminalFrontEnd frontEnd(terminal.program(), terminal.program(), terminal.program());
-    auto window = frontEnd.createProgressWindow();
-    window->setTitle("T");
-    window->makeKeyAndOrderFront();
-    window->progressIndicator().setDoubleValue(100);
+
+    ZPKTerminalFrontEnd frontEndOn(int input, int output, int error) {
+        return {input, output, error, [] { return g_now; }};
+    }
+
+    void turn(ZPKTerminalFrontEnd& frontEnd, ZPKWindow& window) {
+        frontEnd.beginModalSessionForWindow(window)->run();
+    }
+};
+
+class TerminalProgress : public TerminalOnATerminal {
+protected:
+    ZPKTerminalFrontEnd frontEnd = frontEndOn(terminal.program(), terminal.program(), terminal.program());
+    std::unique_ptr<ZPKProgressWindow> window = frontEnd.createProgressWindow();
+
+    void show(const std::string& title, double value) {
+        window->setTitle(title);
+        window->makeKeyAndOrderFront();
+        window->progressIndicator().setDoubleValue(value);
+    }
+};
+
+TEST_F(TerminalProgress, RewritesItsLine) {
+    show("T", 100);
     window->progressIndicator().setDoubleValue(40);
     frontEnd.runAlert({"Alert", "", "OK"});
     window->progressIndicator().setDoubleValue(50);
     window->close();
-    EXPECT_EQ(terminal.screen(), "\rT: 100%\rT: 40% \b\r\nAlert\r\n\rT: 50%\r\n");
+    EXPECT_EQ(terminal.screen(),
+              "\r[###################]  100%  0:00  T\r[#######............]   40%  0:00  T\r\n\r\nAlert\r\n"
+              "\r[#########..........]   50%  0:00  T\r\n");
 }
 
-TEST(TerminalOnATerminal, ProgressThatIsTooWideIsALineAValue) {
-    PseudoTerminal terminal(10);
-    ZPKTerminalFrontEnd frontEnd(terminal.program(), terminal.program(), terminal.program());
+TEST_F(TerminalProgress, ShowsEachSecondOnce) {
+    show("T", 40);
+    for (const int milliseconds : {0, 999, 1, 500, 1000}) {
+        g_now += std::chrono::milliseconds(milliseconds);
+        turn(frontEnd, *window);
+    }
+    EXPECT_EQ(terminal.screen(),
+              "\r[#######............]   40%  0:00  T\r[#######............]   40%  0:01  T"
+              "\r[#######............]   40%  0:02  T");
+}
+
+TEST_F(TerminalProgress, TimePassesInALoopThatNothingWakes) {
+    std::thread worker([&] {
+        terminal.waitFor("0:00");
+        frontEnd.performOnMainThreadAndWait([] { g_now += std::chrono::seconds(1); });
+        terminal.waitFor("0:01");
+        frontEnd.performOnMainThreadAndWait([&] { terminal.resize(20); });
+        terminal.waitFor("\r[##...]   40%  0:01");
+        frontEnd.abortModal();
+    });
+    runWith(frontEnd, [&] {
+        window->setTitle("Unpacking");
+        window->progressIndicator().setDoubleValue(40);
+        frontEnd.runModalForWindow(*window);
+    });
+    worker.join();
+}
+
+TEST_F(TerminalProgress, WithoutAnEndMovesAndCountsTheTime) {
+    window->progressIndicator().setIndeterminate(true);
+    window->progressIndicator().startAnimation();
+    window->makeKeyAndOrderFront();
+    window->setTitle("Searching");
+    g_now += std::chrono::seconds(2);
+    turn(frontEnd, *window);
+    window->close();
+    EXPECT_EQ(terminal.screen(),
+              "\r[###................]  0:00  Searching\r[..###..............]  0:02  Searching\r\n");
+}
+
+TEST_F(TerminalProgress, TitleThatHasNoRoomStandsAboveOnce) {
+    terminal.resize(24);
+    show("Unpacking it all", 10);
+    window->progressIndicator().setDoubleValue(40);
+    EXPECT_EQ(terminal.screen(), "Unpacking it all\r\n\r[.....]   10%  0:00\r[##...]   40%  0:00");
+}
+
+TEST_F(TerminalProgress, LineThatBecomesShorterLeavesNothing) {
+    show("T", 40);
+    terminal.resize(20);
+    turn(frontEnd, *window);
+    const std::string screen = terminal.screen();
+    const std::string last = "\r\nT\r\n\r[##...]   40%  0:00";
+    EXPECT_TRUE(screen.ends_with(last)) << screen;
+    window->setTitle("L");
+    terminal.resize(80);
+    window->setTitle("Longer");
+    window->setTitle("L");
+    EXPECT_TRUE(terminal.screen().ends_with("Longer\r[#######............]   40%  0:00  L     \b\b\b\b\b"));
+}
+
+TEST_F(TerminalProgress, HostileTitleCannotMoveTheCursor) {
+    show("T\x1b[A\b\n\u202E", 40);
+    EXPECT_EQ(terminal.screen(), "\r[#######............]   40%  0:00  T[A ");
+}
+
+TEST_F(TerminalProgress, WideTitleIsCountedInColumns) {
+    terminal.resize(33);
+    show("日本語", 40);
+    window->setTitle("日本語abc");
+    EXPECT_EQ(terminal.screen(), "\r[###.....]   40%  0:00  日本語\r\n日本語abc\r\n\r[###.....]   40%  0:00");
+}
+
+TEST_F(TerminalOnATerminal, OneThatCannotRewriteGetsLines) {
+    const ScopedEnvironment dumb("TERM", "dumb");
+    ZPKTerminalFrontEnd frontEnd = frontEndOn(terminal.program(), terminal.program(), terminal.program());
     auto window = frontEnd.createProgressWindow();
-    window->setTitle("Unpacking");
+    window->setTitle("T");
     window->makeKeyAndOrderFront();
     window->progressIndicator().setDoubleValue(10);
+    g_now += std::chrono::seconds(5);
+    turn(frontEnd, *window);
     window->progressIndicator().setDoubleValue(40);
-    EXPECT_EQ(terminal.screen(), "Unpacking: 10%\r\nUnpacking: 40%\r\n");
+    EXPECT_EQ(terminal.screen(), "10%  T\r\n40%  T\r\n");
 }
 
-TEST(TerminalOnATerminal, HostileTitleCannotMoveTheCursor) {
-    PseudoTerminal terminal;
-    ZPKTerminalFrontEnd frontEnd(terminal.program(), terminal.program(), terminal.program());
-    auto window = frontEnd.createProgressWindow();
-    window->setTitle("T\x1b[A\b\n\u202E");
-    window->makeKeyAndOrderFront();
-    window->progressIndicator().setDoubleValue(40);
-    EXPECT_EQ(terminal.screen(), "\rT[A : 40%");
+TEST_F(TerminalOnATerminal, AlertGoesWhereThePersonReads) {
+    PseudoTerminal other;
+    Pipe pipe;
+    const struct {
+        int output;
+        int error;
+        PseudoTerminal& reader;
+    } rows[] = {
+        {terminal.program(), other.program(), terminal},
+        {terminal.program(), pipe.writer(), terminal},
+        {pipe.writer(), terminal.program(), terminal},
+        {terminal.program(), terminal.program(), terminal},
+    };
+    for (const auto& row : rows) {
+        ZPKTerminalFrontEnd frontEnd = frontEndOn(terminal.program(), row.output, row.error);
+        frontEnd.runAlert({"Alert", "", "OK"});
+        EXPECT_EQ(row.reader.screen(), "\r\nAlert\r\n");
+    }
+    EXPECT_EQ(other.screen(), "");
+    EXPECT_EQ(pipe.drained(), "");
 }
 
-class TerminalQuestion : public ::testing::Test {
+TEST_F(TerminalOnATerminal, QuestionGoesWhereThePersonReads) {
+    Pipe pipe;
+    terminal.type("2\n");
+    ZPKTerminalFrontEnd frontEnd = frontEndOn(terminal.program(), pipe.writer(), terminal.program());
+    EXPECT_EQ(ask(frontEnd).cancels, 1);
+    EXPECT_TRUE(terminal.screen().ends_with("\r\n> [1] Look\r\n  [2] Leave\r\n[1]: "));
+    EXPECT_EQ(pipe.drained(), "");
+}
+
+TEST_F(TerminalOnATerminal, AlertIsFoldedAtWords) {
+    terminal.resize(21);
+    ZPKTerminalFrontEnd frontEnd = frontEndOn(terminal.program(), terminal.program(), terminal.program());
+    frontEnd.runAlert({"It applies to one of:\n\n  Suite for many people", "", "OK"});
+    EXPECT_EQ(terminal.screen(), "\r\nIt applies to one\r\nof:\r\n\r\n  Suite for many\r\n    people\r\n");
+}
+
+class TerminalQuestion : public TerminalOnATerminal {
 protected:
-    PseudoTerminal terminal;
-    ZPKTerminalFrontEnd frontEnd{terminal.program(), terminal.program(), terminal.program()};
+    ZPKTerminalFrontEnd frontEnd = frontEndOn(terminal.program(), terminal.program(), terminal.program());
 };
 
 TEST_F(TerminalQuestion, OneAndReturnSearchAndTwoCancels) {
@@ -366,8 +505,8 @@ TEST_F(TerminalQuestion, AsksWithTheButtonsTitlesAndAgainAfterEachSearch) {
     terminal.type("1\n1\n1\n");
     EXPECT_EQ(ask(frontEnd).code, ZPKModalResponseStop);
     const std::string screen = terminal.screen();
-    const std::string question = "[1] Look  [2] Leave: ";
-    EXPECT_NE(screen.find("Disc\r\n\r\nInsert the disc.\r\n  Suite\r\n  Tools\r\n" + question),
+    const std::string question = "\r\n> [1] Look\r\n  [2] Leave\r\n[1]: ";
+    EXPECT_NE(screen.find("\r\nDisc\r\n\r\nInsert the disc.\r\n  Suite\r\n  Tools\r\n" + question),
               std::string::npos)
         << screen;
     std::size_t count = 0;
@@ -375,6 +514,77 @@ TEST_F(TerminalQuestion, AsksWithTheButtonsTitlesAndAgainAfterEachSearch) {
         ++count;
     }
     EXPECT_EQ(count, 3U);
+}
+
+TEST_F(TerminalQuestion, DigitsOfOtherKeyboardsAreAnswers) {
+    terminal.type("\u0661\n\uFF11\n\u06F2\n");
+    const Asked asked = ask(frontEnd);
+    EXPECT_EQ(asked.searches, 2);
+    EXPECT_EQ(asked.cancels, 1);
+}
+
+TEST_F(TerminalQuestion, WrongAnswerIsShownAndCannotCommandTheTerminal) {
+    terminal.type("3\ny\u202E\x1b[J" + std::string(100, 'x') + "\n2\n");
+    EXPECT_EQ(ask(frontEnd).cancels, 1);
+    const std::string screen = terminal.screen();
+    const std::string question = "\r\n> [1] Look\r\n  [2] Leave\r\n[1]: ";
+    EXPECT_NE(screen.find(question + "\"3\" ? [1] [2]\r\n" + question), std::string::npos) << screen;
+    EXPECT_NE(
+        screen.find("\"y\\xe2\\x80\\xae\\x1b[J" + std::string(21, 'x') + "...\" ? [1] [2]\r\n" + question),
+        std::string::npos)
+        << screen;
+}
+
+TEST_F(TerminalQuestion, IsFoldedAnewWhenTheWidthChanges) {
+    terminal.resize(15);
+    std::thread worker([&] {
+        terminal.waitFor(
+            "Insert the\r\ndisc.\r\n  Suite\r\n  Tools\r\n\r\n> [1] Look\r\n  [2] Leave\r\n[1]: ");
+        terminal.resize(60);
+        // Up the lines that stand there, and all of it again.
+        terminal.waitFor(
+            "\r\x1b[10A\x1b[J\r\nDisc\r\n\r\nInsert the disc.\r\n  Suite\r\n  Tools\r\n\r\n> [1] ");
+        terminal.type("3\n");
+        terminal.waitFor("\"3\" ? [1] [2]\r\n\r\n> [1] Look\r\n  [2] Leave\r\n[1]: ");
+        terminal.resize(15);
+        terminal.waitFor("\x1b[14A\x1b[J\r\nDisc\r\n\r\nInsert the\r\ndisc.");
+        terminal.type("2\n");
+    });
+    EXPECT_EQ(ask(frontEnd).cancels, 1);
+    worker.join();
+}
+
+TEST_F(TerminalOnATerminal, WithoutEscapesTheQuestionIsFoldedAnewBelow) {
+    const ScopedEnvironment noColours("NO_COLOR", "1");
+    terminal.resize(15);
+    ZPKTerminalFrontEnd frontEnd = frontEndOn(terminal.program(), terminal.program(), terminal.program());
+    std::string screen;
+    std::thread worker([&] {
+        terminal.waitFor("[1]: ");
+        terminal.resize(60);
+        screen = terminal.waitFor("[1]: ");
+        terminal.type("2\n");
+    });
+    EXPECT_EQ(ask(frontEnd).cancels, 1);
+    worker.join();
+    EXPECT_EQ(screen,
+              "\r\n\r\nDisc\r\n\r\nInsert the disc.\r\n  Suite\r\n  Tools\r\n\r\n> [1] Look\r\n  [2] "
+              "Leave\r\n[1]: ");
+}
+
+TEST_F(TerminalQuestion, CanBeCancelledFromAnyThreadWhileItIsAsked) {
+    EXPECT_FALSE(frontEnd.cancelQuestion());
+    bool isTaken = false;
+    std::thread worker([&] {
+        terminal.waitFor("[1]: ");
+        isTaken = frontEnd.cancelQuestion();
+    });
+    const Asked asked = ask(frontEnd);
+    worker.join();
+    EXPECT_TRUE(isTaken);
+    EXPECT_EQ(asked.cancels, 1);
+    EXPECT_EQ(asked.code, ZPKModalResponseAbort);
+    EXPECT_FALSE(frontEnd.cancelQuestion());
 }
 
 TEST_F(TerminalQuestion, OtherAnswersAreAskedAgain) {
@@ -396,7 +606,7 @@ TEST_F(TerminalQuestion, TerminalThatHangsUpCancels) {
 
 TEST_F(TerminalQuestion, AbortEndsTheQuestion) {
     std::thread worker([&] {
-        terminal.waitFor("[2] Leave: ");
+        terminal.waitFor("[1]: ");
         frontEnd.abortModal();
     });
     const Asked asked = ask(frontEnd);

@@ -41,10 +41,21 @@ const Style& styleOfLanguage(std::string_view code) {
     return kUsualStyle;
 }
 
-std::string inArabicDigits(const std::string& number) {
+bool isDigit(char character) {
+    return character >= '0' && character <= '9';
+}
+
+std::string inDigits(Digits digits, const std::string& number) {
+    if (digits == Digits::European) {
+        return number;
+    }
     std::string text;
-    for (const char digit : number) {
-        ZPKUnicode::append(text, kArabicZero + static_cast<char32_t>(digit - '0'));
+    for (const char character : number) {
+        if (isDigit(character)) {
+            ZPKUnicode::append(text, kArabicZero + static_cast<char32_t>(character - '0'));
+        } else {
+            text += character;
+        }
     }
     return text;
 }
@@ -53,7 +64,10 @@ std::string inArabicDigits(const std::string& number) {
 
 std::string ZPKPercentText::of(int percent, const std::string& language) {
     const Style& style = styleOfLanguage(language);
-    const std::string number = std::to_string(percent);
-    return std::string(style.before) + (style.digits == Digits::Arabic ? inArabicDigits(number) : number) +
+    return std::string(style.before) + inDigits(style.digits, std::to_string(percent)) +
            std::string(style.after);
+}
+
+std::string ZPKPercentText::digits(const std::string& text, const std::string& language) {
+    return inDigits(styleOfLanguage(language).digits, text);
 }

@@ -12,12 +12,19 @@
 #include <utility>
 
 #include "Base/ZPKDescriptorIO.h"
+#include "Base/ZPKEnvironment.h"
 #include "Base/ZPKTerminalText.h"
+#include "UserInterface/Terminal/ZPKFoldedText.h"
+#include "UserInterface/Terminal/ZPKTextColumns.h"
 
 namespace {
 
 /// A line longer than this is nobody's answer; what is beyond is taken as the next line.
 constexpr std::size_t kLongestLine = 4096;
+
+/// Longer lines are hard to read; a terminal that does not tell its width has probably the other.
+constexpr std::size_t kReadableColumns = 100;
+constexpr std::size_t kUsualColumns = 80;
 
 /// What is left of a text when only what a terminal draws is kept; tabs keep words apart.
 std::string drawn(std::string text) {
@@ -36,6 +43,28 @@ void flushStandardStreams() {
     std::fflush(stderr);
 }
 
+bool isTerminal(int descriptor) {
+    return ::isatty(descriptor) != 0;
+}
+
+/// Asks the terminals themselves: one has several names.
+bool isSameTerminal(int one, int other) {
+    unsigned int first = 0;
+    unsigned int second = 0;
+    return ::ioctl(one, TIOCGDEV, &first) == 0 && ::ioctl(other, TIOCGDEV, &second) == 0 && first == second;
+}
+
+std::string typeOfTerminal() {
+    return ZPKEnvironment::value("TERM").value_or("dumb");
+}
+
+/// The columns to write in. The last one stays free, since terminals differ in what follows it.
+std::size_t columnsOf(int descriptor) {
+    winsize size{};
+    const bool known = ::ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    return std::max<std::size_t>(known ? size.ws_col : kUsualColumns, 2) - 1;
+}
+
 }  // namespace
 
 std::string ZPKTerminal::line(std::string text) {
@@ -47,12 +76,75 @@ ZPKTerminal::ZPKTerminal(int input, int output, int error)
     : m_input(input),
       m_output(output),
       m_error(error),
-      m_interactive(::isatty(input) != 0 && ::isatty(output) != 0),
-      m_rewrites(::isatty(output) != 0) {}
+      m_sharesTerminal(isSameTerminal(output, error)),
+      m_person(isTerminal(output) && !m_sharesTerminal ? output : error),
+      m_isPersonTerminal(isTerminal(m_person)),
+      m_interactive(isTerminal(input) && m_isPersonTerminal),
+      m_rewrites(isTerminal(output) && typeOfTerminal() != "dumb"),
+      m_obeys(typeOfTerminal() != "dumb" && !ZPKEnvironment::isSet("NO_COLOR")) {}
+
+void ZPKTerminal::tell(const std::string& text) {
+    endStatus();
+    flushStandardStreams();
+    if (!m_isPersonTerminal) {
+        put(m_person, drawn(text));
+        return;
+    }
+    if (m_told.empty()) {
+        m_toldColumns = columnsOf(m_person);
+    }
+    m_told += drawn(text);
+    std::string all = folded();
+    // What stands there already does so for another width, if that has just changed.
+    const bool goesOn = all.starts_with(m_toldAsFolded);
+    put(m_person, goesOn ? std::string_view(all).substr(m_toldAsFolded.size()) : "\n" + all);
+    m_toldAsFolded = std::move(all);
+}
+
+void ZPKTerminal::tellApart(const std::string& text) {
+    tell((m_isPersonTerminal ? "\n" : "") + text);
+}
+
+std::string ZPKTerminal::folded() const {
+    return ZPKFoldedText::of(m_told, std::min(m_toldColumns, kReadableColumns));
+}
+
+void ZPKTerminal::refold() {
+    const std::size_t columns = m_isPersonTerminal ? columnsOf(m_person) : 0;
+    if (m_told.empty() || columns == m_toldColumns) {
+        return;
+    }
+    m_toldColumns = columns;
+    std::string all = folded();
+    if (all == m_toldAsFolded) {
+        return;
+    }
+    // Lines that a terminal has wrapped by itself stay above; one that cannot go up begins below.
+    const auto up = std::count(m_toldAsFolded.begin(), m_toldAsFolded.end(), '\n');
+    const std::string toStart =
+        "\r" + (up > 0 ? "\x1b[" + std::to_string(up) + "A" : std::string()) + "\x1b[J";
+    put(m_person, (m_obeys ? toStart : "\n") + all);
+    m_toldAsFolded = std::move(all);
+}
+
+void ZPKTerminal::noteEcho(const std::string& line) {
+    const std::string shown = drawn(line) + "\n";
+    m_told += shown;
+    m_toldAsFolded += shown;
+    if (m_toldAsFolded != folded()) {
+        forgetTold();
+    }
+}
+
+void ZPKTerminal::forgetTold() {
+    m_told.clear();
+    m_toldAsFolded.clear();
+}
 
 void ZPKTerminal::print(const std::string& text) {
     endStatus();
     flushStandardStreams();
+    forgetTold();
     put(m_output, drawn(text));
 }
 
@@ -64,14 +156,16 @@ void ZPKTerminal::printError(const std::string& text) {
 
 void ZPKTerminal::printStatus(const std::string& text) {
     const std::string line = ZPKTerminal::line(text);
-    if (!canRewrite(line)) {
+    if (!m_rewrites) {
         print(line + "\n");
         return;
     }
     flushStandardStreams();
-    const std::size_t left = m_statusLength > line.size() ? m_statusLength - line.size() : 0;
+    forgetTold();
+    const std::size_t length = ZPKTextColumns::of(line);
+    const std::size_t left = m_statusLength > length ? m_statusLength - length : 0;
     put(m_output, "\r" + line + std::string(left, ' ') + std::string(left, '\b'));
-    m_statusLength = line.size();
+    m_statusLength = length;
 }
 
 void ZPKTerminal::endStatus() {
@@ -79,6 +173,10 @@ void ZPKTerminal::endStatus() {
         m_statusLength = 0;
         put(m_output, "\n");
     }
+}
+
+std::size_t ZPKTerminal::statusColumns() const {
+    return columnsOf(m_output);
 }
 
 bool ZPKTerminal::readInput() {
@@ -98,15 +196,6 @@ std::optional<std::string> ZPKTerminal::takeLine() {
     }
     const std::string line = m_received.substr(0, end);
     m_received.erase(0, end == std::string::npos ? end : end + 1);
+    noteEcho(line);
     return line;
-}
-
-bool ZPKTerminal::canRewrite(const std::string& line) const {
-    if (!m_rewrites) {
-        return false;
-    }
-    // No character takes more columns than bytes; a size of 0 means that the terminal tells none.
-    winsize size{};
-    const bool known = ::ioctl(m_output, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
-    return !known || line.size() < size.ws_col;
 }

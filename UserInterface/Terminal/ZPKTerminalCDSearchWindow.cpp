@@ -3,10 +3,27 @@
 
 #include "UserInterface/Terminal/ZPKTerminalCDSearchWindow.h"
 
+#include <algorithm>
+#include <iterator>
 #include <sstream>
+#include <string_view>
 #include <utility>
 
+#include "Base/ZPKTerminalText.h"
+
 namespace {
+
+/// As the keyboards of the languages have them: Arabic ones, and those for wide characters.
+constexpr const char* kOne[] = {"1", "\u0661", "\u06F1", "\uFF11"};
+constexpr const char* kTwo[] = {"2", "\u0662", "\u06F2", "\uFF12"};
+
+/// No more of a wrong answer is shown again.
+constexpr std::size_t kLongestEcho = 40;
+
+template <std::size_t Size>
+bool isIn(const char* const (&texts)[Size], std::string_view answer) {
+    return std::find(std::begin(texts), std::end(texts), answer) != std::end(texts);
+}
 
 std::string trimmed(const std::string& text) {
     constexpr const char* kBlanks = " \t\r";
@@ -39,20 +56,23 @@ void ZPKTerminalCDSearchWindow::show() {
     for (std::string product; std::getline(products, product);) {
         text += "  " + product + "\n";
     }
-    m_terminal.print(text);
+    m_terminal.tellApart(text);
 }
 
 std::string ZPKTerminalCDSearchWindow::question() const {
-    return "[1] " + ZPKTerminal::line(m_searchTitle) + "  [2] " + ZPKTerminal::line(m_cancelTitle) + ": ";
+    return "\n> [1] " + ZPKTerminal::line(m_searchTitle) + "\n  [2] " + ZPKTerminal::line(m_cancelTitle) +
+           "\n[1]: ";
 }
 
 void ZPKTerminalCDSearchWindow::takeAnswer(const std::optional<std::string>& line) {
     // The actions may set others, or end this window's life.
     const Actions actions = m_actions;
-    const std::string answer = line ? trimmed(*line) : "2";
-    if (answer.empty() || answer == "1") {
+    const std::string answer = line ? trimmed(*line) : kTwo[0];
+    if (answer.empty() || isIn(kOne, answer)) {
         perform(actions.pushSearch);
-    } else if (answer == "2") {
+    } else if (isIn(kTwo, answer)) {
         perform(actions.pushCancel);
+    } else {
+        m_terminal.tell("\"" + ZPKTerminalText::printable(answer, kLongestEcho) + "\" ? [1] [2]\n");
     }
 }

@@ -9,8 +9,9 @@
 #include "UserInterface/Terminal/ZPKTerminalWindow.h"
 #include "UserInterface/ZPKCDSearchWindow.h"
 
-/// The request for the disc as a question with two numbered answers, the first one by Enter alone.
-/// The end of the input counts as Cancel.
+/// The request for the disc as a question with two numbered answers, the first one by Enter alone. One answer
+/// a line, so that a terminal that turns Arabic and Hebrew around does not exchange them. No answer counts as
+/// Cancel.
 class ZPKTerminalCDSearchWindow : public ZPKCDSearchWindow, public ZPKTerminalWindow {
 public:
     /// The terminal outlives the window.
@@ -29,6 +30,7 @@ public:
 
     void show() override;
     std::string question() const override;
+    void refresh() override { m_terminal.refold(); }
     void takeAnswer(const std::optional<std::string>& line) override;
 
 private:

@@ -5,12 +5,17 @@
 
 #include <unistd.h>
 
+#include <iostream>
+#include <utility>
+
 #include "UserInterface/Terminal/ZPKTerminalCDSearchWindow.h"
-#include "UserInterface/Terminal/ZPKTerminalProgressWindow.h"
 
 namespace {
 
 constexpr int kSessionWaitMilliseconds = 20;
+
+/// A line that shows seconds, and a width that a person's hand changes, are looked at this often.
+constexpr int kRefreshMilliseconds = 200;
 
 /// Every window comes from this front end.
 ZPKTerminalWindow& terminalWindow(ZPKWindow& window) {
@@ -21,23 +26,30 @@ ZPKTerminalWindow& terminalWindow(ZPKWindow& window) {
 
 class ZPKTerminalModalSession : public ZPKModalSession {
 public:
-    explicit ZPKTerminalModalSession(ZPKTerminalFrontEnd& frontEnd) : m_frontEnd(frontEnd) {}
+    ZPKTerminalModalSession(ZPKTerminalFrontEnd& frontEnd, ZPKTerminalWindow& window)
+        : m_frontEnd(frontEnd), m_window(window) {}
 
     bool run() override {
         m_frontEnd.wait(-1, kSessionWaitMilliseconds);
         m_frontEnd.runPendingActions();
+        m_window.refresh();
         return !m_frontEnd.isLoopStopped();
     }
 
 private:
     ZPKTerminalFrontEnd& m_frontEnd;
+    ZPKTerminalWindow& m_window;
 };
 
-ZPKTerminalFrontEnd::ZPKTerminalFrontEnd()
-    : ZPKTerminalFrontEnd(STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO) {}
+ZPKTerminalFrontEnd::ZPKTerminalFrontEnd() : ZPKTerminalFrontEnd(STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO) {
+    if (m_terminal.dimsDiagnostics()) {
+        m_dimOutput.emplace(stdout, std::cout, STDOUT_FILENO);
+        m_dimError.emplace(stderr, std::cerr, STDERR_FILENO);
+    }
+}
 
-ZPKTerminalFrontEnd::ZPKTerminalFrontEnd(int input, int output, int error)
-    : ZPKFrontEndBase([this] { wake(); }), m_terminal(input, output, error) {}
+ZPKTerminalFrontEnd::ZPKTerminalFrontEnd(int input, int output, int error, ZPKTerminalProgressWindow::Now now)
+    : ZPKFrontEndBase([this] { wake(); }), m_terminal(input, output, error), m_now(std::move(now)) {}
 
 bool ZPKTerminalFrontEnd::prepare() {
     const ZPKOutcome canBeWoken = outcome();
@@ -48,7 +60,7 @@ bool ZPKTerminalFrontEnd::prepare() {
 }
 
 std::unique_ptr<ZPKProgressWindow> ZPKTerminalFrontEnd::createProgressWindow() {
-    return std::make_unique<ZPKTerminalProgressWindow>(m_terminal, m_language);
+    return std::make_unique<ZPKTerminalProgressWindow>(m_terminal, m_language, m_now);
 }
 
 std::unique_ptr<ZPKCDSearchWindow> ZPKTerminalFrontEnd::createCDSearchWindow() {
@@ -60,19 +72,20 @@ void ZPKTerminalFrontEnd::runAlert(const ZPKAlert& alert) {
     if (!alert.informativeText.empty()) {
         text += alert.informativeText + "\n";
     }
-    m_terminal.printError(text);
+    m_terminal.tellApart(text);
 }
 
 std::unique_ptr<ZPKModalSession> ZPKTerminalFrontEnd::beginModalSessionForWindow(ZPKWindow& window) {
-    terminalWindow(window).show();
-    return std::make_unique<ZPKTerminalModalSession>(*this);
+    ZPKTerminalWindow& shown = terminalWindow(window);
+    shown.show();
+    return std::make_unique<ZPKTerminalModalSession>(*this, shown);
 }
 
 void ZPKTerminalFrontEnd::runLoopForWindow(ZPKWindow& window, ZPKModalLoop& loop) {
     ZPKTerminalWindow& shown = terminalWindow(window);
     shown.show();
     if (shown.question().empty()) {
-        runLoop(loop);
+        runUntilStopped(shown, loop);
     } else {
         askUntilStopped(shown, loop);
     }
@@ -86,12 +99,27 @@ void ZPKTerminalFrontEnd::runLoop(ZPKModalLoop& loop) {
     }
 }
 
+void ZPKTerminalFrontEnd::runUntilStopped(ZPKTerminalWindow& window, ZPKModalLoop& loop) {
+    runPendingActions();
+    while (!loop.isStopped()) {
+        window.refresh();
+        wait(-1, m_terminal.isRewriting() ? kRefreshMilliseconds : -1);
+        runPendingActions();
+    }
+}
+
+bool ZPKTerminalFrontEnd::cancelQuestion() {
+    Question asked = Question::Asked;
+    if (!m_question.compare_exchange_strong(asked, Question::Cancelled)) {
+        return false;
+    }
+    wake();
+    return true;
+}
+
 void ZPKTerminalFrontEnd::askUntilStopped(ZPKTerminalWindow& window, ZPKModalLoop& loop) {
     while (!loop.isStopped()) {
-        if (m_terminal.isInteractive()) {
-            m_terminal.print(window.question());
-        }
-        const std::optional<std::string> line = waitForLine(loop);
+        const std::optional<std::string> line = answer(window, loop);
         if (loop.isStopped()) {
             return;
         }
@@ -103,19 +131,33 @@ void ZPKTerminalFrontEnd::askUntilStopped(ZPKTerminalWindow& window, ZPKModalLoo
     }
 }
 
-std::optional<std::string> ZPKTerminalFrontEnd::waitForLine(const ZPKModalLoop& loop) {
+std::optional<std::string> ZPKTerminalFrontEnd::answer(ZPKTerminalWindow& window, const ZPKModalLoop& loop) {
     if (!m_terminal.isInteractive()) {
         return std::nullopt;
     }
+    m_question = Question::Asked;
+    m_terminal.tell(window.question());
+    std::optional<std::string> line = waitForLine(window, loop);
+    // A cancellation that came with the line counts: its sender has been told so.
+    const bool isCancelled = m_question.exchange(Question::None) == Question::Cancelled;
+    if (!line) {
+        // Nobody has ended the question's line.
+        m_terminal.tell("\n");
+    }
+    return isCancelled ? std::nullopt : line;
+}
+
+std::optional<std::string> ZPKTerminalFrontEnd::waitForLine(ZPKTerminalWindow& window,
+                                                            const ZPKModalLoop& loop) {
     runPendingActions();
-    while (!loop.isStopped()) {
+    while (!loop.isStopped() && m_question == Question::Asked) {
         if (std::optional<std::string> line = m_terminal.takeLine()) {
             return line;
         }
-        if (wait(m_terminal.input(), -1) && !m_terminal.readInput()) {
-            m_terminal.print("\n");
+        if (wait(m_terminal.input(), kRefreshMilliseconds) && !m_terminal.readInput()) {
             return std::nullopt;
         }
+        window.refresh();
         runPendingActions();
     }
     return std::nullopt;

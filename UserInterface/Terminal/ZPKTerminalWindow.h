@@ -17,6 +17,9 @@ public:
     /// The question that waits for an answer; empty for a window that asks nothing.
     virtual std::string question() const = 0;
 
-    /// Takes a line as the answer, or nothing at the end of the input.
+    /// Called often while the window is there: draws anew what the time or the terminal's width has changed.
+    virtual void refresh() = 0;
+
+    /// Takes a line as the answer, or nothing when there will be none.
     virtual void takeAnswer(const std::optional<std::string>& line) = 0;
 };
