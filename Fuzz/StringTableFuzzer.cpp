@@ -16,6 +16,7 @@
 #include "Common/CPlusUtil.h"
 #include "Common/CResourceBundleStringElement.h"
 #include "Common/CResourceBundleStringTableParser.h"
+#include "Fuzz/MemoryBudget.h"
 
 namespace {
 
@@ -59,6 +60,8 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    constexpr std::size_t kTimes = 400;
+    const zpk_fuzz::MemoryBudget budget(zpk_fuzz::MemoryBudget::forInput(size, kTimes));
     const std::string table(reinterpret_cast<const char*>(data), size);
     if (size > 0) {
         parse(table);

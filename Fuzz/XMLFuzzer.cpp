@@ -4,12 +4,8 @@
 // Reads the input as a document; what could be read is cloned, written and read again, and must be
 // the same tree each time.
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -17,11 +13,17 @@
 #include "Common/CExpatXMLParser.h"
 #include "Common/CXMLElement.h"
 #include "Common/CXMLSerializer.h"
+#include "Fuzz/InputInMemory.h"
+#include "Fuzz/MemoryBudget.h"
+#include "Fuzz/Require.h"
 #include "Platform/ZPKFileHandle.h"
 
 namespace {
 
 using namespace varno_zpk;
+using zpk_fuzz::require;
+
+constexpr std::size_t kMostOfEntities = std::size_t{64} << 20;
 
 /// The tree with everything that may differ after writing made equal: neighbouring texts become one.
 void appendTree(std::string& out, const CXMLElement& element) {
@@ -48,31 +50,23 @@ std::string treeText(const CXMLDocument& document) {
     return out;
 }
 
-void require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
-}
-
 void checkRoundTrip(const CXMLDocument& document) {
     const std::string tree = treeText(document);
     const std::unique_ptr<CXMLNode> copy(document.Clone());
     const auto& copiedDocument = static_cast<const CXMLDocument&>(*copy);
-    require(treeText(copiedDocument) == tree);
+    require(treeText(copiedDocument) == tree, "the copy is another");
     const std::string written = CXMLSerializer::Serialize(copiedDocument);
     const std::unique_ptr<CXMLDocument> again = CExpatXMLParser::CreateCXMLNodeWithText(written);
-    require(again != nullptr);
-    require(treeText(*again) == tree);
+    require(again != nullptr, "what was written cannot be read");
+    require(treeText(*again) == tree, "written and read again it is another");
 }
 
 /// As a file, the input's own words about its encoding count.
 std::unique_ptr<CXMLDocument> readAsFile(std::string_view input, std::size_t blockSize) {
-    static const int kDescriptor = ::memfd_create("input", MFD_CLOEXEC);
-    static const std::string kPath = "/proc/self/fd/" + std::to_string(kDescriptor);
-    require(::ftruncate(kDescriptor, 0) == 0);
-    require(::pwrite(kDescriptor, input.data(), input.size(), 0) == static_cast<ssize_t>(input.size()));
-    const ZPKResult<ZPKFileHandle> file = ZPKFileHandle::forReadingAtPath(kPath);
-    require(static_cast<bool>(file));
+    static zpk_fuzz::InputInMemory held;
+    const ZPKResult<ZPKFileHandle> file =
+        ZPKFileHandle::forReadingAtPath(held.hold(input.data(), input.size()));
+    require(static_cast<bool>(file), "a file that can be read fails");
     return CExpatXMLParser::CreateCXMLNodeWithFile(*file, blockSize);
 }
 
@@ -80,6 +74,9 @@ std::unique_ptr<CXMLDocument> readAsFile(std::string_view input, std::size_t blo
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view input(reinterpret_cast<const char*>(data), size);
+    // Two trees at a time, and entities that are bounded by themselves.
+    constexpr std::size_t kTimes = 1000;
+    const zpk_fuzz::MemoryBudget budget(kMostOfEntities + zpk_fuzz::MemoryBudget::forInput(size, kTimes));
     constexpr std::size_t kLargestBlock = 64;
     const std::unique_ptr<CXMLDocument> documents[] = {CExpatXMLParser::CreateCXMLNodeWithText(input),
                                                        readAsFile(input, 1 + size % kLargestBlock)};

@@ -33,6 +33,7 @@ TEST(ArchiveCreateTest, TopLevelNameIsTheSourcesLastComponent) {
                                            {folder / "Info/./", "Info"},
                                            {folder / "Info/../Info", "Info"},
                                            {folder / "Alias", "Alias"},
+                                           {folder / "Alias/", "Alias"},
                                            {folder / "Info/a", "a"}}) {
         SCOPED_TRACE(row.source);
         KeepingSink sink;
