@@ -171,6 +171,17 @@ TEST_F(HostileArchiveTest, HardLinkedFileGetsItsDataFromTheLastNameInNewc) {
     EXPECT_TRUE(fs::equivalent(m_folder / "in/one", m_folder / "in/three"));
 }
 
+TEST_F(HostileArchiveTest, StrangerAfterTheDataHaveComeInNewcStaysApart) {
+    writeFile(m_folder / "archive", makeNewc({{"one", kFile, "", 9, 5},
+                                              {"two", kFile, "the data", 9, 5},
+                                              {"stranger", kFile, "other data", 9, 5}}));
+    Outcome outcome = extract(m_folder / "archive", m_folder / "in");
+    EXPECT_EQ(outcome.exitStatus, 0) << outcome.standardError;
+    EXPECT_EQ(readFile(m_folder / "in/one"), "the data");
+    EXPECT_EQ(readFile(m_folder / "in/two"), "the data");
+    EXPECT_EQ(readFile(m_folder / "in/stranger"), "other data");
+}
+
 TEST_F(HostileArchiveTest, SpecialFilesAndSetUserIdBits) {
     Outcome outcome = extractMembers({{"fifo", S_IFIFO | 0644},
                                       {"null", S_IFCHR | 0666},

@@ -12,16 +12,19 @@
 
 #include <filesystem>
 #include <map>
+#include <optional>
 
 #include "Base/ZPKDescriptorIO.h"
 #include "Platform/ZPKKernelFile.h"
 #include "Tests/Platform/MachineProgram.h"
+#include "Tests/Platform/ScopedEnvironment.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 namespace {
 
 using Texts = std::vector<std::string>;
 using zpk_test::readFile;
+using zpk_test::ScopedEnvironment;
 using zpk_test::TemporaryFolder;
 using zpk_test::writeFile;
 
@@ -248,6 +251,18 @@ TEST(ZPKSecondStageKernelTest, OnlyKernelsThatTheToolkitKnowsSuit) {
     }
     for (const char* const release : {"3.16.99", "3.2", "2.6.32-754.el6", "3", "", "x", "-4.0"}) {
         EXPECT_FALSE(ZPKSecondStage::suitsKernel(release)) << release;
+    }
+}
+
+TEST(ZPKSecondStageDisplayTest, EachVariableAloneNamesOne) {
+    constexpr const char* kVariables[] = {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"};
+    const ScopedEnvironment first(kVariables[0], std::nullopt);
+    const ScopedEnvironment second(kVariables[1], std::nullopt);
+    const ScopedEnvironment third(kVariables[2], std::nullopt);
+    EXPECT_FALSE(ZPKSecondStage::hasDisplay());
+    for (const char* const variable : kVariables) {
+        const ScopedEnvironment alone(variable, "something");
+        EXPECT_TRUE(ZPKSecondStage::hasDisplay()) << variable;
     }
 }
 
