@@ -78,7 +78,10 @@ struct CResourceBundleStringTableParser::tagPRIVATE_DATA {
     unsigned char buffer[kBufferSize];
     std::size_t stringOffset;        // file offset of the last string's first byte
     std::size_t keyOffset;           // the same of the key
+    std::size_t valueOffset;         // file offset of what follows the key's delimiter
     IStringTableListener* listener;  // takes the faults; null: they are printed
+
+    std::size_t BytesRead() const { return bufferBase + position; }
 
     /// Consumes the bytes ahead in the buffer that all belong to `bytes`; empty when the next one
     /// does not, or is not in the buffer yet. Most of a table is such runs: taking them whole is
@@ -120,7 +123,7 @@ int CResourceBundleStringTableParser::Parse(const char* inPath, IStringTableList
         data.file = file;
         data.listener = &listener;
         ParseEntries(data, [&](const std::string& key, const std::string& value) {
-            listener.OnEntry(key, value, data.keyOffset);
+            listener.OnEntry(key, value, {data.keyOffset, data.valueOffset, data.BytesRead() - 1});
         });
     });
 }
@@ -149,6 +152,7 @@ void CResourceBundleStringTableParser::ParseEntries(tagPRIVATE_DATA& data, Entry
     for (;;) {
         const int keyDelimiter = GetNextString(data, key);
         data.keyOffset = data.stringOffset;
+        data.valueOffset = data.BytesRead();
         if (keyDelimiter == kEndOfFile) {
             return;
         }
@@ -227,7 +231,7 @@ int CResourceBundleStringTableParser::GetNextString(tagPRIVATE_DATA& data, std::
                 SkipComment(data);
                 break;
             default:
-                data.stringOffset = data.bufferBase + data.position - 1;
+                data.stringOffset = data.BytesRead() - 1;
                 ExtractString(data, c, out);
                 break;
         }
@@ -236,7 +240,7 @@ int CResourceBundleStringTableParser::GetNextString(tagPRIVATE_DATA& data, std::
 
 /// Reports a fault at the byte last read.
 void CResourceBundleStringTableParser::Log(const tagPRIVATE_DATA& data, const char* message) {
-    const std::size_t readSoFar = data.bufferBase + data.position;
+    const std::size_t readSoFar = data.BytesRead();
     if (data.listener != nullptr) {
         // Something has been read, or there would be no fault.
         data.listener->OnFault(message, readSoFar - 1);
@@ -253,7 +257,7 @@ void CResourceBundleStringTableParser::ProcessLineEnd(tagPRIVATE_DATA& data, int
         PutBack(data);
     }
     ++data.line;
-    data.lineStart = data.bufferBase + data.position;
+    data.lineStart = data.BytesRead();
 }
 
 /// Goes on after a `/` outside quotes.

@@ -13,8 +13,16 @@ class IStringTableListener {
 public:
     virtual ~IStringTableListener() = default;
 
-    /// An entry whose key begins `offset` bytes from the start of the file.
-    virtual void OnEntry(const std::string& key, const std::string& value, std::size_t offset) = 0;
+    /// Where an entry stands, in bytes from the start of the file.
+    struct EntryPlace {
+        /// The first byte of the key.
+        std::size_t key;
+        /// What is behind the `=`, and the `;`: the value is between them, with all that is dropped of it.
+        std::size_t value;
+        std::size_t end;
+    };
+
+    virtual void OnEntry(const std::string& key, const std::string& value, const EntryPlace& place) = 0;
 
     /// A fault, in the words of the reports, that was noticed at the byte `offset` bytes from the start of
     /// the file.

@@ -30,4 +30,29 @@ const char* const ZPKSTRING_HIDEOTHERS = "ZPKString_HideOthers";
 const char* const ZPKSTRING_SHOWALL = "ZPKString_ShowAll";
 const char* const ZPKSTRING_QUITZEPHYRKIT = "ZPKString_QuitZephyrkit";
 
+const std::array<const char*, 24> ZPKSTRING_KEYS = {ZPKSTRING_FILE_EXTRACT,
+                                                    ZPKSTRING_OK,
+                                                    ZPKSTRING_ERROR,
+                                                    ZPKSTRING_ERROR_CORRUPT,
+                                                    ZPKSTRING_TEMPFOLDERCREATEFAILURE,
+                                                    ZPKSTRING_ERROR_EXTRACT,
+                                                    ZPKSTRING_ERROR_INIT,
+                                                    ZPKSTRING_UPDATE_FAILURE,
+                                                    ZPKSTRING_DISCCHECK_TITLE,
+                                                    ZPKSTRING_DISCCHECK_MESSAGE,
+                                                    ZPKSTRING_DISCCHECK_START,
+                                                    ZPKSTRING_DISCCHECK_CANCEL,
+                                                    ZPKSTRING_DISCCHECK_SERACHING,
+                                                    ZPKSTRING_UPDATE_INVALID_DISC,
+                                                    ZPKSTRING_FONTNAME_FORMAC,
+                                                    ZPKSTRING_FONTNAME_FORWIN,
+                                                    ZPKSTRING_FONTSIZE_FORWIN,
+                                                    ZPKSTRING_ABOUTZEPHYRKIT,
+                                                    ZPKSTRING_PREFERENCES,
+                                                    ZPKSTRING_SERVICES,
+                                                    ZPKSTRING_HIDEZEPHYRKIT,
+                                                    ZPKSTRING_HIDEOTHERS,
+                                                    ZPKSTRING_SHOWALL,
+                                                    ZPKSTRING_QUITZEPHYRKIT};
+
 }  // namespace varno_zpk

@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include <array>
+
 /// The keys of the texts shown to the user; each table file holds one entry a key.
 namespace varno_zpk {
 
@@ -30,5 +32,8 @@ extern const char* const ZPKSTRING_HIDEZEPHYRKIT;
 extern const char* const ZPKSTRING_HIDEOTHERS;
 extern const char* const ZPKSTRING_SHOWALL;
 extern const char* const ZPKSTRING_QUITZEPHYRKIT;
+
+/// All of them, in the order in which the tables list them.
+extern const std::array<const char*, 24> ZPKSTRING_KEYS;
 
 }  // namespace varno_zpk

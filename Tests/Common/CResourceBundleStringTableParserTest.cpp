@@ -56,12 +56,14 @@ Fault escape(int line, int byte) {
 struct Told : varno_zpk::IStringTableListener {
     Entries entries;
     std::vector<std::size_t> keyOffsets;
+    std::vector<std::pair<std::size_t, std::size_t>> valueOffsets;
     std::vector<std::string> faults;
     std::vector<std::size_t> faultOffsets;
 
-    void OnEntry(const std::string& key, const std::string& value, std::size_t offset) override {
+    void OnEntry(const std::string& key, const std::string& value, const EntryPlace& place) override {
         entries.emplace_back(key.c_str(), value.c_str());
-        keyOffsets.push_back(offset);
+        keyOffsets.push_back(place.key);
+        valueOffsets.emplace_back(place.value, place.end);
     }
     void OnFault(const char* message, std::size_t offset) override {
         faults.emplace_back(message);
@@ -249,6 +251,9 @@ TEST(StringTableParserTest, ListenerIsToldWhere) {
     const std::size_t second = kBom.size() + 5 + filler.size() + 3;
     EXPECT_EQ(told.keyOffsets, (std::vector<std::size_t>{kBom.size() + 1, second}));
     EXPECT_EQ(told.faultOffsets, (std::vector<std::size_t>{second + 5, second + 8}));
+    const std::size_t first = kBom.size() + 3;
+    EXPECT_EQ(told.valueOffsets, (std::vector<std::pair<std::size_t, std::size_t>>{
+                                     {first, first + 1}, {second + 4, second + 6}}));
 }
 
 TEST(StringTableParserTest, ListenerIsToldNothingOfWhatIsNoTable) {

@@ -19,30 +19,7 @@ using namespace varno_zpk;
 namespace zpk_packager {
 
 const std::set<std::string>& TableText::knownKeys() {
-    static const std::set<std::string> kKeys = {ZPKSTRING_FILE_EXTRACT,
-                                                ZPKSTRING_OK,
-                                                ZPKSTRING_ERROR,
-                                                ZPKSTRING_ERROR_CORRUPT,
-                                                ZPKSTRING_TEMPFOLDERCREATEFAILURE,
-                                                ZPKSTRING_ERROR_EXTRACT,
-                                                ZPKSTRING_ERROR_INIT,
-                                                ZPKSTRING_UPDATE_FAILURE,
-                                                ZPKSTRING_DISCCHECK_TITLE,
-                                                ZPKSTRING_DISCCHECK_MESSAGE,
-                                                ZPKSTRING_DISCCHECK_START,
-                                                ZPKSTRING_DISCCHECK_CANCEL,
-                                                ZPKSTRING_DISCCHECK_SERACHING,
-                                                ZPKSTRING_UPDATE_INVALID_DISC,
-                                                ZPKSTRING_FONTNAME_FORMAC,
-                                                ZPKSTRING_FONTNAME_FORWIN,
-                                                ZPKSTRING_FONTSIZE_FORWIN,
-                                                ZPKSTRING_ABOUTZEPHYRKIT,
-                                                ZPKSTRING_PREFERENCES,
-                                                ZPKSTRING_SERVICES,
-                                                ZPKSTRING_HIDEZEPHYRKIT,
-                                                ZPKSTRING_HIDEOTHERS,
-                                                ZPKSTRING_SHOWALL,
-                                                ZPKSTRING_QUITZEPHYRKIT};
+    static const std::set<std::string> kKeys(ZPKSTRING_KEYS.begin(), ZPKSTRING_KEYS.end());
     return kKeys;
 }
 
@@ -83,14 +60,16 @@ void TableText::checkEncoding() {
     }
 }
 
-void TableText::OnEntry(const std::string& key, const std::string& value, std::size_t offset) {
+void TableText::OnEntry(const std::string& key, const std::string& value, const EntryPlace& entry) {
     const std::string name = key.c_str();  // as far as the launcher takes it
-    const TextPlace place = m_text.placeOf(std::min(offset, m_text.bytes().size()));
+    const TextPlace place = m_text.placeOf(std::min(entry.key, m_text.bytes().size()));
     if (knownKeys().count(name) == 0) {
+        m_unknownKeys.insert(name);
         reportUnknown(name, place);
         return;
     }
-    const auto [before, isNew] = m_entries.try_emplace(name, Entry{value, place});
+    const auto [before, isNew] =
+        m_entries.try_emplace(name, Entry{value.c_str(), place, entry.value, entry.end});
     if (!isNew) {
         m_findings->add("key-doubled", m_path,
                         "\"" + name + "\" is in line " + std::to_string(before->second.place.line) + ", too",

@@ -23,15 +23,22 @@ public:
     struct Entry {
         std::string text;
         TextPlace place;
+        /// From behind the `=` to the `;`, in bytes from the start of the file.
+        std::size_t valueBegin;
+        std::size_t valueEnd;
     };
 
     /// Nothing where there is no table; nothing and a finding where it cannot be read.
     static std::optional<TableText> read(const std::string& path, FindingList& findings);
 
     const std::string& path() const { return m_path; }
+    const std::string& bytes() const { return m_text.bytes(); }
 
     /// Null when the table has no such key. A key that is in it twice has its first text.
     const Entry* entry(const std::string& key) const;
+
+    /// The keys in it that nothing asks for, sorted.
+    const std::set<std::string>& unknownKeys() const { return m_unknownKeys; }
 
     /// The keys that the launcher asks for.
     static const std::set<std::string>& knownKeys();
@@ -39,7 +46,7 @@ public:
 private:
     TableText(std::string path, std::string bytes, FindingList& findings);
 
-    void OnEntry(const std::string& key, const std::string& value, std::size_t offset) override;
+    void OnEntry(const std::string& key, const std::string& value, const EntryPlace& place) override;
     void OnFault(const char* message, std::size_t offset) override;
     void parse();
     void checkEncoding();
@@ -49,6 +56,7 @@ private:
     SourceText m_text;
     FindingList* m_findings;
     std::map<std::string, Entry> m_entries;
+    std::set<std::string> m_unknownKeys;
 };
 
 }  // namespace zpk_packager

@@ -5,9 +5,7 @@
 
 #include <algorithm>
 #include <array>
-#include <optional>
 #include <string_view>
-#include <utility>
 
 #include "Base/ZPKPath.h"
 #include "Common/ZPKCoreStringDefine.h"
@@ -19,22 +17,10 @@ namespace zpk_packager {
 
 namespace {
 
-constexpr const char* kPlatformTable = "ZPKPlatformStringTable.def";
-constexpr const char* kDefaultTable = "ZPKStringTable.def";
-constexpr std::string_view kPlaceholder = "%s";
 constexpr std::string_view kNoBreakSpace = "\u00A0";
 
 constexpr std::array<std::string_view, 14> kQuotationMarks = {"\"", "'", "“", "”",  "„",  "‘",  "’",
                                                               "‚",  "«", "»", "「", "」", "『", "』"};
-
-std::size_t count(std::string_view text, std::string_view piece) {
-    std::size_t count = 0;
-    for (std::size_t at = text.find(piece); at != std::string_view::npos;
-         at = text.find(piece, at + piece.size())) {
-        ++count;
-    }
-    return count;
-}
 
 bool endsInMark(std::string_view text) {
     if (text.ends_with(kNoBreakSpace)) {
@@ -68,21 +54,10 @@ bool quotesAnything(std::string_view text) {
     });
 }
 
-/// Where the launcher finds the key; null where it does not.
-std::pair<const TableText*, const TableText::Entry*> find(const std::vector<TableText>& tables,
-                                                          const char* key) {
-    for (const TableText& table : tables) {
-        if (const TableText::Entry* const entry = table.entry(key)) {
-            return {&table, entry};
-        }
-    }
-    return {nullptr, nullptr};
-}
-
 }  // namespace
 
 void TablesCheck::run() {
-    const Tables common = tablesIn(m_folder);
+    const FolderTables common(m_folder, m_findings);
     checkPlaceholder(common);
     checkButton(common);
     for (const std::string& language : LanguagesCheck::folders(m_folder)) {
@@ -90,44 +65,35 @@ void TablesCheck::run() {
     }
 }
 
-TablesCheck::Tables TablesCheck::tablesIn(const std::string& folder) {
-    Tables tables;
-    for (const char* const name : {kPlatformTable, kDefaultTable}) {
-        if (std::optional<TableText> table = TableText::read(ZPKPath::join(folder, name), m_findings)) {
-            tables.push_back(std::move(*table));
-        }
-    }
-    return tables;
-}
-
-void TablesCheck::checkLanguage(const std::string& folder, const Tables& common) {
-    const Tables tables = tablesIn(folder);
-    if (tables.empty() && common.empty()) {
-        m_findings.add("table-missing", folder, std::string("it holds no readable ") + kDefaultTable);
+void TablesCheck::checkLanguage(const std::string& folder, const FolderTables& common) {
+    const FolderTables tables(folder, m_findings);
+    if (tables.isEmpty() && common.isEmpty()) {
+        m_findings.add("table-missing", folder,
+                       "it holds no readable " + ZPKPath::lastComponent(FolderTables::defaultTable(folder)));
         return;
     }
-    if (!tables.empty()) {
+    if (!tables.isEmpty()) {
         checkTexts(tables, common);
         checkPlaceholder(tables);
         checkButton(tables);
     }
 }
 
-void TablesCheck::checkTexts(const Tables& tables, const Tables& common) {
+void TablesCheck::checkTexts(const FolderTables& tables, const FolderTables& common) {
     for (const std::string& key : TableText::knownKeys()) {
-        const char* const name = key.c_str();
-        if (find(tables, name).second == nullptr && find(common, name).second == nullptr) {
-            m_findings.add("key-missing", tables.back().path(), "there is no entry for \"" + key + "\"");
+        if (tables.find(key).entry == nullptr && common.find(key).entry == nullptr) {
+            m_findings.add("key-missing", tables.tables().back().path(),
+                           "there is no entry for \"" + key + "\"");
         }
     }
 }
 
-void TablesCheck::checkPlaceholder(const Tables& tables) {
-    const auto [table, entry] = find(tables, ZPKSTRING_UPDATE_FAILURE);
+void TablesCheck::checkPlaceholder(const FolderTables& tables) {
+    const auto [table, entry] = tables.find(ZPKSTRING_UPDATE_FAILURE);
     if (entry == nullptr) {
         return;
     }
-    const std::size_t placeholders = count(entry->text, kPlaceholder);
+    const std::size_t placeholders = FolderTables::placeholdersIn(entry->text);
     if (placeholders != 1) {
         m_findings.add("placeholder", table->path(),
                        "\"%s\" is in the text of \"" + std::string(ZPKSTRING_UPDATE_FAILURE) + "\" " +
@@ -136,9 +102,9 @@ void TablesCheck::checkPlaceholder(const Tables& tables) {
     }
 }
 
-void TablesCheck::checkButton(const Tables& tables) {
-    const auto [table, message] = find(tables, ZPKSTRING_DISCCHECK_MESSAGE);
-    const TableText::Entry* const button = find(tables, ZPKSTRING_DISCCHECK_START).second;
+void TablesCheck::checkButton(const FolderTables& tables) {
+    const auto [table, message] = tables.find(ZPKSTRING_DISCCHECK_MESSAGE);
+    const TableText::Entry* const button = tables.find(ZPKSTRING_DISCCHECK_START).entry;
     if (message == nullptr || button == nullptr || button->text.empty()) {
         return;
     }

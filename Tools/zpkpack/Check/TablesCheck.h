@@ -4,10 +4,9 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "Tools/zpkpack/Check/FindingList.h"
-#include "Tools/zpkpack/Check/TableText.h"
+#include "Tools/zpkpack/Check/FolderTables.h"
 
 namespace zpk_packager {
 
@@ -20,14 +19,10 @@ public:
     void run();
 
 private:
-    using Tables = std::vector<TableText>;
-
-    /// The tables of one folder in the order in which a key is looked for in them.
-    Tables tablesIn(const std::string& folder);
-    void checkLanguage(const std::string& folder, const Tables& common);
-    void checkTexts(const Tables& tables, const Tables& common);
-    void checkPlaceholder(const Tables& tables);
-    void checkButton(const Tables& tables);
+    void checkLanguage(const std::string& folder, const FolderTables& common);
+    void checkTexts(const FolderTables& tables, const FolderTables& common);
+    void checkPlaceholder(const FolderTables& tables);
+    void checkButton(const FolderTables& tables);
 
     std::string m_folder;
     FindingList& m_findings;
