@@ -10,7 +10,7 @@ import unittest
 
 from support import BUILD
 
-COMMANDS = ("build", "check", "extract", "list", "new", "scramble", "unscramble", "verify")
+COMMANDS = ("build", "check", "extract", "list", "new", "scramble", "strings", "unscramble", "verify")
 
 
 def run(*arguments, **settings):

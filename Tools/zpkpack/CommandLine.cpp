@@ -14,6 +14,7 @@
 #include "Tools/zpkpack/ListCommand.h"
 #include "Tools/zpkpack/NewCommand.h"
 #include "Tools/zpkpack/ScrambleCommand.h"
+#include "Tools/zpkpack/StringsCommand.h"
 #include "Tools/zpkpack/VerifyCommand.h"
 
 namespace zpk_packager {
@@ -45,6 +46,7 @@ CommandLine::CommandLine() : m_program("Makes installer packages, and looks into
     add(std::make_unique<ListCommand>());
     add(std::make_unique<NewCommand>());
     add(std::make_unique<ScrambleCommand>(ScrambleCommand::Direction::Scramble));
+    add(std::make_unique<StringsCommand>());
     add(std::make_unique<ScrambleCommand>(ScrambleCommand::Direction::Unscramble));
     add(std::make_unique<VerifyCommand>());
 }

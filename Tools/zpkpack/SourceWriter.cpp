@@ -11,23 +11,13 @@
 #include "Base/ZPKDescriptorIO.h"
 #include "Base/ZPKFileDescriptor.h"
 #include "Tools/zpkpack/PackagerFailure.h"
+#include "Tools/zpkpack/QuotedText.h"
 
 namespace zpk_packager {
 
 namespace {
 
 constexpr mode_t kFolderMode = 0777;
-
-std::string quoted(const std::string& text) {
-    std::string result = "\"";
-    for (const char character : text) {
-        if (character == '"' || character == '\\') {
-            result += '\\';
-        }
-        result += character;
-    }
-    return result + "\"";
-}
 
 }  // namespace
 
@@ -49,11 +39,11 @@ void SourceWriter::writeFile(const std::string& path, const std::string& content
 std::string SourceWriter::packageStrings(const PackageDescription& description) {
     return "/* The name of the bundle. Launchers of one name never run at the same time. */\n"
            "\"CFBundleName\" = " +
-           quoted(description.bundleName) +
+           QuotedText::of(description.bundleName) +
            ";\n\n"
            "/* The same as the last part of a domain of yours, written backwards. */\n"
            "\"CFBundleIdentifier\" = " +
-           quoted(description.bundleIdentifier) + ";\n";
+           QuotedText::of(description.bundleIdentifier) + ";\n";
 }
 
 }  // namespace zpk_packager
