@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <functional>
 #include <memory>
 
 #include "Archive/CpioWriter.h"
@@ -37,25 +36,27 @@ bool canBePacked(mode_t mode) {
     return S_ISREG(mode) || S_ISDIR(mode) || S_ISLNK(mode);
 }
 
-/// The names of the folder's things, those of the first last.
-std::vector<std::string> namesFromLastToFirst(int folder) {
+/// The names that all folders on the way down may keep, in bytes; beyond it the upper ones are read again.
+constexpr std::size_t kNamesOnTheWay = std::size_t{16} << 20;
+
+void readNames(int folder, ZPKNameBatch& names) {
     ZPKFileDescriptor copy(ZPKDescriptorIO::retry([folder] { return ::fcntl(folder, F_DUPFD_CLOEXEC, 0); }));
     const std::unique_ptr<DIR, FolderCloser> opened(DiskCalls::startListing(copy));
     if (!opened) {
         throw MemberFailure::ofSystem(errno);
     }
-    std::vector<std::string> names;
+    ::rewinddir(opened.get());
+    names.begin();
     while (const dirent* const item = DiskCalls::nextIn(opened.get())) {
-        std::string name = item->d_name;
+        const std::string_view name = item->d_name;
         if (name != "." && name != "..") {
-            names.push_back(std::move(name));
+            names.offer(name);
         }
     }
     if (errno != 0) {
         throw MemberFailure::ofSystem(errno);
     }
-    std::sort(names.begin(), names.end(), std::greater<>());
-    return names;
+    names.end();
 }
 
 }  // namespace
@@ -80,10 +81,14 @@ void TreePacker::pack(ZPKFileDescriptor source, const std::string& name) {
     m_name = name;
     packSource(std::move(source));
     while (!m_way.empty()) {
-        if (m_way.back().leaves.empty()) {
+        OpenFolder& folder = m_way.back();
+        if (folder.leaves.isEmpty() && folder.leaves.isPart()) {
+            readMore(folder);
+        }
+        if (folder.leaves.isEmpty()) {
             m_way.pop_back();
         } else {
-            packNext(m_way.back());
+            packNext(folder);
         }
     }
 }
@@ -101,8 +106,7 @@ void TreePacker::packSource(ZPKFileDescriptor source) {
 }
 
 void TreePacker::packNext(OpenFolder& folder) {
-    const std::string leaf = std::move(folder.leaves.back());
-    folder.leaves.pop_back();
+    const std::string leaf = folder.leaves.take();
     m_name.resize(folder.nameLength);
     m_name.append("/").append(leaf);
     try {
@@ -110,6 +114,29 @@ void TreePacker::packNext(OpenFolder& folder) {
     } catch (const MemberFailure& failure) {
         m_sink.error(m_name, failure.what());
     }
+}
+
+void TreePacker::readMore(OpenFolder& folder) {
+    m_name.resize(folder.nameLength);
+    try {
+        readNames(folder.descriptor.get(), folder.leaves);
+    } catch (const MemberFailure& failure) {
+        folder.leaves.begin();
+        m_sink.error(m_name, failure.what());
+    }
+}
+
+void TreePacker::enter(ZPKFileDescriptor folder) {
+    OpenFolder opened{std::move(folder), m_name.size(), ZPKNameBatch()};
+    readNames(opened.descriptor.get(), opened.leaves);
+    std::size_t memory = opened.leaves.memory();
+    for (const OpenFolder& upper : m_way) {
+        memory += upper.leaves.memory();
+    }
+    if (memory > kNamesOnTheWay) {
+        std::for_each(m_way.begin(), m_way.end(), [](OpenFolder& upper) { upper.leaves.forget(); });
+    }
+    m_way.push_back(std::move(opened));
 }
 
 void TreePacker::packThing(int parent, const std::string& leaf) {
@@ -150,8 +177,7 @@ void TreePacker::packOpened(ZPKFileDescriptor thing, const struct stat& status) 
         packAttributes(attributes, status);
     }
     if (S_ISDIR(status.st_mode)) {
-        std::vector<std::string> leaves = namesFromLastToFirst(thing.get());
-        m_way.push_back({std::move(thing), m_name.size(), std::move(leaves)});
+        enter(std::move(thing));
     }
 }
 

@@ -14,6 +14,7 @@
 #include "Archive/LinkCounts.h"
 #include "Archive/Member.h"
 #include "Base/ZPKFileDescriptor.h"
+#include "Base/ZPKNameBatch.h"
 
 namespace zpk_archive {
 
@@ -22,7 +23,8 @@ class ErrorSink;
 class OutputFile;
 
 /// Packs one tree, each folder's things in the order of their names' bytes. The way down is kept in
-/// memory of its own and not on the stack, so that a tree may be as deep as there are descriptors.
+/// memory of its own and not on the stack, so that a tree may be as deep as there are descriptors. The names
+/// of large folders are kept in part, and read again.
 class TreePacker {
 public:
     /// Opens what is to be packed: a folder or a file, or a link to one. Throws ArchiveFailure.
@@ -40,12 +42,14 @@ private:
     /// A folder whose things are being packed.
     struct OpenFolder {
         ZPKFileDescriptor descriptor;
-        std::size_t nameLength;           ///< Of the folder's own name, at the start of `m_name`.
-        std::vector<std::string> leaves;  ///< What is still to come, the next one last.
+        std::size_t nameLength;  ///< Of the folder's own name, at the start of `m_name`.
+        ZPKNameBatch leaves;     ///< What is still to come.
     };
 
     void packSource(ZPKFileDescriptor source);
     void packNext(OpenFolder& folder);
+    void readMore(OpenFolder& folder);
+    void enter(ZPKFileDescriptor folder);
     void packThing(int parent, const std::string& leaf);
     void packOpened(ZPKFileDescriptor thing, const struct stat& status);
     void packSymbolicLink(int parent, const std::string& leaf, const struct stat& status);

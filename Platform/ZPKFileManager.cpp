@@ -10,7 +10,9 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <utility>
 
 #include "Base/ZPKPath.h"
 #include "Platform/ZPKFolderWalker.h"
@@ -38,6 +40,93 @@ ZPKOutcome removeOnce(const std::string& path) {
     }
     // An empty folder goes without a descriptor, too.
     return ::rmdir(path.c_str()) == 0 ? ZPKOutcome() : place.failure();
+}
+
+/// One walk through a folder. Of each folder on the way down the names of those below it are kept, and no
+/// others.
+class FolderEnumeration {
+public:
+    FolderEnumeration(const std::string& folder, const ZPKFileManager::ItemVisitor& visitor)
+        : m_folder(folder), m_visitor(visitor) {}
+
+    ZPKOutcome run();
+
+private:
+    struct Level {
+        std::size_t pathLength;
+        /// To be entered, the next one last.
+        std::vector<std::string> folders;
+    };
+
+    void visitEntries();
+    void visitEntry(const char* name, unsigned char type);
+    void fail(int error);
+
+    const std::string& m_folder;
+    const ZPKFileManager::ItemVisitor& m_visitor;
+    ZPKFolderWalker m_walker{ZPKFolderWalker::Access::Plain};
+    /// Of the folder that the walk is in, with a separator at its end.
+    std::string m_path;
+    std::vector<Level> m_levels;
+    ZPKOutcome m_outcome;
+};
+
+ZPKOutcome FolderEnumeration::run() {
+    // The trailing separator lets a link to a folder count as the folder.
+    if (!m_walker.enterAt(AT_FDCWD, m_folder.empty() ? m_folder : m_folder + "/")) {
+        return ZPKFailure::ofSystem(m_folder, errno);
+    }
+    visitEntries();
+    while (m_walker.isInside()) {
+        std::vector<std::string>& folders = m_levels.back().folders;
+        m_path.resize(m_levels.back().pathLength);
+        if (folders.empty()) {
+            m_levels.pop_back();
+            m_walker.leave();
+            continue;
+        }
+        const std::string name = std::move(folders.back());
+        folders.pop_back();
+        m_path += name;
+        if (m_walker.enter(name)) {
+            visitEntries();
+        } else {
+            fail(errno);
+        }
+    }
+    return m_outcome;
+}
+
+void FolderEnumeration::visitEntries() {
+    if (!m_path.empty()) {
+        m_path += '/';
+    }
+    m_levels.push_back({m_path.size(), {}});
+    const bool isRead =
+        m_walker.visitEntries([this](const char* name, unsigned char type) { visitEntry(name, type); });
+    if (!isRead) {
+        fail(errno);
+    }
+    std::reverse(m_levels.back().folders.begin(), m_levels.back().folders.end());
+}
+
+void FolderEnumeration::visitEntry(const char* name, unsigned char type) {
+    m_path.resize(m_levels.back().pathLength);
+    m_path += name;
+    if (m_path.size() >= PATH_MAX) {
+        fail(ENAMETOOLONG);
+    } else {
+        using Kind = ZPKFileManager::ItemKind;
+        m_visitor(m_path, type == DT_DIR ? Kind::Folder : type == DT_LNK ? Kind::Link : Kind::Other);
+        if (type == DT_DIR) {
+            m_levels.back().folders.emplace_back(name);
+        }
+    }
+    m_path.resize(m_levels.back().pathLength);
+}
+
+void FolderEnumeration::fail(int error) {
+    m_outcome = m_outcome ? ZPKFailure::ofSystem(ZPKPath::join(m_folder, m_path), error) : m_outcome;
 }
 
 }  // namespace
@@ -154,6 +243,10 @@ ZPKOutcome ZPKFileManager::enumerateFolder(const std::string& folder, const Item
         }
     }
     return outcome;
+}
+
+ZPKOutcome ZPKFileManager::visitFolder(const std::string& folder, const ItemVisitor& visitor) {
+    return FolderEnumeration(folder, visitor).run();
 }
 
 ZPKOutcome ZPKFileManager::subpathsOfFolder(const std::string& folder, std::vector<std::string>& outPaths) {

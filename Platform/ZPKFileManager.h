@@ -67,4 +67,8 @@ public:
 
     /// Gives the visitor each item of `subpathsOfFolder` in turn, with what the item itself is.
     static ZPKOutcome enumerateFolder(const std::string& folder, const ItemVisitor& visitor);
+
+    /// The same items, but each folder's own before those of the folders in it, so that of the names only the
+    /// folders' are kept in memory.
+    static ZPKOutcome visitFolder(const std::string& folder, const ItemVisitor& visitor);
 };

@@ -155,13 +155,17 @@ std::string ZPKFolderWalker::pathBelowStart() const {
     return path;
 }
 
-bool ZPKFolderWalker::readEntries() {
-    Level& level = m_levels.back();
+bool ZPKFolderWalker::visitEntries(
+    const std::function<void(const char* name, unsigned char type)>& visit) const {
+    const int folder = descriptor();
+    if (::lseek(folder, 0, SEEK_SET) != 0) {
+        return false;
+    }
     // A stream of the library's would take a descriptor of its own, and there may be none left.
     alignas(struct dirent64) char block[kEntryBlock];
     for (;;) {
-        const ssize_t size = ZPKDescriptorIO::retry(
-            [&] { return ::getdents64(level.descriptor.get(), block, sizeof(block)); });
+        const ssize_t size =
+            ZPKDescriptorIO::retry([&] { return ::getdents64(folder, block, sizeof(block)); });
         if (size <= 0) {
             return size == 0;
         }
@@ -169,10 +173,15 @@ bool ZPKFolderWalker::readEntries() {
             const auto& entry = *reinterpret_cast<const struct dirent64*>(block + at);
             at += entry.d_reclen;
             if (std::strcmp(entry.d_name, ".") != 0 && std::strcmp(entry.d_name, "..") != 0) {
-                level.entries.push_back({entry.d_name, typeOf(level.descriptor.get(), entry)});
+                visit(entry.d_name, typeOf(folder, entry));
             }
         }
     }
+}
+
+bool ZPKFolderWalker::readEntries() {
+    std::vector<Entry>& entries = m_levels.back().entries;
+    return visitEntries([&](const char* name, unsigned char type) { entries.push_back({name, type}); });
 }
 
 const ZPKFolderWalker::Entry* ZPKFolderWalker::nextEntry() {

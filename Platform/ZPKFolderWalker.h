@@ -5,6 +5,7 @@
 
 #include <sys/stat.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -53,6 +54,10 @@ public:
     std::string pathBelowStart() const;
 
     const struct statx& attributes() const { return m_levels.back().attributes; }
+
+    /// Gives the visitor each entry of the current folder, from the first one on, in the order in which the
+    /// file system gives them, and keeps none; false when reading failed half-way.
+    bool visitEntries(const std::function<void(const char* name, unsigned char type)>& visit) const;
 
     /// The entries of the current folder in the order in which the file system gives them, read at
     /// the first call; false when reading failed half-way.

@@ -19,7 +19,7 @@
 namespace {
 
 constexpr std::uint64_t kLargestTable = std::uint64_t{256} << 20;
-constexpr std::uint64_t kLargestProgram = std::uint64_t{64} << 20;
+constexpr std::uint64_t kLargestProgram = std::uint64_t{8} << 20;
 
 ZPKFailure damaged(const std::string& path) {
     return {path, "the file was cut short or changed; get it again"};

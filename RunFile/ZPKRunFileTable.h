@@ -58,7 +58,7 @@ public:
     static constexpr std::uint64_t kSegmentSize = std::uint64_t{32} << 20;
 
     /// No larger block is written or read: a worker holds one in memory.
-    static constexpr std::uint64_t kLargestBlock = std::uint64_t{64} << 20;
+    static constexpr std::uint64_t kLargestBlock = std::uint64_t{16} << 20;
 
     /// The file that is executed once all are placed, by its path among the entries.
     std::string program;

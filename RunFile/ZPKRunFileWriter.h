@@ -11,8 +11,7 @@
 #include "Base/ZPKReplacementFile.h"
 #include "RunFile/ZPKRunFileTable.h"
 
-/// Makes one executable file of a program and a bundle. Used once, on one thread; it compresses on all
-/// processors.
+/// Makes one executable file of a program and a bundle. Used once, on one thread.
 class ZPKRunFileWriter {
 public:
     /// `program` is the file that the run file begins with, `bundle` the folder that it is to hold, and

@@ -12,7 +12,8 @@ import subprocess
 import tempfile
 import unittest
 
-from support import TEMPLATE, PackageTestCase, wait_until, write, x_server
+from support import (BUILD, TEMPLATE, PackageTestCase, light_template, peak_memory_of, wait_until, write,
+                     x_server)
 
 SLOW_SETUP = """#!/bin/sh
 echo $$ > "$ZPK_TEST_RECORD"
@@ -277,6 +278,7 @@ class WindowsRunFileTest(RunFileTestCase):
     """With windows the launcher becomes its second stage, whose program is the loader that was placed."""
 
     made = None
+    memory = 0
 
     @classmethod
     def tearDownClass(cls):
@@ -289,11 +291,18 @@ class WindowsRunFileTest(RunFileTestCase):
             write(self.source / "Data/setup", SLOW_SETUP, 0o755)
             self.startup()
             WindowsRunFileTest.made = pathlib.Path(tempfile.mkdtemp(prefix="zpk-run-")) / name
-            shutil.move(self.pack(name, "--frameworks", str(CARRIED)), WindowsRunFileTest.made)
+            status, WindowsRunFileTest.memory = peak_memory_of(
+                [BUILD / "zpkpack", "build", self.source, "-o", WindowsRunFileTest.made, "--template",
+                 light_template(), "--frameworks", CARRIED])
+            self.assertEqual(status, 0)
         return WindowsRunFileTest.made
 
     def test_size(self):
         self.assertLessEqual(self.run_file().stat().st_size, 18_000_000)
+
+    def test_memory_that_packing_takes(self):
+        self.run_file()
+        self.assertLess(self.memory, 64 << 20)
 
     def test_bundle_stays_for_the_second_stage_and_goes_with_it(self):
         for is_killed in (False, True):

@@ -238,6 +238,14 @@ class PackageTestCase(unittest.TestCase):
         self.assertEqual(sorted(os.listdir(self.temporary)), [], "something stays in the temporary folder")
 
 
+def peak_memory_of(command, **settings):
+    """Exit status and the most memory, in bytes, that a command or a process of its own took at once."""
+    process = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, **settings)
+    _, status, usage = os.wait4(process.pid, 0)
+    process.returncode = os.waitstatus_to_exitcode(status)
+    return process.returncode, usage.ru_maxrss * 1024
+
+
 @contextlib.contextmanager
 def x_server(*, window_manager=False, screen="1280x800x24"):
     """A private X server; gives the value for DISPLAY.

@@ -412,6 +412,31 @@ TEST(ZPKFileManagerTest, SubpathsGiveEachFolderBeforeWhatItHolds) {
     EXPECT_EQ(std::count(paths.begin(), paths.end(), "z/link/1"), 0);
 }
 
+TEST(ZPKFileManagerTest, VisitingGivesTheSameItemsAndEachFolderBeforeWhatItHolds) {
+    const TemporaryFolder folder;
+    for (const char* const path : {"a/b/c", "z"}) {
+        std::filesystem::create_directories(folder / path);
+    }
+    for (const char* const path : {"a/b/c/1", "a/b/2", "a/3", "z/4", "5"}) {
+        writeFile(folder / path, "");
+    }
+    std::filesystem::create_symlink("..", folder / "a/link");
+    std::vector<std::string> visited;
+    const auto visit = [&](const std::string& path, ZPKFileManager::ItemKind kind) {
+        EXPECT_EQ(kind == ZPKFileManager::ItemKind::Link, path == "a/link");
+        const std::string parent = path.substr(0, std::max<std::size_t>(path.rfind('/') + 1, 1) - 1);
+        EXPECT_TRUE(parent.empty() || std::count(visited.begin(), visited.end(), parent) == 1) << path;
+        visited.push_back(path);
+    };
+    EXPECT_TRUE(ZPKFileManager::visitFolder(folder.path(), visit));
+    std::vector<std::string> paths;
+    EXPECT_TRUE(ZPKFileManager::subpathsOfFolder(folder.path(), paths));
+    std::sort(paths.begin(), paths.end());
+    std::sort(visited.begin(), visited.end());
+    EXPECT_EQ(visited, paths);
+    EXPECT_FALSE(ZPKFileManager::visitFolder(folder / "missing", visit));
+}
+
 TEST(ZPKFileManagerTest, SubpathsLeaveOutWhatIsTooLongOrUnreadable) {
     const TemporaryFolder folder;
     makeDeepTree(folder / "deep", 6'000);

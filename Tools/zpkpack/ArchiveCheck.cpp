@@ -3,12 +3,10 @@
 
 #include "Tools/zpkpack/ArchiveCheck.h"
 
-#include <set>
-#include <vector>
-
 #include "Archive/Archive.h"
 #include "Base/ZPKPath.h"
 #include "Platform/ZPKFileManager.h"
+#include "Tools/zpkpack/Check/NameHashes.h"
 #include "Tools/zpkpack/FirstErrorSink.h"
 #include "Tools/zpkpack/PackagerFailure.h"
 
@@ -16,33 +14,37 @@ namespace zpk_packager {
 
 namespace {
 
-std::set<std::string> memberNames(const std::string& archivePath, const std::string& sourceFolder) {
-    std::set<std::string> members;
+void addMembers(const std::string& archivePath, const std::string& sourceFolder, NameHashes& members) {
     FirstErrorSink sink;
     const bool whole = zpk_archive::list(
         archivePath,
-        [&members](const zpk_archive::MemberDescription& member) { members.insert(member.name); }, sink);
+        [&](const zpk_archive::MemberDescription& member) { members.add(NameHashes::hashOf(member.name)); },
+        sink);
     if (!whole) {
         throw PackagerFailure("the archive of " + sourceFolder + " cannot be read back: " + sink.text());
     }
-    return members;
+    members.sort();
+}
+
+void checkMember(const NameHashes& members, const std::string& member, const std::string& sourceFolder) {
+    if (members.lacks(NameHashes::hashOf(member))) {
+        throw PackagerFailure("the archive of " + sourceFolder + " lacks " + member);
+    }
 }
 
 }  // namespace
 
 void ArchiveCheck::run(const std::string& archivePath, const std::string& sourceFolder,
                        const std::string& name) {
-    const std::set<std::string> members = memberNames(archivePath, sourceFolder);
-    std::vector<std::string> paths{""};
-    std::vector<std::string> below;
-    require(ZPKFileManager::subpathsOfFolder(sourceFolder, below));
-    paths.insert(paths.end(), below.begin(), below.end());
-    for (const std::string& path : paths) {
-        const std::string member = ZPKPath::join(name, path);
-        if (members.count(member) == 0) {
-            throw PackagerFailure("the archive of " + sourceFolder + " lacks " + member);
-        }
-    }
+    NameHashes members;
+    do {
+        addMembers(archivePath, sourceFolder, members);
+        checkMember(members, ZPKPath::join(name, ""), sourceFolder);
+        require(
+            ZPKFileManager::visitFolder(sourceFolder, [&](const std::string& path, ZPKFileManager::ItemKind) {
+                checkMember(members, ZPKPath::join(name, path), sourceFolder);
+            }));
+    } while (members.nextPart());
 }
 
 }  // namespace zpk_packager

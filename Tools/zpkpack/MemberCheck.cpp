@@ -10,7 +10,6 @@
 #include <string_view>
 
 #include "Base/ZPKPath.h"
-#include "Tools/zpkpack/Check/FolderNames.h"
 #include "Tools/zpkpack/Check/LinkTarget.h"
 
 namespace zpk_packager {
@@ -51,7 +50,7 @@ void MemberCheck::visit(const MemberDescription& member) {
     if (member.type == MemberType::RegularFile && (member.permissions & (S_ISUID | S_ISGID)) != 0) {
         m_findings.add("set-id", nameOf(member.name), "its set-user-ID or set-group-ID bit is dropped");
     }
-    enterFolderOf(member.name);
+    m_names.add(member.name);
 }
 
 void MemberCheck::checkLink(const MemberDescription& member) {
@@ -66,36 +65,14 @@ void MemberCheck::checkLink(const MemberDescription& member) {
     }
 }
 
-/// Members come folder by folder, each before what it holds, as every packer writes them. Of an archive in
-/// another order only what comes side by side is compared.
-void MemberCheck::enterFolderOf(const std::string& path) {
-    const std::string folder = ZPKPath::parent(path);
-    while (!m_folders.empty() && !ZPKPath::isSameOrInside(folder, m_folders.back().path)) {
-        closeFolder();
-    }
-    if (m_folders.empty() || m_folders.back().path != folder) {
-        m_folders.push_back({folder, {}});
-    }
-    m_folders.back().names.push_back(ZPKPath::lastComponent(path));
-}
-
-void MemberCheck::closeFolder() {
-    const OpenFolder folder = std::move(m_folders.back());
-    m_folders.pop_back();
-    FolderNames::findAlike(folder.names,
-                           [&](std::size_t one, std::size_t other, FolderNames::Likeness likeness) {
-                               const bool isCase = likeness == FolderNames::Likeness::Case;
-                               m_findings.add(isCase ? "name-case" : "name-form",
-                                              nameOf(ZPKPath::join(folder.path, folder.names[other])),
-                                              "the name differs from \"" + folder.names[one] + "\" only in " +
-                                                  (isCase ? "capitals" : "its Unicode form"));
-                           });
-}
-
-void MemberCheck::finish() {
-    while (!m_folders.empty()) {
-        closeFolder();
-    }
+void MemberCheck::finish(const FolderNames::Reader& again) {
+    m_names.findAlike(again,
+                      [&](const std::string& one, const std::string& other, FolderNames::Likeness likeness) {
+                          const bool isCase = likeness == FolderNames::Likeness::Case;
+                          m_findings.add(isCase ? "name-case" : "name-form", nameOf(other),
+                                         "the name differs from \"" + ZPKPath::lastComponent(one) +
+                                             "\" only in " + (isCase ? "capitals" : "its Unicode form"));
+                      });
 }
 
 }  // namespace zpk_packager

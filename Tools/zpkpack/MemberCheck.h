@@ -5,10 +5,10 @@
 
 #include <cstdint>
 #include <string>
-#include <vector>
 
 #include "Archive/Archive.h"
 #include "Tools/zpkpack/Check/FindingList.h"
+#include "Tools/zpkpack/Check/FolderNames.h"
 
 namespace zpk_packager {
 
@@ -21,8 +21,8 @@ public:
 
     void visit(const zpk_archive::MemberDescription& member);
 
-    /// After the last member.
-    void finish();
+    /// After the last member. `again` goes through all members once more, where that is needed.
+    void finish(const FolderNames::Reader& again);
 
     /// The sum of the members' sizes, in bytes.
     std::uint64_t size() const { return m_size; }
@@ -31,21 +31,13 @@ public:
     std::string nameOf(const std::string& member) const;
 
 private:
-    /// A folder whose members may go on.
-    struct OpenFolder {
-        std::string path;
-        std::vector<std::string> names;
-    };
-
-    void enterFolderOf(const std::string& path);
-    void closeFolder();
     void checkLink(const zpk_archive::MemberDescription& member);
 
     std::string m_archive;
     std::string m_top;
     FindingList& m_findings;
     std::uint64_t m_size = 0;
-    std::vector<OpenFolder> m_folders;
+    FolderNames m_names;
 };
 
 }  // namespace zpk_packager

@@ -110,6 +110,16 @@ bool visitMembers(MadePackage& package, Content content, FindingList& findings, 
     return isWhole;
 }
 
+/// Goes through the names of an archive once more; what is wrong with it was told before.
+FolderNames::Reader namesAgain(MadePackage& package, Content content) {
+    return [&package, content](const FolderNames::Taker& take) {
+        FindingList told;
+        static_cast<void>(
+            visitMembers(package, content, told,
+                         [&](const zpk_archive::MemberDescription& member) { take(member.name); }));
+    };
+}
+
 }  // namespace
 
 bool PackageCheck::isMeant(const std::string& path) {
@@ -200,7 +210,7 @@ bool PackageCheck::checkDescriptionArchive(MadePackage& package) {
     const bool isWhole =
         visitMembers(package, Content::Info, m_findings,
                      [&](const zpk_archive::MemberDescription& member) { members.visit(member); });
-    members.finish();
+    members.finish(namesAgain(package, Content::Info));
     if (members.size() > kLargestDescriptions) {
         m_findings.add("too-large", name, "it holds more than 16 MiB, so it was not looked at");
         return false;
@@ -219,7 +229,7 @@ void PackageCheck::checkPayloadArchive(MadePackage& package, const std::string& 
             members.visit(member);
             program.visit(member);
         });
-    members.finish();
+    members.finish(namesAgain(package, Content::Data));
     if (isWhole) {
         program.report(
             ZPKPackageLayout::startupDescription(package.nameOf(MadePackage::archivePath(Content::Info))),

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <memory>
 #include <utility>
+#include <vector>
 
 namespace zpk_packager {
 
@@ -52,22 +53,60 @@ std::string folded(const std::string& name) {
                          : mapped(name, UTF8PROC_STABLE | UTF8PROC_COMPOSE | UTF8PROC_CASEFOLD);
 }
 
+/// Of names that are alike and were collected, in bytes and in number.
+constexpr std::size_t kMostCollected = std::size_t{4} << 20;
+constexpr std::size_t kMostDoubled = 10000;
+
+/// What paths that are alike have in common.
+std::string keyOf(const std::string& path) {
+    const std::size_t start = path.rfind('/') + 1;
+    return path.substr(0, start) + folded(path.substr(start));
+}
+
+std::string leafOf(const std::string& path) {
+    return path.substr(path.rfind('/') + 1);
+}
+
+/// The key of a path, and the path.
+using Collected = std::pair<std::string, std::string>;
+
 }  // namespace
 
-void FolderNames::findAlike(const std::vector<std::string>& names, const Visitor& visit) {
-    // Hashes first: a folder of many names is the usual case, names that are alike are not.
-    std::vector<std::pair<std::size_t, std::size_t>> hashes;
-    hashes.reserve(names.size());
-    for (std::size_t index = 0; index < names.size(); ++index) {
-        hashes.emplace_back(std::hash<std::string>()(folded(names[index])), index);
+void FolderNames::add(const std::string& path) {
+    m_hashes.add(NameHashes::hashOf(keyOf(path)));
+}
+
+void FolderNames::findAlike(const Reader& again, const Visitor& visit) {
+    findInPart(again, visit);
+    while (m_hashes.nextPart()) {
+        again([this](const std::string& path) { add(path); });
+        findInPart(again, visit);
     }
-    std::sort(hashes.begin(), hashes.end());
-    for (std::size_t at = 1; at < hashes.size(); ++at) {
-        const std::string& one = names[hashes[at - 1].second];
-        const std::string& other = names[hashes[at].second];
-        if (hashes[at].first == hashes[at - 1].first && folded(one) == folded(other)) {
-            const bool isSameText = composed(one) == composed(other);
-            visit(hashes[at - 1].second, hashes[at].second, isSameText ? Likeness::Form : Likeness::Case);
+}
+
+void FolderNames::findInPart(const Reader& again, const Visitor& visit) {
+    m_hashes.sort();
+    const std::vector<std::uint64_t> doubled = m_hashes.doubled(kMostDoubled);
+    if (doubled.empty()) {
+        return;
+    }
+    std::vector<Collected> names;
+    std::size_t size = 0;
+    again([&](const std::string& path) {
+        std::string key = keyOf(path);
+        if (size < kMostCollected &&
+            std::binary_search(doubled.begin(), doubled.end(), NameHashes::hashOf(key))) {
+            size += sizeof(Collected) + key.size() + path.size();
+            names.emplace_back(std::move(key), path);
+        }
+    });
+    std::sort(names.begin(), names.end());
+    for (std::size_t at = 1; at < names.size(); ++at) {
+        const std::string& one = names[at - 1].second;
+        const std::string& other = names[at].second;
+        if (names[at].first == names[at - 1].first && one != other) {
+            const bool isSameText = composed(leafOf(one)) == composed(leafOf(other));
+            visit(one, other, isSameText ? Likeness::Form : Likeness::Case);
         }
     }
 }

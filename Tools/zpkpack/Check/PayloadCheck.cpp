@@ -23,6 +23,9 @@ namespace zpk_packager {
 namespace {
 
 constexpr std::int64_t kFileTooLarge = std::int64_t{8} << 30;
+/// The names that all folders on the way down may keep, in bytes.
+constexpr std::size_t kNamesOnTheWay = std::size_t{10} << 20;
+
 constexpr mode_t kReadableByAll = S_IRUSR | S_IRGRP | S_IROTH;
 
 /// Extended attributes travel in a file whose name is longer by this.
@@ -48,11 +51,16 @@ void PayloadCheck::run(const std::string& folder) {
         m_findings.add("unreadable", folder, ZPKFailure::systemReason(errno));
         return;
     }
-    m_levels.push_back(readLevel());
+    m_levels.emplace_back();
+    readNames(m_levels.back());
+    checkNames();
     while (m_walker.isInside()) {
-        Level& level = m_levels.back();
-        if (level.next < level.names.size()) {
-            checkItem(level.names[level.next++]);
+        ZPKNameBatch& names = m_levels.back();
+        if (names.isEmpty() && names.isPart()) {
+            readNames(names);
+        }
+        if (!names.isEmpty()) {
+            checkItem(names.take());
             continue;
         }
         m_levels.pop_back();
@@ -63,26 +71,40 @@ void PayloadCheck::run(const std::string& folder) {
     }
 }
 
-PayloadCheck::Level PayloadCheck::readLevel() {
-    Level level;
-    if (!m_walker.readEntries()) {
+void PayloadCheck::readNames(ZPKNameBatch& names) {
+    names.begin();
+    if (!m_walker.visitEntries([&](const char* name, unsigned char) { names.offer(name); })) {
         m_findings.add("unreadable", m_path, ZPKFailure::systemReason(errno));
     }
-    while (const ZPKFolderWalker::Entry* const entry = m_walker.nextEntry()) {
-        level.names.push_back(entry->name);
-    }
-    std::sort(level.names.begin(), level.names.end());
-    checkNames(level.names);
-    return level;
+    names.end();
 }
 
-void PayloadCheck::checkNames(const std::vector<std::string>& names) {
-    FolderNames::findAlike(names, [&](std::size_t one, std::size_t other, FolderNames::Likeness likeness) {
-        const bool isCase = likeness == FolderNames::Likeness::Case;
-        m_findings.add(isCase ? "name-case" : "name-form", pathOf(names[other]),
-                       "the name differs from \"" + names[one] + "\" only in " +
-                           (isCase ? "capitals" : "its Unicode form"));
-    });
+/// Of the folder that the walk is in.
+void PayloadCheck::checkNames() {
+    FolderNames names;
+    // What cannot be read was told when the folder was entered.
+    const auto visitAll = [&](const FolderNames::Taker& take) {
+        static_cast<void>(m_walker.visitEntries([&](const char* name, unsigned char) { take(name); }));
+    };
+    visitAll([&](const std::string& name) { names.add(name); });
+    names.findAlike(visitAll,
+                    [&](const std::string& one, const std::string& other, FolderNames::Likeness likeness) {
+                        const bool isCase = likeness == FolderNames::Likeness::Case;
+                        m_findings.add(isCase ? "name-case" : "name-form", pathOf(other),
+                                       "the name differs from \"" + one + "\" only in " +
+                                           (isCase ? "capitals" : "its Unicode form"));
+                    });
+}
+
+/// They are read again on the way back.
+void PayloadCheck::forgetUpperNames() {
+    std::size_t memory = 0;
+    for (const ZPKNameBatch& names : m_levels) {
+        memory += names.memory();
+    }
+    if (memory > kNamesOnTheWay) {
+        std::for_each(m_levels.begin(), m_levels.end(), [](ZPKNameBatch& names) { names.forget(); });
+    }
 }
 
 void PayloadCheck::checkItem(const std::string& name) {
@@ -109,7 +131,10 @@ void PayloadCheck::enter(const std::string& name) {
         return;
     }
     m_path += '/' + name;
-    m_levels.push_back(readLevel());
+    forgetUpperNames();
+    m_levels.emplace_back();
+    readNames(m_levels.back());
+    checkNames();
 }
 
 void PayloadCheck::checkFile(const std::string& name, const struct stat& attributes) {

@@ -5,10 +5,10 @@
 
 #include <sys/stat.h>
 
-#include <cstddef>
 #include <string>
 #include <vector>
 
+#include "Base/ZPKNameBatch.h"
 #include "Platform/ZPKFolderWalker.h"
 #include "Tools/zpkpack/Check/FindingList.h"
 
@@ -24,14 +24,9 @@ public:
     void run(const std::string& folder);
 
 private:
-    /// What is left of one folder of the walk.
-    struct Level {
-        std::vector<std::string> names;
-        std::size_t next = 0;
-    };
-
-    Level readLevel();
-    void checkNames(const std::vector<std::string>& names);
+    void readNames(ZPKNameBatch& names);
+    void checkNames();
+    void forgetUpperNames();
     void checkItem(const std::string& name);
     void checkFile(const std::string& name, const struct stat& attributes);
     void checkLink(const std::string& name);
@@ -43,7 +38,8 @@ private:
     /// Of the folder that the walk is in.
     std::string m_path;
     ZPKFolderWalker m_walker{ZPKFolderWalker::Access::Plain};
-    std::vector<Level> m_levels;
+    /// What is left of each folder on the way down.
+    std::vector<ZPKNameBatch> m_levels;
 };
 
 }  // namespace zpk_packager

@@ -1,0 +1,75 @@
+# SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+# SPDX-License-Identifier: MIT
+
+"""What the packager's commands take of memory, whatever the package: less than 64 MiB."""
+
+import os
+import tempfile
+import unittest
+
+from packager_case import CommandTestCase
+from support import BUILD, peak_memory_of
+
+# Names that are kept all at once, let alone twice, would pass this, too.
+LIMIT = 40 << 20
+IN_MEMORY = "/dev/shm"
+FILES = 50_000
+LONG = "n" * 240
+
+
+class PackagerMemoryTest(CommandTestCase):
+    def setUp(self):
+        # On a disk so many files take minutes.
+        tempfile.tempdir = IN_MEMORY if os.access(IN_MEMORY, os.W_OK) else None
+        self.addCleanup(setattr, tempfile, "tempdir", None)
+        super().setUp()
+        self.fill()
+        self.run_zpkpack("build", self.source, "-o", "Made.app", "--template", self.template)
+
+    def fill(self):
+        """Many names, which together take 12 MB, in one folder, and a large file."""
+        many = self.source / "Data/many"
+        many.mkdir()
+        folder = os.open(many, os.O_RDONLY)
+        for number in range(FILES):
+            os.close(os.open(f"{number:07}-{LONG}", os.O_CREAT | os.O_WRONLY, 0o644, dir_fd=folder))
+        os.close(folder)
+        (self.source / "Data/large").touch()
+        os.truncate(self.source / "Data/large", 1 << 30)
+
+    def expect_little(self, *arguments, status=0):
+        done, memory = peak_memory_of([BUILD / "zpkpack", *arguments], cwd=self.folder)
+        self.assertEqual(done, status, arguments)
+        self.assertLess(memory, LIMIT, arguments)
+
+    def test_every_command(self):
+        commands = self.run_zpkpack("--help").stdout.decode().split("Subcommands:\n")[1].split("\n\n")[0]
+        measured = {
+            "new": [["New"]],
+            "build": [["source", "-o", "Out.app", "--template", self.template],
+                      ["source", "-o", "Out.run", "--template", self.template]],
+            "check": [["source"]],
+            "list": [["Made.app"], ["--long", "Made.app"], ["--format", "json", "Made.app"], ["Out.run"]],
+            "extract": [["Made.app", "-o", "Again"]],
+            "verify": [["Made.app"], ["Out.run"]],
+            "scramble": [["Made.app/Contents/Resources/Data.datx", "scrambled"]],
+            "unscramble": [["scrambled", "plain"]],
+        }
+        for line in commands.splitlines():
+            for arguments in measured[line.split()[0]]:
+                with self.subTest(line.split()[0], arguments=arguments):
+                    self.expect_little(line.split()[0], *arguments)
+        for package in ("Made.app", "Out.run"):
+            self.expect_little("check", package, status=1)  # the template is no whole launcher
+
+        self.check_order()
+
+    def check_order(self):
+        """However many names there are."""
+        listed = self.run_zpkpack("list", "Made.app").stdout.decode().splitlines()
+        many = [name for name in listed if name.startswith("Data/many/")]
+        self.assertEqual(many, [f"Data/many/{number:07}-{LONG}" for number in range(FILES)])
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
