@@ -3,35 +3,36 @@
 
 #include "Platform/ZPKStandardFolders.h"
 
-#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdio>
-#include <memory>
+#include <string_view>
+#include <vector>
 
 #include "Base/ZPKEnvironment.h"
 #include "Base/ZPKPath.h"
+#include "Base/ZPKRegularFile.h"
 #include "Platform/ZPKFileManager.h"
+#include "Platform/ZPKKernelFile.h"
 #include "Platform/ZPKPrivateFolder.h"
 
 namespace {
 
 constexpr mode_t kWritableByOthers = S_IWGRP | S_IWOTH;
 
-struct FileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
+constexpr std::size_t kMostOfUsers = std::size_t{16} << 20;
 
-/// Read from the file itself: the library's look-up would load modules of the machine's.
+/// Read from the file itself: the library's look-up would load modules of the machine's, and even its reader
+/// brings half of a network along.
 std::string homeFolderInUserDatabase() {
-    const std::unique_ptr<std::FILE, FileCloser> users(std::fopen("/etc/passwd", "re"));
-    if (!users) {
-        return {};
-    }
-    while (const struct passwd* user = ::fgetpwent(users.get())) {
-        if (user->pw_uid == ::geteuid()) {
-            return user->pw_dir;
+    constexpr std::size_t kUser = 2;
+    constexpr std::size_t kHome = 5;
+    constexpr std::size_t kFields = 7;
+    const std::string users = ZPKRegularFile::contents("/etc/passwd", kMostOfUsers).value_or("");
+    for (const std::string_view line : ZPKKernelFile::split(users, '\n')) {
+        const std::vector<std::string_view> fields = ZPKKernelFile::split(line, ':');
+        if (fields.size() == kFields && fields[kUser] == std::to_string(::geteuid())) {
+            return std::string(fields[kHome]);
         }
     }
     return {};

@@ -25,17 +25,19 @@ ZPKFailure damaged(const std::string& path) {
     return {path, "the file was cut short or changed; get it again"};
 }
 
-ZPKResult<std::string> readAt(const ZPKFileHandle& file, std::uint64_t offset, std::uint64_t size) {
-    std::string bytes(static_cast<std::size_t>(size), '\0');
-    const ssize_t count = ZPKDescriptorIO::readWholeAt(file.descriptor(), bytes.data(), bytes.size(),
-                                                       static_cast<off_t>(offset));
+ZPKOutcome readInto(const ZPKFileHandle& file, std::uint64_t offset, char* bytes, std::size_t size) {
+    const ssize_t count =
+        ZPKDescriptorIO::readWholeAt(file.descriptor(), bytes, size, static_cast<off_t>(offset));
     if (count < 0) {
         return ZPKFailure::ofSystem(file.path(), errno);
     }
-    if (static_cast<std::uint64_t>(count) != size) {
-        return damaged(file.path());
-    }
-    return bytes;
+    return static_cast<std::size_t>(count) == size ? ZPKOutcome() : damaged(file.path());
+}
+
+ZPKResult<std::string> readAt(const ZPKFileHandle& file, std::uint64_t offset, std::uint64_t size) {
+    std::string bytes(static_cast<std::size_t>(size), '\0');
+    const ZPKOutcome read = readInto(file, offset, bytes.data(), bytes.size());
+    return read ? ZPKResult<std::string>(std::move(bytes)) : read.failure();
 }
 
 /// The bytes of a part whose checksum is known.
@@ -130,8 +132,8 @@ ZPKResult<ZPKRunFile> ZPKRunFile::open(const std::string& path) {
     return ZPKRunFile(std::move(*file), std::move(*table));
 }
 
-ZPKResult<std::string> ZPKRunFile::bytesAt(std::uint64_t offset, std::uint64_t size) const {
-    return readAt(m_file, offset, size);
+ZPKOutcome ZPKRunFile::read(std::uint64_t offset, char* bytes, std::size_t size) const {
+    return readInto(m_file, offset, bytes, size);
 }
 
 ZPKResult<std::string> ZPKRunFile::plainBlock(std::size_t index) const {

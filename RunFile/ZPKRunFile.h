@@ -22,8 +22,8 @@ public:
 
     const ZPKFileHandle& file() const { return m_file; }
 
-    /// `size` bytes from `offset` on. Fails when the file ends before.
-    ZPKResult<std::string> bytesAt(std::uint64_t offset, std::uint64_t size) const;
+    /// Puts `size` bytes from `offset` on to `bytes`. Fails when the file ends before.
+    ZPKOutcome read(std::uint64_t offset, char* bytes, std::size_t size) const;
 
     /// What the block of this number holds, once its checksum is verified.
     ZPKResult<std::string> plainBlock(std::size_t index) const;

@@ -4,6 +4,8 @@
 #include "RunFile/ZPKRunFilePlacer.h"
 
 #include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -23,21 +25,24 @@ using Kind = ZPKRunFileEntry::Kind;
 constexpr mode_t kFolderMode = 0755;
 constexpr mode_t kGrowingFileMode = 0600;
 
-/// How much of a stored file is looked at in one go.
-constexpr std::uint64_t kStep = std::uint64_t{1} << 20;
+/// How much of a stored file is read in one go: little enough to be still in the processor's cache when it is
+/// looked at and written.
+constexpr std::uint64_t kStep = std::uint64_t{256} << 10;
 
-/// Copies a range without its bytes passing through this process; false where the kernel cannot.
-bool copyInKernel(int source, off_t from, int destination, off_t to, std::uint64_t size) {
-    while (size > 0) {
-        const ssize_t count = ZPKDescriptorIO::retry([&] {
-            return ::copy_file_range(source, &from, destination, &to, static_cast<std::size_t>(size), 0);
-        });
-        if (count <= 0) {
-            return false;
-        }
-        size -= static_cast<std::uint64_t>(count);
-    }
-    return true;
+/// A file system that has files share bytes does so by blocks.
+constexpr std::uint64_t kBlock = 4096;
+
+/// Has two files share a range, as far as that goes by whole blocks; how many bytes that are, 0 where the
+/// file system has no such thing.
+std::uint64_t shareRange(int source, std::uint64_t from, int destination, std::uint64_t to,
+                         std::uint64_t size) {
+    file_clone_range range{};
+    range.src_fd = source;
+    range.src_offset = from;
+    range.src_length = size / kBlock * kBlock;
+    range.dest_offset = to;
+    const bool isShared = range.src_length > 0 && ::ioctl(destination, FICLONERANGE, &range) == 0;
+    return isShared ? range.src_length : 0;
 }
 
 }  // namespace
@@ -123,9 +128,11 @@ ZPKOutcome ZPKRunFilePlacer::workOnAllProcessors() {
 
 void ZPKRunFilePlacer::work() noexcept {
     const std::size_t blocks = m_entriesOfBlock.size();
+    std::string buffer;
     for (std::size_t job = m_next++; job < blocks + m_pieces.size() && !m_hasFailed; job = m_next++) {
         try {
-            const ZPKOutcome outcome = job < blocks ? placeBlock(job) : placePiece(m_pieces[job - blocks]);
+            const ZPKOutcome outcome =
+                job < blocks ? placeBlock(job) : placePiece(m_pieces[job - blocks], buffer);
             if (!outcome) {
                 keepFailure(outcome.failure());
             }
@@ -162,30 +169,32 @@ ZPKOutcome ZPKRunFilePlacer::writeFilesOfBlock(std::size_t index, const std::str
     return {};
 }
 
-ZPKOutcome ZPKRunFilePlacer::placePiece(const StoredPiece& piece) {
+ZPKOutcome ZPKRunFilePlacer::placePiece(const StoredPiece& piece, std::string& buffer) {
     const ZPKRunFileEntry& entry = m_runFile.table().entries[piece.entry];
     const std::uint64_t begin = piece.segment * ZPKRunFileTable::kSegmentSize;
     const std::uint64_t size = std::min(ZPKRunFileTable::kSegmentSize, entry.size - begin);
     const int source = m_runFile.file().descriptor();
-    const auto from = static_cast<off_t>(entry.offset + begin);
+    const std::uint64_t from = entry.offset + begin;
     ZPKFileDescriptor file(::openat(m_folder.get(), entry.path.c_str(), O_WRONLY | O_CLOEXEC));
     if (!file.isOpen()) {
         return failureAt(entry, errno);
     }
-    const bool isCopied = copyInKernel(source, from, file.get(), static_cast<off_t>(begin), size);
+    // What is shared is only looked at. Anything else is read once, looked at and written: a copy in the
+    // kernel would have it read twice.
+    const std::uint64_t shared = shareRange(source, from, file.get(), begin, size);
     ZPKRunFileChecksum checksum;
+    buffer.resize(kStep);
     for (std::uint64_t done = 0; done < size;) {
-        const ZPKResult<std::string> bytes =
-            m_runFile.bytesAt(entry.offset + begin + done, std::min(kStep, size - done));
-        if (!bytes) {
-            return bytes.failure();
+        const auto count = static_cast<std::size_t>(std::min(kStep, (done < shared ? shared : size) - done));
+        if (ZPKOutcome read = m_runFile.read(from + done, buffer.data(), count); !read) {
+            return read;
         }
-        if (!isCopied && !ZPKDescriptorIO::writeWholeAt(file.get(), bytes->data(), bytes->size(),
-                                                        static_cast<off_t>(begin + done))) {
+        checksum.add(std::string_view(buffer).substr(0, count));
+        if (done >= shared && !ZPKDescriptorIO::writeWholeAt(file.get(), buffer.data(), count,
+                                                             static_cast<off_t>(begin + done))) {
             return failureAt(entry, errno);
         }
-        checksum.add(*bytes);
-        done += bytes->size();
+        done += count;
     }
     if (!file.close()) {
         return failureAt(entry, errno);

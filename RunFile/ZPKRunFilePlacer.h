@@ -14,7 +14,7 @@
 #include "RunFile/ZPKRunFile.h"
 
 /// Places what a run file holds in a folder, on all processors: small files out of their compressed
-/// blocks, large ones by a copy in the kernel. Used once.
+/// blocks, large ones as they are, shared with the run file where the file system can. Used once.
 class ZPKRunFilePlacer {
 public:
     /// `runFile` outlives the placer.
@@ -36,7 +36,8 @@ private:
     void work() noexcept;
     ZPKOutcome placeBlock(std::size_t index);
     ZPKOutcome writeFilesOfBlock(std::size_t index, const std::string& plain);
-    ZPKOutcome placePiece(const StoredPiece& piece);
+    /// `buffer` is the worker's own, for all that it places.
+    ZPKOutcome placePiece(const StoredPiece& piece, std::string& buffer);
     ZPKFailure failureAt(const ZPKRunFileEntry& entry, int error) const;
     void keepFailure(const ZPKFailure& failure);
 

@@ -64,7 +64,7 @@ function(zpk_packaged_dependency name)
   endif()
 endfunction()
 
-zpk_packaged_dependency(zpk_zstd FILE libzstd.a MODULE libzstd LINK Threads::Threads)
+zpk_dependency(zpk_zstd FILE libzstd.a MODULE libzstd LINK Threads::Threads)
 # For SHA-256 alone: it has the processor's own instructions, needs nothing else, and is linked in parts.
 zpk_packaged_dependency(zpk_nettle FILE libnettle.a MODULE nettle)
 

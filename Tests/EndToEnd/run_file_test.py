@@ -337,15 +337,19 @@ class WindowsRunFileTest(RunFileTestCase):
             self.finish(process)
 
 
-class DamagedRunFileTest(RunFileTestCase):
-    def expect_refusal(self, path, words):
-        out, err = self.finish(self.start(path), expect=1)
+class DamagedRunFileTestCase(RunFileTestCase):
+    def expect_refusal(self, path, words, command=None, **env):
+        """One line and status 1; nothing is installed or left behind."""
+        program, *arguments = command or [path]
+        out, err = self.finish(self.start(program, *arguments, **env), expect=1)
         self.assertEqual(out, "")
         self.assertEqual(err.count("\n"), 1, err)
         self.assertTrue(err.startswith("Zephyrkit: "), err)
         self.assertIn(words, err)
         self.assertEqual(self.records(), [])
 
+
+class DamagedRunFileTest(DamagedRunFileTestCase):
     def test_truncated_file_is_told(self):
         path = self.run_file()
         good = path.read_bytes()
@@ -413,6 +417,50 @@ class DamagedRunFileTest(RunFileTestCase):
         )
         _, err = self.finish(limited, expect=1)
         self.assertIn("File too large", err)
+
+    @unittest.skipUnless(os.geteuid() == 0, "only root can mount")
+    def test_disk_without_room_is_told_and_nothing_stays_on_it(self):
+        write(self.source / "Data/noise", os.urandom(8 << 20))
+        path = self.run_file()
+        # For neither what is packed, nor what is stored.
+        for size in ("2m", "7m"):
+            with self.subTest(size), self.disk("mode=0700,size=" + size) as place:
+                out, err = self.finish(self.start(path, TMPDIR=str(place)), expect=1)
+                self.assertEqual(out, "")
+                self.assertRegex(err, "^Zephyrkit: [^\n]*: No space left on device\n$")
+                wait_until(lambda: not os.listdir(place), 10)
+                self.assertEqual(self.records(), [])
+
+
+class ForeignMachineTest(DamagedRunFileTestCase):
+    """What no run file can do anything about is a line."""
+
+    def test_launcher_for_another_processor(self):
+        bundle = self.folder / "Another.app"
+        shutil.copytree(TEMPLATE, bundle, symlinks=True, ignore=shutil.ignore_patterns("Frameworks"))
+        launcher = bundle / "Contents/Linux/Zephyrkit"
+        program = launcher.read_bytes()
+        launcher.unlink()
+        # The number of ARM's in the place of this one's.
+        write(launcher, program[:18] + b"\xb7\0" + program[20:], 0o755)
+        self.recorder()
+        self.startup()
+        path = self.pack("TestSetup.run", "--without-windows", template=bundle)
+        self.expect_refusal(path, "/Contents/Linux/Zephyrkit: Made for another processor")
+
+    @unittest.skipUnless(shutil.which("strace"), "strace is not installed")
+    def test_kernel_or_file_system_without_a_call(self):
+        path = self.run_file()
+        for call, words in (("flock", "the folder cannot be locked"), ("clone", "Function not implemented")):
+            with self.subTest(call):
+                command = ["strace", "-qq", "-o", "/dev/null", "-e", "trace=" + call,
+                           "-e", "inject=%s:error=ENOSYS" % call, path]
+                self.expect_refusal(path, words, command=command)
+
+    def test_display_that_only_the_carried_windows_know(self):
+        path = self.run_file()
+        os.truncate(path, path.stat().st_size - 1)
+        self.expect_refusal(path, "was cut short or changed", DISPLAY=None, WAYLAND_DISPLAY="wayland-0")
 
 
 if __name__ == "__main__":

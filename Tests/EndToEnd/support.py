@@ -151,7 +151,8 @@ class PackageTestCase(unittest.TestCase):
         try:
             yield disk
         finally:
-            subprocess.run(["umount", disk], check=True)
+            # Who removed something there may not have ended yet.
+            wait_until(lambda: subprocess.run(["umount", disk], capture_output=True).returncode == 0, 20)
             disk.rmdir()
 
     # Packages
@@ -168,15 +169,15 @@ class PackageTestCase(unittest.TestCase):
     def recorder(self, relative="setup"):
         return write(self.source / "Data" / relative, RECORDER, 0o755)
 
-    def pack(self, name="TestSetup.app", *arguments):
-        """Makes a package.
+    def pack(self, name="TestSetup.app", *arguments, template=None):
+        """Makes a package, of another launcher where `template` names one.
 
         A bundle shares what it carries with the template, unless the arguments say otherwise; a single file
         carries nothing.
         """
         package = self.folder / name
         done = subprocess.run(
-            [BUILD / "zpkpack", "build", self.source, "-o", package, "--template", light_template(), *arguments],
+            [BUILD / "zpkpack", "build", self.source, "-o", package, "--template", template or light_template(), *arguments],
             capture_output=True,
             text=True,
         )

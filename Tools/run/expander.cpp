@@ -12,14 +12,13 @@
 #include <linux/signal.h>
 #include <packed-program.h>
 #include <sys/syscall.h>
+#include <zstd.h>
 
 #include <cstddef>
 #include <cstdint>
 
-#include "Tools/run/LzmaReader.h"
-
 // What is packed, between two marks, and behind everything else: a file that ends in it can still say so. The
-// build makes it, and the header with its size and checksum.
+// build makes it, and the header with its size.
 asm(R"(
     .pushsection .packed, "a"
 zpk_packed:
@@ -60,12 +59,29 @@ zpk_signal_return:
     .popsection
 )");
 
+// Names that the assembler, the compiler and the reader of what is packed know.
+// NOLINTBEGIN(readability-identifier-naming, bugprone-reserved-identifier)
 extern "C" {
 extern const unsigned char zpk_packed[];
 extern const unsigned char zpk_packed_end[];
 long zpk_system_call(long number, long first, long second, long third, long fourth, long fifth, long sixth);
 void zpk_signal_return();
 void* zpk_expand(std::uintptr_t* stack);
+[[noreturn]] void __assert_fail(const char* condition, const char* file, unsigned line, const char* function);
+
+// Of the reader of what is packed; the usual header has it for those alone who do more with it.
+ZSTD_DCtx* ZSTD_initStaticDCtx(void* space, std::size_t size);
+
+// Named by it for other ways to use it, none of which is taken.
+void* malloc(std::size_t) {
+    return nullptr;
+}
+
+void* calloc(std::size_t, std::size_t) {
+    return nullptr;
+}
+
+void free(void*) {}
 
 // The compiler takes these to be there.
 void* memcpy(void* to, const void* from, std::size_t size) {
@@ -74,12 +90,27 @@ void* memcpy(void* to, const void* from, std::size_t size) {
     return start;
 }
 
+void* memmove(void* to, const void* from, std::size_t size) {
+    if (to <= from) {
+        return memcpy(to, from, size);
+    }
+    auto* const bytes = static_cast<unsigned char*>(to);
+    for (std::size_t at = size; at > 0; --at) {
+        bytes[at - 1] = static_cast<const unsigned char*>(from)[at - 1];
+    }
+    return to;
+}
+
 void* memset(void* to, int byte, std::size_t size) {
     void* const start = to;
     asm volatile("rep stosb" : "+D"(to), "+c"(size) : "a"(byte) : "memory");
     return start;
 }
 }
+// NOLINTEND(readability-identifier-naming, bugprone-reserved-identifier)
+
+// Addresses are numbers here: the kernel gives them so, and so do the headers of a program.
+// NOLINTBEGIN(performance-no-int-to-ptr)
 
 namespace {
 
@@ -97,9 +128,9 @@ long word(Pointer pointer) {
     return reinterpret_cast<long>(pointer);
 }
 
-template <std::size_t kSize>
-[[noreturn]] void end(const char (&message)[kSize]) {
-    call(SYS_write, 2, word(&message[0]), kSize - 1);
+template <std::size_t Size>
+[[noreturn]] void end(const char (&message)[Size]) {
+    call(SYS_write, 2, word(&message[0]), Size - 1);
     for (;;) {
         call(SYS_exit_group, 1);
     }
@@ -123,26 +154,6 @@ void tellOfMissingBytes(bool isTold) {
         unsigned long mask;
     } action{isTold ? +[](int) { end(kDamaged); } : nullptr, SA_RESTORER, zpk_signal_return, 0};
     call(SYS_rt_sigaction, SIGBUS, word(&action), 0, sizeof(action.mask));
-}
-
-/// The checksum of `cksum`.
-std::uint32_t checksum(const unsigned char* bytes, std::size_t size) {
-    std::uint32_t table[256];
-    for (std::uint32_t index = 0; index < 256; ++index) {
-        std::uint32_t value = index << 24;
-        for (int bit = 0; bit < 8; ++bit) {
-            value = value << 1 ^ ((value & 0x80000000U) != 0 ? 0x04C11DB7U : 0U);
-        }
-        table[index] = value;
-    }
-    std::uint32_t sum = 0;
-    for (std::size_t at = 0; at < size; ++at) {
-        sum = sum << 8 ^ table[sum >> 24 ^ bytes[at]];
-    }
-    for (std::size_t rest = size; rest != 0; rest >>= 8) {
-        sum = sum << 8 ^ table[(sum >> 24 ^ rest) & 0xFF];
-    }
-    return ~sum;
 }
 
 /// Puts a segment to its address, with the access that it is made for.
@@ -177,19 +188,30 @@ void tellOfHeaders(std::uintptr_t* stack, std::uintptr_t headers, const Elf64_Eh
     }
 }
 
-zpk_run::LzmaReader reader;
+/// What the reader of what is packed takes for its work; more than it asks for.
+constexpr std::size_t kWorkSpace = std::size_t{128} * 1024;
+alignas(64) unsigned char workSpace[kWorkSpace];
+
+/// False when it does not come to a program of that size, whose checksum is at its end.
+bool unpack(unsigned char* program, const unsigned char* packed, std::size_t size) {
+    ZSTD_DCtx* const reader = ZSTD_initStaticDCtx(workSpace, kWorkSpace);
+    return reader != nullptr && ZSTD_decompressDCtx(reader, program, kPlainSize, packed, size) == kPlainSize;
+}
 
 }  // namespace
 
+/// The reader's own doubts: its input is not what was packed.
+// NOLINTNEXTLINE(readability-identifier-naming, bugprone-reserved-identifier)
+void __assert_fail(const char*, const char*, unsigned, const char*) {
+    end(kDamaged);
+}
+
 /// Gives the first instruction of the program that was packed. `stack` is as the kernel has left it.
-void* zpk_expand(std::uintptr_t* stack) {
+void* zpk_expand(std::uintptr_t* stack) {  // NOLINT(readability-identifier-naming)
     const auto size = static_cast<std::size_t>(zpk_packed_end - zpk_packed);
     tellOfMissingBytes(true);
-    if (checksum(zpk_packed, size) != kPackedChecksum) {
-        end(kDamaged);
-    }
     auto* const program = static_cast<unsigned char*>(memory(0, kPlainSize, 0));
-    if (!reader.read(zpk_packed, size, program, kPlainSize)) {
+    if (!unpack(program, zpk_packed, size)) {
         end(kDamaged);
     }
     tellOfMissingBytes(false);
@@ -207,3 +229,4 @@ void* zpk_expand(std::uintptr_t* stack) {
     call(SYS_munmap, word(program), kPlainSize);
     return entry;
 }
+// NOLINTEND(performance-no-int-to-ptr)

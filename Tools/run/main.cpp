@@ -12,6 +12,7 @@
 
 #include "Base/ZPKDescriptorIO.h"
 #include "Base/ZPKPath.h"
+#include "Platform/ZPKLaunchFailure.h"
 #include "Platform/ZPKProcess.h"
 #include "Platform/ZPKStandardFolders.h"
 #include "RunFile/ZPKRunFile.h"
@@ -38,7 +39,7 @@ ZPKFailure becomeLauncher(const ZPKRunFile& runFile, const zpk_run::RunFolder& f
     }
     const std::string program = ZPKPath::join(folder.path(), runFile.table().program);
     ::execv(program.c_str(), argv);
-    return ZPKFailure::ofSystem(program, errno);
+    return ZPKLaunchFailure::explain(program, errno);
 }
 
 ZPKFailure run(char** argv) {
@@ -69,6 +70,15 @@ void tell(const std::string& message) {
 }
 
 }  // namespace
+
+/// What the library does with an exception that nobody catches. Its own way tells the exception's name first,
+/// and what it takes to read that out of the symbol would be a twentieth of this program. The library looks
+/// for it under this name.
+// NOLINTBEGIN(bugprone-reserved-identifier, readability-identifier-naming)
+namespace __cxxabiv1 {
+std::terminate_handler __terminate_handler = std::abort;
+}  // namespace __cxxabiv1
+// NOLINTEND(bugprone-reserved-identifier, readability-identifier-naming)
 
 /// The program at the beginning of a run file. Arguments are the launcher's.
 int main(int, char** argv) {
