@@ -11,6 +11,7 @@
 #include "Base/ZPKFailure.h"
 #include "Base/ZPKFileDescriptor.h"
 #include "Base/ZPKMutex.h"
+#include "Base/ZPKParentProcess.h"
 
 /// A child process, started directly (no shell). It inherits the environment (as
 /// `ZPKEnvironment::ofChildren` gives it), the working folder and the standard streams; every other
@@ -20,7 +21,7 @@
 class ZPKTask {
 public:
     /// In a child's environment, the process number of the parent that it is to end with.
-    static constexpr const char* kParentVariable = "ZEPHYRKIT_PARENT";
+    static constexpr const char* kParentVariable = ZPKParentProcess::kVariable;
 
     ZPKTask() = default;
     ~ZPKTask();

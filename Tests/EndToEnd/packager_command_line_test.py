@@ -10,7 +10,18 @@ import unittest
 
 from support import BUILD
 
-COMMANDS = ("build", "check", "extract", "list", "new", "scramble", "strings", "unscramble", "verify")
+COMMANDS = (
+    "build",
+    "check",
+    "extract",
+    "list",
+    "new",
+    "preview",
+    "scramble",
+    "strings",
+    "unscramble",
+    "verify",
+)
 
 
 def run(*arguments, **settings):

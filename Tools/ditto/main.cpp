@@ -1,10 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Zephyrkit authors
 // SPDX-License-Identifier: MIT
 
-#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
@@ -15,6 +13,7 @@
 
 #include "Archive/Archive.h"
 #include "Archive/BoundedErrorLog.h"
+#include "Base/ZPKParentProcess.h"
 
 namespace {
 
@@ -35,18 +34,11 @@ void allowDeepTrees() {
     }
 }
 
-/// Whoever lets the tool work for it alone names itself in the environment, by its process number. Without
-/// that one the work would be for nobody, and in nobody's folder any more. False when it has gone already.
-bool endWithParent() {
-    const char* const parent = std::getenv("ZEPHYRKIT_PARENT");
-    return parent == nullptr ||
-           (::prctl(PR_SET_PDEATHSIG, SIGKILL) == 0 && std::to_string(::getppid()) == parent);
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (!endWithParent()) {
+    // Without whoever lets the tool work for it alone, the work would be for nobody, and in nobody's folder.
+    if (!ZPKParentProcess::endWithIt()) {
         return EXIT_FAILURE;
     }
     // Failed writes are to be reported, not to end the process.

@@ -5,7 +5,6 @@
 
 #include <charconv>
 #include <cstdint>
-#include <filesystem>
 #include <optional>
 #include <string>
 
@@ -17,16 +16,11 @@
 #include "Tools/zpkpack/Console.h"
 #include "Tools/zpkpack/PackageBuilder.h"
 #include "Tools/zpkpack/PackagerFailure.h"
+#include "Tools/zpkpack/ProgramParts.h"
 
 namespace zpk_packager {
 
 namespace {
-
-/// What lies beside this program under a name.
-std::string besideThisProgram(const char* name) {
-    std::error_code ignored;
-    return (std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path() / name).string();
-}
 
 /// The time that reproducible builds are told by the environment; nothing when they are not.
 std::optional<std::int64_t> timeOfSource() {
@@ -46,8 +40,8 @@ std::optional<std::int64_t> timeOfSource() {
 }  // namespace
 
 CLI::App& BuildCommand::declare(CLI::App& program) {
-    m_options.templatePath = besideThisProgram("Zephyrkit.app");
-    m_options.runProgramPath = besideThisProgram("zephyrkit-run");
+    m_options.templatePath = ProgramParts::launcherTemplate();
+    m_options.runProgramPath = ProgramParts::runProgram();
     CLI::App& line = *program.add_subcommand("build", "Make a package of a package source");
     line.add_option("SOURCE", m_options.sourceFolder, "Folder with Package.strings, Info/, Data/, UILang/")
         ->required();

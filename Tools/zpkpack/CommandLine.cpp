@@ -13,6 +13,7 @@
 #include "Tools/zpkpack/ExtractCommand.h"
 #include "Tools/zpkpack/ListCommand.h"
 #include "Tools/zpkpack/NewCommand.h"
+#include "Tools/zpkpack/PreviewCommand.h"
 #include "Tools/zpkpack/ScrambleCommand.h"
 #include "Tools/zpkpack/StringsCommand.h"
 #include "Tools/zpkpack/VerifyCommand.h"
@@ -45,6 +46,7 @@ CommandLine::CommandLine() : m_program("Makes installer packages, and looks into
     add(std::make_unique<ExtractCommand>());
     add(std::make_unique<ListCommand>());
     add(std::make_unique<NewCommand>());
+    add(std::make_unique<PreviewCommand>());
     add(std::make_unique<ScrambleCommand>(ScrambleCommand::Direction::Scramble));
     add(std::make_unique<StringsCommand>());
     add(std::make_unique<ScrambleCommand>(ScrambleCommand::Direction::Unscramble));

@@ -23,10 +23,14 @@ public:
     /// Makes the source folder `source` in the work folder.
     void extractTo(const std::string& source) const;
 
+    /// Unpacks the archive's folder into the folder `source`.
+    void extractArchive(ZPKPackageLayout::Content content, const std::string& source) const;
+
+    /// Makes the folder of languages, if the package has one, in the folder `source`.
+    void extractLanguages(const std::string& source) const;
+
 private:
     PackageDescription description() const;
-    void extractArchive(ZPKPackageLayout::Content content, const std::string& source) const;
-    void extractLanguages(const std::string& source) const;
     void extractItem(const MadePackage::Item& item, const std::string& path) const;
     void extractFile(const MadePackage::Item& item, const std::string& path) const;
 

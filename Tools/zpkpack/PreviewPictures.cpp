@@ -1,0 +1,114 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#include "Tools/zpkpack/PreviewPictures.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+
+#include "Base/ZPKEnvironment.h"
+#include "Base/ZPKPath.h"
+#include "Package/ZPKCarriedParts.h"
+#include "Platform/ZPKBundle.h"
+#include "Platform/ZPKFileManager.h"
+#include "Platform/ZPKTask.h"
+#include "Tools/zpkpack/PackagerFailure.h"
+#include "Tools/zpkpack/PreviewPage.h"
+#include "Tools/zpkpack/PreviewStage.h"
+#include "Tools/zpkpack/SourceWriter.h"
+
+namespace zpk_packager {
+
+namespace {
+
+constexpr const char* kTemplate = "Zephyrkit.app";
+constexpr const char* kPage = "index.html";
+constexpr unsigned int kFileMode = 0644;
+
+/// What this machine's loader obeys is not meant for the carried one.
+bool isForLoader(std::string_view name) {
+    return name.starts_with("LD_") || name == "GLIBC_TUNABLES";
+}
+
+std::string listOf(const std::vector<std::string>& codes) {
+    std::string text;
+    for (const std::string& code : codes) {
+        text += (text.empty() ? "" : ", ") + code;
+    }
+    return text;
+}
+
+}  // namespace
+
+void PreviewPictures::make(const std::string& workFolder, const std::string& made) const {
+    const PreviewStage stage(m_options.package, m_options.templatePath, workFolder);
+    const std::vector<std::string> languages = chosenAmong(stage.languages());
+    ZPKEnvironment::remove(isForLoader);
+    SourceWriter::makeFolder(made);
+    for (const std::string& language : languages) {
+        const std::string folder = ZPKPath::join(made, language);
+        SourceWriter::makeFolder(folder);
+        draw(stage.path(), language, folder);
+    }
+    const std::string name = ZPKBundle::bundleWithoutDescription(stage.path()).localizedName();
+    SourceWriter::writeFile(ZPKPath::join(made, kPage),
+                            PreviewPage::html(name, languages, filesIn(made), m_options.scale), kFileMode);
+}
+
+std::vector<std::string> PreviewPictures::chosenAmong(const std::vector<std::string>& offered) const {
+    std::vector<std::string> chosen;
+    for (const std::string& code : m_options.languages.empty() ? offered : m_options.languages) {
+        if (std::find(offered.begin(), offered.end(), code) == offered.end()) {
+            throw PackagerFailure("there is no language " + code + "; there are " + listOf(offered));
+        }
+        if (std::find(chosen.begin(), chosen.end(), code) == chosen.end()) {
+            chosen.push_back(code);
+        }
+    }
+    if (chosen.empty()) {
+        throw PackagerFailure(m_options.package, "it offers no language");
+    }
+    return chosen;
+}
+
+void PreviewPictures::draw(const std::string& stage, const std::string& language,
+                           const std::string& folder) const {
+    std::vector<std::string> arguments{stage, language, folder, std::to_string(m_options.scale),
+                                       m_options.isDark ? "dark" : "light"};
+    ZPKTask task;
+    const ZPKBundle bundle =
+        ZPKBundle::bundleWithoutDescription(ZPKPath::join(ZPKPath::parent(m_options.programPath), kTemplate));
+    const ZPKCarriedParts parts(bundle.frameworksPath());
+    // A build that shares the machine's libraries has a template without parts.
+    if (ZPKFileManager::fileExists(parts.loader())) {
+        arguments.insert(arguments.begin(), {"--inhibit-cache", m_options.programPath});
+        task.setLaunchPath(parts.loader());
+    } else {
+        task.setLaunchPath(m_options.programPath);
+    }
+    task.setArguments(arguments);
+    task.setEndsWithItsParent();
+    require(task.launch());
+    task.waitUntilExit();
+    if (task.terminationStatus() != 0) {
+        throw PackagerFailure(
+            "the windows in the language " + language + " cannot be drawn" +
+            (task.terminationSignal() == 0 ? "" : std::string(": ") + ::strsignal(task.terminationSignal())));
+    }
+}
+
+std::vector<std::string> PreviewPictures::filesIn(const std::string& folder) {
+    std::vector<std::string> paths;
+    require(ZPKFileManager::subpathsOfFolder(folder, paths));
+    std::erase_if(paths, [&](const std::string& path) {
+        return ZPKFileManager::isFolderNotFollowingLinks(ZPKPath::join(folder, path));
+    });
+    // By the numbers in them, too.
+    std::sort(paths.begin(), paths.end(), [](const std::string& one, const std::string& other) {
+        return ::strverscmp(one.c_str(), other.c_str()) < 0;
+    });
+    return paths;
+}
+
+}  // namespace zpk_packager

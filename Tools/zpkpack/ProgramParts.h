@@ -1,0 +1,25 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <string>
+
+namespace zpk_packager {
+
+/// What belongs to the packager and lies outside of it: the launcher template, and the programs that it runs
+/// or copies.
+class ProgramParts {
+public:
+    ProgramParts() = delete;
+
+    /// Where the part of that name is: beside the packager itself, as in a build folder, else where it is
+    /// installed, in `../libexec/zephyrkit`.
+    static std::string path(const std::string& name);
+
+    static std::string launcherTemplate() { return path("Zephyrkit.app"); }
+    static std::string runProgram() { return path("zephyrkit-run"); }
+    static std::string previewProgram() { return path("zephyrkit-preview"); }
+};
+
+}  // namespace zpk_packager
