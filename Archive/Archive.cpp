@@ -157,7 +157,7 @@ void stayOutside(int) {}
 }  // namespace
 
 bool create(const std::string& source, const std::string& archive, ErrorSink& sink,
-            std::optional<std::int64_t> time) {
+            std::optional<std::int64_t> time, const ByteCounter& packed) {
     CountingSink counted(sink);
     std::string name;
     ZPKFileDescriptor opened;
@@ -172,7 +172,7 @@ bool create(const std::string& source, const std::string& archive, ErrorSink& si
         OutputFile output(archive);
         GzipWriter gzip(output);
         CpioWriter writer(gzip);
-        TreePacker(writer, output, counted, time).pack(std::move(opened), name);
+        TreePacker(writer, output, counted, time, packed).pack(std::move(opened), name);
         writer.finish();
         gzip.finish();
         output.commit();

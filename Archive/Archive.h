@@ -13,6 +13,9 @@
 
 namespace zpk_archive {
 
+/// Is told of bytes that are done since it was last told.
+using ByteCounter = std::function<void(std::uint64_t bytes)>;
+
 enum class MemberType { RegularFile, Folder, SymbolicLink, HardLink, Other };
 
 /// What an archive says of one member.
@@ -49,9 +52,11 @@ struct MemberDescription {
 /// With a `time`, in seconds since 1970-01-01 UTC and at most `kLatestTime`, every member gets it instead of
 /// its own.
 ///
+/// `packed`, if it is given, is told how many more bytes of files are packed, on the calling thread.
+///
 /// Returns true when nothing was reported as an error.
 bool create(const std::string& source, const std::string& archive, ErrorSink& sink,
-            std::optional<std::int64_t> time = {});
+            std::optional<std::int64_t> time = {}, const ByteCounter& packed = {});
 
 /// What the eleven octal digits of a header hold.
 constexpr std::int64_t kLatestTime = (std::int64_t{1} << 33) - 1;

@@ -74,8 +74,13 @@ ZPKFileDescriptor TreePacker::openSource(const std::string& path) {
 }
 
 TreePacker::TreePacker(CpioWriter& writer, const OutputFile& output, ErrorSink& sink,
-                       std::optional<std::int64_t> time)
-    : m_writer(writer), m_output(output), m_sink(sink), m_time(time), m_buffer(kReadSize) {}
+                       std::optional<std::int64_t> time, std::function<void(std::uint64_t)> packed)
+    : m_writer(writer),
+      m_output(output),
+      m_sink(sink),
+      m_time(time),
+      m_packed(std::move(packed)),
+      m_buffer(kReadSize) {}
 
 void TreePacker::pack(ZPKFileDescriptor source, const std::string& name) {
     m_name = name;
@@ -237,6 +242,9 @@ void TreePacker::packData(int file, std::int64_t size) {
         }
         m_writer.writeData({m_buffer.data(), static_cast<std::size_t>(got)});
         done += got;
+        if (m_packed) {
+            m_packed(static_cast<std::uint64_t>(got));
+        }
     }
     if (ZPKDescriptorIO::readSome(file, m_buffer.data(), 1) > 0) {
         m_sink.error(m_name, "it became longer while it was read");

@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -30,9 +31,10 @@ public:
     /// Opens what is to be packed: a folder or a file, or a link to one. Throws ArchiveFailure.
     static ZPKFileDescriptor openSource(const std::string& path);
 
-    /// With a `time`, every member gets it instead of its own.
+    /// With a `time`, every member gets it instead of its own. `packed`, if it is given, is told of the bytes
+    /// of files.
     TreePacker(CpioWriter& writer, const OutputFile& output, ErrorSink& sink,
-               std::optional<std::int64_t> time = {});
+               std::optional<std::int64_t> time = {}, std::function<void(std::uint64_t)> packed = {});
 
     /// Packs `source` under the name `name`. What cannot be packed is reported, and left out.
     /// Throws ArchiveFailure when the archive cannot be written.
@@ -64,6 +66,7 @@ private:
     const OutputFile& m_output;
     ErrorSink& m_sink;
     std::optional<std::int64_t> m_time;
+    std::function<void(std::uint64_t)> m_packed;
     std::string m_name;  ///< Of the member at hand.
     std::vector<OpenFolder> m_way;
     std::vector<std::uint8_t> m_buffer;

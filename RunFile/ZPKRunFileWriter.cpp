@@ -242,6 +242,7 @@ ZPKOutcome ZPKRunFileWriter::writeGroups() {
         if (ZPKOutcome written = append(*packed); !written) {
             return written;
         }
+        m_written(group.size);
     }
     return {};
 }
@@ -283,6 +284,7 @@ ZPKOutcome ZPKRunFileWriter::storeFile(ZPKRunFileEntry& entry) {
         if (ZPKOutcome written = append(bytes); !written) {
             return written;
         }
+        m_written(size);
     }
     return {};
 }

@@ -4,7 +4,9 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Base/ZPKFailure.h"
@@ -17,6 +19,9 @@ public:
     /// `program` is the file that the run file begins with, `bundle` the folder that it is to hold, and
     /// `launcher` the path in it of what is started once it is placed.
     ZPKRunFileWriter(std::string program, std::string bundle, const std::string& launcher);
+
+    /// Has `written` told how many more bytes of the bundle are in the run file, on the thread that writes.
+    void setCounter(std::function<void(std::uint64_t)> written) { m_written = std::move(written); }
 
     /// Writes the run file to `output`, in the place of a file that is there; nothing is left there or
     /// beside it after a failure. The failure says which file and why.
@@ -50,4 +55,5 @@ private:
     std::uint64_t m_size = 0;
     std::uint64_t m_programSize = 0;
     std::uint64_t m_programChecksum = 0;
+    std::function<void(std::uint64_t)> m_written = [](std::uint64_t) {};
 };

@@ -238,6 +238,17 @@ class PackagerEndsTest(PackagerTestCase):
             wait_until(group_is_gone, 20)
             left = [name for name in self.listing() if not name.startswith(".zpk-")]
             self.assertEqual(left, self.before)
+            self.assertNotEqual(self.listing(), self.before)
+            # Whoever works there next removes what was left.
+            subprocess.run([BUILD / "zpkpack", "new", "Next"], cwd=self.folder, check=True, capture_output=True)
+            shutil.rmtree(self.folder / "Next")
+            self.assertEqual(self.listing(), self.before)
+
+    def test_a_build_is_left_alone_by_another_one_beside_it(self):
+        with self.build_half_way() as process:
+            subprocess.run([BUILD / "zpkpack", "new", "Next"], cwd=self.folder, check=True, capture_output=True)
+            self.assertIsNone(process.poll())
+            self.assertEqual(len(list(self.folder.glob(".zpk-*/*.app/Contents/Resources/Info.datx"))), 1)
 
     @unittest.skipUnless(os.geteuid() == 0, "only root can make a small disk")
     def test_a_full_disk_is_told_and_leaves_nothing(self):

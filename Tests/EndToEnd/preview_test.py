@@ -342,6 +342,8 @@ class PreviewEndsTest(PreviewTestCase):
             stdout=subprocess.DEVNULL,
             stderr=subprocess.DEVNULL,
             start_new_session=True,
+            # Whoever runs the tests may ignore it.
+            preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL),
         )
 
         def draws():

@@ -25,7 +25,6 @@
 namespace {
 
 constexpr const char* kTemplate = "Zephyrkit.app";
-constexpr const char* kModule = "ZPKDesktop.so";
 constexpr const char* kScreenPlugIn = "$ORIGIN/zephyrkit-preview-screen.so";
 
 constexpr int kScreenWidth = 1920;
@@ -123,9 +122,9 @@ std::unique_ptr<ZPKFrontEnd> OffscreenDesktop::open(const std::string& resourceF
         registerScreen();
     }
     // A dollar sign in a path is a mark to the loader, but not in what $ORIGIN stands for.
-    const std::string module = isCarried
-                                   ? std::string("$ORIGIN/") + kTemplate + "/Contents/PlugIns/" + kModule
-                                   : ZPKPath::join(folder, kTemplate) + "/Contents/PlugIns/" + kModule;
+    const std::string module =
+        isCarried ? std::string("$ORIGIN/") + kTemplate + "/Contents/PlugIns/" + kDesktopModuleName
+                  : ZPKPath::join(folder, kTemplate) + "/Contents/PlugIns/" + kDesktopModuleName;
     const auto create = reinterpret_cast<ZPKDesktopEntry>(symbolOf(openLibrary(module), ZPKDesktopEntryName));
     std::unique_ptr<ZPKFrontEnd> frontEnd(create({1, arguments, resourceFolder, name, frameworks, nullptr}));
     if (!frontEnd) {

@@ -5,6 +5,8 @@
 
 #include <string>
 
+#include "Archive/Archive.h"
+
 namespace zpk_packager {
 
 /// Whether an archive holds what it was made of.
@@ -14,8 +16,10 @@ public:
 
     /// Reads the plain archive to its end and compares the items in it with those of `sourceFolder`,
     /// which it holds under the top-level name `name`. Throws `PackagerFailure` naming the first item
-    /// that is missing, or the damage.
-    static void run(const std::string& archivePath, const std::string& sourceFolder, const std::string& name);
+    /// that is missing, or the damage. `counted`, if it is given, is told of the archive's bytes, on another
+    /// thread.
+    static void run(const std::string& archivePath, const std::string& sourceFolder, const std::string& name,
+                    const zpk_archive::ByteCounter& counted = {});
 };
 
 }  // namespace zpk_packager

@@ -7,12 +7,13 @@
 
 #include <cerrno>
 
-#include "Archive/Archive.h"
+#include "Base/ZPKPath.h"
 #include "Package/ZPKScrambler.h"
 #include "Platform/ZPKFileManager.h"
 #include "Tools/zpkpack/ArchiveCheck.h"
 #include "Tools/zpkpack/FirstErrorSink.h"
 #include "Tools/zpkpack/PackagerFailure.h"
+#include "Tools/zpkpack/TreeSize.h"
 
 namespace zpk_packager {
 
@@ -24,9 +25,19 @@ constexpr mode_t kArchiveMode = 0644;
 
 void ArchivePacker::makeArchive(const std::string& source, const std::string& archive) const {
     FirstErrorSink sink;
-    if (!zpk_archive::create(source, archive, sink, m_time)) {
+    if (!zpk_archive::create(source, archive, sink, m_time,
+                             begin("packing " + ZPKPath::lastComponent(source), source))) {
         throw PackagerFailure("cannot pack " + source + ": " + sink.text());
     }
+}
+
+/// Nothing where nobody looks.
+zpk_archive::ByteCounter ArchivePacker::begin(const std::string& what, const std::string& path) const {
+    if (m_progress == nullptr || !m_progress->isShown()) {
+        return {};
+    }
+    m_progress->begin(what, TreeSize::of(path));
+    return m_progress->counter();
 }
 
 void ArchivePacker::pack(ZPKPackageLayout::Content content, const std::string& sourceFolder,
@@ -45,7 +56,8 @@ void ArchivePacker::pack(ZPKPackageLayout::Content content, const std::string& s
     }
     require(ZPKFileManager::removeItem(plain));
     require(ZPKScrambler::unscramble(scrambled, readBack));
-    ArchiveCheck::run(readBack, source, ZPKPackageLayout::name(content));
+    const std::string name = ZPKPackageLayout::name(content);
+    ArchiveCheck::run(readBack, source, name, begin("reading back " + name, readBack));
     require(ZPKFileManager::removeItem(readBack));
 }
 

@@ -78,7 +78,8 @@ ExitStatus BuildCommand::run(Console& console) {
         return ExitStatus::Failure;
     }
     m_options.time = timeOfSource();
-    const PackageSummary summary = PackageBuilder(m_options).build();
+    Progress progress(console);
+    const PackageSummary summary = PackageBuilder(m_options, &progress).build();
     console.resultLine(m_options.outputPath);
     console.result(summary.text());
     return ExitStatus::Success;

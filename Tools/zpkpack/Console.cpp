@@ -3,6 +3,7 @@
 
 #include "Tools/zpkpack/Console.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -18,6 +19,18 @@ namespace zpk_packager {
 namespace {
 
 constexpr std::size_t kKeptResults = std::size_t{64} * 1024;
+constexpr std::size_t kUsualColumns = 80;
+/// Back to the start of the line, and away with what stands there.
+constexpr const char* kWipe = "\r\x1b[K";
+
+/// There is nobody left to tell when it cannot be written.
+void writeMessage(const std::string& text) {
+    static_cast<void>(ZPKDescriptorIO::writeWhole(STDERR_FILENO, text));
+}
+
+bool canRewrite(int descriptor) {
+    return ::isatty(descriptor) == 1 && ZPKEnvironment::value("TERM").value_or("dumb") != "dumb";
+}
 
 }  // namespace
 
@@ -60,13 +73,31 @@ void Console::finish() {
 
 bool Console::isColoured(Stream stream) {
     const int descriptor = stream == Stream::Results ? STDOUT_FILENO : STDERR_FILENO;
-    return ::isatty(descriptor) == 1 && !ZPKEnvironment::isSet("NO_COLOR") &&
-           ZPKEnvironment::value("TERM").value_or("dumb") != "dumb";
+    return canRewrite(descriptor) && !ZPKEnvironment::isSet("NO_COLOR");
+}
+
+Console::Kind Console::progressKind() const {
+    if (m_detail == Detail::Quiet) {
+        return Kind::None;
+    }
+    return canRewrite(STDERR_FILENO) ? Kind::InPlace : Kind::Lines;
+}
+
+std::size_t Console::columns() const {
+    struct winsize size {};
+    return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsualColumns;
+}
+
+void Console::showInPlace(std::string_view text) {
+    const ZPKMutexLock lock(m_mutex);
+    m_inPlace = text;
+    writeMessage(kWipe + m_inPlace);
 }
 
 void Console::message(std::string_view text) {
-    // There is nobody left to tell when it cannot be written.
-    static_cast<void>(ZPKDescriptorIO::writeWhole(STDERR_FILENO, "zpkpack: " + std::string(text) + "\n"));
+    const ZPKMutexLock lock(m_mutex);
+    const std::string line = "zpkpack: " + std::string(text) + "\n";
+    writeMessage(m_inPlace.empty() ? line : kWipe + line + m_inPlace);
 }
 
 }  // namespace zpk_packager

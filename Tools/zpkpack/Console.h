@@ -6,11 +6,15 @@
 #include <string>
 #include <string_view>
 
+#include "Base/ZPKMutex.h"
+#include "Tools/zpkpack/ProgressSurface.h"
+
 namespace zpk_packager {
 
 /// What the program says: results on standard output, messages on standard error, each message one
-/// harmless line. Used by one thread.
-class Console {
+/// harmless line; and, below the messages of a terminal, the progress of the work. Results and settings are
+/// for one thread, messages and progress for any.
+class Console final : public ProgressSurface {
 public:
     enum class Detail {
         /// Errors alone.
@@ -24,7 +28,7 @@ public:
 
     Console() = default;
     /// Results that were not written by `finish` are lost.
-    ~Console() = default;
+    ~Console() override = default;
     Console(const Console&) = delete;
     Console& operator=(const Console&) = delete;
 
@@ -39,13 +43,13 @@ public:
     void resultLine(std::string_view text);
 
     /// Why the work could not be done.
-    void error(std::string_view text);
+    void error(std::string_view text) ZPK_EXCLUDES(m_mutex);
 
     /// What is worth knowing of work that goes well.
-    void note(std::string_view text);
+    void note(std::string_view text) ZPK_EXCLUDES(m_mutex);
 
     /// What is only shown when somebody wants to know all.
-    void more(std::string_view text);
+    void more(std::string_view text) ZPK_EXCLUDES(m_mutex);
 
     /// Writes the results that are still kept. Throws `PackagerFailure`.
     void finish();
@@ -54,11 +58,21 @@ public:
     /// said no by `NO_COLOR`.
     static bool isColoured(Stream stream);
 
+    /// In place where messages go to a terminal that can write in place.
+    Kind progressKind() const override;
+    std::size_t columns() const override;
+    bool isProgressColoured() const override { return isColoured(Stream::Messages); }
+    void showInPlace(std::string_view text) override ZPK_EXCLUDES(m_mutex);
+    void addLine(std::string_view text) override { note(text); }
+
 private:
-    void message(std::string_view text);
+    void message(std::string_view text) ZPK_EXCLUDES(m_mutex);
 
     Detail m_detail = Detail::Usual;
     std::string m_results;
+    ZPKMutex m_mutex;
+    /// What stands in the terminal's line of progress.
+    std::string m_inPlace ZPK_GUARDED_BY(m_mutex);
 };
 
 }  // namespace zpk_packager

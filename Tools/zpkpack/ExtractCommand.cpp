@@ -24,9 +24,13 @@ ExitStatus ExtractCommand::run(Console& console) {
     const OutputPlace output(m_folder);
     output.checkFree();
     const std::unique_ptr<MadePackage> package = MadePackage::open(m_package);
-    WholeOutput::make(output, [&](const std::string& workFolder, const std::string& made) {
-        PackageExtractor(*package, workFolder).extractTo(made);
-    });
+    Progress progress(console);
+    WholeOutput::make(
+        output,
+        [&](const std::string& workFolder, const std::string& made) {
+            PackageExtractor(*package, workFolder, &progress).extractTo(made);
+        },
+        &progress);
     console.resultLine(m_folder);
     return ExitStatus::Success;
 }

@@ -27,8 +27,11 @@ bool isBefore(const MadePackage::Item& item, const std::string& path) {
 /// Reads the pieces of a scrambled archive in the order of the plain one.
 class PlainArchiveReader {
 public:
-    PlainArchiveReader(MadePackage& package, const MadePackage::Item& archive)
-        : m_package(&package), m_archive(&archive), m_pieces(ZPKScrambler::piecesOfPlain(archive.size)) {}
+    PlainArchiveReader(MadePackage& package, const MadePackage::Item& archive, Progress* progress)
+        : m_package(&package),
+          m_archive(&archive),
+          m_progress(progress),
+          m_pieces(ZPKScrambler::piecesOfPlain(archive.size)) {}
 
     std::size_t operator()(std::uint8_t* bytes, std::size_t count) {
         while (m_current < m_pieces.size() && m_pieces[m_current].size == 0) {
@@ -45,12 +48,16 @@ public:
         }
         piece.offset += got;
         piece.size -= got;
+        if (m_progress != nullptr) {
+            m_progress->advance(got);
+        }
         return got;
     }
 
 private:
     MadePackage* m_package;
     const MadePackage::Item* m_archive;
+    Progress* m_progress;
     std::array<ZPKScrambler::Piece, 2> m_pieces;
     std::size_t m_current = 0;
 };
@@ -103,13 +110,17 @@ std::string MadePackage::archivePath(ZPKPackageLayout::Content content) {
     return ZPKPackageLayout::scrambledArchive(kResourceFolder, content);
 }
 
-zpk_archive::ByteSource MadePackage::plainArchive(ZPKPackageLayout::Content content) {
+zpk_archive::ByteSource MadePackage::plainArchive(ZPKPackageLayout::Content content, const std::string& what,
+                                                  Progress* progress) {
     const std::string path = archivePath(content);
     const Item* const item = find(path);
     if (item == nullptr || item->kind != Kind::File) {
         throw PackagerFailure(nameOf(path), item == nullptr ? "it is missing" : "it is no file");
     }
-    return PlainArchiveReader(*this, *item);
+    if (progress != nullptr) {
+        progress->begin(what, item->size);
+    }
+    return PlainArchiveReader(*this, *item, progress);
 }
 
 }  // namespace zpk_packager

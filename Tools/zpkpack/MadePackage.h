@@ -14,6 +14,7 @@
 
 #include "Archive/Archive.h"
 #include "Package/ZPKPackageLayout.h"
+#include "Tools/zpkpack/Progress.h"
 
 namespace zpk_packager {
 
@@ -63,7 +64,9 @@ public:
     static std::string archivePath(ZPKPackageLayout::Content content);
 
     /// The plain bytes of an archive, unscrambled while they are read. To be used while this is there.
-    zpk_archive::ByteSource plainArchive(ZPKPackageLayout::Content content);
+    /// `progress`, if it is given, shows how far that has come, as `what`.
+    zpk_archive::ByteSource plainArchive(ZPKPackageLayout::Content content, const std::string& what = "",
+                                         Progress* progress = nullptr);
 
 protected:
     explicit MadePackage(std::string path) : m_path(std::move(path)) {}

@@ -39,13 +39,25 @@ std::string hexadecimal(const std::array<std::uint8_t, SHA256_DIGEST_SIZE>& dige
     return text;
 }
 
-std::string sumOf(MadePackage& package, const MadePackage::Item& file, std::vector<std::uint8_t>& buffer) {
+std::uint64_t sizeOf(const MadePackage& package) {
+    std::uint64_t size = 0;
+    for (const MadePackage::Item& item : package.items()) {
+        size += item.size;
+    }
+    return size;
+}
+
+std::string sumOf(MadePackage& package, const MadePackage::Item& file, std::vector<std::uint8_t>& buffer,
+                  Progress* progress) {
     sha256_ctx context;
     ::sha256_init(&context);
     std::uint64_t done = 0;
     while (const std::size_t got = package.read(file, done, buffer.data(), buffer.size())) {
         ::sha256_update(&context, got, buffer.data());
         done += got;
+        if (progress != nullptr) {
+            progress->advance(got);
+        }
     }
     std::array<std::uint8_t, SHA256_DIGEST_SIZE> digest;
     ::sha256_digest(&context, digest.size(), digest.data());
@@ -94,12 +106,15 @@ std::optional<std::string> unescaped(std::string_view text) {
 
 }  // namespace
 
-Manifest Manifest::ofPackage(MadePackage& package) {
+Manifest Manifest::ofPackage(MadePackage& package, Progress* progress) {
     Manifest manifest;
+    if (progress != nullptr) {
+        progress->begin("summing up", sizeOf(package));
+    }
     std::vector<std::uint8_t> buffer(kStep);
     for (const MadePackage::Item& item : package.items()) {
         if (item.kind == MadePackage::Kind::File && item.path != kPath) {
-            manifest.m_entries.push_back({item.path, sumOf(package, item, buffer)});
+            manifest.m_entries.push_back({item.path, sumOf(package, item, buffer, progress)});
         }
     }
     return manifest;
@@ -135,7 +150,7 @@ void Manifest::addLine(std::string_view line, const std::string& name) {
     m_entries.push_back({std::move(*path), std::string(sum)});
 }
 
-void Manifest::write(const std::string& bundle) {
+void Manifest::write(const std::string& bundle, Progress* progress) {
     const std::string path = ZPKPath::join(bundle, kPath);
     // The template may hold something of the name.
     ZPKFileManager::removeItem(path).ignore();
@@ -144,7 +159,7 @@ void Manifest::write(const std::string& bundle) {
     if (!file) {
         throw PackagerFailure(file.failure());
     }
-    if (!ZPKDescriptorIO::writeWhole(file->descriptor(), ofPackage(package).text()) ||
+    if (!ZPKDescriptorIO::writeWhole(file->descriptor(), ofPackage(package, progress).text()) ||
         ::fchmod(file->descriptor(), kMode) != 0) {
         throw PackagerFailure::ofSystem(path, errno);
     }

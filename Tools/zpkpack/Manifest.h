@@ -10,6 +10,7 @@
 namespace zpk_packager {
 
 class MadePackage;
+class Progress;
 
 /// The files of a bundle and their SHA-256 sums, in the order of their paths. It finds what has changed, not
 /// who changed it; links have no sum. A value.
@@ -30,15 +31,15 @@ public:
         std::string path;
     };
 
-    /// Reads all files of the package. Throws `PackagerFailure`.
-    static Manifest ofPackage(MadePackage& package);
+    /// Reads all files of the package, which `progress`, if it is given, shows. Throws `PackagerFailure`.
+    static Manifest ofPackage(MadePackage& package, Progress* progress = nullptr);
 
     /// The one that lies in the package. Throws `PackagerFailure` when there is none or it is damaged.
     static Manifest inPackage(MadePackage& package);
 
     /// Puts the manifest of a bundle on disk into it, in the place of one that is there. Throws
     /// `PackagerFailure`.
-    static void write(const std::string& bundle);
+    static void write(const std::string& bundle, Progress* progress = nullptr);
 
     const std::vector<Entry>& entries() const { return m_entries; }
 

@@ -17,6 +17,7 @@
 #include "Tools/zpkpack/Manifest.h"
 #include "Tools/zpkpack/PackagerFailure.h"
 #include "Tools/zpkpack/SignalHold.h"
+#include "Tools/zpkpack/TreeSize.h"
 #include "Tools/zpkpack/WorkFolder.h"
 
 namespace zpk_packager {
@@ -33,17 +34,20 @@ void checkBundle(const std::string& path, const PackageDescription& description)
 
 }  // namespace
 
-PackageBuilder::PackageBuilder(const BuildOptions& options)
+PackageBuilder::PackageBuilder(const BuildOptions& options, Progress* progress)
     : m_source(options.sourceFolder),
       m_template(options.templatePath),
       m_windows(options.templatePath, options.frameworksPath, options.withWindows),
       m_output(options.outputPath, options.replace),
       m_runProgram(options.runProgramPath),
-      m_time(options.time) {}
+      m_time(options.time),
+      m_progress(progress) {}
 
 PackageSummary PackageBuilder::build() const {
     const PackageDescription description = check();
     const SignalHold signals;
+    // A signal that waits ends the process when it is let in: by then the bar is gone.
+    const Progress::Scope shown(m_progress);
     const WorkFolder workFolder = WorkFolder::beside(m_output.path());
     const std::string bundle = ZPKPath::join(workFolder.path(), m_output.bundleName());
     ChildStep::run(signals, [&] { make(description, workFolder.path(), bundle); });
@@ -82,17 +86,22 @@ void PackageBuilder::make(const PackageDescription& description, const std::stri
     m_windows.putInto(bundle);
     InfoPlist::write(description, ZPKPath::join(bundle, "Contents/Info.plist"));
     copyLanguages(resourceFolder);
-    const ArchivePacker packer(workFolder, m_time);
+    const ArchivePacker packer(workFolder, m_time, m_progress);
     packer.pack(ZPKPackageLayout::Content::Info, m_source.folder(), resourceFolder);
     packer.pack(ZPKPackageLayout::Content::Data, m_source.folder(), resourceFolder);
-    Manifest::write(bundle);
+    Manifest::write(bundle, m_progress);
     checkBundle(bundle, description);
 }
 
 void PackageBuilder::makeRunFile(const std::string& bundle, const std::string& path) const {
     const std::optional<ZPKBundle> made = ZPKBundle::bundleWithPath(bundle);
     const std::string launcher = made.value().executablePath().value().substr(bundle.size() + 1);
-    require(ZPKRunFileWriter(m_runProgram, bundle, launcher).write(path));
+    ZPKRunFileWriter writer(m_runProgram, bundle, launcher);
+    if (m_progress != nullptr && m_progress->isShown()) {
+        m_progress->begin("compressing", TreeSize::of(bundle));
+        writer.setCounter(m_progress->counter());
+    }
+    require(writer.write(path));
     const ZPKResult<ZPKRunFile> readBack = ZPKRunFile::open(path);
     if (!readBack) {
         throw PackagerFailure(readBack.failure());

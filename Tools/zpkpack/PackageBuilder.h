@@ -15,6 +15,7 @@
 #include "Tools/zpkpack/PackageDescription.h"
 #include "Tools/zpkpack/PackageSource.h"
 #include "Tools/zpkpack/PackageSummary.h"
+#include "Tools/zpkpack/Progress.h"
 
 namespace zpk_packager {
 
@@ -23,7 +24,8 @@ namespace zpk_packager {
 /// ends the work.
 class PackageBuilder {
 public:
-    explicit PackageBuilder(const BuildOptions& options);
+    /// `progress`, if it is given, shows the work, and outlives the builder.
+    explicit PackageBuilder(const BuildOptions& options, Progress* progress = nullptr);
 
     /// Leaves the package or, when it throws `PackagerFailure`, nothing. A signal that asks the process
     /// to end does so when all is cleaned up. Called while the process has one thread.
@@ -43,6 +45,7 @@ private:
     OutputPlace m_output;
     std::string m_runProgram;
     std::optional<std::int64_t> m_time;
+    Progress* m_progress;
 };
 
 }  // namespace zpk_packager

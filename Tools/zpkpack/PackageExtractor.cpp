@@ -67,7 +67,8 @@ void PackageExtractor::extractArchive(Content content, const std::string& source
     const std::string name = m_package.nameOf(MadePackage::archivePath(content));
     const std::string folder = ZPKPackageLayout::plainArchive(m_workFolder, content);
     FirstErrorSink sink;
-    if (!zpk_archive::extract(name, m_package.plainArchive(content), folder, sink)) {
+    const std::string what = std::string("unpacking ") + ZPKPackageLayout::name(content);
+    if (!zpk_archive::extract(name, m_package.plainArchive(content, what, m_progress), folder, sink)) {
         throw PackagerFailure("cannot unpack " + name + ": " + sink.text());
     }
     // Anything else in it would get lost, or into the way of the other one.

@@ -16,9 +16,9 @@ namespace zpk_packager {
 class PackageExtractor {
 public:
     /// `package` outlives the extractor; new things are written in `workFolder`, which nobody else may
-    /// write to.
-    PackageExtractor(MadePackage& package, std::string workFolder)
-        : m_package(package), m_workFolder(std::move(workFolder)) {}
+    /// write to. `progress`, if it is given, shows the unpacking, and outlives the extractor.
+    PackageExtractor(MadePackage& package, std::string workFolder, Progress* progress = nullptr)
+        : m_package(package), m_workFolder(std::move(workFolder)), m_progress(progress) {}
 
     /// Makes the source folder `source` in the work folder.
     void extractTo(const std::string& source) const;
@@ -36,6 +36,7 @@ private:
 
     MadePackage& m_package;
     std::string m_workFolder;
+    Progress* m_progress;
 };
 
 }  // namespace zpk_packager

@@ -12,6 +12,7 @@
 #include "Tools/zpkpack/ConsoleErrorSink.h"
 #include "Tools/zpkpack/MadePackage.h"
 #include "Tools/zpkpack/Manifest.h"
+#include "Tools/zpkpack/Progress.h"
 
 namespace zpk_packager {
 
@@ -31,22 +32,25 @@ const char* nameOf(Manifest::Difference::Kind kind) {
 }
 
 /// What was added since is told and does no harm to what was built.
-bool verifyFiles(MadePackage& package, Console& console) {
+bool verifyFiles(MadePackage& package, Console& console, Progress& progress) {
     bool isAsExpected = true;
     const Manifest expected = Manifest::inPackage(package);
-    for (const Manifest::Difference& difference : expected.differencesTo(Manifest::ofPackage(package))) {
+    for (const Manifest::Difference& difference :
+         expected.differencesTo(Manifest::ofPackage(package, &progress))) {
         console.resultLine(nameOf(difference.kind) + difference.path);
         isAsExpected = isAsExpected && difference.kind == Manifest::Difference::Kind::Added;
     }
     return isAsExpected;
 }
 
-bool verifyArchive(MadePackage& package, Content content, Console& console) {
+bool verifyArchive(MadePackage& package, Content content, Console& console, Progress& progress) {
     ConsoleErrorSink sink(console);
     std::size_t members = 0;
     const std::string name = package.nameOf(MadePackage::archivePath(content));
     const bool isWhole = zpk_archive::list(
-        name, package.plainArchive(content), [&](const zpk_archive::MemberDescription&) { ++members; }, sink);
+        name,
+        package.plainArchive(content, std::string("reading ") + ZPKPackageLayout::name(content), &progress),
+        [&](const zpk_archive::MemberDescription&) { ++members; }, sink);
     console.more(name + ": " + std::to_string(members) + " members");
     return isWhole;
 }
@@ -74,10 +78,13 @@ CLI::App& VerifyCommand::declare(CLI::App& program) {
 
 ExitStatus VerifyCommand::run(Console& console) {
     const std::unique_ptr<MadePackage> package = MadePackage::open(m_package);
-    bool isWhole = tell(console, [&] { return verifyFiles(*package, console); });
+    Progress progress(console);
+    bool isWhole = tell(console, [&] { return verifyFiles(*package, console, progress); });
     for (const Content content : {Content::Info, Content::Data}) {
-        isWhole = tell(console, [&] { return verifyArchive(*package, content, console); }) && isWhole;
+        isWhole =
+            tell(console, [&] { return verifyArchive(*package, content, console, progress); }) && isWhole;
     }
+    progress.end();
     if (isWhole) {
         console.note(m_package + " is as it was built");
     }

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "Tools/zpkpack/OutputPlace.h"
+#include "Tools/zpkpack/Progress.h"
 
 namespace zpk_packager {
 
@@ -21,7 +22,8 @@ public:
 
     /// Has the output made beside its place and puts it there. Throws `PackagerFailure`; a signal that asks
     /// the process to end does so when all is cleaned up. Called while the process has one thread.
-    static void make(const OutputPlace& output, const Maker& maker);
+    /// `progress`, if it is given, is what the maker shows, and ends with it.
+    static void make(const OutputPlace& output, const Maker& maker, Progress* progress = nullptr);
 };
 
 }  // namespace zpk_packager

@@ -6,10 +6,14 @@
 #include <string>
 #include <utility>
 
+#include "Base/ZPKFileDescriptor.h"
+
 namespace zpk_packager {
 
 /// A private folder beside the output, for what is not yet complete, so that the last step is a mere
-/// renaming. It goes with everything in it when the object does.
+/// renaming. It goes with everything in it when the object does. What a process that was killed outright has
+/// left is removed by the next one that works there: as long as a process, or a child of it, is there, its
+/// folder is locked.
 class WorkFolder {
 public:
     /// Throws `PackagerFailure`.
@@ -22,9 +26,10 @@ public:
     const std::string& path() const { return m_path; }
 
 private:
-    explicit WorkFolder(std::string path) : m_path(std::move(path)) {}
+    WorkFolder(std::string path, ZPKFileDescriptor lock) : m_path(std::move(path)), m_lock(std::move(lock)) {}
 
     std::string m_path;
+    ZPKFileDescriptor m_lock;
 };
 
 }  // namespace zpk_packager

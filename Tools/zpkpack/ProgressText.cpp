@@ -1,0 +1,91 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#include "Tools/zpkpack/ProgressText.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace zpk_packager {
+
+namespace {
+
+/// Before that, a rate says nothing.
+constexpr std::chrono::milliseconds kFirstRate{500};
+constexpr std::uint64_t kThousand = 1000;
+constexpr std::uint64_t kSixty = 60;
+constexpr std::size_t kShortestBar = 10;
+constexpr std::size_t kLongestBar = 40;
+constexpr const char* kColour = "\x1b[36m";
+constexpr const char* kNoColour = "\x1b[0m";
+
+std::string amount(std::uint64_t bytes) {
+    constexpr const char* kUnits[] = {"kB", "MB", "GB", "TB"};
+    if (bytes < kThousand) {
+        return std::to_string(bytes) + " bytes";
+    }
+    double number = static_cast<double>(bytes) / kThousand;
+    const char* const* unit = kUnits;
+    // What would be rounded to a thousand is one of the next unit.
+    while (number >= 999.95 && unit != std::end(kUnits) - 1) {
+        number /= kThousand;
+        ++unit;
+    }
+    char text[64];
+    std::snprintf(text, sizeof text, "%.1f %s", number, *unit);
+    return text;
+}
+
+std::string twoDigits(std::uint64_t number) {
+    return (number < 10 ? "0" : "") + std::to_string(number);
+}
+
+std::string duration(std::uint64_t seconds) {
+    const std::uint64_t minutes = seconds / kSixty;
+    const std::string rest = ":" + twoDigits(seconds % kSixty);
+    return minutes < kSixty ? std::to_string(minutes) + rest
+                            : std::to_string(minutes / kSixty) + ":" + twoDigits(minutes % kSixty) + rest;
+}
+
+}  // namespace
+
+std::uint64_t ProgressText::percent() const {
+    return whole == 0 ? 100
+                      : static_cast<std::uint64_t>(100.0 * static_cast<double>(std::min(done, whole)) /
+                                                   static_cast<double>(whole));
+}
+
+std::uint64_t ProgressText::rate() const {
+    return elapsed < kFirstRate ? 0
+                                : static_cast<std::uint64_t>(static_cast<double>(done) * kThousand /
+                                                             static_cast<double>(elapsed.count()));
+}
+
+std::string ProgressText::rateAndTimeLeft() const {
+    const std::uint64_t speed = rate();
+    if (speed == 0) {
+        return "";
+    }
+    const std::uint64_t left = (whole - std::min(done, whole) + speed - 1) / speed;
+    return ", " + amount(speed) + "/s, " + duration(left) + " left";
+}
+
+std::string ProgressText::line() const {
+    return what + ": " + std::to_string(percent()) + " % of " + amount(whole) + rateAndTimeLeft();
+}
+
+std::string ProgressText::bar(std::size_t columns, bool isColoured) const {
+    // The last column stays empty: some terminals go on to the next line with it.
+    const std::size_t room = std::max<std::size_t>(columns, 1) - 1;
+    const std::string text = line();
+    if (text.size() + kShortestBar + 3 > room) {
+        return text.substr(0, room);
+    }
+    const std::size_t length = std::min(room - text.size() - 3, kLongestBar);
+    const auto filled = static_cast<std::size_t>(length * percent() / 100);
+    const std::string full(filled, '#');
+    return "[" + (isColoured ? kColour + full + kNoColour : full) + std::string(length - filled, '.') + "] " +
+           text;
+}
+
+}  // namespace zpk_packager
