@@ -24,6 +24,30 @@ class NewTest(CommandTestCase):
         done = self.launch(self.folder / "Out.app")
         self.assertIn("Hello!", done.stdout)
 
+    def test_whatever_its_name_it_has_no_finding_and_runs(self):
+        for number, (folder, arguments) in enumerate(
+            [
+                ("Plain", []),
+                ("-dash", []),
+                ("Hällo 你好 \U0001f680", []),
+                ("'single' \"double\" $HOME `id` \\", []),
+                ("named", ["--name=-x -y", "--identifier=com.example.-x -y"]),
+                ("named", ["--identifier", "org.example.Ünï"]),
+            ]
+        ):
+            with self.subTest(folder=folder, arguments=arguments):
+                place = self.folder / str(number)
+                place.mkdir()
+                self.run_zpkpack("new", *arguments, "--", f"{number}/{folder}")
+                self.assertEqual(self.run_zpkpack("check", "--strict", place / folder).stdout, b"")
+                self.run_zpkpack("build", place / folder, "-o", place / "Out.app", "--without-windows")
+                self.assertIn("Hello!", self.launch(place / "Out.app").stdout)
+
+    def test_a_name_that_is_taken_for_an_option_is_told(self):
+        done = self.run_zpkpack("new", "-dash", status=2)
+        self.assertIn(b"-dash", done.stderr)
+        self.assertIn(b"slash", self.run_zpkpack("new", "Made", "--name", "a/b", status=1).stderr)
+
     def test_every_file_is_explained(self):
         self.run_zpkpack("new", "HelloSetup")
         for path, comment in (

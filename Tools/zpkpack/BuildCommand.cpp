@@ -47,12 +47,15 @@ CLI::App& BuildCommand::declare(CLI::App& program) {
         ->required();
     line.add_option("-o,--output", m_options.outputPath,
                     "The package to make: NAME.app, a bundle, or NAME.run, one file")
+        ->type_name("PACKAGE")
         ->required();
     line.add_option("--template", m_options.templatePath, "Launcher bundle without archives")
+        ->type_name("FOLDER")
         ->capture_default_str();
     CLI::Option* const frameworks =
         line.add_option("--frameworks", m_options.frameworksPath,
-                        "Folder to carry in the place of the template's Frameworks");
+                        "Folder to carry in the place of the template's Frameworks")
+            ->type_name("FOLDER");
     line.add_flag("!--without-windows", m_options.withWindows, "Carry nothing for windows")
         ->excludes(frameworks);
     line.add_flag("-f,--force", m_options.replace, "Replace a package that is there");

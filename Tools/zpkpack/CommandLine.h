@@ -20,6 +20,9 @@ public:
     /// The exit status. Throws `std::exception` with the cause of a command's failure.
     ExitStatus run(int argc, char** argv, Console& console);
 
+    /// What was declared.
+    const CLI::App& program() const { return m_program; }
+
 private:
     struct Known {
         std::unique_ptr<Command> command;

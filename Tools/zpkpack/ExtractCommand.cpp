@@ -15,7 +15,7 @@ namespace zpk_packager {
 CLI::App& ExtractCommand::declare(CLI::App& program) {
     CLI::App& line = *program.add_subcommand("extract", "Make a package source of a package");
     line.add_option("PACKAGE", m_package, "A bundle, or one file")->required();
-    line.add_option("-o,--output", m_folder, "The folder to make")->required();
+    line.add_option("-o,--output", m_folder, "The folder to make")->type_name("FOLDER")->required();
     line.footer("Example:\n  zpkpack extract HelloSetup.run -o Source");
     return line;
 }

@@ -12,8 +12,8 @@ namespace zpk_packager {
 std::string ProgramParts::path(const std::string& name) {
     const std::string folder = ZPKPath::parent(ZPKProcess::executablePath("self").value_or("/"));
     const std::string beside = ZPKPath::join(folder, name);
-    const std::string installed = ZPKPath::join(ZPKPath::parent(folder), "libexec/zephyrkit/" + name);
-    return ZPKFileManager::fileExists(beside) || !ZPKFileManager::fileExists(installed) ? beside : installed;
+    return ZPKFileManager::fileExists(beside) ? beside
+                                              : ZPKPath::join(folder, ZPK_PARTS_FROM_PROGRAM "/" + name);
 }
 
 }  // namespace zpk_packager

@@ -13,8 +13,8 @@ class ProgramParts {
 public:
     ProgramParts() = delete;
 
-    /// Where the part of that name is: beside the packager itself, as in a build folder, else where it is
-    /// installed, in `../libexec/zephyrkit`.
+    /// Where the part of this name is: beside this program, as in the folder of a build, or where it is
+    /// installed, told from where this program is, so that the whole may be moved.
     static std::string path(const std::string& name);
 
     static std::string launcherTemplate() { return path("Zephyrkit.app"); }

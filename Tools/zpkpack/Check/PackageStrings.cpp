@@ -87,7 +87,7 @@ std::string PackageStrings::faultOfValue(const std::string& value) {
     const bool isName = std::none_of(value.begin(), value.end(), [](char character) {
         return static_cast<unsigned char>(character) < 0x20 || character == '/';
     });
-    return isName ? "" : "holds a character that no name may hold";
+    return isName ? "" : "holds a slash or a control character, which no name may hold";
 }
 
 std::string PackageStrings::faultOfIdentifier(const std::string& identifier, const std::string& name) {
