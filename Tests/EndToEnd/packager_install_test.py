@@ -95,8 +95,11 @@ class InstallTest(CommandTestCase):
 
         run("zpkpack", "new", "HelloSetup")
         self.assertEqual(run("zpkpack", "check", "--strict", "HelloSetup"), "")
-        for package, program in (("Out.app", "Out.app/Contents/Linux/Zephyrkit"), ("Out.run", "Out.run")):
-            run("zpkpack", "build", "HelloSetup", "-o", package)
+        for package, program, options in (
+            ("Out.app", "Out.app/Contents/Linux/Zephyrkit", []),
+            ("Out.run", "Out.run", ["--without-windows"]),
+        ):
+            run("zpkpack", "build", "HelloSetup", "-o", package, *options)
             self.assertIn("Hello!", run(work / program))
         shutil.rmtree(work / "Out.app")
 

@@ -6,6 +6,7 @@
 #include "Base/ZPKPath.h"
 #include "Base/ZPKUnicode.h"
 #include "Package/ZPKPackageLayout.h"
+#include "Tools/zpkpack/Check/PackageStrings.h"
 #include "Tools/zpkpack/Console.h"
 #include "Tools/zpkpack/PackagerFailure.h"
 #include "Tools/zpkpack/SourceWriter.h"
@@ -91,6 +92,9 @@ PackageDescription NewCommand::description() const {
     }
     if (names.bundleIdentifier.empty()) {
         names.bundleIdentifier = "com.example." + names.bundleName;
+    }
+    if (const std::string fault = PackageStrings::faultOfValue(names.bundleName); !fault.empty()) {
+        throw PackagerFailure("the name " + names.bundleName + " " + fault);
     }
     if (ZPKPath::extension(names.bundleIdentifier) != names.bundleName) {
         throw PackagerFailure("the last part of the identifier " + names.bundleIdentifier +
