@@ -240,6 +240,7 @@ TEST_F(ArchiveRoundTripTest, WhatFollowsTheEndMarkIsToldAndWhatCameBeforeIsThere
          }) {
         SCOPED_TRACE(row.name);
         shell("cd '" + m_folder.path() + "'; (" + row.line + ") > both");
+        chmod((m_target + "/Data/readonly").c_str(), 0755);
         fs::remove_all(m_target);
         const Outcome extracted = extract(m_folder / "both", m_target);
         EXPECT_EQ(extracted.exitStatus, 1);

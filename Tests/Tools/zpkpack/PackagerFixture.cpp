@@ -82,7 +82,8 @@ std::string PackagerFixture::build(const zpk_packager::BuildOptions& options) co
 std::string PackagerFixture::failureAsOrdinaryUser(const std::function<void()>& action) const {
     const std::string answer = m_folder / "answer";
     giveToUserWithoutPrivileges(m_folder.path());
-    for (const auto& item : fs::recursive_directory_iterator(m_folder.path())) {
+    const auto options = fs::directory_options::skip_permission_denied;
+    for (const auto& item : fs::recursive_directory_iterator(m_folder.path(), options)) {
         giveToUserWithoutPrivileges(item.path());
     }
     EXPECT_TRUE(answerWithoutPrivileges([&] {
