@@ -5,6 +5,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QDeadlineTimer>
 #include <QMenu>
 #include <QMenuBar>
 #include <QTimer>
@@ -25,6 +26,9 @@ namespace {
 /// The steps of the unpacking.
 constexpr int kProgressSteps[] = {10, 40, 100};
 
+constexpr int kLongestWaitMilliseconds = 60'000;
+constexpr int kTickMilliseconds = 20;
+
 /// The window that was brought to the front last.
 QWidget& frontWindow() {
     QWidget* const window = QApplication::activeModalWidget();
@@ -36,7 +40,14 @@ QWidget& frontWindow() {
 
 /// Until everything that the window was told is in it.
 void settle() {
+    const QDeadlineTimer deadline(kLongestWaitMilliseconds);
+    // Its ticks bound each wait.
+    QTimer ticks;
+    ticks.start(kTickMilliseconds);
     while (!frontWindow().isActiveWindow()) {
+        if (deadline.hasExpired()) {
+            throw std::runtime_error("a window did not come to the front");
+        }
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
     QCoreApplication::processEvents();
