@@ -100,11 +100,11 @@ struct CResourceBundleStringTableParser::tagPRIVATE_DATA {
 /// Opens the item, gives it to `action` and closes it.
 template <typename Action>
 int CResourceBundleStringTableParser::ParseItem(const char* inPath, Action action) {
-    const std::unique_ptr<std::FILE, FileCloser> file(openTable(inPath));
-    if (!file) {
-        return errno;
-    }
     try {
+        const std::unique_ptr<std::FILE, FileCloser> file(openTable(inPath));
+        if (!file) {
+            return errno;
+        }
         action(file.get());
     } catch (...) {
         return -1;

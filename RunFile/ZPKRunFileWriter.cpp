@@ -249,11 +249,10 @@ ZPKOutcome ZPKRunFileWriter::writeGroups() {
 
 ZPKOutcome ZPKRunFileWriter::writeStoredFiles() {
     for (ZPKRunFileEntry& entry : m_table.entries) {
-        if (entry.kind != Kind::StoredFile) {
-            continue;
-        }
-        if (ZPKOutcome stored = storeFile(entry); !stored) {
-            return stored;
+        if (entry.kind == Kind::StoredFile) {
+            if (ZPKOutcome stored = storeFile(entry); !stored) {
+                return stored;
+            }
         }
     }
     return {};
@@ -297,6 +296,5 @@ ZPKOutcome ZPKRunFileWriter::writeTable() {
     trailer.tableOffset = m_size;
     trailer.tableSize = table.size();
     trailer.tableChecksum = ZPKRunFileChecksum::of(table);
-    const ZPKOutcome written = append(table);
-    return written ? append(trailer.encoded()) : written;
+    return append(table + trailer.encoded());
 }
