@@ -56,7 +56,8 @@ TEST_F(PackageDescriptionTest, RefusesCharactersThatNoNameMayHold) {
     for (const char* const name : {"a/b", "a\\nb", "a\\tb"}) {
         const std::string text =
             std::string("\"CFBundleName\" = \"") + name + "\"; \"CFBundleIdentifier\" = \"x." + name + "\";";
-        EXPECT_THAT(failureWith(text), HasSubstr("\"CFBundleName\" holds a character")) << name;
+        EXPECT_THAT(failureWith(text), HasSubstr("\"CFBundleName\" holds a slash or a control character"))
+            << name;
     }
 }
 
