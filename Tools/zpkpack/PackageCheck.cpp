@@ -48,24 +48,27 @@ namespace {
 using Content = ZPKPackageLayout::Content;
 
 constexpr const char* kInformation = "Contents/Info.plist";
+constexpr const char* kModule = "Contents/PlugIns/ZPKDesktop.so";
 constexpr const char* kResourceFolder = "Contents/Resources";
 constexpr std::size_t kResourcePart = std::string_view("Contents/Resources/").size();
 constexpr std::size_t kMostLanguageItems = 2000;
 constexpr unsigned int kPrivate = 0700;
 constexpr std::uint64_t kLargestDescriptions = std::uint64_t{16} << 20;
 
+enum class PartKind { File, Program, Form };
+
 struct Part {
     const char* path;
-    bool isProgram;
+    PartKind kind;
 };
 
-constexpr std::array<Part, 7> kParts = {{{kInformation, false},
-                                         {"Contents/Helpers/ditto", true},
-                                         {"Contents/Resources/Info.datx", false},
-                                         {"Contents/Resources/Data.datx", false},
-                                         {"Contents/Resources/MainMenu.ui", false},
-                                         {"Contents/Resources/ProgressWindow.ui", false},
-                                         {"Contents/Resources/CDSearchWindow.ui", false}}};
+constexpr std::array<Part, 7> kParts = {{{kInformation, PartKind::File},
+                                         {"Contents/Helpers/ditto", PartKind::Program},
+                                         {"Contents/Resources/Info.datx", PartKind::File},
+                                         {"Contents/Resources/Data.datx", PartKind::File},
+                                         {"Contents/Resources/MainMenu.ui", PartKind::Form},
+                                         {"Contents/Resources/ProgressWindow.ui", PartKind::Form},
+                                         {"Contents/Resources/CDSearchWindow.ui", PartKind::Form}}};
 
 bool isOfALanguage(const std::string& name) {
     return name == "Languages.xml" || name == "ZPKStringTable.def" || name == "ZPKPlatformStringTable.def";
@@ -153,12 +156,16 @@ void PackageCheck::checkAll(MadePackage& package) {
 }
 
 void PackageCheck::checkParts(MadePackage& package) {
+    const bool hasWindows = package.find(kModule) != nullptr;
     for (const Part& part : kParts) {
         const MadePackage::Item* const item = package.find(part.path);
+        if (part.kind == PartKind::Form && !hasWindows) {
+            continue;
+        }
         if (item == nullptr || item->kind != MadePackage::Kind::File) {
             m_findings.add("bundle-part", package.nameOf(part.path),
                            item == nullptr ? "it is missing" : "it is no file");
-        } else if (part.isProgram && (item->mode & 0111U) == 0) {
+        } else if (part.kind == PartKind::Program && (item->mode & 0111U) == 0) {
             m_findings.add("bundle-part", package.nameOf(part.path), "it may not be executed");
         }
     }
