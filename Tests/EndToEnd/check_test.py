@@ -566,6 +566,9 @@ class FindingFormsTest(CheckTestCase):
         for source in ("source", "nothing", str(self.source)):
             report = json.loads(self.check(source, "--format", "sarif").stdout)
             jsonschema.validate(report, schema)
+            del report["runs"][0]["tool"]["driver"]["name"]
+            with self.assertRaises(jsonschema.ValidationError):
+                jsonschema.validate(report, schema)
 
     def test_sarif_says_what_the_text_says(self):
         run = json.loads(self.check("source", "--format", "sarif").stdout)["runs"][0]
