@@ -372,6 +372,7 @@ class MadePackageTestCase(CheckTestCase):
         shutil.copy(TEMPLATE / "Contents/Info.plist", template / "Info.plist")
         for form in ("MainMenu", "ProgressWindow", "CDSearchWindow"):
             write(template / f"Resources/{form}.ui", "<ui/>\n")
+        write(template / "PlugIns/ZPKDesktop.so", "the windows\n")
         self.bundle = self.folder / "Hello.app"
 
     def try_to_build(self, name="Hello.app", *arguments):
@@ -434,6 +435,7 @@ class MadePackageCheckTest(MadePackageTestCase):
         (self.bundle / "Contents/Helpers/ditto").chmod(0o644)
         (self.bundle / "Contents/Linux/Zephyrkit").unlink()
         (self.bundle / "Contents/Resources/Data.datx").unlink()
+        (self.bundle / "Contents/Resources/ProgressWindow.ui").unlink()
         (self.bundle / "Contents/Resources/Manifest.sha256").unlink()
         self.expect("bundle-part")
 
