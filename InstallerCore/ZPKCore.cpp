@@ -4,6 +4,7 @@
 #include "InstallerCore/ZPKCore.h"
 
 #include <iostream>
+#include <string_view>
 #include <utility>
 
 #include "Base/ZPKPath.h"
@@ -20,6 +21,7 @@
 #include "InstallerCore/ZPKStagingFolder.h"
 #include "Package/CZPKUtil.h"
 #include "Package/ZPKPackageLayout.h"
+#include "Package/ZPKPackageTitle.h"
 #include "Platform/ZPKFileManager.h"
 #include "Platform/ZPKMainBundle.h"
 #include "UserInterface/ZPKCDSearchWindowController.h"
@@ -28,6 +30,8 @@ using namespace varno_zpk;
 using Content = ZPKPackageLayout::Content;
 
 namespace {
+
+constexpr std::string_view kLauncherName = "Zephyrkit";
 
 std::string resourceFolder() {
     return ZPKMainBundle::mainBundle().resourcePath();
@@ -41,11 +45,18 @@ ZPKCore::ZPKCore(ZPKFrontEnd& frontEnd, const ZPKRemovableVolumes& volumes, ZPKC
 ZPKCore::~ZPKCore() = default;
 
 void ZPKCore::awakeFromNib() {
-    m_frontEnd.setInterfaceLanguage(ZPKInterfaceLanguage::setUp(resourceFolder(), ZPKLanguageInfos::infos()));
-    localizeMenu();
+    const std::string language = ZPKInterfaceLanguage::setUp(resourceFolder(), ZPKLanguageInfos::infos());
+    m_frontEnd.setInterfaceLanguage(language);
+    const std::optional<std::string> displayName =
+        ZPKPackageTitle::find(ZPKMainBundle::mainBundle(), language);
+    if (displayName) {
+        m_frontEnd.setDisplayName(*displayName);
+    }
+    localizeMenu(displayName);
 }
 
-void ZPKCore::localizeMenu() {
+/// The launcher's own name in an item stands for that of the package.
+void ZPKCore::localizeMenu(const std::optional<std::string>& displayName) {
     const std::pair<ZPKMenuItem, const char*> titles[] = {
         {_aboutAppMenuItem, ZPKSTRING_ABOUTZEPHYRKIT}, {_preferencesMenuItem, ZPKSTRING_PREFERENCES},
         {_servicesMenuItem, ZPKSTRING_SERVICES},       {_hideAppMenuItem, ZPKSTRING_HIDEZEPHYRKIT},
@@ -53,7 +64,12 @@ void ZPKCore::localizeMenu() {
         {_quitAppMenuItem, ZPKSTRING_QUITZEPHYRKIT},
     };
     for (const auto& [item, key] : titles) {
-        m_frontEnd.setMenuItemTitle(item, localized(key));
+        std::string title = localized(key);
+        const std::size_t at = title.find(kLauncherName);
+        if (displayName && title != key && at != std::string::npos) {
+            title.replace(at, kLauncherName.size(), *displayName);
+        }
+        m_frontEnd.setMenuItemTitle(item, title);
     }
 }
 

@@ -89,7 +89,7 @@ public:
     void executeFile(const std::optional<std::string>& path, const Parameters& params, bool synchronous);
 
 private:
-    void localizeMenu();
+    void localizeMenu(const std::optional<std::string>& displayName);
     bool createStagingFolder();
     bool mayInstall();
     void install();

@@ -78,7 +78,7 @@ ZPKFailure ZPKSecondStage::start(int argc, char** argv, char** environment) cons
     if (const ZPKOutcome tried = tryStart(variables); !tried) {
         return tried.failure();
     }
-    // The windows take their name and class from the first argument.
+    // The process and, without an identifier, its windows take their name from the first argument.
     std::vector<std::string> arguments = loaderArguments(m_parts, argc > 0 ? argv[0] : m_parts.program());
     for (int index = 1; index < argc; ++index) {
         arguments.emplace_back(argv[index]);

@@ -23,6 +23,7 @@
 #include "InstallerCore/ZPKSecondStage.h"
 #include "InstallerCore/ZPKToolkitEnvironment.h"
 #include "Package/ZPKCarriedParts.h"
+#include "Package/ZPKPackageLayout.h"
 #include "Platform/ZPKBundle.h"
 #include "Platform/ZPKIgnoredSignals.h"
 #include "Platform/ZPKLoadableFile.h"
@@ -100,7 +101,8 @@ std::unique_ptr<ZPKFrontEnd> openDesktop(int argc, char** argv) {
         return nullptr;
     }
     return std::unique_ptr<ZPKFrontEnd>(
-        create({argc, argv, bundle.resourcePath(), bundle.localizedName(), carried, &runOnTerminal}));
+        create({argc, argv, bundle.resourcePath(), bundle.localizedName(), bundle.bundleIdentifier(),
+                ZPKPackageLayout::icon(bundle.resourcePath()), carried, &runOnTerminal}));
 }
 
 }  // namespace

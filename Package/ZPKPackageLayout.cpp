@@ -44,6 +44,14 @@ std::string ZPKPackageLayout::languageList(const std::string& parent) {
     return ZPKPath::join(languageFolder(parent), "Languages.xml");
 }
 
+std::string ZPKPackageLayout::languageNames(const std::string& parent, const std::string& language) {
+    return ZPKPath::join(ZPKPath::join(languageFolder(parent), language), "InfoPlist.strings");
+}
+
+std::string ZPKPackageLayout::icon(const std::string& parent) {
+    return ZPKPath::join(parent, "Icon.png");
+}
+
 std::string ZPKPackageLayout::packageStrings(const std::string& sourceFolder) {
     return ZPKPath::join(sourceFolder, "Package.strings");
 }

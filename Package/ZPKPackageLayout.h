@@ -13,6 +13,7 @@
 ///     Info/             Info.datx            Info.dat, then Info/Condition.xml, Info/Startup.xml
 ///     Data/             Data.datx            Data.dat, then Data/
 ///     UILang/           UILang/Languages.xml
+///     Icon.png          Icon.png
 class ZPKPackageLayout {
 public:
     ZPKPackageLayout() = delete;
@@ -48,6 +49,13 @@ public:
 
     /// "Languages.xml" in the language folder of a source or a resource folder.
     static std::string languageList(const std::string& parent);
+
+    /// "InfoPlist.strings" of a language in the language folder of a source or a resource folder: what the
+    /// package is called in that language.
+    static std::string languageNames(const std::string& parent, const std::string& language);
+
+    /// The picture of the package in a source or a resource folder.
+    static std::string icon(const std::string& parent);
 
     /// The names of the package, "Package.strings" in a source folder.
     static std::string packageStrings(const std::string& sourceFolder);

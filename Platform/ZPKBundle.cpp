@@ -3,6 +3,8 @@
 
 #include "Platform/ZPKBundle.h"
 
+#include <utility>
+
 #include "Base/ZPKPath.h"
 #include "Platform/ZPKFileManager.h"
 #include "Platform/ZPKPropertyList.h"
@@ -88,6 +90,11 @@ std::string ZPKBundle::localizedName() const {
     const std::string folder = ZPKPath::lastComponent(m_path);
     return folder.ends_with(kBundleExtension) ? folder.substr(0, folder.size() - kBundleExtension.size())
                                               : folder;
+}
+
+std::optional<std::string> ZPKBundle::displayName() const {
+    std::string name = infoString(kDisplayNameKey);
+    return name.empty() ? std::nullopt : std::optional(std::move(name));
 }
 
 std::string ZPKBundle::infoString(const std::string& key) const {

@@ -9,6 +9,8 @@
 /// A bundle folder: a folder that holds `Contents/Info.plist`. A value; may be used from any thread.
 class ZPKBundle {
 public:
+    static constexpr const char* kDisplayNameKey = "CFBundleDisplayName";
+
     /// The bundle at `path`, or nothing when the path is no bundle folder.
     static std::optional<ZPKBundle> bundleWithPath(const std::string& path);
 
@@ -45,6 +47,10 @@ public:
     /// The name that a person sees: `CFBundleName` of the top-level `InfoPlist.strings`, else of
     /// `Info.plist`, else the folder's name without ".app".
     std::string localizedName() const;
+
+    /// `CFBundleDisplayName` of `Info.plist`, what the bundle is called for people in any words; nothing where
+    /// there is none or an empty one.
+    std::optional<std::string> displayName() const;
 
     /// `CFBundleName` of the top-level `InfoPlist.strings`, or nothing.
     std::optional<std::string> nameInStrings() const;

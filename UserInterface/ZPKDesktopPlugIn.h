@@ -16,8 +16,15 @@ struct ZPKDesktopParameters {
     /// The folder of the window forms; any bytes, as in every path.
     std::string resourceFolder;
 
-    /// The name that the windows' application carries.
-    std::string applicationName;
+    /// What the package is called in the windows until `ZPKFrontEnd::setDisplayName` says another name.
+    std::string displayName;
+
+    /// What the desktop knows the application by: window class, desktop file. Empty for a program that has
+    /// none.
+    std::string identifier;
+
+    /// The file of the package's own picture; where there is none, the windows have another.
+    std::string iconPath;
 
     /// The folder of the toolkit that the bundle carries; empty where the machine's own is used.
     std::string frameworks;

@@ -68,6 +68,10 @@ public:
 
     /// Tells in which language the texts are, for the direction of reading and the font.
     virtual void setInterfaceLanguage(const std::string& code) = 0;
+
+    /// Tells what the package is called in the windows; until then it is the bundle's name.
+    virtual void setDisplayName(const std::string&) {}
+
     virtual void setMenuItemTitle(ZPKMenuItem item, const std::string& title) = 0;
 
     /// New windows, not on the screen yet; the front end outlives them. Null when the form cannot be loaded;

@@ -265,7 +265,8 @@ class ProcessTest(CarriedPartsTestCase):
         self.assertEqual(os.readlink(process / "exe"), str(bundle / FRAMEWORKS / LOADER))
         (window,) = self.desktop.listed()
         shown = self.desktop.run("xprop", "-id", window, "WM_CLASS", "_NET_WM_PID")
-        self.assertIn('WM_CLASS(STRING) = "Zephyrkit", "%s"\n' % self.name, shown)
+        identifier = "com.example." + self.name
+        self.assertIn('WM_CLASS(STRING) = "%s", "%s"\n' % (identifier, identifier), shown)
         self.assertIn("_NET_WM_PID(CARDINAL) = %d\n" % run.process.pid, shown)
         gate.open()
         run.wait()

@@ -55,6 +55,26 @@ TEST_F(ZPKCoreTest, MenuTitlesAreLocalizedInOrder) {
                      "menu 4=ZPKString_HideOthers", "menu 5=Tout", "menu 6=ZPKString_QuitZephyrkit"}));
 }
 
+TEST_F(ZPKCoreTest, APackageThatNamesItselfIsNamedInTheMenu) {
+    writeFile(m_bundle.resource("UILang/Languages.xml"),
+              R"(<L FallBackCode="fr"><Language Code="en"/><Language Code="fr"/></L>)");
+    writeFile(m_bundle.resource("UILang/fr/ZPKStringTable.def"),
+              "ZPKString_HideZephyrkit = \"Masquer Zephyrkit ici\"; ZPKString_ShowAll = Tout;");
+    writeFile(m_bundle.resource("UILang/fr/InfoPlist.strings"), R"("CFBundleDisplayName" = "Suite d'Acme";)");
+    m_core.awakeFromNib();
+    EXPECT_EQ(logged({"name", "menu 0", "menu 3", "menu 5"}),
+              (Lines{"name=Suite d'Acme", "menu 0=ZPKString_AboutZephyrkit",
+                     "menu 3=Masquer Suite d'Acme ici", "menu 5=Tout"}));
+}
+
+TEST_F(ZPKCoreTest, APackageWithoutANameForPeopleKeepsItsTexts) {
+    writeFile(m_bundle.resource("UILang/Languages.xml"), R"(<L FallBackCode="fr"><Language Code="fr"/></L>)");
+    writeFile(m_bundle.resource("UILang/fr/ZPKStringTable.def"),
+              "ZPKString_HideZephyrkit = \"Masquer Zephyrkit\";");
+    m_core.awakeFromNib();
+    EXPECT_EQ(logged({"name", "menu 3"}), (Lines{"menu 3=Masquer Zephyrkit"}));
+}
+
 TEST_F(ZPKCoreTest, WholeRunInItsOrder) {
     addSetup("setup");
     addStartup(R"(Exec="$Data$/setup" Param="a b")");

@@ -132,6 +132,19 @@ TEST(ZPKBundleTest, LocalizedNameHasThreeSources) {
     EXPECT_EQ(ZPKBundle::bundleWithPath(folder / "Bare")->localizedName(), "Bare");
 }
 
+TEST(ZPKBundleTest, DisplayNameIsOfTheDescriptionAlone) {
+    const zpk_test::TemporaryFolder folder;
+    const std::string description = folder / "Named.app/Contents/Info.plist";
+    const auto nameIn = [&](const std::string& entries) {
+        zpk_test::writeFile(description, "<plist><dict>" + entries + "</dict></plist>");
+        return ZPKBundle::bundleWithPath(folder / "Named.app")->displayName();
+    };
+    EXPECT_EQ(nameIn("<key>CFBundleName</key><string>Named</string>"), std::nullopt);
+    EXPECT_EQ(nameIn("<key>CFBundleDisplayName</key><string></string>"), std::nullopt);
+    EXPECT_EQ(nameIn("<key>CFBundleDisplayName</key><string>Acme &amp; Sons/2 \xE2\x84\xA2</string>"),
+              "Acme & Sons/2 \xE2\x84\xA2");
+}
+
 TEST(ZPKBundleTest, ProgramsBelongToTheInnermostBundle) {
     const TemporaryFolder folder;
     const std::string outer = folder / "Outer.app";

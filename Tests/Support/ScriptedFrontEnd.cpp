@@ -119,6 +119,10 @@ void ScriptedFrontEnd::setInterfaceLanguage(const std::string& code) {
     note("language=" + code);
 }
 
+void ScriptedFrontEnd::setDisplayName(const std::string& name) {
+    note("name=" + name);
+}
+
 void ScriptedFrontEnd::setMenuItemTitle(ZPKMenuItem item, const std::string& title) {
     note("menu " + std::to_string(static_cast<int>(item)) + "=" + title);
 }

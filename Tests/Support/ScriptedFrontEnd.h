@@ -37,6 +37,7 @@ public:
     void terminate() override;
     void activateIgnoringOtherApps() override;
     void setInterfaceLanguage(const std::string& code) override;
+    void setDisplayName(const std::string& name) override;
     void setMenuItemTitle(ZPKMenuItem item, const std::string& title) override;
     std::unique_ptr<ZPKProgressWindow> createProgressWindow() override;
     std::unique_ptr<ZPKCDSearchWindow> createCDSearchWindow() override;

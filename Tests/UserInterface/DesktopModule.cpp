@@ -19,7 +19,7 @@ ZPKDesktopParameters desktopParameters() {
     parameters.argc = 1;
     parameters.argv = arguments;
     parameters.resourceFolder = deliveredForms();
-    parameters.applicationName = "Zephyrkit";
+    parameters.displayName = "Zephyrkit";
     return parameters;
 }
 

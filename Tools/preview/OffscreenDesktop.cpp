@@ -19,6 +19,7 @@
 #include "Base/ZPKPath.h"
 #include "InstallerCore/ZPKToolkitEnvironment.h"
 #include "Package/ZPKCarriedParts.h"
+#include "Package/ZPKPackageLayout.h"
 #include "Platform/ZPKProcess.h"
 #include "UserInterface/ZPKDesktopPlugIn.h"
 
@@ -126,7 +127,9 @@ std::unique_ptr<ZPKFrontEnd> OffscreenDesktop::open(const std::string& resourceF
         isCarried ? std::string("$ORIGIN/") + kTemplate + "/Contents/PlugIns/" + kDesktopModuleName
                   : ZPKPath::join(folder, kTemplate) + "/Contents/PlugIns/" + kDesktopModuleName;
     const auto create = reinterpret_cast<ZPKDesktopEntry>(symbolOf(openLibrary(module), ZPKDesktopEntryName));
-    std::unique_ptr<ZPKFrontEnd> frontEnd(create({1, arguments, resourceFolder, name, frameworks, nullptr}));
+    std::unique_ptr<ZPKFrontEnd> frontEnd(
+        create({1, arguments, resourceFolder, name, "", ZPKPackageLayout::icon(resourceFolder), frameworks,
+                nullptr}));
     if (!frontEnd) {
         throw std::runtime_error("the windows cannot be shown");
     }

@@ -9,6 +9,7 @@
 #include <QShortcut>
 #include <QVBoxLayout>
 
+#include "UserInterface/Desktop/ZPKDesktopIdentity.h"
 #include "UserInterface/Desktop/ZPKDesktopText.h"
 #include "UserInterface/Desktop/ZPKForm.h"
 
@@ -37,8 +38,12 @@ std::unique_ptr<ZPKApplicationMenu> ZPKApplicationMenu::createFromFolder(const s
 
 ZPKApplicationMenu::ZPKApplicationMenu(std::unique_ptr<QMenu> menu, const Items& items)
     : m_menu(std::move(menu)), m_items(items) {
-    m_menu->setTitle(QCoreApplication::applicationName());
+    setTitle(ZPKDesktopIdentity::displayName());
     QObject::connect(&item(ZPKMenuItem::About), &QAction::triggered, m_menu.get(), [this] { showAbout(); });
+}
+
+void ZPKApplicationMenu::setTitle(const std::string& title) {
+    m_menu->setTitle(ZPKDesktopLabel(title));
 }
 
 void ZPKApplicationMenu::setItemTitle(ZPKMenuItem item, const std::string& title) {
@@ -49,7 +54,7 @@ void ZPKApplicationMenu::showAbout() const {
     // No button: the toolkit's title for it would not be of the launcher's texts.
     QDialog box(QApplication::activeWindow());
     box.setWindowTitle(item(ZPKMenuItem::About).text().replace(QStringLiteral("&&"), QStringLiteral("&")));
-    auto* label = new QLabel(QCoreApplication::applicationName());
+    auto* label = new QLabel(ZPKDesktopText(ZPKDesktopIdentity::displayName()));
     label->setTextFormat(Qt::PlainText);
     label->setAlignment(Qt::AlignCenter);
     label->setMinimumSize(kSmallestAbout);

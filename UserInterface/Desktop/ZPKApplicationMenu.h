@@ -19,6 +19,7 @@ public:
 
     QMenu& menu() const { return *m_menu; }
     QAction& item(ZPKMenuItem item) const { return *m_items[static_cast<std::size_t>(item)]; }
+    void setTitle(const std::string& title);
     void setItemTitle(ZPKMenuItem item, const std::string& title);
 
 private:

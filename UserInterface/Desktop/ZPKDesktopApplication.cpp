@@ -9,15 +9,21 @@
 #include <utility>
 
 #include "UserInterface/Desktop/ZPKCarriedToolkit.h"
+#include "UserInterface/Desktop/ZPKDesktopIdentity.h"
 #include "UserInterface/Desktop/ZPKDesktopText.h"
 #include "UserInterface/Desktop/ZPKToolkitMessages.h"
+#include "UserInterface/Desktop/ZPKWindowIcon.h"
 
 namespace {
 
 /// The toolkit takes the arguments that it knows out of the list it is given; the launcher's own
-/// list stays whole.
-std::vector<char*> copyOfArguments(const ZPKDesktopParameters& parameters) {
+/// list stays whole. `identifier` outlives the list.
+std::vector<char*> argumentsForToolkit(const ZPKDesktopParameters& parameters, std::string& identifier) {
+    static char name[] = "-name";
     std::vector<char*> arguments(parameters.argv, parameters.argv + parameters.argc);
+    if (!identifier.empty() && !arguments.empty()) {
+        arguments.insert(arguments.begin() + 1, {name, identifier.data()});
+    }
     arguments.push_back(nullptr);
     return arguments;
 }
@@ -32,7 +38,9 @@ class ContextMenuFilter : public QObject {
 }  // namespace
 
 ZPKDesktopApplication::ZPKDesktopApplication(const ZPKDesktopParameters& parameters)
-    : m_arguments(copyOfArguments(parameters)), m_argumentCount(parameters.argc) {
+    : m_identifier(parameters.identifier),
+      m_arguments(argumentsForToolkit(parameters, m_identifier)),
+      m_argumentCount(static_cast<int>(m_arguments.size()) - 1) {
     const ZPKToolkitMessages::Start start(parameters.runWithoutDesktop);
     QGuiApplication::setQuitOnLastWindowClosed(false);
     if (!parameters.frameworks.empty()) {
@@ -43,7 +51,9 @@ ZPKDesktopApplication::ZPKDesktopApplication(const ZPKDesktopParameters& paramet
     if (!parameters.frameworks.empty()) {
         ZPKCarriedToolkit::useFontWhereThereIsNone(parameters.frameworks);
     }
-    QCoreApplication::setApplicationName(ZPKDesktopText(parameters.applicationName));
+    ZPKDesktopIdentity::take(parameters.identifier);
+    QCoreApplication::setApplicationName(ZPKDesktopText(parameters.displayName));
+    QGuiApplication::setWindowIcon(ZPKWindowIcon::ofPackage(parameters.iconPath));
     // The toolkit sets the person's number format for the whole process, where the core reads and
     // writes numbers of its own.
     std::setlocale(LC_NUMERIC, "C");

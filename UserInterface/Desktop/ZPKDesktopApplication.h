@@ -25,6 +25,7 @@ public:
     void setLanguage(const std::string& code);
 
 private:
+    std::string m_identifier;
     std::vector<char*> m_arguments;
     int m_argumentCount;
     std::unique_ptr<QApplication> m_application;

@@ -11,7 +11,9 @@
 
 #include "UserInterface/Desktop/ZPKDesktopAlert.h"
 #include "UserInterface/Desktop/ZPKDesktopCDSearchWindow.h"
+#include "UserInterface/Desktop/ZPKDesktopIdentity.h"
 #include "UserInterface/Desktop/ZPKDesktopProgressWindow.h"
+#include "UserInterface/Desktop/ZPKDesktopText.h"
 
 namespace {
 
@@ -71,6 +73,13 @@ void ZPKDesktopFrontEnd::setInterfaceLanguage(const std::string& code) {
     setLanguage(code);
 }
 
+void ZPKDesktopFrontEnd::setDisplayName(const std::string& name) {
+    QCoreApplication::setApplicationName(ZPKDesktopText(name));
+    if (m_menu) {
+        m_menu->setTitle(name);
+    }
+}
+
 void ZPKDesktopFrontEnd::setMenuItemTitle(ZPKMenuItem item, const std::string& title) {
     if (m_menu) {
         m_menu->setItemTitle(item, title);
@@ -97,7 +106,8 @@ std::unique_ptr<ZPKCDSearchWindow> ZPKDesktopFrontEnd::createCDSearchWindow() {
 }
 
 void ZPKDesktopFrontEnd::runAlert(const ZPKAlert& alert) {
-    ZPKDesktopAlert box(alert, QCoreApplication::applicationName(), QApplication::activeModalWidget());
+    ZPKDesktopAlert box(alert, ZPKDesktopWindowTitle(ZPKDesktopIdentity::displayName()),
+                        QApplication::activeModalWidget());
     const auto restored = qScopeGuard([this, around = std::exchange(m_alert, &box)] { m_alert = around; });
     box.exec();
 }
