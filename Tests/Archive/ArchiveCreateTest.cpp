@@ -3,6 +3,7 @@
 
 #include <signal.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -44,6 +45,19 @@ TEST(ArchiveCreateTest, TopLevelNameIsTheSourcesLastComponent) {
         ASSERT_FALSE(names.empty());
         EXPECT_EQ(names.front(), row.top);
         EXPECT_TRUE(sink.errors.empty());
+    }
+}
+
+TEST(ArchiveCreateTest, ArchiveIsOpenToItsOwnerWhateverTheMask) {
+    for (const mode_t mask : {mode_t{0}, mode_t{027}, mode_t{0777}}) {
+        SCOPED_TRACE(mask);
+        const TemporaryFolder folder;
+        writeFile(folder / "source", "x");
+        const Outcome outcome = create(folder / "source", folder / "archive", [mask] { ::umask(mask); });
+        EXPECT_EQ(outcome.exitStatus, 0) << outcome.standardError;
+        struct stat status {};
+        ASSERT_EQ(::stat((folder / "archive").c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 07777, 0666 & ~(mask & 077));
     }
 }
 

@@ -148,8 +148,8 @@ Outcome runProgram(const std::vector<std::string>& command, const std::function<
     return outcome;
 }
 
-Outcome create(const std::string& source, const std::string& archive) {
-    return runProgram({ZPK_DITTO, "-c", "-z", "-rsrc", "--keepParent", source, archive});
+Outcome create(const std::string& source, const std::string& archive, const std::function<void()>& prepare) {
+    return runProgram({ZPK_DITTO, "-c", "-z", "-rsrc", "--keepParent", source, archive}, prepare);
 }
 
 Outcome extract(const std::string& archive, const std::string& folder, const std::function<void()>& prepare) {

@@ -28,7 +28,8 @@ struct Outcome {
 /// Runs the program with standard error into a file; `prepare` runs in the child before it.
 Outcome runProgram(const std::vector<std::string>& command, const std::function<void()>& prepare = {});
 
-Outcome create(const std::string& source, const std::string& archive);
+Outcome create(const std::string& source, const std::string& archive,
+               const std::function<void()>& prepare = {});
 Outcome extract(const std::string& archive, const std::string& folder,
                 const std::function<void()>& prepare = {});
 

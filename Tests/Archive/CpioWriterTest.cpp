@@ -71,6 +71,21 @@ TEST(CpioWriterTest, LongestNameComesBackAndOneByteMoreIsRefused) {
     EXPECT_TRUE(listed == (std::vector<std::string>{names[0], names[1], names[3]}));
 }
 
+TEST(CpioWriterTest, FileThatItsLengthHasNoRoomForIsRefused) {
+    const TemporaryFolder folder;
+    OutputFile output(folder / "archive");
+    GzipWriter gzip(output);
+    CpioWriter writer(gzip);
+    Member member;
+    member.name = "member";
+    member.mode = S_IFREG | 0644;
+    member.size = (std::int64_t{1} << 33) - 1;
+    EXPECT_NO_THROW(writer.startMember(member));
+    member.size = std::int64_t{1} << 33;
+    EXPECT_THROW(writer.startMember(member), MemberFailure);
+    gzip.finish();
+}
+
 TEST(CpioWriterTest, LinksFromOutsideTheTreeAreNoneAndThoseInsideKeepTheirCount) {
     const TemporaryFolder folder;
     writeFile(folder / "D/outside", "x");

@@ -1,8 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The Zephyrkit authors
 // SPDX-License-Identifier: MIT
 
+#include <cstdint>
 #include <filesystem>
+#include <string>
 
+#include "Archive/GzipMember.h"
+#include "Archive/InputFile.h"
 #include "Tests/Archive/HostileArchiveFixture.h"
 
 namespace {
@@ -27,10 +31,17 @@ protected:
         writeFile(m_folder / "archive", bytes);
         bool good = zpk_archive::extract(m_folder / "archive", m_folder / "in/out", sink);
         EXPECT_EQ(good, sink.errors.empty());
+        m_lastError = sink.errors.empty() ? "" : sink.errors.back();
         return good;
     }
 
+    void expectRefusal(const std::string& bytes, const std::string& reason) {
+        EXPECT_FALSE(extractBytes(bytes));
+        EXPECT_NE(m_lastError.find(reason), std::string::npos) << m_lastError;
+    }
+
     std::string m_good;
+    std::string m_lastError;
 };
 
 TEST_F(DamagedArchiveTest, CutAtEveryOffsetIsAnError) {
@@ -65,8 +76,9 @@ TEST_F(DamagedArchiveTest, BytesAfterABzip2ArchiveThatAreNoBzip2AreAnError) {
     shell("cd '" + (m_folder / "in") + "'; bsdtar --format cpio -cf - D | bzip2 > ../archive");
     const std::string good = readFile(m_folder / "archive");
     EXPECT_TRUE(extractBytes(good + std::string(1000, '\0')));
-    EXPECT_FALSE(extractBytes(good + "appended"));
-    EXPECT_FALSE(extractBytes(good + std::string(1000, '\0') + "appended"));
+    const char* const reason = "bytes that are no bzip2 data follow the archive";
+    expectRefusal(good + "appended", reason);
+    expectRefusal(good + std::string(1000, '\0') + "appended", reason);
 }
 
 TEST_F(DamagedArchiveTest, FlippedBitsInTheDataAreErrorsAndNeverEscape) {
@@ -104,10 +116,28 @@ TEST_F(DamagedArchiveTest, FlippedBitsInPlainArchivesNeverEscape) {
     }
 }
 
+TEST_F(DamagedArchiveTest, MemberWhoseDataHaveAnotherLengthThanItStatesIsAnError) {
+    zpk_archive::InputFile input(m_folder / "archive");
+    const auto stated = zpk_archive::readGzipMemberHeader(input);
+    ASSERT_TRUE(stated.has_value());
+    const std::string data = m_good.substr(zpk_archive::kGzipMemberHeaderSize);
+    ASSERT_EQ(data.size(), stated->packed);
+    const auto withSizes = [&](std::uint32_t packed, std::uint32_t plain, const std::string& bytes) {
+        const auto header = zpk_archive::makeGzipMemberHeader({packed, plain});
+        return std::string(header.begin(), header.end()) + bytes;
+    };
+    EXPECT_TRUE(extractBytes(withSizes(stated->packed, stated->plain, data)));
+    EXPECT_FALSE(extractBytes(withSizes(stated->packed + 7, stated->plain, data + "rubbish")));
+    EXPECT_FALSE(extractBytes(withSizes(stated->packed, stated->plain + 1, data)));
+    EXPECT_FALSE(extractBytes(withSizes(stated->packed, stated->plain - 1, data)));
+    EXPECT_FALSE(extractBytes(withSizes(stated->packed - 1, stated->plain, data)));
+}
+
 TEST_F(DamagedArchiveTest, BytesAfterTheArchiveThatAreNoGzipAreAnError) {
     EXPECT_TRUE(extractBytes(m_good + std::string(1000, '\0')));
-    EXPECT_FALSE(extractBytes(m_good + "appended"));
-    EXPECT_FALSE(extractBytes(m_good + std::string(1000, '\0') + "appended"));
+    const char* const reason = "bytes that are no gzip data follow the archive";
+    expectRefusal(m_good + "appended", reason);
+    expectRefusal(m_good + std::string(1000, '\0') + "appended", reason);
 }
 
 }  // namespace

@@ -24,6 +24,7 @@
 #include <functional>
 #include <thread>
 
+#include "Archive/FolderCage.h"
 #include "Tests/Archive/HostileArchiveFixture.h"
 
 namespace {
@@ -127,6 +128,25 @@ TEST_F(ExtractionCageTest, NothingOutsideTheFolderIsReached) {
     }
 }
 
+TEST_F(ExtractionCageTest, WallOfTheFolderAloneLetsNothingElseBeMadeInIt) {
+    if (!m_walls.folder) {
+        GTEST_SKIP() << "this kernel has no Landlock that allows links between folders";
+    }
+    const std::string made = m_folder / "in/made";
+    const auto behindTheWall = [&](mode_t kind) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            const bool isThere = ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+                                 zpk_archive::FolderCage::enter(openedFolder());
+            ::_exit(isThere ? errnoOf(::mknodat(AT_FDCWD, made.c_str(), kind | 0600, 0)) : 255);
+        }
+        return statusOf(child);
+    };
+    EXPECT_EQ(behindTheWall(S_IFIFO), EACCES);
+    EXPECT_EQ(behindTheWall(S_IFSOCK), EACCES);
+    EXPECT_EQ(behindTheWall(S_IFREG), 0);
+}
+
 TEST_F(ExtractionCageTest, AllThatUnpackingTakesIsThereInTheFolder) {
     const std::string in = m_folder / "in";
     struct Row {
@@ -185,6 +205,12 @@ TEST_F(ExtractionCageTest, NoCallThatUnpackingDoesNotTakeIsLeft) {
                   void* const got =
                       ::mmap(nullptr, 4096, PROT_READ | PROT_EXEC, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
                   return got == MAP_FAILED ? -1 : 0;
+              }},
+             {"memory made to execute",
+              [] {
+                  void* const got =
+                      ::mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+                  return got == MAP_FAILED ? 0 : ::mprotect(got, 4096, PROT_READ | PROT_EXEC);
               }},
              {"more memory",
               [] {

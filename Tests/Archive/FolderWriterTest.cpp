@@ -9,6 +9,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -54,6 +56,11 @@ mode_t permissionsOf(const std::string& path) {
     struct stat status {};
     EXPECT_EQ(::lstat(path.c_str(), &status), 0) << path;
     return status.st_mode & 07777;
+}
+
+FileIdentity identityOfNewFile(FolderWriter& writer, const MemberPath& path) {
+    writer.closeFile(writer.makeFile(path), {0644, {}});
+    return writer.identify(path).value();
 }
 
 TEST(FolderWriterTest, MakesTheFolderAndThoseOnTheWayToIt) {
@@ -112,17 +119,71 @@ TEST(FolderWriterTest, WritesWhateverTheProcesssMask) {
     }
 }
 
+TEST(FolderWriterTest, FolderIsShutAfterThoseInItHaveTheirModes) {
+    const TemporaryFolder folder;
+    ::chmod(folder.path().c_str(), 0777);
+    EXPECT_EQ(statusAsNobody(022,
+                             [&] {
+                                 FolderWriter writer(folder.path(),
+                                                     [](const auto&, const auto&) { ::_exit(3); });
+                                 writer.makeFolder(MemberPath("shut"), {0, {}});
+                                 writer.makeFolder(MemberPath("shut/inner"), {0510, {}});
+                                 writer.makeFolder(MemberPath("shut/inner/last"), {0705, {}});
+                                 writer.finish();
+                             }),
+              0);
+    EXPECT_EQ(permissionsOf(folder / "shut"), 0U);
+    ::chmod((folder / "shut").c_str(), 0700);
+    EXPECT_EQ(permissionsOf(folder / "shut/inner"), 0510U);
+    EXPECT_EQ(permissionsOf(folder / "shut/inner/last"), 0705U);
+}
+
+TEST(FolderWriterTest, LinkToItselfLeavesTheFile) {
+    const TemporaryFolder folder;
+    FolderWriter writer(folder.path());
+    const MemberPath path("file");
+    const FileIdentity identity = identityOfNewFile(writer, path);
+    writeFile(folder / "file", "contents");
+    EXPECT_NO_THROW(writer.makeHardLink(path, path, identity));
+    EXPECT_EQ(readFile(folder / "file"), "contents");
+}
+
+TEST(FolderWriterTest, MemberLandsBelowItsOwnFolderWhateverTheWayBefore) {
+    const TemporaryFolder folder;
+    FolderWriter writer(folder.path());
+    const char* const names[] = {"a/p/1", "a/q/2", "q/3", "a/q/4", "b/5", "a/b/6", "7", "b/p/8", "p/9"};
+    for (const char* const name : names) {
+        writer.closeFile(writer.makeFile(MemberPath(name)), {0644, {}});
+        EXPECT_TRUE(fs::is_regular_file(folder / name)) << name;
+    }
+    const auto isFile = [](const fs::directory_entry& entry) { return entry.is_regular_file(); };
+    EXPECT_EQ(std::count_if(fs::recursive_directory_iterator(folder.path()), {}, isFile),
+              static_cast<std::ptrdiff_t>(std::size(names)));
+}
+
+TEST(FolderWriterTest, FileBehindALinkIsNeitherReopenedNorRead) {
+    const TemporaryFolder folder;
+    const TemporaryFolder outside;
+    FolderWriter writer(folder.path());
+    const MemberPath path("file");
+    const FileIdentity identity = identityOfNewFile(writer, path);
+    writeFile(folder / "file", "untouched");
+    fs::rename(folder / "file", outside / "file");
+    fs::create_symlink(outside / "file", folder / "file");
+    EXPECT_THROW(writer.reopenFile(path, identity), MemberFailure);
+    EXPECT_THROW(writer.readFile(path, 100), MemberFailure);
+    EXPECT_EQ(readFile(outside / "file"), "untouched");
+}
+
 TEST(FolderWriterTest, FileThatWasExchangedIsNotReopened) {
     const TemporaryFolder folder;
     FolderWriter writer(folder.path());
     const MemberPath path("file");
-    writer.closeFile(writer.makeFile(path), {0644, {}});
-    const std::optional<FileIdentity> identity = writer.identify(path);
-    ASSERT_TRUE(identity.has_value());
-    EXPECT_NO_THROW(writer.reopenFile(path, *identity));
+    const FileIdentity identity = identityOfNewFile(writer, path);
+    EXPECT_NO_THROW(writer.reopenFile(path, identity));
     writeFile(folder / "other", "untouched");
     fs::rename(folder / "other", folder / "file");
-    EXPECT_THROW(writer.reopenFile(path, *identity), MemberFailure);
+    EXPECT_THROW(writer.reopenFile(path, identity), MemberFailure);
     EXPECT_EQ(readFile(folder / "file"), "untouched");
     EXPECT_FALSE(writer.identify(MemberPath("missing/thing")).has_value());
 }

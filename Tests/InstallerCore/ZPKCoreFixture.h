@@ -7,9 +7,12 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <map>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "Common/CLocaleDefine.h"
@@ -80,6 +83,29 @@ protected:
         m_bundle.pack(m_folder / "source/Data", "Data.datx");
     }
 
+    /// Puts a script in the archive tool's place; the tool itself stays beside it.
+    void installTool(const std::string& script) const {
+        std::filesystem::rename(m_tool, m_tool + ".real");
+        writeFile(m_tool, "#!/bin/sh\n" + script + "\n");
+        std::filesystem::permissions(m_tool, std::filesystem::perms::owner_all);
+    }
+
+    /// Puts a tool in its place that tells its process number, and never ends, when it is given the payload.
+    void installEndlessTool() const {
+        installTool("case \"$*\" in *Data.dat*) ;; *) exec \"$0.real\" \"$@\" ;; esac\necho $$ > '" +
+                    m_number + ".new'; mv '" + m_number + ".new' '" + m_number + "'\nexec sleep 600");
+    }
+
+    /// Waits until the endless tool runs.
+    pid_t numberOfTool() const {
+        while (!std::filesystem::exists(m_number)) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        return std::stoi(readFile(m_number));
+    }
+
+    static bool runs(pid_t process) { return ::kill(process, 0) == 0; }
+
     bool setupHasRun() const { return std::filesystem::exists(m_folder / "record"); }
 
     /// The lines of the log that begin with one of the words.
@@ -104,6 +130,8 @@ protected:
                                           {"LANGUAGE", std::nullopt},
                                           {"LC_ALL", "C.UTF-8"}};
     TestBundle m_bundle{m_folder / "TestSetup.app"};
+    const std::string m_tool = m_bundle.path() + "/Contents/Helpers/ditto";
+    const std::string m_number = m_folder / "number";
     ScriptedFrontEnd m_frontEnd;
     TestVolumes m_volumes;
     RecordingClock m_clock;

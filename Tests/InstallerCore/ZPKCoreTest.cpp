@@ -9,6 +9,7 @@
 #include <csignal>
 #include <filesystem>
 #include <sstream>
+#include <thread>
 
 #include "Tests/InstallerCore/ZPKCoreFixture.h"
 #include "Tests/Support/CapturedStreams.h"
@@ -22,13 +23,6 @@ namespace {
 
 class ZPKCoreTest : public zpk_test::ZPKCoreFixture {
 protected:
-    /// Puts a script in the archive tool's place; the tool itself stays beside it.
-    void installTool(const std::string& script) const {
-        fs::rename(m_tool, m_tool + ".real");
-        writeFile(m_tool, "#!/bin/sh\n" + script + "\n");
-        fs::permissions(m_tool, fs::perms::owner_all);
-    }
-
     /// What the run itself wrote on standard error, without what the look-ups write there.
     static std::string ownLines(const zpk_test::CapturedStreams& streams) {
         std::string own;
@@ -38,8 +32,6 @@ protected:
         }
         return own;
     }
-
-    const std::string m_tool = m_bundle.path() + "/Contents/Helpers/ditto";
 };
 
 // The sequence
@@ -333,6 +325,32 @@ TEST_F(ZPKCoreTest, ExitOfTheProcessInMidRunLeavesNothing) {
     EXPECT_FALSE(isStaged);
     EXPECT_FALSE(fs::exists(m_staging));
     EXPECT_FALSE(setupHasRun());
+}
+
+TEST_F(ZPKCoreTest, ToolHasEndedWhenTheStagingFolderGoes) {
+    addSetup("setup");
+    pack();
+    installEndlessTool();
+    bool toolRuns = true;
+    bool isStaged = true;
+    std::thread other;
+    m_frontEnd.onLog = [&](const std::string& line) {
+        if (line == "bar: value=40") {
+            other = std::thread([&] {
+                const pid_t tool = numberOfTool();
+                m_frontEnd.performOnMainThreadAndWait([&, tool] {
+                    m_core.cutShort();
+                    toolRuns = runs(tool);
+                    isStaged = fs::exists(m_staging);
+                    m_frontEnd.stopModal(ZPKModalResponseAbort);
+                });
+            });
+        }
+    };
+    m_frontEnd.run(m_core);
+    other.join();
+    EXPECT_FALSE(toolRuns);
+    EXPECT_FALSE(isStaged);
 }
 
 TEST_F(ZPKCoreTest, PrivateOperationsAreDoneByTheirClasses) {

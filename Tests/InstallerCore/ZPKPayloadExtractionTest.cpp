@@ -4,10 +4,8 @@
 #include "InstallerCore/ZPKPayloadExtraction.h"
 
 #include <gtest/gtest.h>
-#include <signal.h>
 
 #include <atomic>
-#include <chrono>
 #include <filesystem>
 #include <stdexcept>
 #include <thread>
@@ -16,8 +14,6 @@
 #include "UserInterface/ZPKProgressWindowController.h"
 
 namespace fs = std::filesystem;
-using zpk_test::readFile;
-using zpk_test::writeFile;
 
 namespace {
 
@@ -37,27 +33,7 @@ protected:
 
     bool run() { return m_extraction.run(m_bundle.resource("Data.datx"), m_target, "the title"); }
 
-    /// Puts a tool in the archive tool's place that tells its process number and never ends.
-    void installEndlessTool() {
-        const std::string tool = m_bundle.path() + "/Contents/Helpers/ditto";
-        fs::remove(tool);
-        writeFile(tool, "#!/bin/sh\necho $$ > '" + m_number + ".new'; mv '" + m_number + ".new' '" +
-                            m_number + "'\nexec sleep 600\n");
-        fs::permissions(tool, fs::perms::owner_all);
-    }
-
-    /// Waits until the endless tool runs.
-    pid_t numberOfTool() const {
-        while (!fs::exists(m_number)) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-        return std::stoi(readFile(m_number));
-    }
-
-    static bool runs(pid_t process) { return ::kill(process, 0) == 0; }
-
     std::string m_target = m_folder / "staging";
-    std::string m_number = m_folder / "number";
     ZPKPayloadExtraction m_extraction{m_frontEnd, m_clock};
 };
 

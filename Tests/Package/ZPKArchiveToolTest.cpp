@@ -4,16 +4,20 @@
 #include "Package/ZPKArchiveTool.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <filesystem>
+#include <string>
 #include <thread>
 
 #include "Platform/ZPKMainBundle.h"
+#include "Platform/ZPKTask.h"
 #include "Tests/Platform/ScopedEnvironment.h"
 #include "Tests/Support/CapturedStreams.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 namespace fs = std::filesystem;
+using zpk_test::readFile;
 using zpk_test::TemporaryFolder;
 using zpk_test::writeFile;
 
@@ -52,6 +56,16 @@ TEST_F(ZPKArchiveToolTest, EndOfTheToolIsTold) {
     // A status that a shell gives for a signal.
     installTool("exit 137");
     EXPECT_EQ(m_tool.unpack("a", "b").failure().reason(), "Ended with status 137");
+}
+
+TEST_F(ZPKArchiveToolTest, ToolIsToldToEndWithItsParent) {
+    const std::string named = m_folder / "named";
+    installTool(std::string("echo \"$") + ZPKTask::kParentVariable + "\" > '" + named + "'");
+    for (const auto& run : {&ZPKArchiveTool::pack, &ZPKArchiveTool::unpack}) {
+        fs::remove(named);
+        EXPECT_TRUE((m_tool.*run)("a", "b"));
+        EXPECT_EQ(readFile(named), std::to_string(::getpid()) + "\n");
+    }
 }
 
 TEST_F(ZPKArchiveToolTest, MissingToolIsTold) {

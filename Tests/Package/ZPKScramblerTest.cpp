@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <string>
 
 #include "Tests/Support/TemporaryFolder.h"
 
@@ -59,6 +61,36 @@ TEST_F(ZPKScramblerTest, AShortFileIsNotCopiedOverAnother) {
     ASSERT_FALSE(outcome);
     EXPECT_EQ(outcome.failure().path(), m_plain);
     EXPECT_EQ(readFile(m_plain), "kept");
+}
+
+TEST_F(ZPKScramblerTest, AFileIsShortUpToTheRotationItself) {
+    writeFile(m_scrambled, std::string(102400, 's'));
+    writeFile(m_plain, "kept");
+    EXPECT_FALSE(ZPKScrambler::unscramble(m_scrambled, m_plain));
+    EXPECT_EQ(readFile(m_plain), "kept");
+
+    writeFile(m_scrambled, "s" + std::string(102400, 'f'));
+    EXPECT_TRUE(ZPKScrambler::unscramble(m_scrambled, m_plain));
+    EXPECT_EQ(readFile(m_plain), std::string(102400, 'f') + "s");
+}
+
+TEST_F(ZPKScramblerTest, PiecesAreThoseThatUnscramblingPutsTogether) {
+    for (const std::size_t size : {0U, 1U, 102399U, 102400U, 102401U, 300000U}) {
+        SCOPED_TRACE(size);
+        std::string contents(size, 's');
+        std::fill(contents.begin() + static_cast<std::ptrdiff_t>(size / 3), contents.end(), 't');
+        std::fill(contents.begin() + static_cast<std::ptrdiff_t>(size / 2), contents.end(), 'u');
+        writeFile(m_scrambled, contents);
+        std::filesystem::remove(m_plain);
+        ASSERT_TRUE(ZPKScrambler::unscramble(m_scrambled, m_plain));
+        std::string joined;
+        for (const auto& piece : ZPKScrambler::piecesOfPlain(size)) {
+            ASSERT_LE(piece.offset, size);
+            ASSERT_LE(piece.size, size - piece.offset);
+            joined += contents.substr(piece.offset, piece.size);
+        }
+        EXPECT_TRUE(joined == readFile(m_plain));
+    }
 }
 
 }  // namespace

@@ -71,6 +71,11 @@ TEST(ZPKRunFileTableTest, PlacesStayInsideTheFile) {
         [](ZPKRunFileTable& table) { table.entries[1].block = 1; },
         [](ZPKRunFileTable& table) { table.entries[1].size = 201; },
         [](ZPKRunFileTable& table) { table.entries[1].offset = static_cast<std::uint64_t>(-1); },
+        [](ZPKRunFileTable& table) {
+            // The sum of the two is nothing.
+            table.entries[1].offset = 10;
+            table.entries[1].size = static_cast<std::uint64_t>(-10);
+        },
         [](ZPKRunFileTable& table) { table.entries[2].size = 301; },
         [](ZPKRunFileTable& table) { table.entries[2].checksums.clear(); },
         [](ZPKRunFileTable& table) { table.entries[2].checksums.push_back(1); },

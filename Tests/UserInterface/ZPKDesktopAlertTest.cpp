@@ -37,6 +37,17 @@ TEST_F(DesktopAlert, ShowsItsTextsAsTheyStand) {
     });
 }
 
+TEST_F(DesktopAlert, KeysSelectItsText) {
+    withAlert({"Not found", "", "OK"}, [](QMessageBox* box) {
+        auto* label = box->findChild<QLabel*>("qt_msgbox_label");
+        ASSERT_NE(label, nullptr);
+        EXPECT_EQ(label->selectedText(), "");
+        QTest::keyClick(label, Qt::Key_A, Qt::ControlModifier);
+        EXPECT_EQ(label->selectedText(), "Not found");
+        box->buttons().front()->click();
+    });
+}
+
 TEST_F(DesktopAlert, IconFollowsTheStyle) {
     const struct {
         ZPKAlertStyle style;
