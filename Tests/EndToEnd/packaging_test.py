@@ -15,6 +15,7 @@ from support import BUILD, PackageTestCase, light_template, link_or_copy, write
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 DOCUMENT = ROOT / "Docs/Packaging.md"
+README = ROOT / "README.md"
 FENCE = re.compile(r"^```(\w*)\n(.*?)^```$", re.M | re.S)
 STEP = re.compile(r"^ +run: (.*)$", re.M)
 
@@ -74,6 +75,14 @@ class PackagingTest(PackageTestCase):
         self.assertIn("Unpacking Hello…", table.read_text())
         self.assertEqual(list(self.work.glob(".zpk-*")), [])
 
+    def test_the_first_package_of_the_readme_is_made_and_opens(self):
+        lines = commands(README.read_text())
+        self.assertEqual(lines.count("\nzpkpack build "), 2, lines)
+        done = self.follow(lines)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertIn("Hello! This file lies in the folder Data.", done.stdout)
+        self.assertTrue((self.work / "FirstSetup.app").is_dir())
+
     def test_a_command_that_fails_is_noticed(self):
         first, second, _ = commands(DOCUMENT.read_text()).split("\n", 2)
         self.assertEqual(self.follow(first).returncode, 0)
@@ -86,11 +95,17 @@ class PackagingTest(PackageTestCase):
         self.assertNotRegex(commands(text), r"\|\||; *true|set \+e")
 
     def test_every_link_leads_to_a_page_and_a_heading(self):
-        for page, heading in re.findall(r"\]\(([\w.]+)(?:#([\w-]+))?\)", DOCUMENT.read_text()):
-            text = (ROOT / "Docs" / page).read_text()
+        documents = [README, ROOT / "CONTRIBUTING.md", *(ROOT / "Docs").glob("*.md")]
+        links = [(document, *link) for document in documents
+                 for link in re.findall(r"\]\((?!https?:)([\w./-]+)?(?:#([\w-]+))?\)", document.read_text())]
+        self.assertGreater(len(links), 40)
+        for document, page, heading in links:
+            target = document.parent / page if page else document
+            self.assertTrue(target.exists(), (document, page))
+            text = target.read_text() if target.suffix == ".md" else ""
             marks = {re.sub(r"[^\w -]", "", line.lower()).replace(" ", "-")
                      for line in re.findall(r"^#+ (.*)$", text, re.M)}
-            self.assertTrue(not heading or heading in marks, (page, heading))
+            self.assertTrue(not heading or heading in marks, (document, page, heading))
 
 
 if __name__ == "__main__":
