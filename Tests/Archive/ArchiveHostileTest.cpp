@@ -240,14 +240,37 @@ TEST_F(HostileArchiveTest, PathsBeyondTheSystemsLimitWork) {
     fs::remove_all(m_folder / "in");
 }
 
+TEST_F(HostileArchiveTest, AttributesThatWaitForTheirFilesAreBounded) {
+    std::string folder;
+    for (int depth = 0; depth < 15; ++depth) {
+        folder += std::string(240, 'f') + "/";
+    }
+    // Two MiB of paths wait; the file that the last one is for comes when others have passed.
+    std::vector<RawMember> members;
+    for (int i = 0; i < 700; ++i) {
+        members.push_back({folder + "._" + std::to_string(i), kFile, kEmptyAppleDouble});
+    }
+    members.push_back({folder + "other", kFile, "x"});
+    members.push_back({folder + "0", kFile, "x"});
+    members.push_back({folder + "699", kFile, "x"});
+    writeFile(m_folder / "archive", makeOdc(members));
+    KeepingSink sink;
+    EXPECT_TRUE(zpk_archive::extract(m_folder / "archive", m_folder / "in", sink));
+    ASSERT_FALSE(sink.warnings.empty());
+    EXPECT_EQ(sink.warnings.back(), folder +
+                                        "699: its extended attributes are kept in the file ._699 (too many "
+                                        "wait for their files)");
+    EXPECT_FALSE(fs::exists(m_folder / ("in/" + folder + "._0")));
+    EXPECT_TRUE(fs::exists(m_folder / ("in/" + folder + "._699")));
+}
+
 TEST_F(HostileArchiveTest, AppleDoubleNeverReachesOutside) {
-    Outcome outcome =
-        extractMembers({{"l", kLink, "../sentinel"},
-                        {"._l", kFile, std::string("\0\5\x16\7\0\2\0\0", 8) + std::string(18, '\0')},
-                        {"._..", kFile, "dots"},
-                        {"._", kFile, "bare"},
-                        {"._.", kFile, "dot"},
-                        {"._text", kFile, "not AppleDouble"}});
+    Outcome outcome = extractMembers({{"l", kLink, "../sentinel"},
+                                      {"._l", kFile, kEmptyAppleDouble},
+                                      {"._..", kFile, "dots"},
+                                      {"._", kFile, "bare"},
+                                      {"._.", kFile, "dot"},
+                                      {"._text", kFile, "not AppleDouble"}});
     EXPECT_EQ(outcome.exitStatus, 0);
     EXPECT_EQ(snapshot(m_folder / "in").size(), 6U);
     EXPECT_EQ(readFile(m_folder / "in/._text"), "not AppleDouble");

@@ -88,8 +88,6 @@ TEST_P(ArchiveLoadTest, TakesLittleMemory) {
     EXPECT_LT(outcome.peakMemory, 64 * 1024);
 }
 
-const std::string kEmptyAppleDouble = std::string("\0\5\x16\7\0\2\0\0", 8) + std::string(18, '\0');
-
 INSTANTIATE_TEST_SUITE_P(
     Loads, ArchiveLoadTest,
     ::testing::Values(

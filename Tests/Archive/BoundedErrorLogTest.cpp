@@ -62,6 +62,17 @@ TEST(BoundedErrorLogTest, StaysBelowFourThousandBytesAndCountsTheRest) {
         << text;
 }
 
+TEST(BoundedErrorLogTest, ShortLineAfterOneThatWasLeftOutIsLeftOutToo) {
+    const std::string text = written([](BoundedErrorLog& log) {
+        for (int i = 0; i < 40; ++i) {
+            log.error("member " + std::to_string(i), std::string(100, 'r'));
+        }
+        log.error("s", "r");
+    });
+    EXPECT_EQ(text.find("ditto: s: r\n"), std::string::npos) << text;
+    EXPECT_TRUE(text.ends_with(" more errors\n"));
+}
+
 TEST(BoundedErrorLogTest, EscapesInNamesAndReasonsWhatATerminalWouldObey) {
     struct Row {
         std::string name;

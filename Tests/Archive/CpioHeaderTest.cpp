@@ -81,7 +81,10 @@ TEST(CpioHeaderTest, WhatIsNoDigitIsNoHeader) {
                 EXPECT_FALSE(CpioHeader::parse(form, bytesOf(bad))) << at << wrong;
             }
         }
-        EXPECT_FALSE(CpioHeader::parse(form, bytesOf(good.substr(0, 50))));
+        // What lies behind the bytes at hand would complete it.
+        for (std::size_t size = CpioHeader::kMagicSize; size < CpioHeader::sizeOf(form); ++size) {
+            EXPECT_FALSE(CpioHeader::parse(form, bytesOf(good).first(size))) << size;
+        }
     }
     for (const char* const text : {"", "07070", "070708", "garbage", "\xc7", "\x71"}) {
         EXPECT_FALSE(CpioHeader::formOf(bytesOf(text))) << text;

@@ -71,6 +71,7 @@ TEST(CpioReaderTest, WhereAHeaderIsDueThereIsOne) {
     EXPECT_EQ(namesAndEnd("x" + whole), "not a CPIO archive");
     EXPECT_EQ(namesAndEnd("070707x" + whole), "not a CPIO archive");
     EXPECT_EQ(namesAndEnd(whole.substr(0, 3)), "not a CPIO archive");
+    EXPECT_EQ(namesAndEnd(whole.substr(0, 40)), damaged.substr(4));
     const std::size_t second = whole.rfind("070707");
     EXPECT_EQ(namesAndEnd(whole.substr(0, second)), damaged);
     EXPECT_EQ(namesAndEnd(whole.substr(0, second) + "x" + whole.substr(second)), damaged);

@@ -19,6 +19,9 @@ inline constexpr std::uint32_t kFile = S_IFREG | 0644;
 inline constexpr std::uint32_t kFolder = S_IFDIR | 0755;
 inline constexpr std::uint32_t kLink = S_IFLNK | 0777;
 
+/// Extended attributes in a file of their own: none.
+inline const std::string kEmptyAppleDouble = std::string("\0\5\x16\7\0\2\0\0", 8) + std::string(18, '\0');
+
 /// A folder to extract into, `in`, whose neighbours must stay as they are.
 class HostileArchiveTest : public ::testing::Test {
 protected:

@@ -183,6 +183,18 @@ TEST_F(ZPKSecondStageTest, WholePartsAreNoObstacle) {
     EXPECT_EQ(obstacle(), "") << "a last line without an end is a line";
 }
 
+TEST_F(ZPKSecondStageTest, AListWithoutEndIsAnObstacle) {
+    const std::string line = "fonts/Font.ttf\n";
+    std::string list;
+    while (list.size() + line.size() <= std::size_t{64} * 1024) {
+        list += line;
+    }
+    writeFile(part("Parts"), list);
+    EXPECT_EQ(obstacle(), "");
+    writeFile(part("Parts"), list + line);
+    EXPECT_EQ(obstacle(), part("Parts") + ": File too large");
+}
+
 TEST_F(ZPKSecondStageTest, AnythingMissingIsAnObstacle) {
     const std::string missing = ": No such file or directory";
     for (const char* const name :
