@@ -12,7 +12,6 @@
 #include <string_view>
 #include <utility>
 
-#include "Common/CExpatEncoding.h"
 #include "Common/CXMLAttribute.h"
 #include "Common/CXMLText.h"
 
@@ -71,7 +70,7 @@ CExpatTreeBuilder::CExpatTreeBuilder(const char* encoding, std::size_t inputSize
     // Unlike the handler without "Expand", it leaves entities to be expanded.
     XML_SetDefaultHandlerExpand(m_parser.get(), HandleMarkup);
     XML_SetEntityDeclHandler(m_parser.get(), HandleEntityDeclaration);
-    XML_SetUnknownEncodingHandler(m_parser.get(), CExpatEncoding::HandleUnknownEncoding, nullptr);
+    XML_SetUnknownEncodingHandler(m_parser.get(), HandleUnknownEncoding, this);
 }
 
 void* CExpatTreeBuilder::GetBuffer(int size) {
@@ -117,6 +116,12 @@ std::unique_ptr<CXMLDocument> CExpatTreeBuilder::TakeDocument() {
 void CExpatTreeBuilder::HandleStartElement(void* builder, const char* name, const char** attributes) {
     auto* self = static_cast<CExpatTreeBuilder*>(builder);
     self->Guard([&] { self->StartElement(name, attributes); });
+}
+
+int CExpatTreeBuilder::HandleUnknownEncoding(void* builder, const char* name, XML_Encoding*) {
+    auto* self = static_cast<CExpatTreeBuilder*>(builder);
+    self->Guard([&] { self->m_foreignEncoding = name; });
+    return XML_STATUS_ERROR;
 }
 
 void CExpatTreeBuilder::HandleEndElement(void* builder, const char*) {

@@ -69,6 +69,10 @@ public:
     /// Only after a piece was refused.
     Refusal GetRefusal() const;
 
+    /// The encoding that the input claims to be in, where it was refused because Expat does not read that by
+    /// itself; else empty. Its text in UTF-8 goes to another builder.
+    const std::string& GetForeignEncoding() const { return m_foreignEncoding; }
+
     /// Has `listener` called with each element when its start tag has been read; the element stays where it
     /// is as long as the tree does.
     using ElementListener = std::function<void(const CXMLElement& element, const Place& place)>;
@@ -96,6 +100,7 @@ private:
     static void XMLCALL HandleComment(void* builder, const char* text);
     static void XMLCALL HandleProcessingInstruction(void* builder, const char* target, const char* text);
     static void XMLCALL HandleMarkup(void* builder, const char* markup, int length);
+    static int XMLCALL HandleUnknownEncoding(void* builder, const char* name, XML_Encoding* outEncoding);
     static void XMLCALL HandleEntityDeclaration(void* builder, const char* name, int isParameterEntity,
                                                 const char* value, int valueLength, const char* base,
                                                 const char* systemIdentifier, const char* publicIdentifier,
@@ -126,6 +131,7 @@ private:
     /// The first character of the markup that Expat was asked for, or zero before it answers.
     char m_startOfMarkup = '\0';
     ElementListener m_listener;
+    std::string m_foreignEncoding;
     bool m_isStopped = false;
     /// Why input was refused that Expat would have taken; else null.
     const char* m_refusal = nullptr;

@@ -6,8 +6,8 @@
 #include <csignal>
 #include <cstdlib>
 #include <exception>
-#include <iostream>
 
+#include "Base/ZPKDiagnostic.h"
 #include "InstallerCore/ZPKCore.h"
 #include "Platform/ZPKEndSignals.h"
 #include "UserInterface/ZPKFrontEnd.h"
@@ -75,7 +75,7 @@ int ZPKApplicationRun::run(ZPKFrontEnd& frontEnd, const ZPKRemovableVolumes& vol
         const int ownStatus = core.exitStatus();
         return ownStatus != EXIT_SUCCESS ? ownStatus : status;
     } catch (const std::exception& error) {
-        std::cerr << "Zephyrkit: " << error.what() << "\n";
+        ZPKDiagnostic::tell({error.what()});
         return EXIT_FAILURE;
     }
 }

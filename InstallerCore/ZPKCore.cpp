@@ -3,10 +3,10 @@
 
 #include "InstallerCore/ZPKCore.h"
 
-#include <iostream>
 #include <string_view>
 #include <utility>
 
+#include "Base/ZPKDiagnostic.h"
 #include "Base/ZPKPath.h"
 #include "Base/ZPKTerminalText.h"
 #include "Common/CLocalizerUtil.h"
@@ -129,7 +129,7 @@ int ZPKCore::exitStatus() const {
 bool ZPKCore::createStagingFolder() {
     ZPKResult<std::unique_ptr<ZPKStagingFolder>> folder = ZPKStagingFolder::make();
     if (!folder) {
-        std::cerr << "Zephyrkit: " << folder.failure().message() << "\n";
+        ZPKDiagnostic::tell({folder.failure().message()});
         return false;
     }
     m_stagingFolder = std::move(*folder);
@@ -163,8 +163,8 @@ void ZPKCore::install() {
 void ZPKCore::tellOfUnpacking(Content content, const ZPKOutcome& outcome) const {
     const std::string archive = ZPKPackageLayout::scrambledArchive(resourceFolder(), content);
     if (!outcome && !m_earlyEnd.isAsked() && ZPKFileManager::fileExists(archive)) {
-        std::cerr << "Zephyrkit: cannot unpack " << ZPKTerminalText::printable(archive) << ": "
-                  << outcome.failure().message() << "\n";
+        ZPKDiagnostic::tell(
+            {"cannot unpack ", ZPKTerminalText::printable(archive), ": ", outcome.failure().message()});
     }
 }
 
@@ -200,7 +200,7 @@ void ZPKCore::executeFile(const std::optional<std::string>& path, const Paramete
     const ZPKOutcome outcome = ZPKSetupProgramRunner::run({path, params}, synchronous);
     m_couldNotStart = !outcome;
     if (!outcome) {
-        std::cerr << "Zephyrkit: cannot start " << outcome.failure().message() << "\n";
+        ZPKDiagnostic::tell({"cannot start ", outcome.failure().message()});
     }
 }
 

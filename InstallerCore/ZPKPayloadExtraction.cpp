@@ -5,9 +5,9 @@
 
 #include <chrono>
 #include <exception>
-#include <iostream>
 
 #include "Base/ZPKClock.h"
+#include "Base/ZPKDiagnostic.h"
 #include "Package/CZPKUtil.h"
 #include "Package/ZPKPackageLayout.h"
 #include "UserInterface/ZPKFrontEnd.h"
@@ -74,7 +74,7 @@ void ZPKPayloadExtraction::extract(const WorkOrder& workOrder) {
         unpack(workOrder);
     } catch (const std::exception& error) {
         // The main thread waits in its modal loop: it must be let go whatever happens here.
-        std::cerr << "Zephyrkit: unpacking the payload failed: " << error.what() << "\n";
+        ZPKDiagnostic::tell({"unpacking the payload failed: ", error.what()});
     }
     m_isOver = true;
     m_frontEnd.abortModal();

@@ -6,9 +6,8 @@
 
 #include <unistd.h>
 
-#include <iostream>
-
 #include "Base/ZPKClock.h"
+#include "Base/ZPKDiagnostic.h"
 #include "InstallerCore/ZPKApplicationRun.h"
 #include "InstallerCore/ZPKCrashRescue.h"
 #include "InstallerCore/ZPKSecondStage.h"
@@ -27,7 +26,7 @@ void becomeSecondStage(int argc, char** argv) {
     const ZPKSecondStage stage(bundle.frameworksPath(), bundle.plugInPath(kDesktopModuleName));
     const ZPKOutcome whole = stage.probe();
     const ZPKFailure failure = whole ? stage.start(argc, argv, environ) : whole.failure();
-    std::cerr << "Zephyrkit: no windows: " << failure.message() << "\n";
+    ZPKDiagnostic::tell({"no windows: ", failure.message()});
 }
 
 }  // namespace

@@ -6,12 +6,12 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <iostream>
 #include <memory>
 #include <optional>
 #include <string>
 
 #include "Base/ZPKClock.h"
+#include "Base/ZPKDiagnostic.h"
 #include "Base/ZPKEnvironment.h"
 #include "Base/ZPKFailure.h"
 #include "Base/ZPKPath.h"
@@ -57,7 +57,7 @@ std::string carriedParts() {
 ZPKDesktopEntry openModule(bool isCarried) {
     const std::string path = ZPKMainBundle::mainBundle().plugInPath(kDesktopModuleName);
     if (const ZPKOutcome whole = ZPKLoadableFile::check(path); !whole) {
-        std::cerr << "Zephyrkit: no windows: " << whole.failure().message() << "\n";
+        ZPKDiagnostic::tell({"no windows: ", whole.failure().message()});
         return nullptr;
     }
     // By a path from this program's own: a dollar sign in a path is a mark to the loader, but not in that.
@@ -67,7 +67,7 @@ ZPKDesktopEntry openModule(bool isCarried) {
     void* entry = module == nullptr ? nullptr : ::dlsym(module, ZPKDesktopEntryName);
     if (entry == nullptr) {
         const std::string reason = ZPKTerminalText::printable(::dlerror(), ZPKTraceText::kLongest);
-        std::cerr << "Zephyrkit: no windows: " << reason << "\n";
+        ZPKDiagnostic::tell({"no windows: ", reason});
     }
     return reinterpret_cast<ZPKDesktopEntry>(entry);
 }
@@ -76,7 +76,7 @@ ZPKDesktopEntry openModule(bool isCarried) {
 bool hasDescriptorsForWindows() {
     constexpr std::size_t kEnough = 48;
     if (!ZPKFreeDescriptors::areThere(kEnough)) {
-        std::cerr << "Zephyrkit: no windows: " << ZPKFailure::systemReason(errno) << "\n";
+        ZPKDiagnostic::tell({"no windows: ", ZPKFailure::systemReason(errno)});
         return false;
     }
     return true;

@@ -4,10 +4,10 @@
 #include "UserInterface/ZPKCDSearchWindowController.h"
 
 #include <exception>
-#include <iostream>
 #include <thread>
 #include <utility>
 
+#include "Base/ZPKDiagnostic.h"
 #include "Common/CLocalizerUtil.h"
 #include "Common/ZPKCoreStringDefine.h"
 #include "UserInterface/ZPKDiscSearch.h"
@@ -143,7 +143,7 @@ void ZPKCDSearchWindowController::searchTaskOnWorkerThread(const std::stop_token
         }
     } catch (const std::exception& error) {
         // The main thread waits for this search to end, whatever happens in it.
-        std::cerr << "Zephyrkit: the disc search failed: " << error.what() << "\n";
+        ZPKDiagnostic::tell({"the disc search failed: ", error.what()});
     }
     _isSearching = false;
 }

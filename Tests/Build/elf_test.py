@@ -49,6 +49,12 @@ class BundleTest(unittest.TestCase):
             with self.subTest(elf.name):
                 self.assertEqual(list(static_faults(elf)), [])
 
+    def test_launcher_is_without_what_weighs_much(self):
+        """Number formats of the C++ library, which its streams bring along: half a megabyte."""
+        program = (BUNDLE / "Linux/Zephyrkit").read_bytes()
+        self.assertIn(b"NSt6thread6_StateE", program)
+        self.assertNotIn(b"NSt7__cxx118numpunctIcEE", program)
+
     def test_windows_need_nothing_outside(self):
         self.assertGreater(len(self.frameworks), 70)
         self.assertTrue(SECOND_STAGE.is_file())

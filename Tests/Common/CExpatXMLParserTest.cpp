@@ -195,6 +195,15 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"EntityThatHoldsItself", "<!DOCTYPE a [<!ENTITY e '&e;'>]><a>&e;</a>", kMalformed}),
     rowName);
 
+std::string utf16(const std::string& ascii) {
+    std::string bytes = "\xFF\xFE";
+    for (const char character : ascii) {
+        bytes += character;
+        bytes += '\0';
+    }
+    return bytes;
+}
+
 class CExpatXMLParserFileTest : public ::testing::TestWithParam<Row> {};
 
 TEST_P(CExpatXMLParserFileTest, BytesGiveTheTree) {
@@ -209,13 +218,29 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"UTF16LittleEndian", "\xFF\xFE<\0a\0>\0\xE9\0<\0/\0a\0>\0"s, "a['\xC3\xA9']"},
         Row{"UTF16BigEndian", "\xFE\xFF\0<\0a\0>\0\xE9\0<\0/\0a\0>"s, "a['\xC3\xA9']"},
         Row{"ISO88591", "<?xml version='1.0' encoding='ISO-8859-1'?><a>\xE9</a>", "a['\xC3\xA9']"},
-        Row{"ISO88592FromTheHostsTables", "<?xml version='1.0' encoding='ISO-8859-2'?><a>\xE8</a>",
-            "a['\xC4\x8D']"},
-        Row{"Windows1252FromTheHostsTables", "<?xml version='1.0' encoding='windows-1252'?><a>\x80</a>",
-            "a['\xE2\x82\xAC']"},
+        Row{"ISO88592", "<?xml version='1.0' encoding='ISO-8859-2'?><a>\xE8</a>", "a['\xC4\x8D']"},
+        Row{"Windows1252", "<?xml version='1.0' encoding='windows-1252'?><a>\x80</a>", "a['\xE2\x82\xAC']"},
         Row{"ByteThatTheEncodingDoesNotHave", "<?xml version='1.0' encoding='windows-1252'?><a>\x81</a>",
             kMalformed},
-        Row{"EncodingOfSeveralBytes", "<?xml version='1.0' encoding='Shift_JIS'?><a>\x93\xFA</a>",
+        Row{"ShiftJIS",
+            "<?xml version='1.0' encoding='Shift_JIS'?><\x83\x5C x='\x95\x5C'>\x93\xFA\\\xB1</\x83\x5C>",
+            "\u30BD(x='\u8868')['\u65E5\\\uFF71']"},
+        Row{"EUCJP", "<?xml version='1.0' encoding='EUC-JP'?><a>\xC6\xFC\x8F\xB0\xA1</a>",
+            "a['\u65E5\u4E02']"},
+        Row{"EUCKR", "<?xml version='1.0' encoding='EUC-KR'?><a>\xC7\xD1</a>", "a['\uD55C']"},
+        Row{"Big5", "<?xml version='1.0' encoding='Big5'?><a>\xA5\x5C</a>", "a['\u529F']"},
+        Row{"GB18030", "<?xml version='1.0' encoding='GB18030'?><a>\xD6\xD0\x94\x39\xDA\x33</a>",
+            "a['\u4E2D\U0001F4A9']"},
+        Row{"CharacterCutShortAtTheEnd", "<?xml version='1.0' encoding='Shift_JIS'?><a/>\x93", kMalformed},
+        Row{"CharacterThatTakesInATag", "<?xml version='1.0' encoding='Shift_JIS'?><a>\x93</a>", kMalformed},
+        Row{"UTF8ThatClaimsToBeShiftJIS",
+            "<?xml version='1.0' encoding='Shift_JIS'?><a>\u65E5\u672C\u8A9E</a>", kMalformed},
+        Row{"UTF8ThatClaimsToBeEUCKR", "<?xml version='1.0' encoding='EUC-KR'?><a>\u65E5</a>", kMalformed},
+        Row{"EUCJPThatClaimsToBeUTF8", "<?xml version='1.0' encoding='UTF-8'?><a>\xC6\xFC</a>", kMalformed},
+        Row{"ByteOrderMarkBeforeAnotherEncoding", "\xEF\xBB\xBF<?xml version='1.0' encoding='EUC-JP'?><a/>",
+            kMalformed},
+        Row{"UTF16ThatClaimsToBeBig5", utf16("<?xml version='1.0' encoding='Big5'?><a/>"), kMalformed},
+        Row{"ControlCharacterOfAnotherEncoding", "<?xml version='1.0' encoding='Shift_JIS'?><a>\x01</a>",
             kMalformed},
         Row{"EncodingThatDoesNotHoldASCII", "<?xml version='1.0' encoding='IBM037'?><a/>", kMalformed},
         Row{"StatefulEncoding", "<?xml version='1.0' encoding='UTF-7'?><a>+AGE-</a>", kMalformed},
@@ -297,13 +322,15 @@ TEST(CExpatXMLParserTest, EveryBlockSizeGivesTheSameTree) {
     }
 }
 
-std::string utf16(const std::string& ascii) {
-    std::string bytes = "\xFF\xFE";
-    for (const char character : ascii) {
-        bytes += character;
-        bytes += '\0';
+TEST(CExpatXMLParserTest, EveryBlockSizeGivesTheSameTreeInAnotherEncoding) {
+    const std::string xml =
+        "<?xml version='1.0' encoding='GB18030'?>\r\n<a x='\xD6\xD0'>\x81\x30\x81\x30\x94\x39\xDA\x33</a>";
+    const zpk_test::TemporaryFolder folder;
+    zpk_test::writeFile(folder / "in.xml", xml);
+    for (std::size_t blockSize = 1; blockSize <= xml.size() + 1; ++blockSize) {
+        EXPECT_EQ(treeOfFileInBlocks(folder / "in.xml", blockSize), "a(x='\u4E2D')['\u0080\U0001F4A9']")
+            << blockSize;
     }
-    return bytes;
 }
 
 TEST(CExpatXMLParserTest, EveryBlockSizeAndEncodingTellsReferencesFromLiteralBlanks) {
@@ -315,8 +342,8 @@ TEST(CExpatXMLParserTest, EveryBlockSizeAndEncodingTellsReferencesFromLiteralBla
     const zpk_test::TemporaryFolder folder;
     zpk_test::writeFile(folder / "utf8.xml", xml);
     zpk_test::writeFile(folder / "utf16.xml", utf16(xml));
-    zpk_test::writeFile(folder / "mapped.xml", "<?xml version='1.0' encoding='windows-1252'?>" + xml);
-    for (const char* name : {"utf8.xml", "utf16.xml", "mapped.xml"}) {
+    zpk_test::writeFile(folder / "decoded.xml", "<?xml version='1.0' encoding='GB18030'?>" + xml);
+    for (const char* name : {"utf8.xml", "utf16.xml", "decoded.xml"}) {
         for (const std::size_t blockSize : {1u, 2u, 3u, 4u, 5u, 7u, 64u, 1u << 20}) {
             EXPECT_EQ(treeOfFileInBlocks(folder / name, blockSize), expected) << name << " " << blockSize;
         }
@@ -514,6 +541,14 @@ TEST(CExpatXMLParserHostileTest, WorkGrowsWithTheInputAndNotWithItsSquare) {
     // What a program needs before it reads anything only helps.
     const std::size_t size = std::size_t{1} << 16;
     EXPECT_LT(instructionsFor(hugeTokens(8 * size)), 10 * instructionsFor(hugeTokens(size)));
+    const auto inAnotherEncoding = [](std::size_t characters) {
+        std::string xml = "<?xml version='1.0' encoding='GB18030'?><a>";
+        for (std::size_t character = 0; character < characters; ++character) {
+            xml += "\x81\x30\x81\x30\xD6\xD0 ";
+        }
+        return xml + "</a>";
+    };
+    EXPECT_LT(instructionsFor(inAnotherEncoding(8 * size)), 10 * instructionsFor(inAnotherEncoding(size)));
     EXPECT_LT(instructionsFor(elementWithAttributes(16000)),
               10 * instructionsFor(elementWithAttributes(2000)));
 }

@@ -346,7 +346,7 @@ class StreamsTest(TerminalCase):
         self.assertEqual(run.wait(timeout=60), 1)
         plain = re.sub(r"\x1b\[2?2m", "", shown)
         line = next(line for line in plain.split("\n") if line.startswith("Zephyrkit: cannot start "))
-        self.assertIn("\x1b[2mZephyrkit: cannot start \x1b[22m", shown)
+        self.assertIn(f"\x1b[2m{line}\x1b[22m\n", shown)
         self.assertTrue(line.endswith("/Data/setup: Its interpreter /no/such/interpreter is missing"), line)
         self.assertTrue(inked(shown).endswith(inked("\x1b[22m" + self.texts(bundle, "en")["ERROR_INIT"])), shown)
 

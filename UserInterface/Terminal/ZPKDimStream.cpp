@@ -31,8 +31,8 @@ ssize_t writeDim(void* descriptor, const char* bytes, std::size_t size) {
 
 }  // namespace
 
-ZPKDimStream::ZPKDimStream(FILE*& stream, std::ostream& alongside, int descriptor)
-    : m_stream(stream), m_before(stream), m_alongside(alongside), m_descriptor(descriptor) {
+ZPKDimStream::ZPKDimStream(FILE*& stream, int descriptor)
+    : m_stream(stream), m_before(stream), m_descriptor(descriptor) {
     cookie_io_functions_t functions{};
     functions.write = &writeDim;
     m_dimmed = ::fopencookie(const_cast<int*>(&m_descriptor), "w", functions);
@@ -40,14 +40,11 @@ ZPKDimStream::ZPKDimStream(FILE*& stream, std::ostream& alongside, int descripto
         std::fflush(m_before);
         std::setvbuf(m_dimmed, nullptr, _IOLBF, BUFSIZ);
         m_stream = m_dimmed;
-        m_buffer.emplace(m_dimmed);
-        m_alongsideBefore = m_alongside.rdbuf(&*m_buffer);
     }
 }
 
 ZPKDimStream::~ZPKDimStream() {
     if (m_dimmed != nullptr) {
-        m_alongside.rdbuf(m_alongsideBefore);
         m_stream = m_before;
         std::fclose(m_dimmed);
     }

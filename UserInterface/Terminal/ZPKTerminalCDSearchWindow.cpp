@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <sstream>
 #include <string_view>
 #include <utility>
 
@@ -52,9 +51,10 @@ void ZPKTerminalCDSearchWindow::show() {
     }
     m_shown = true;
     std::string text = ZPKTerminal::line(m_title) + "\n\n" + m_message + "\n";
-    std::istringstream products(m_productList);
-    for (std::string product; std::getline(products, product);) {
-        text += "  " + product + "\n";
+    for (std::string_view rest = m_productList; !rest.empty();) {
+        const std::string_view product = rest.substr(0, rest.find('\n'));
+        text.append("  ").append(product).append("\n");
+        rest.remove_prefix(std::min(product.size() + 1, rest.size()));
     }
     m_terminal.tellApart(text);
 }

@@ -5,7 +5,6 @@
 
 #include <unistd.h>
 
-#include <iostream>
 #include <utility>
 
 #include "UserInterface/Terminal/ZPKTerminalCDSearchWindow.h"
@@ -43,8 +42,8 @@ private:
 
 ZPKTerminalFrontEnd::ZPKTerminalFrontEnd() : ZPKTerminalFrontEnd(STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO) {
     if (m_terminal.dimsDiagnostics()) {
-        m_dimOutput.emplace(stdout, std::cout, STDOUT_FILENO);
-        m_dimError.emplace(stderr, std::cerr, STDERR_FILENO);
+        m_dimOutput.emplace(stdout, STDOUT_FILENO);
+        m_dimError.emplace(stderr, STDERR_FILENO);
     }
 }
 

@@ -46,19 +46,23 @@ std::unique_ptr<DescriptionText> DescriptionText::read(const std::string& path, 
         return nullptr;
     }
     std::unique_ptr<DescriptionText> text(new DescriptionText(path, std::move(*bytes)));
-    return text->parse(findings) ? std::move(text) : nullptr;
+    return text->parse(nullptr, findings) ? std::move(text) : nullptr;
 }
 
 DescriptionText::DescriptionText(std::string path, std::string bytes)
     : m_path(std::move(path)), m_text(std::move(bytes)) {}
 
-bool DescriptionText::parse(FindingList& findings) {
+/// `encoding` overrides what the text says about itself unless it is null.
+bool DescriptionText::parse(const char* encoding, FindingList& findings) {
     const std::string& bytes = m_text.bytes();
-    CExpatTreeBuilder builder(nullptr, bytes.size());
+    CExpatTreeBuilder builder(encoding, bytes.size());
     builder.SetElementListener([this](const CXMLElement& element, const CExpatTreeBuilder::Place& place) {
         m_places[&element] = {{place.line, place.column}, place.offset};
     });
     if (!builder.Parse(bytes.data(), static_cast<int>(bytes.size()), true)) {
+        if (const auto decoder = ZPKTextDecoder::forEncoding(builder.GetForeignEncoding())) {
+            return decode(*decoder, findings) && parse("UTF-8", findings);
+        }
         const CExpatTreeBuilder::Refusal refusal = builder.GetRefusal();
         findings.add(refusal.isOfEncoding ? "xml-encoding" : "xml-syntax", m_path,
                      "the launcher cannot read this: " + refusal.reason,
@@ -67,6 +71,17 @@ bool DescriptionText::parse(FindingList& findings) {
     }
     m_document = builder.TakeDocument();
     return true;
+}
+
+bool DescriptionText::decode(ZPKTextDecoder& decoder, FindingList& findings) {
+    std::string text;
+    const bool isRead = decoder.decode(m_text.bytes(), text) && decoder.isBetweenCharacters();
+    m_text = SourceText(std::move(text));
+    if (!isRead) {
+        findings.add("xml-encoding", m_path, "the bytes from here on are not in the encoding that it names",
+                     m_text.placeOf(m_text.bytes().size()));
+    }
+    return isRead;
 }
 
 TextPlace DescriptionText::placeOf(const CXMLElement& element) const {

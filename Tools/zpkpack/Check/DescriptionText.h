@@ -8,6 +8,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "Base/ZPKTextDecoder.h"
 #include "Common/CXMLDocument.h"
 #include "Common/CXMLElement.h"
 #include "Tools/zpkpack/Check/FindingList.h"
@@ -36,10 +37,12 @@ private:
     };
 
     DescriptionText(std::string path, std::string bytes);
-    bool parse(FindingList& findings);
+    bool parse(const char* encoding, FindingList& findings);
+    bool decode(ZPKTextDecoder& decoder, FindingList& findings);
     std::size_t offsetOf(const varno_zpk::CXMLElement& element, std::string_view attribute);
 
     std::string m_path;
+    /// In UTF-8 where the file is in an encoding of before Unicode.
     SourceText m_text;
     std::unordered_map<const varno_zpk::CXMLElement*, ElementPlace> m_places;
     std::unique_ptr<varno_zpk::CXMLDocument> m_document;
