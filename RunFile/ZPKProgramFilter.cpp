@@ -3,7 +3,11 @@
 
 #include "RunFile/ZPKProgramFilter.h"
 
+#include <emmintrin.h>
+
 #include <array>
+#include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -61,6 +65,27 @@ bool endsBeforeDistance(const unsigned char* free, const unsigned char* next) {
     return ending == Ending::AfterEscape ? next[-2] == 0x0F : takesOperand(next[-2]);
 }
 
+/// How many bytes are looked at together.
+constexpr std::ptrdiff_t kStep = sizeof(__m128i);
+
+__m128i equal(__m128i bytes, unsigned char mask, unsigned char value) {
+    const __m128i masked = _mm_and_si128(bytes, _mm_set1_epi8(static_cast<char>(mask)));
+    return _mm_cmpeq_epi8(masked, _mm_set1_epi8(static_cast<char>(value)));
+}
+
+/// Which of the bytes from `bytes` on may end an instruction before its distance, the first one by the lowest
+/// bit: all that do, and a few others. Takes a byte before them as it is.
+unsigned possibleEndings(const unsigned char* bytes) {
+    const __m128i last = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
+    const __m128i first = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes - 1));
+    const __m128i alone = equal(last, 0xFE, 0xE8);
+    const __m128i conditional = _mm_and_si128(equal(last, 0xF0, 0x80), equal(first, 0xFF, 0x0F));
+    const __m128i usual = _mm_or_si128(_mm_or_si128(equal(first, 0xF9, 0x89), equal(first, 0xFD, 0x39)),
+                                       equal(first, 0xFF, 0xFF));
+    const __m128i operand = _mm_and_si128(equal(last, 0xC7, 0x05), usual);
+    return static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(_mm_or_si128(alone, conditional), operand)));
+}
+
 std::uint32_t fieldAt(const unsigned char* place) {
     std::uint32_t value = 0;
     std::memcpy(&value, place, kFieldSize);
@@ -69,6 +94,17 @@ std::uint32_t fieldAt(const unsigned char* place) {
 
 /// `Change` gives the new value of a field whose distance counts from `position`, both modulo 2^26.
 template <typename Change>
+void changeField(unsigned char* field, std::uint32_t position, Change change) {
+    const std::uint32_t value = fieldAt(field);
+    // Within the reach as a signed number. What lies beyond stays, and nothing in it is looked at either.
+    if (value + kReach < 2 * kReach) {
+        const std::uint32_t place = change(value, position);
+        const std::uint32_t changed = ((place + kReach) & (2 * kReach - 1)) - kReach;
+        std::memcpy(field, &changed, kFieldSize);
+    }
+}
+
+template <typename Change>
 void changeFields(char* text, std::size_t size, Change change) {
     auto* const bytes = reinterpret_cast<unsigned char*>(text);
     if (!isProgram(bytes, size)) {
@@ -76,19 +112,16 @@ void changeFields(char* text, std::size_t size, Change change) {
     }
     const unsigned char* free = bytes + kHeaderSize;
     const unsigned char* const end = bytes + size;
-    for (unsigned char* next = bytes + kHeaderSize + 1; next + kFieldSize <= end; ++next) {
-        if (!endsBeforeDistance(free, next)) {
-            continue;
+    const unsigned char* const last = end - kFieldSize;
+    for (unsigned char* step = bytes + kHeaderSize; step < last; step += kStep) {
+        unsigned endings = end - step >= kStep ? possibleEndings(step) : (1U << kStep) - 1;
+        for (; endings != 0; endings &= endings - 1) {
+            unsigned char* const next = step + std::countr_zero(endings) + 1;
+            if (next > free && next <= last && endsBeforeDistance(free, next)) {
+                changeField(next, static_cast<std::uint32_t>(next - bytes), change);
+                free = next + kFieldSize;
+            }
         }
-        const std::uint32_t field = fieldAt(next);
-        // Within the reach as a signed number. What lies beyond stays, and nothing in it is looked at either.
-        if (field + kReach < 2 * kReach) {
-            const std::uint32_t place = change(field, static_cast<std::uint32_t>(next - bytes));
-            const std::uint32_t changed = ((place + kReach) & (2 * kReach - 1)) - kReach;
-            std::memcpy(next, &changed, kFieldSize);
-        }
-        next += kFieldSize;
-        free = next;
     }
 }
 

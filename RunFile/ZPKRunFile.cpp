@@ -40,14 +40,20 @@ ZPKResult<std::string> readAt(const ZPKFileHandle& file, std::uint64_t offset, s
     return read ? ZPKResult<std::string>(std::move(bytes)) : read.failure();
 }
 
-/// The bytes of a part whose checksum is known.
-ZPKResult<std::string> checkedPart(const ZPKFileHandle& file, std::uint64_t offset, std::uint64_t size,
-                                   std::uint64_t checksum) {
-    ZPKResult<std::string> bytes = readAt(file, offset, size);
-    if (bytes && ZPKRunFileChecksum::of(*bytes) != checksum) {
-        return damaged(file.path());
+/// Fails unless a part has this checksum. Little of it is in memory at a time.
+ZPKOutcome checkPart(const ZPKFileHandle& file, std::uint64_t offset, std::uint64_t size,
+                     std::uint64_t checksum) {
+    constexpr std::uint64_t kStep = 65536;
+    std::string bytes(static_cast<std::size_t>(std::min(size, kStep)), '\0');
+    ZPKRunFileChecksum found;
+    for (std::uint64_t done = 0; done < size; done += bytes.size()) {
+        bytes.resize(static_cast<std::size_t>(std::min(size - done, kStep)));
+        if (ZPKOutcome read = readInto(file, offset + done, bytes.data(), bytes.size()); !read) {
+            return read;
+        }
+        found.add(bytes);
     }
-    return bytes;
+    return found.value() == checksum ? ZPKOutcome() : damaged(file.path());
 }
 
 using Range = std::pair<std::uint64_t, std::uint64_t>;
@@ -112,15 +118,16 @@ ZPKResult<ZPKRunFile> ZPKRunFile::open(const std::string& path) {
     if (!trailer) {
         return trailer.failure();
     }
-    const ZPKResult<std::string> program =
-        checkedPart(*file, 0, trailer->programSize, trailer->programChecksum);
-    if (!program) {
+    if (const ZPKOutcome program = checkPart(*file, 0, trailer->programSize, trailer->programChecksum);
+        !program) {
         return program.failure();
     }
-    const ZPKResult<std::string> bytes =
-        checkedPart(*file, trailer->tableOffset, trailer->tableSize, trailer->tableChecksum);
+    const ZPKResult<std::string> bytes = readAt(*file, trailer->tableOffset, trailer->tableSize);
     if (!bytes) {
         return bytes.failure();
+    }
+    if (ZPKRunFileChecksum::of(*bytes) != trailer->tableChecksum) {
+        return damaged(path);
     }
     ZPKResult<ZPKRunFileTable> table = ZPKRunFileTable::decoded(*bytes, trailer->tableOffset, path);
     if (!table) {
@@ -136,14 +143,17 @@ ZPKOutcome ZPKRunFile::read(std::uint64_t offset, char* bytes, std::size_t size)
     return readInto(m_file, offset, bytes, size);
 }
 
-ZPKResult<std::string> ZPKRunFile::plainBlock(std::size_t index) const {
+ZPKResult<ZPKPageMemory> ZPKRunFile::plainBlock(std::size_t index) const {
     const ZPKRunFileBlock& block = m_table.blocks[index];
-    const ZPKResult<std::string> packed = checkedPart(m_file, block.offset, block.packedSize, block.checksum);
-    if (!packed) {
-        return packed.failure();
+    ZPKPageMemory packed(static_cast<std::size_t>(block.packedSize));
+    if (const ZPKOutcome got = read(block.offset, packed.data(), packed.size()); !got) {
+        return got.failure();
     }
-    std::string plain(static_cast<std::size_t>(block.plainSize), '\0');
-    const std::size_t size = ::ZSTD_decompress(plain.data(), plain.size(), packed->data(), packed->size());
+    if (ZPKRunFileChecksum::of(packed.view()) != block.checksum) {
+        return damage();
+    }
+    ZPKPageMemory plain(static_cast<std::size_t>(block.plainSize));
+    const std::size_t size = ::ZSTD_decompress(plain.data(), plain.size(), packed.data(), packed.size());
     if (::ZSTD_isError(size) != 0 || size != plain.size()) {
         return damage();
     }

@@ -10,6 +10,7 @@
 
 #include "Base/ZPKFailure.h"
 #include "Platform/ZPKFileHandle.h"
+#include "RunFile/ZPKPageMemory.h"
 #include "RunFile/ZPKRunFileTable.h"
 
 /// A whole package in one executable file: a program, the files of a bundle and a table of them.
@@ -26,7 +27,7 @@ public:
     ZPKOutcome read(std::uint64_t offset, char* bytes, std::size_t size) const;
 
     /// What the block of this number holds, once its checksum is verified.
-    ZPKResult<std::string> plainBlock(std::size_t index) const;
+    ZPKResult<ZPKPageMemory> plainBlock(std::size_t index) const;
 
     /// What is said of a file that does not hold what its checksums say.
     ZPKFailure damage() const;

@@ -149,19 +149,18 @@ void ZPKRunFilePlacer::keepFailure(const ZPKFailure& failure) {
 }
 
 ZPKOutcome ZPKRunFilePlacer::placeBlock(std::size_t index) {
-    const ZPKResult<std::string> plain = m_runFile.plainBlock(index);
-    return plain ? writeFilesOfBlock(index, *plain) : ZPKOutcome(plain.failure());
+    const ZPKResult<ZPKPageMemory> plain = m_runFile.plainBlock(index);
+    return plain ? writeFilesOfBlock(index, plain->view()) : ZPKOutcome(plain.failure());
 }
 
-ZPKOutcome ZPKRunFilePlacer::writeFilesOfBlock(std::size_t index, const std::string& plain) {
+ZPKOutcome ZPKRunFilePlacer::writeFilesOfBlock(std::size_t index, std::string_view plain) {
     for (const std::size_t entryIndex : m_entriesOfBlock[index]) {
         const ZPKRunFileEntry& entry = m_runFile.table().entries[entryIndex];
         ZPKFileDescriptor file(::openat(m_folder.get(), entry.path.c_str(),
                                         O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kGrowingFileMode));
         if (!file.isOpen() ||
-            !ZPKDescriptorIO::writeWhole(
-                file.get(), std::string_view(plain).substr(static_cast<std::size_t>(entry.offset),
-                                                           static_cast<std::size_t>(entry.size))) ||
+            !ZPKDescriptorIO::writeWhole(file.get(), plain.substr(static_cast<std::size_t>(entry.offset),
+                                                                  static_cast<std::size_t>(entry.size))) ||
             ::fchmod(file.get(), entry.mode) != 0 || !file.close()) {
             return failureAt(entry, errno);
         }

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Base/ZPKFailure.h"
@@ -35,7 +36,7 @@ private:
     ZPKOutcome workOnAllProcessors();
     void work() noexcept;
     ZPKOutcome placeBlock(std::size_t index);
-    ZPKOutcome writeFilesOfBlock(std::size_t index, const std::string& plain);
+    ZPKOutcome writeFilesOfBlock(std::size_t index, std::string_view plain);
     /// `buffer` is the worker's own, for all that it places.
     ZPKOutcome placePiece(const StoredPiece& piece, std::string& buffer);
     ZPKFailure failureAt(const ZPKRunFileEntry& entry, int error) const;

@@ -55,6 +55,13 @@ class BundleTest(unittest.TestCase):
         self.assertIn(b"NSt6thread6_StateE", program)
         self.assertNotIn(b"NSt7__cxx118numpunctIcEE", program)
 
+    def test_the_program_of_a_run_file_is_without_what_it_never_comes_to(self):
+        # Parts of the C library, by words of theirs.
+        program = RUN_PROGRAMS[-1].read_bytes()
+        for word in (b"/etc/resolv.conf", b"/etc/host.conf", b"/locale.alias"):
+            with self.subTest(word):
+                self.assertFalse(word in program)
+
     def test_windows_need_nothing_outside(self):
         self.assertGreater(len(self.frameworks), 70)
         self.assertTrue(SECOND_STAGE.is_file())

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "Tests/Support/TemporaryFolder.h"
 
@@ -47,6 +48,28 @@ TEST(ZPKProgramFilterTest, CallsToOnePlaceBecomeAlike) {
             EXPECT_EQ(changed.substr(at, 5), first) << place << " at " << at;
         }
         EXPECT_EQ(unpacked(changed), program);
+    }
+}
+
+// Many bytes are looked at together, so an instruction may begin in one step and end in the next, or lie
+// where the last step is shorter.
+TEST(ZPKProgramFilterTest, EveryInstructionIsFoundAtEveryPlace) {
+    std::vector<std::string> instructions{"\xe8", "\xe9"};
+    for (int kind = 0; kind < 16; ++kind) {
+        instructions.push_back(std::string("\x0f") + static_cast<char>(0x80 + kind));
+    }
+    for (const char first : {'\x8d', '\x8b', '\x89', '\x39', '\x3b', '\xff'}) {
+        for (int kind = 0; kind < 8; ++kind) {
+            instructions.push_back(std::string(1, first) + static_cast<char>(0x05 + 8 * kind));
+        }
+    }
+    for (const std::string& instruction : instructions) {
+        for (std::size_t before = 0; before < 40; ++before) {
+            const std::string program = kMark + std::string(60 + before, '\0') + instruction +
+                                        std::string(4, '\0') + std::string(before % 20, '\0');
+            EXPECT_NE(packed(program), program) << testing::PrintToString(instruction) << " at " << before;
+            EXPECT_EQ(unpacked(packed(program)), program);
+        }
     }
 }
 

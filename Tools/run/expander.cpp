@@ -136,9 +136,10 @@ template <std::size_t Size>
     }
 }
 
+/// All of it is about to be written, so the kernel gives it at once.
 void* memory(std::uintptr_t place, std::size_t size, long flags) {
     const long got = call(SYS_mmap, static_cast<long>(place), static_cast<long>(size), PROT_READ | PROT_WRITE,
-                          MAP_PRIVATE | MAP_ANONYMOUS | flags, -1, 0);
+                          MAP_PRIVATE | MAP_ANONYMOUS | MAP_POPULATE | flags, -1, 0);
     if (got < 0 && got > -static_cast<long>(kPage)) {
         end(kNoMemory);
     }

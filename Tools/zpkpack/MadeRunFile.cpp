@@ -75,11 +75,11 @@ std::size_t MadeRunFile::read(const Item& file, std::uint64_t offset, void* byte
     return wanted;
 }
 
-const std::string& MadeRunFile::plainBlock(std::size_t index) {
+const ZPKPageMemory& MadeRunFile::plainBlock(std::size_t index) {
     if (!m_block || m_blockIndex != index) {
         // The old one goes first: two of them need not fit in memory.
         m_block.reset();
-        ZPKResult<std::string> block = m_file.plainBlock(index);
+        ZPKResult<ZPKPageMemory> block = m_file.plainBlock(index);
         if (!block) {
             throw PackagerFailure(block.failure());
         }

@@ -8,6 +8,7 @@
 #include <string>
 #include <unordered_map>
 
+#include "RunFile/ZPKPageMemory.h"
 #include "RunFile/ZPKRunFile.h"
 #include "Tools/zpkpack/MadePackage.h"
 
@@ -21,13 +22,13 @@ public:
     std::size_t read(const Item& file, std::uint64_t offset, void* bytes, std::size_t count) override;
 
 private:
-    const std::string& plainBlock(std::size_t index);
+    const ZPKPageMemory& plainBlock(std::size_t index);
 
     ZPKRunFile m_file;
     std::unordered_map<std::string, std::size_t> m_entries;  ///< By the path of their items.
     /// The block that was read last, since the next file mostly lies in it, too.
     std::size_t m_blockIndex = 0;
-    std::optional<std::string> m_block;
+    std::optional<ZPKPageMemory> m_block;
 };
 
 }  // namespace zpk_packager
