@@ -12,11 +12,13 @@ Everything lies in FOLDER, /dev/shm unless told.
 
 import os
 import pathlib
+import queue
 import shutil
 import statistics
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 
 from startup import settle, x_server
@@ -65,17 +67,47 @@ def until_setup(program, environment, mark):
     return float(mark.read_text()) - begin
 
 
-def until_window(program, environment):
-    """Seconds until a window of the launcher is seen on the display."""
-    begin = now()
-    process = start(program, environment)
-    while subprocess.run(["xdotool", "search", "--onlyvisible", "--name", "."], env=environment,
-                         stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL).returncode != 0:
-        if process.poll() is not None:
-            raise SystemExit(f"{program} ended without a window")
-    seen = now() - begin
-    process.wait()
-    return seen
+class WindowWatch:
+    """Tells of every window that is shown on a display, when it is shown. None is missed, however short it is
+    there and however busy the machine is."""
+
+    def __init__(self, environment):
+        self._watcher = subprocess.Popen(
+            ["stdbuf", "-oL", "xev", "-root", "-event", "substructure", "-event", "property"], env=environment,
+            stdout=subprocess.PIPE, text=True)
+        self._events = queue.SimpleQueue()
+        threading.Thread(target=self._read, daemon=True).start()
+        # It watches once it tells of a change that is made for it.
+        while self._next("PropertyNotify", 0.1) is None:
+            subprocess.run(["xprop", "-root", "-format", "ZPK_WATCHED", "8s", "-set", "ZPK_WATCHED", "1"],
+                           env=environment, check=True)
+
+    def _read(self):
+        for line in self._watcher.stdout:
+            self._events.put((now(), line))
+
+    def _next(self, kind, patience):
+        """When the next event of that kind was told, or nothing once there is none for so long."""
+        while True:
+            try:
+                moment, line = self._events.get(timeout=patience)
+            except queue.Empty:
+                return None
+            if line.startswith(kind):
+                return moment
+
+    def until_window(self, program, environment):
+        """Seconds until the program shows a window."""
+        begin = now()
+        process = start(program, environment)
+        seen = None
+        while seen is None:
+            has_ended = process.poll() is not None
+            seen = self._next("MapNotify", 1)
+            if seen is None and has_ended:
+                raise SystemExit(f"{program} ended without a window")
+        process.wait()
+        return seen - begin
 
 
 def copy(file, target):
@@ -99,13 +131,14 @@ def main():
     try:
         large = Package(build, folder, "large", LARGE, "--without-windows")
         middle = Package(build, folder, "middle", MIDDLE)
+        watch = WindowWatch(windows)
         times = {"app": [], "run": [], "cp": [], "window": []}
         for _ in range(runs):
             times["app"].append(until_setup(large.launcher, terminal, mark))
             times["run"].append(until_setup(large.file, terminal, mark))
             settle(temporary)
             times["cp"].append(copy(large.file, folder / "copy"))
-            times["window"].append(until_window(middle.file, windows))
+            times["window"].append(watch.until_window(middle.file, windows))
             settle(temporary)
     finally:
         server.terminate()
