@@ -35,7 +35,8 @@ void cutShortAtExit() {
 }
 
 void registerOnce() {
-    [[maybe_unused]] static const bool kIsRegistered = std::atexit(cutShortAtExit) == 0;
+    [[maybe_unused]] static const bool kIsRegistered =
+        std::atexit(cutShortAtExit) == 0 && std::at_quick_exit(cutShortAtExit) == 0;
 }
 
 /// Lets go the thread that tells of signals, which may be waiting for the main thread.

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "Base/ZPKDescriptorIO.h"
+#include "Base/ZPKDiagnostic.h"
 #include "Base/ZPKEnvironment.h"
 #include "Platform/ZPKIgnoredSignals.h"
 
@@ -46,15 +47,19 @@ void setHandlers(void (*handler)(int)) {
     }
 }
 
-void becomeFirstStage(int signal) {
-    constexpr std::string_view kWords = "Zephyrkit: no windows: what opens them crashed\n";
-    static_cast<void>(ZPKDescriptorIO::writeWhole(STDERR_FILENO, kWords));
+void becomeFirstStage() {
     for (int ignored = 1; ignored < kSignals; ++ignored) {
         if (::sigismember(&g_way.ignored, ignored) == 1) {
             std::signal(ignored, SIG_DFL);
         }
     }
     ::execve(g_way.program, g_way.arguments, g_way.environment);
+}
+
+void goOnAfterCrash(int signal) {
+    constexpr std::string_view kWords = "Zephyrkit: no windows: what opens them crashed\n";
+    static_cast<void>(ZPKDescriptorIO::writeWhole(STDERR_FILENO, kWords));
+    becomeFirstStage();
     ::raise(signal);
 }
 
@@ -67,11 +72,19 @@ ZPKCrashRescue::ZPKCrashRescue(std::string program, int argc, char** argv)
     }
     m_arguments.push_back(nullptr);
     g_way = {m_program.c_str(), m_arguments.data(), ZPKEnvironment::ofChildren(), ZPKIgnoredSignals::own()};
-    setHandlers(becomeFirstStage);
+    setHandlers(goOnAfterCrash);
+}
+
+void ZPKCrashRescue::giveUp(std::string_view reason) {
+    if (g_way.program != nullptr) {
+        ZPKDiagnostic::tell({"no windows: ", reason});
+        becomeFirstStage();
+    }
 }
 
 void ZPKCrashRescue::end() {
     setHandlers(SIG_DFL);
+    g_way.program = nullptr;
 }
 
 bool ZPKCrashRescue::wasCalled(int argc, char** argv) {

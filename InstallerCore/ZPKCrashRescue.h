@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// While it lives, a crash of this process is not its end: the process becomes the launcher's first stage
@@ -17,6 +18,10 @@ public:
     ~ZPKCrashRescue() { end(); }
     ZPKCrashRescue(const ZPKCrashRescue&) = delete;
     ZPKCrashRescue& operator=(const ZPKCrashRescue&) = delete;
+
+    /// Does at once what it does at a crash, with a line that says why there are no windows. Comes back only
+    /// where none of these lives, or the process cannot become the first stage. Any thread.
+    static void giveUp(std::string_view reason);
 
     /// From now on a crash is one, until the next of these. For a run that begins while one lives.
     static void end();

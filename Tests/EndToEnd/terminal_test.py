@@ -44,9 +44,10 @@ class Screen:
         self._socket = test.folder / ("tmux-%d" % len(list(test.folder.glob("tmux-*"))))
         environment = test.environment(TMUX=None)
         words = ["exec", "env", *(f"{name}={value}" for name, value in {"TERM": kind, **variables}.items()), program]
-        # The pane stays when the program has ended.
+        # The pane stays when the program has ended. A system's user may have a shell that starts nothing.
         subprocess.run(
             [*self._tmux(), "-f", "/dev/null", "start-server", ";", "set", "-g", "remain-on-exit", "on", ";"]
+            + ["set", "-g", "default-shell", "/bin/sh", ";"]
             + ["new-session", "-d", "-x", str(columns), "-y", "60", shlex.join(map(str, words)) + " " + redirection],
             env=environment,
             cwd=test.folder,

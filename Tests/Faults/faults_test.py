@@ -15,6 +15,7 @@ import os
 import pwd
 import shutil
 import signal
+import subprocess
 import unittest
 
 from places import Place, sweep
@@ -91,12 +92,14 @@ class FaultyPlace(Place):
         package = self.program.parents[2] if self.program.name == "Zephyrkit" else self.program
         return state_of(package), state_of(self.kept)
 
+    def injector(self, fault):
+        asked = str(SECONDS_OF_AN_ALERT if "DISPLAY" in self.environment else 0)
+        return (INJECTOR, self.report, self.folder, asked, str(SECONDS), fault)
+
     def traced(self, fault):
         """What the injector tells, with how often the setup program has run."""
         self.report.unlink(missing_ok=True)
-        asked = str(SECONDS_OF_AN_ALERT if "DISPLAY" in self.environment else 0)
-        injector = (INJECTOR, self.report, self.folder, asked, str(SECONDS), fault)
-        status, runs = self.launch(*injector, timeout=4 * SECONDS)
+        status, runs = self.launch(*self.injector(fault), timeout=4 * SECONDS)
         if status != 0:
             raise AssertionError(f"{fault}: the injector failed")
         return dict(json.loads(self.report.read_text()), runs=runs)
@@ -105,6 +108,11 @@ class FaultyPlace(Place):
     def has_obeyed(report):
         return report["asked"] and report["status"] == 128 + signal.SIGTERM
 
+    def has_ended_its_tool(self, report, death):
+        """With windows a run that cannot go on ends the tool itself, which is unpacking meanwhile."""
+        is_tool = death["signal"] == signal.SIGKILL and os.path.basename(death["program"]) == "ditto"
+        return is_tool and report["status"] == 1 and "DISPLAY" in self.environment
+
     def problems(self, report):
         """What must not be, however the launch went."""
         if report["hung"]:
@@ -112,6 +120,8 @@ class FaultyPlace(Place):
         if report["status"] >= 128 and not self.has_obeyed(report):
             yield f"status {report['status']}"
         for death in report["deaths"]:
+            if self.has_ended_its_tool(report, death):
+                continue
             yield f"{os.path.basename(death['program'])} was ended by {signal.Signals(death['signal']).name}"
         if report["orphans"]:
             yield f"processes were left: {report['orphans']}"
@@ -166,8 +176,8 @@ class FaultCase(PackageTestCase):
         os.link(self.source / "Data/folder/file", self.source / "Data/folder/other")
         self.startup()
 
-    def check_each(self, title, step, *package, calls=None, **more):
-        places = [FaultyPlace(self, number, *package, **more) for number in range(AT_ONCE)]
+    def check_each(self, title, step, *package, calls=None, at_once=AT_ONCE, **more):
+        places = [FaultyPlace(self, number, *package, **more) for number in range(at_once)]
         undisturbed = places[0].traced("count")
         self.assertEqual(list(places[0].problems(undisturbed)), [])
         self.assertEqual((undisturbed["status"], undisturbed["runs"]), (0, 1))
@@ -198,6 +208,27 @@ class FaultTest(FaultCase):
         self.check_each("", 1, arguments=("--without-windows",), calls=("getrandom", "write"))
 
 
+class RefusedThreadTest(FaultCase):
+    """With windows, where the toolkit has threads that it waits for."""
+
+    def test_run_ends_with_a_line_or_goes_on_on_the_terminal(self):
+        told = set()
+        with x_server() as display:
+            place = FaultyPlace(self, 0, DISPLAY=display)
+            for number in range(1, place.traced("count")["counts"]["clone3"] + 1):
+                fault = f"clone3:{errno.EAGAIN}:{number}"
+                done = subprocess.run([*place.injector(fault), place.program], env=place.environment,
+                                      stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=4 * SECONDS)
+                self.assertEqual(done.returncode, 0, done.stderr)
+                report = dict(json.loads(place.report.read_text()), runs=place.taken_runs())
+                lines = [line for line in done.stderr.splitlines() if line.startswith("Zephyrkit: ")]
+                with self.subTest(number=number, report=report, lines=lines):
+                    self.assertEqual(list(place.problems(report)), [])
+                    self.assertIn(os.strerror(errno.EAGAIN), lines[0])
+                told.add((report["status"], lines[0].split(": ")[1]))
+        self.assertLessEqual({(0, "no windows"), (1, "no thread")}, told)
+
+
 class MoreFaultTest(FaultCase):
     def test_one_failed_call_of_a_run_file(self):
         self.check_each("A file of a package", STEP, "TestSetup.run", arguments=("--without-windows",))
@@ -205,6 +236,10 @@ class MoreFaultTest(FaultCase):
     def test_one_failed_call_with_windows(self):
         with x_server() as display:
             self.check_each("A bundle with windows", 20 * STEP, DISPLAY=display)
+
+    def test_no_thread_is_waited_for(self):
+        with x_server() as display:
+            self.check_each("", 1, calls=("clone3",), at_once=4, DISPLAY=display)
 
 
 if __name__ == "__main__":
