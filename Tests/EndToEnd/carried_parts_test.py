@@ -5,6 +5,7 @@
 what becomes of a run when a part is not as it should be."""
 
 import contextlib
+import hashlib
 import os
 import pathlib
 import re
@@ -159,11 +160,20 @@ class NothingStaysTest(CarriedPartsTestCase):
         fonts = self.home / ".local/share/fonts"
         fonts.mkdir(parents=True)
         shutil.copy(FONT, fonts / "Another.ttf")
+        # Notes on it by a library of a later version, and some that nobody can read by the name of the carried one's.
+        notes = self.home / ".cache/fontconfig"
+        name = hashlib.md5(os.fsencode(fonts)).hexdigest() + "-le64.cache-"
+        kept = {name + "11": b"of another version", name + "8": b"no notes", "CACHEDIR.TAG": b"Signature"}
+        for each, contents in kept.items():
+            write(notes / each, contents)
         machines = pathlib.Path("/var/cache/fontconfig")
         before = sorted(os.listdir(machines)) if machines.is_dir() else []
         lines = self.traced(self.simple_package(), "openat,open", **self.variables)
         self.assertTrue([line for line in lines if "/home/.local/share/fonts" in line], "it was to be found")
-        self.assertEqual(os.listdir(self.home), [".local"])
+        self.assertTrue([line for line in lines if "cache-8" in line and str(notes) in line], "they were to be found")
+        self.assertEqual(sorted(os.listdir(self.home)), [".cache", ".local"])
+        self.assertEqual(os.listdir(notes.parent), ["fontconfig"])
+        self.assertEqual({path.name: path.read_bytes() for path in notes.iterdir()}, kept)
         self.assertEqual(sorted(os.listdir(machines)) if machines.is_dir() else [], before)
 
 
@@ -300,21 +310,34 @@ class BareMachineTest(CarriedPartsTestCase):
         self.assert_shows_windows(self.simple_package(), command=command, HOME=str(self.folder))
         return re.findall(r'"([^"]*\.(?:ttf|otf|pfb|t1))"', trace.read_text(errors="surrogateescape"))
 
-    def test_without_fonts_the_carried_one_is_taken(self):
-        self.assertEqual(
-            set(self.fonts_opened(*self.FONTS)), {str(self.folder / "TestSetup.app" / FRAMEWORKS / "fonts/DejaVuSans.ttf")}
-        )
-
-    def test_words_without_fonts_can_be_read(self):
-        bundle = self.package()
+    def colours_of_words_without_fonts(self, bundle, at_least):
+        """How many colours the words of the progress window are drawn in, once there are that many."""
         gate = self.hold(bundle, "Data.dat")
         run = self.start(bundle, command=without(*self.FONTS))
         gate.wait_reached()
         (label,) = items(run.window(run.texts["FILE_EXTRACT"]), "label")
-        # Letters have soft edges; the boxes that stand for those that no font has are of two colours.
-        wait_until(lambda: self.desktop.colours(*label["bounds"]) > 10, 20)
+        wait_until(lambda: self.desktop.colours(*label["bounds"]) >= at_least, 20)
+        count = self.desktop.colours(*label["bounds"])
         gate.open()
         run.wait()
+        return count
+
+    # Letters have soft edges; the boxes that stand for those that no font has are of two colours.
+
+    def test_without_fonts_the_carried_one_is_taken(self):
+        self.assertEqual(
+            set(self.fonts_opened(*self.FONTS)), {str(self.folder / "TestSetup.app" / FRAMEWORKS / "fonts/DejaVuSans.ttf")}
+        )
+        # What is opened need not be what is drawn with.
+        self.colours_of_words_without_fonts(self.package(name="Words.app"), at_least=11)
+
+    def test_words_are_boxes_where_the_carried_font_is_none(self):
+        bundle = self.package()
+        font = bundle / FRAMEWORKS / "fonts/DejaVuSans.ttf"
+        size = font.stat().st_size
+        font.unlink()
+        font.write_bytes(bytes(size))
+        self.assertLess(self.colours_of_words_without_fonts(bundle, at_least=2), 11)
 
     def test_with_fonts_it_is_not(self):
         opened = self.fonts_opened()
