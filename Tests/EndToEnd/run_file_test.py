@@ -148,9 +148,18 @@ class RunFileTest(RunFileTestCase):
         self.finish(process)
 
     def test_reader_of_the_output_does_not_wait_for_the_watcher(self):
-        process = self.start(self.run_file())
-        out, _ = process.communicate(timeout=60)
-        self.assertIn("recorder: ran", out)
+        process = self.start(self.slow_run_file())
+        setup = self.running_setup()
+        watcher = self.watcher_of(process)
+        # It could not let go of anything now.
+        os.kill(watcher, signal.SIGSTOP)
+        try:
+            os.kill(setup, signal.SIGKILL)
+            process.communicate(timeout=60)
+            self.assertEqual(len(self.placed_folders()), 1)
+        finally:
+            os.kill(watcher, signal.SIGCONT)
+        self.finish(process)
 
 
 class RunFileEndsTest(RunFileTestCase):
@@ -394,6 +403,9 @@ class DamagedRunFileTest(DamagedRunFileTestCase):
         window = tool("xdotool", "getactivewindow")
         self.assertIsNone(process.poll(), "it waits for the person")
         self.assertEqual(os.listdir(self.temporary), [])
+        # Its words are on it, in two colours.
+        words = "import -window %s -crop 464x40+0+0 png:- | identify -format %%k -" % window
+        wait_until(lambda: tool("sh", "-c", words) == "2", 60)
         if "ZPK_TEST_SCREENSHOTS" in os.environ:
             tool("import", "-window", "root", os.path.join(os.environ["ZPK_TEST_SCREENSHOTS"], "run-file-damaged.png"))
         tool("xdotool", *[window if word == "WINDOW" else word for word in closing])
