@@ -124,6 +124,7 @@ TEST_F(ZPKStagingFolderTest, FolderOfAnotherOwnerThatIsEmptyGivesWay) {
 
 TEST_F(ZPKStagingFolderTest, OwnFolderThatCannotBeRemovedIsNotTaken) {
     fs::create_directory(m_staging);
+    fs::permissions(m_staging, fs::perms::owner_all);
     for (const std::string& path : {m_folder.path(), m_temporary, m_staging}) {
         zpk_test::giveToUserWithoutPrivileges(path);
     }

@@ -111,7 +111,8 @@ TEST_P(FrontEndContract, AbortFromAWorkerBeforeTheLoopIsNotLost) {
     });
 }
 
-TEST_P(FrontEndContract, AbortThatASessionReceivesEndsTheNextLoop) {
+TEST_P(FrontEndContract, AbortThatASessionReceivesEndsTheNextLoopOnly) {
+    std::thread worker;
     runWith(*frontEnd, [&] {
         auto window = frontEnd->createProgressWindow();
         frontEnd->abortModal();
@@ -120,7 +121,10 @@ TEST_P(FrontEndContract, AbortThatASessionReceivesEndsTheNextLoop) {
             session->run();
         }
         EXPECT_EQ(frontEnd->runModalForWindow(*window), ZPKModalResponseAbort);
+        worker = std::thread([&] { frontEnd->performOnMainThreadAndWait([&] { frontEnd->stopModal(7); }); });
+        EXPECT_EQ(frontEnd->runModalForWindow(*window), 7);
     });
+    worker.join();
 }
 
 TEST_P(FrontEndContract, StopWithoutALoopIsForgotten) {

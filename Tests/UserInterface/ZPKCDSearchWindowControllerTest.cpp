@@ -142,6 +142,12 @@ TEST_F(ZPKCDSearchWindowControllerTest, CancelCountsWhateverWasFoundBefore) {
     EXPECT_FALSE(controller.runModal());
 }
 
+TEST_F(ZPKCDSearchWindowControllerTest, LoopThatSomebodyElseStopsIsNoDisc) {
+    ZPKCDSearchWindowController controller(m_frontEnd, m_volumes, {"top.txt"}, {});
+    m_frontEnd.onDiscWindow = [this](const auto&) { m_frontEnd.stopModal(ZPKModalResponseStop); };
+    EXPECT_FALSE(controller.runModal());
+}
+
 TEST_F(ZPKCDSearchWindowControllerTest, QuitWhileADiscIsSearchedCountsAsCancelAndEndsTheSearch) {
     for (const char* searchPath : {"top.txt", "none"}) {
         ZPKCDSearchWindowController controller(m_frontEnd, m_volumes, {searchPath}, {});

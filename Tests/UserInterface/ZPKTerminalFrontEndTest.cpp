@@ -211,6 +211,14 @@ TEST_F(TerminalOnPipes, ProgressThatIsNotShownPrintsNothing) {
     EXPECT_EQ(out.drained(), "");
 }
 
+TEST_F(TerminalOnPipes, ProgressThatIsShownAgainIsPrintedAgain) {
+    auto window = shownProgress("T");
+    window->progressIndicator().setDoubleValue(10);
+    window->close();
+    window->makeKeyAndOrderFront();
+    EXPECT_EQ(out.drained(), "10%  T\n10%  T\n");
+}
+
 TEST_F(TerminalOnPipes, ProgressCountsFromMinimumToMaximum) {
     auto window = shownProgress("T");
     ZPKProgressIndicator& bar = window->progressIndicator();
