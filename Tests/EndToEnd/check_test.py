@@ -13,8 +13,10 @@ import pathlib
 import re
 import shutil
 import socket
+import struct
 import subprocess
 import unittest
+import zlib
 
 import elf
 from packager_case import scrambled
@@ -84,6 +86,17 @@ class CheckTestCase(PackageTestCase):
         return self.check(**settings)
 
 
+def picture(width, height):
+    """A PNG picture of one colour."""
+
+    def part(kind, contents):
+        return struct.pack(">I", len(contents)) + kind + contents + struct.pack(">I", zlib.crc32(kind + contents))
+
+    header = struct.pack(">IIBBBBB", width, height, 8, 0, 0, 0, 0)
+    points = zlib.compress((b"\0" + bytes(width)) * height)
+    return b"\x89PNG\r\n\x1a\n" + part(b"IHDR", header) + part(b"IDAT", points) + part(b"IEND", b"")
+
+
 class CheckTest(CheckTestCase):
     """One fixture a check, and the whole of what is said of it."""
 
@@ -110,7 +123,7 @@ class CheckTest(CheckTestCase):
     def test_every_check_has_a_fixture(self):
         self.assertEqual(sorted(path.stem for path in FINDINGS.iterdir()), sorted(CHECKS))
         tests = {name[len("test_"):].replace("_", "-") for name in dir(self) if name.startswith("test_")}
-        tests |= {"archive", "bundle-part", "manifest"}  # of made packages
+        tests |= {"archive", "bundle-part", "manifest", "starter"}  # of made packages
         self.assertEqual(sorted(set(CHECKS) - tests), [])
 
     def test_clean_source(self):
@@ -136,6 +149,41 @@ class CheckTest(CheckTestCase):
     def test_too_large(self):
         self.write("Info/Condition.xml", "<UpdateInfo>" + " " * (1 << 20) + "</UpdateInfo>")
         self.expect("too-large")
+
+    def test_package_title(self):
+        with open(self.source / "Package.strings", "a") as file:
+            file.write('"CFBundleDisplayName" = "two\\nlines";\n')
+        self.expect("package-title")
+
+    def test_icon(self):
+        self.write("Icon.png", picture(256, 256)[:-1])
+        self.expect("icon")
+
+    def test_icon_that_is_none(self):
+        for contents, reason in (
+            (b"GIF89a", "it is no PNG picture"),
+            (picture(256, 256).replace(b"IDAT", b"IDAU"), "it is a damaged PNG picture"),
+            (picture(0, 256), "it is a damaged PNG picture"),
+        ):
+            self.write("Icon.png", contents)
+            self.assertIn("source/Icon.png:1:1: error: %s [icon]\n" % reason, self.check().stdout)
+        (self.source / "Icon.png").unlink()
+        self.write("Icon.svg", "<svg/>")
+        self.assertIn("source/Icon.svg:1:1: error: a drawing is not shown", self.check().stdout)
+        self.write("Icon.png", picture(256, 256))
+        self.assertEqual(self.check("--strict", "source").stdout, "")
+
+    def test_icon_too_large(self):
+        self.write("Icon.png", picture(513, 513))
+        self.expect("icon-too-large")
+
+    def test_icon_small(self):
+        self.write("Icon.png", picture(47, 47))
+        self.expect("icon-small")
+
+    def test_icon_shape(self):
+        self.write("Icon.png", picture(256, 128))
+        self.expect("icon-shape")
 
     def test_package_strings(self):
         self.write("Package.strings", '// ä\n# a comment\n"CFBundleName" = "Hello";\n"CFBundleIdentifier" "x";\n')
@@ -429,6 +477,13 @@ class MadePackageCheckTest(MadePackageTestCase):
         done = self.try_to_build("Hello.app", "--verbose")
         self.assertEqual(done.returncode, 0)
         self.assertIn("[param-words]", done.stderr)
+
+    def test_starter(self):
+        starter = self.build() / "Hello.desktop"
+        starter.chmod(0o644)
+        self.assertEqual(self.lines(), [("Hello.app/Hello.desktop", "starter")])
+        starter.unlink()
+        self.expect("starter")
 
     def test_bundle_part(self):
         self.build()

@@ -17,6 +17,9 @@ public:
     /// `frameworks` is the vendor's set, if there is one.
     CarriedWindows(std::string templatePath, const std::optional<std::string>& frameworks, bool isWanted);
 
+    /// Whether the package shows windows.
+    bool isWanted() const { return m_isWanted; }
+
     /// The vendor's set.
     const std::optional<std::string>& frameworks() const { return m_frameworks; }
 

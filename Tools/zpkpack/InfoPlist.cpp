@@ -12,6 +12,7 @@
 #include "Common/CXMLDocument.h"
 #include "Common/CXMLElement.h"
 #include "Common/CXMLNode.h"
+#include "Platform/ZPKBundle.h"
 #include "Tools/zpkpack/PackagerFailure.h"
 
 using namespace varno_zpk;
@@ -30,6 +31,9 @@ std::string contents(const PackageDescription& description) {
     addKeyAndString(*dictionary, "CFBundleName", description.bundleName);
     addKeyAndString(*dictionary, "CFBundleIdentifier", description.bundleIdentifier);
     addKeyAndString(*dictionary, "CFBundleExecutable", "Zephyrkit");
+    if (!description.displayName.empty()) {
+        addKeyAndString(*dictionary, ZPKBundle::kDisplayNameKey, description.displayName);
+    }
 
     std::unique_ptr<CXMLElement> list(CXMLNode::CreateElementWithName("plist"));
     list->AddAttribute(CXMLNode::CreateAttributeWithNameWithStringValue("version", "1.0"));

@@ -93,6 +93,7 @@ PackageDescription NewCommand::description() const {
     if (names.bundleIdentifier.empty()) {
         names.bundleIdentifier = "com.example." + names.bundleName;
     }
+    names.displayName = names.bundleName;
     if (const std::string fault = PackageStrings::faultOfValue(names.bundleName); !fault.empty()) {
         throw PackagerFailure("the name " + names.bundleName + " " + fault);
     }

@@ -15,8 +15,10 @@
 #include "Tools/zpkpack/ChildStep.h"
 #include "Tools/zpkpack/InfoPlist.h"
 #include "Tools/zpkpack/Manifest.h"
+#include "Tools/zpkpack/PackageIcon.h"
 #include "Tools/zpkpack/PackagerFailure.h"
 #include "Tools/zpkpack/SignalHold.h"
+#include "Tools/zpkpack/Starter.h"
 #include "Tools/zpkpack/TreeSize.h"
 #include "Tools/zpkpack/WorkFolder.h"
 
@@ -86,6 +88,10 @@ void PackageBuilder::make(const PackageDescription& description, const std::stri
     m_windows.putInto(bundle);
     InfoPlist::write(description, ZPKPath::join(bundle, "Contents/Info.plist"));
     copyLanguages(resourceFolder);
+    if (m_windows.isWanted()) {
+        PackageIcon(m_source.folder()).putInto(resourceFolder);
+    }
+    Starter::write(description, bundle);
     const ArchivePacker packer(workFolder, m_time, m_progress);
     packer.pack(ZPKPackageLayout::Content::Info, m_source.folder(), resourceFolder);
     packer.pack(ZPKPackageLayout::Content::Data, m_source.folder(), resourceFolder);

@@ -4,7 +4,6 @@
 #include "Tools/zpkpack/PackageCheck.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstdint>
 #include <exception>
@@ -20,12 +19,11 @@
 #include "Platform/ZPKBundle.h"
 #include "Platform/ZPKFileHandle.h"
 #include "Platform/ZPKFileManager.h"
-#include "Platform/ZPKPropertyList.h"
 #include "Platform/ZPKStandardFolders.h"
+#include "Tools/zpkpack/BundlePartsCheck.h"
 #include "Tools/zpkpack/Check/CheckRules.h"
 #include "Tools/zpkpack/Check/ConditionCheck.h"
 #include "Tools/zpkpack/Check/LanguagesCheck.h"
-#include "Tools/zpkpack/Check/PackageStrings.h"
 #include "Tools/zpkpack/Check/SourceText.h"
 #include "Tools/zpkpack/Check/StartupCheck.h"
 #include "Tools/zpkpack/Check/TablesCheck.h"
@@ -47,28 +45,11 @@ namespace {
 
 using Content = ZPKPackageLayout::Content;
 
-constexpr const char* kInformation = "Contents/Info.plist";
-constexpr const char* kModule = "Contents/PlugIns/ZPKDesktop.so";
 constexpr const char* kResourceFolder = "Contents/Resources";
 constexpr std::size_t kResourcePart = std::string_view("Contents/Resources/").size();
 constexpr std::size_t kMostLanguageItems = 2000;
 constexpr unsigned int kPrivate = 0700;
 constexpr std::uint64_t kLargestDescriptions = std::uint64_t{16} << 20;
-
-enum class PartKind { File, Program, Form };
-
-struct Part {
-    const char* path;
-    PartKind kind;
-};
-
-constexpr std::array<Part, 7> kParts = {{{kInformation, PartKind::File},
-                                         {"Contents/Helpers/ditto", PartKind::Program},
-                                         {"Contents/Resources/Info.datx", PartKind::File},
-                                         {"Contents/Resources/Data.datx", PartKind::File},
-                                         {"Contents/Resources/MainMenu.ui", PartKind::Form},
-                                         {"Contents/Resources/ProgressWindow.ui", PartKind::Form},
-                                         {"Contents/Resources/CDSearchWindow.ui", PartKind::Form}}};
 
 bool isOfALanguage(const std::string& name) {
     return name == "Languages.xml" || name == "ZPKStringTable.def" || name == "ZPKPlatformStringTable.def";
@@ -143,8 +124,7 @@ void PackageCheck::run(const std::string& path) {
 }
 
 void PackageCheck::checkAll(MadePackage& package) {
-    checkParts(package);
-    checkNames(package);
+    BundlePartsCheck(package, m_findings).run();
     checkManifest(package);
     const WorkFolder folder =
         WorkFolder::beside(ZPKPath::join(ZPKStandardFolders::temporaryFolder().value_or("/tmp"), "zpkpack"));
@@ -153,48 +133,6 @@ void PackageCheck::checkAll(MadePackage& package) {
     }
     checkPayloadArchive(package, folder.path());
     checkLanguages(package, folder.path());
-}
-
-void PackageCheck::checkParts(MadePackage& package) {
-    const bool hasWindows = package.find(kModule) != nullptr;
-    for (const Part& part : kParts) {
-        const MadePackage::Item* const item = package.find(part.path);
-        if (part.kind == PartKind::Form && !hasWindows) {
-            continue;
-        }
-        if (item == nullptr || item->kind != MadePackage::Kind::File) {
-            m_findings.add("bundle-part", package.nameOf(part.path),
-                           item == nullptr ? "it is missing" : "it is no file");
-        } else if (part.kind == PartKind::Program && (item->mode & 0111U) == 0) {
-            m_findings.add("bundle-part", package.nameOf(part.path), "it may not be executed");
-        }
-    }
-}
-
-void PackageCheck::checkNames(MadePackage& package) {
-    if (package.find(kInformation) == nullptr) {
-        return;
-    }
-    const std::string path = package.nameOf(kInformation);
-    reportFailure(m_findings, "bundle-part", path, [&] {
-        const auto list =
-            ZPKPropertyList::dictionaryWithBytes(package.contents(kInformation, SourceText::kLargestFile));
-        if (!list) {
-            m_findings.add("bundle-part", path, "it is no property list");
-            return;
-        }
-        const std::string program = "Contents/Linux/" + list->stringForKey("CFBundleExecutable").value_or("");
-        const MadePackage::Item* const item = package.find(program);
-        if (item == nullptr || item->kind != MadePackage::Kind::File || (item->mode & 0111U) == 0) {
-            m_findings.add("bundle-part", package.nameOf(program), "the launcher is not there");
-        }
-        const std::string fault =
-            PackageStrings::faultOfIdentifier(list->stringForKey(PackageStrings::kIdentifierKey).value_or(""),
-                                              list->stringForKey(PackageStrings::kNameKey).value_or(""));
-        if (!fault.empty()) {
-            m_findings.add("identifier", path, fault);
-        }
-    });
 }
 
 void PackageCheck::checkManifest(MadePackage& package) {

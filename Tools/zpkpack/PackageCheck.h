@@ -28,8 +28,6 @@ public:
 
 private:
     void checkAll(MadePackage& package);
-    void checkParts(MadePackage& package);
-    void checkNames(MadePackage& package);
     void checkManifest(MadePackage& package);
     bool checkDescriptionArchive(MadePackage& package);
     void checkPayloadArchive(MadePackage& package, const std::string& folder);

@@ -43,6 +43,10 @@ PackageDescription PackageDescription::read(const std::string& folder) {
         !fault.empty()) {
         throw PackagerFailure(path + ": " + fault);
     }
+    description.displayName = list->stringForKey(PackageStrings::kTitleKey).value_or("");
+    if (const std::string fault = PackageStrings::faultOfTitle(description.displayName); !fault.empty()) {
+        throw PackagerFailure(path + ": \"" + PackageStrings::kTitleKey + "\" " + fault);
+    }
     return description;
 }
 

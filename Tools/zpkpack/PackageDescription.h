@@ -12,9 +12,16 @@ namespace zpk_packager {
 ///
 ///     "CFBundleName" = "HelloSetup";
 ///     "CFBundleIdentifier" = "com.example.HelloSetup";
+///     "CFBundleDisplayName" = "Hello, the Suite";
 struct PackageDescription {
     std::string bundleName;
     std::string bundleIdentifier;
+
+    /// `CFBundleDisplayName`, what people read in the place of the name; empty where there is none.
+    std::string displayName{};
+
+    /// What people read.
+    const std::string& title() const { return displayName.empty() ? bundleName : displayName; }
 
     /// Reads and checks the description of the package source in `folder`. Throws
     /// `PackagerFailure` when it is missing, incomplete, or when the identifier's last part is not the name:

@@ -16,6 +16,7 @@
 #include "Base/ZPKDescriptorIO.h"
 #include "Base/ZPKFileDescriptor.h"
 #include "Base/ZPKPath.h"
+#include "Platform/ZPKBundle.h"
 #include "Platform/ZPKFileManager.h"
 #include "Platform/ZPKPropertyList.h"
 #include "Tools/zpkpack/FirstErrorSink.h"
@@ -43,6 +44,7 @@ void PackageExtractor::extractTo(const std::string& source) const {
     SourceWriter::writeFile(ZPKPackageLayout::packageStrings(source),
                             SourceWriter::packageStrings(description()), kFileMode);
     extractLanguages(source);
+    extractIcon(source);
     extractArchive(Content::Info, source);
     extractArchive(Content::Data, source);
     // Another build refuses what no build has made.
@@ -56,6 +58,7 @@ PackageDescription PackageExtractor::description() const {
     if (list) {
         description.bundleName = list->stringForKey("CFBundleName").value_or("");
         description.bundleIdentifier = list->stringForKey("CFBundleIdentifier").value_or("");
+        description.displayName = list->stringForKey(ZPKBundle::kDisplayNameKey).value_or("");
     }
     if (description.bundleName.empty() || description.bundleIdentifier.empty()) {
         throw PackagerFailure(m_package.nameOf(kInfoPlist), "it does not name the bundle and its identifier");
@@ -101,6 +104,13 @@ void PackageExtractor::extractLanguages(const std::string& source) const {
         if (::chmod(folder->first.c_str(), folder->second) != 0) {
             throw PackagerFailure::ofSystem(folder->first, errno);
         }
+    }
+}
+
+void PackageExtractor::extractIcon(const std::string& source) const {
+    const MadePackage::Item* const icon = m_package.find(ZPKPackageLayout::icon(kResourceFolder));
+    if (icon != nullptr) {
+        extractItem(*icon, ZPKPackageLayout::icon(source));
     }
 }
 

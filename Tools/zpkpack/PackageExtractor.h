@@ -29,6 +29,9 @@ public:
     /// Makes the folder of languages, if the package has one, in the folder `source`.
     void extractLanguages(const std::string& source) const;
 
+    /// Makes the picture of the package, if it has one, in the folder `source`.
+    void extractIcon(const std::string& source) const;
+
 private:
     PackageDescription description() const;
     void extractItem(const MadePackage::Item& item, const std::string& path) const;

@@ -17,6 +17,7 @@
 #include "Tools/zpkpack/MadePackage.h"
 #include "Tools/zpkpack/PackageCheck.h"
 #include "Tools/zpkpack/PackageExtractor.h"
+#include "Tools/zpkpack/PackageIcon.h"
 #include "Tools/zpkpack/PackagerFailure.h"
 #include "Tools/zpkpack/SourceWriter.h"
 
@@ -80,6 +81,7 @@ void PreviewStage::fillFromSource(const std::string& source, const std::string& 
     require(
         ZPKFileManager::copyItem(ZPKPath::resolved(languages),
                                  ZPKPackageLayout::languageFolder(ZPKPath::join(m_path, kResourceFolder))));
+    PackageIcon(source).putInto(ZPKPath::join(m_path, kResourceFolder));
     const std::string condition = ZPKPackageLayout::conditionDescription(source);
     if (ZPKFileManager::fileExists(condition)) {
         SourceWriter::makeFolder(ZPKPackageLayout::folder(m_path, Content::Info));
@@ -104,6 +106,7 @@ void PreviewStage::fillFromPackage(const std::string& package, const std::string
     }
     const PackageExtractor extractor(*made, workFolder);
     extractor.extractLanguages(ZPKPath::join(m_path, kResourceFolder));
+    extractor.extractIcon(ZPKPath::join(m_path, kResourceFolder));
     extractor.extractArchive(Content::Info, m_path);
 }
 

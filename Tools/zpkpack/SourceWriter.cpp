@@ -37,13 +37,23 @@ void SourceWriter::writeFile(const std::string& path, const std::string& content
 }
 
 std::string SourceWriter::packageStrings(const PackageDescription& description) {
-    return "/* The name of the bundle. Launchers of one name never run at the same time. */\n"
-           "\"CFBundleName\" = " +
-           QuotedText::of(description.bundleName) +
-           ";\n\n"
-           "/* The same as the last part of a domain of yours, written backwards. */\n"
-           "\"CFBundleIdentifier\" = " +
-           QuotedText::of(description.bundleIdentifier) + ";\n";
+    std::string text =
+        "/* The name of the bundle. Launchers of one name never run at the same time. */\n"
+        "\"CFBundleName\" = " +
+        QuotedText::of(description.bundleName) +
+        ";\n\n"
+        "/* The same as the last part of a domain of yours, written backwards. */\n"
+        "\"CFBundleIdentifier\" = " +
+        QuotedText::of(description.bundleIdentifier) + ";\n";
+    if (!description.displayName.empty()) {
+        text +=
+            "\n/* What people read in the windows, the menu and the file manager, in any words. Their "
+            "picture is\n"
+            "   Icon.png beside this file, best of 256 by 256 points. */\n"
+            "\"CFBundleDisplayName\" = " +
+            QuotedText::of(description.displayName) + ";\n";
+    }
+    return text;
 }
 
 }  // namespace zpk_packager

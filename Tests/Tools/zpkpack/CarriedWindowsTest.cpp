@@ -77,12 +77,12 @@ TEST_F(CarriedWindowsTest, APackageCarriesWhatTheTemplateDoes) {
     const PackageSummary summary = PackageSummary::ofBundle(output());
     EXPECT_THAT(summary.text(), StartsWith("windows: 2 libraries carried, " +
                                            std::to_string(3 * library("program").size() + 4 + 31) +
-                                           " bytes\nbundle: 15 files, "));
+                                           " bytes\nbundle: 16 files, "));
 }
 
 TEST_F(CarriedWindowsTest, WithoutWindowsNothingOfThemComesAlong) {
     const PackageSummary summary = zpk_packager::PackageBuilder(withoutWindows()).build();
-    EXPECT_THAT(summary.text(), StartsWith("windows: none, it runs on the terminal\nbundle: 7 files, "));
+    EXPECT_THAT(summary.text(), StartsWith("windows: none, it runs on the terminal\nbundle: 8 files, "));
     for (const char* const item : {"Contents/Frameworks", "Contents/PlugIns",
                                    "Contents/Resources/MainMenu.ui", "Contents/Resources/Licenses/Windows"}) {
         EXPECT_FALSE(fs::exists(output(item))) << item;

@@ -46,6 +46,20 @@ constexpr CheckRule kRules[] = {
     {"identifier", kError,
      "A launcher finds other runs of itself by the last part of the identifier, which has to be the name.",
      "End CFBundleIdentifier in a dot and the bundle's name, letter by letter."},
+    {"package-title", kError,
+     "People read CFBundleDisplayName in one line: in the windows, in the menu, and in the file manager.",
+     "Write it without control characters and with at most 100 characters, in Package.strings or in the "
+     "InfoPlist.strings of a language."},
+    {"icon", kError, "The windows show this picture, and one that cannot be read would be missing.",
+     "Save Icon.png as a PNG picture, best of 256 by 256 points."},
+    {"icon-too-large", kError,
+     "Every window carries the picture along, and a launcher passes over one that is far too large.",
+     "Make it smaller: 256 by 256 points are enough, 512 by 512 the most."},
+    {"icon-small", kWarning, "A picture of less than 48 points is blurred where it is shown larger.",
+     "Draw it with 256 by 256 points; it is made smaller where that is wanted."},
+    {"icon-shape", kWarning,
+     "Desktops show the picture in a square, and another shape leaves margins or is bent.",
+     "Give the picture a square shape, with a transparent margin if need be."},
     {"allow-unused", kWarning, "An allowance that silences nothing hides the next finding of that check.",
      "Remove the \"# zpkpack: allow\" comment, or mend the name of the check in it."},
 
@@ -168,6 +182,11 @@ constexpr CheckRule kRules[] = {
 
     {"bundle-part", kError, "A bundle without this part does not start, or does not install.",
      "Build the bundle anew, and copy it whole."},
+    {"starter", kWarning,
+     "People open the bundle by this file at its top; without it, or when it may not be executed, a file "
+     "manager "
+     "shows them a folder.",
+     "Build the bundle anew, and copy it whole, permissions included."},
     {"archive", kError, "An archive that cannot be read to its end is unpacked in part or not at all.",
      "Build the bundle anew, and copy it whole."},
     {"manifest", kError,

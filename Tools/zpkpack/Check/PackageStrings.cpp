@@ -90,6 +90,21 @@ std::string PackageStrings::faultOfValue(const std::string& value) {
     return isName ? "" : "holds a slash or a control character, which no name may hold";
 }
 
+std::string PackageStrings::faultOfTitle(const std::string& title) {
+    const auto isControl = [](char character) {
+        return static_cast<unsigned char>(character) < 0x20 || character == 0x7f;
+    };
+    if (std::any_of(title.begin(), title.end(), isControl)) {
+        return "holds a control character";
+    }
+    const auto characters = std::count_if(title.begin(), title.end(), [](char character) {
+        return (static_cast<unsigned char>(character) & 0xc0U) != 0x80U;
+    });
+    return static_cast<std::size_t>(characters) <= kLongestTitle
+               ? ""
+               : "is longer than " + std::to_string(kLongestTitle) + " characters";
+}
+
 std::string PackageStrings::faultOfIdentifier(const std::string& identifier, const std::string& name) {
     if (ZPKPath::extension(identifier) == name) {
         return "";

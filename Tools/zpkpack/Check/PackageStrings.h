@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Base/ZPKFailure.h"
+#include "Platform/ZPKBundle.h"
 #include "Platform/ZPKPropertyList.h"
 
 namespace zpk_packager {
@@ -23,11 +24,19 @@ public:
     static constexpr const char* kNameKey = "CFBundleName";
     static constexpr const char* kIdentifierKey = "CFBundleIdentifier";
 
-    /// Why a value of either key cannot be used; empty where it can.
+    static constexpr const char* kTitleKey = ZPKBundle::kDisplayNameKey;
+
+    /// In characters.
+    static constexpr std::size_t kLongestTitle = 100;
+
+    /// Why a value of one of the first two keys cannot be used; empty where it can.
     static std::string faultOfValue(const std::string& value);
 
     /// Why an identifier does not fit a name; empty where it does.
     static std::string faultOfIdentifier(const std::string& identifier, const std::string& name);
+
+    /// Why people cannot read a name in one line; empty where they can, also of an empty one.
+    static std::string faultOfTitle(const std::string& title);
 
     struct Comment {
         /// Without the `#` and the blanks around it.

@@ -83,6 +83,12 @@ void PackageStringsCheck::checkNames(const ZPKPropertyList& entries, const Sourc
     const std::string fault =
         PackageStrings::faultOfIdentifier(*entries.stringForKey(PackageStrings::kIdentifierKey),
                                           *entries.stringForKey(PackageStrings::kNameKey));
+    const std::string title = entries.stringForKey(PackageStrings::kTitleKey).value_or("");
+    if (const std::string faultOfTitle = PackageStrings::faultOfTitle(title); !faultOfTitle.empty()) {
+        m_findings.add("package-title", m_path,
+                       std::string("\"") + PackageStrings::kTitleKey + "\" " + faultOfTitle,
+                       placeOf(PackageStrings::kTitleKey, text));
+    }
     if (!fault.empty()) {
         m_findings.add("identifier", m_path, fault, placeOf(PackageStrings::kIdentifierKey, text));
     }

@@ -6,6 +6,7 @@
 #include "Package/ZPKPackageLayout.h"
 #include "Platform/ZPKFileManager.h"
 #include "Tools/zpkpack/Check/ConditionCheck.h"
+#include "Tools/zpkpack/Check/IconCheck.h"
 #include "Tools/zpkpack/Check/LanguagesCheck.h"
 #include "Tools/zpkpack/Check/PackageStringsCheck.h"
 #include "Tools/zpkpack/Check/PayloadCheck.h"
@@ -17,6 +18,7 @@ namespace zpk_packager {
 void SourceCheck::run(const std::string& folder) {
     if (hasFolder(folder, "the package source")) {
         PackageStringsCheck(m_findings).run(folder);
+        IconCheck(m_findings).run(folder);
         const std::string info = ZPKPackageLayout::folder(folder, ZPKPackageLayout::Content::Info);
         if (hasFolder(info, "it holds Startup.xml")) {
             PayloadCheck(m_findings).run(info);

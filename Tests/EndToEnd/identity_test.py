@@ -1,0 +1,158 @@
+#!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+# SPDX-License-Identifier: MIT
+
+"""What the desktop and people know a package's windows by."""
+
+import functools
+import re
+import shutil
+import struct
+import subprocess
+import unittest
+import zlib
+
+from support import TEMPLATE, PackageTestCase, wait_until, write
+from windows import items, walk
+from windows_case import WindowTestCase
+
+BLACK = 0xFF000000
+
+
+def picture(side):
+    """A black PNG picture."""
+
+    def part(kind, contents):
+        return struct.pack(">I", len(contents)) + kind + contents + struct.pack(">I", zlib.crc32(kind + contents))
+
+    header = struct.pack(">IIBBBBB", side, side, 8, 0, 0, 0, 0)
+    points = zlib.compress((b"\0" + bytes(side)) * side)
+    return b"\x89PNG\r\n\x1a\n" + part(b"IHDR", header) + part(b"IDAT", points) + part(b"IEND", b"")
+
+
+class IdentityTest(WindowTestCase):
+    def name_package(self):
+        with open(self.source / "Package.strings", "a") as file:
+            file.write('"CFBundleDisplayName" = "Acme & Sons [*] Suite";\n')
+        shutil.copytree(TEMPLATE / "Contents/Resources/UILang", self.source / "UILang")
+        write(self.source / "UILang/ja/InfoPlist.strings", '"CFBundleDisplayName" = "アクミ";\n')
+
+    def icons(self, window):
+        """The pictures of the window, by their side: the colours of each."""
+        shown = self.desktop.run("xprop", "-id", window, "-notype", "-f", "_NET_WM_ICON", "32x", "_NET_WM_ICON")
+        numbers = [int(number, 16) for number in re.findall(r"0x[0-9a-f]+", shown.partition("=")[2])]
+        found = {}
+        while numbers:
+            width, height = numbers[:2]
+            self.assertEqual(width, height)
+            found[width] = set(numbers[2 : 2 + width * height])
+            del numbers[: 2 + width * height]
+        return found
+
+    def icons_of_a_run(self):
+        bundle = self.package()
+        gate = self.hold(bundle, "Data.dat")
+        run = self.start(bundle)
+        gate.wait_reached()
+        run.window(run.texts["FILE_EXTRACT"])
+        (window,) = self.desktop.listed()
+        found = self.icons(window)
+        self.assertEqual(self.desktop.about(window)[0], run.texts["FILE_EXTRACT"])
+        gate.open()
+        run.wait()
+        return found
+
+    def test_own_picture(self):
+        write(self.source / "Icon.png", picture(256))
+        found = self.icons_of_a_run()
+        self.assertEqual(sorted(found), [16, 22, 24, 32, 48, 64, 96, 128])
+        self.assertEqual(set().union(*found.values()), {BLACK})
+
+    def test_a_picture_where_the_package_has_none(self):
+        for damaged in (None, b"", b"GIF89a", picture(256)[:60], picture(1025)):
+            with self.subTest(damaged=damaged):
+                bundle = self.package()
+                if damaged is not None:
+                    write(bundle / "Contents/Resources/Icon.png", damaged)
+                gate = self.hold(bundle, "Data.dat")
+                run = self.start(bundle)
+                gate.wait_reached()
+                run.window(run.texts["FILE_EXTRACT"])
+                (window,) = self.desktop.listed()
+                found = self.icons(window)
+                self.assertGreater(len(found[32]), 3)
+                gate.open()
+                run.wait()
+                shutil.rmtree(bundle)
+
+    def test_names_in_alerts_and_the_menu(self):
+        self.name_package()
+        for language, name in (("en", "Acme & Sons [*] Suite"), ("ja", "アクミ")):
+            bundle = self.package('<UIMLog Signature="never"/>')
+            run = self.start_in(language, bundle)
+            run.window(name, "alert")
+            self.desktop.key("Return")
+            run.wait()
+            shutil.rmtree(bundle)
+
+    def test_menu(self):
+        self.name_package()
+        run = self.start_in("ja", self.package('<Disc FilePath="Setup.bin"/>'))
+        (bar,) = items(run.disc_window(), "menu bar")
+        names = [item["name"] for item in walk(bar)]
+        self.assertIn("アクミ", names)
+        self.assertIn("アクミについて", names)
+        self.assertFalse([name for name in names if "Zephyrkit" in name])
+        self.desktop.key("Escape")
+        run.wait()
+
+    @staticmethod
+    def is_in(path, text):
+        return text in path.read_text()
+
+    def test_the_desktop_is_told_that_the_start_is_over(self):
+        """Who was started with an identifier of its start says that to the desktop, whose pointer is busy till then."""
+        bundle = self.package()
+        log = self.folder / "messages"
+        with open(log, "w") as output:
+            spy = subprocess.Popen(["stdbuf", "-oL", "xev", "-root"], env=self.desktop.environment, stdout=output)
+        self.addCleanup(spy.wait)
+        self.addCleanup(spy.terminate)
+
+        def is_listening():
+            self.desktop.run("xprop", "-root", "-f", "ZPK_TEST", "32c", "-set", "ZPK_TEST", "1")
+            return "ZPK_TEST" in log.read_text()
+
+        wait_until(is_listening, 60)
+        for variables, is_told in (({"DESKTOP_STARTUP_ID": None}, False), ({"DESKTOP_STARTUP_ID": "a_TIME1"}, True)):
+            run = self.start(bundle, **variables)
+            run.wait()
+            mark = "ZPK_END_%s" % is_told
+            self.desktop.run("xprop", "-root", "-f", mark, "32c", "-set", mark, "1")
+            wait_until(functools.partial(self.is_in, log, mark), 60)
+            self.assertEqual("_NET_STARTUP_INFO_BEGIN" in log.read_text(), is_told)
+
+
+class WaylandIdentityTest(PackageTestCase):
+    def test_application(self):
+        self.recorder()
+        self.startup()
+        bundle = self.pack()
+        socket = self.folder / "runtime/zpk-test"
+        compositor = subprocess.Popen(
+            ["weston", "--backend=headless-backend.so", "--socket=zpk-test", "--idle-time=0"],
+            env=self.environment(),
+            stdout=subprocess.DEVNULL,
+            stderr=subprocess.DEVNULL,
+        )
+        self.addCleanup(compositor.wait)
+        self.addCleanup(compositor.terminate)
+        wait_until(socket.exists, 60)
+        done = self.launch(bundle, WAYLAND_DISPLAY="zpk-test", WAYLAND_DEBUG="1")
+        self.record()
+        self.assertRegex(done.stderr, r'-> xdg_toplevel@\d+\.set_app_id\("com\.example\.%s"\)' % self.name)
+        self.assertRegex(done.stderr, r'-> xdg_toplevel@\d+\.set_title\("Extracting installation files…"\)')
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
