@@ -4,6 +4,7 @@
 #include "Archive/AttributeJoiner.h"
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -66,6 +67,16 @@ void AttributeJoiner::thingMade(const MemberPath& path) {
             m_waiting.pop_back();
             join(companion);
         }
+    }
+}
+
+void AttributeJoiner::thingFailed(const MemberPath& path) {
+    const auto found = std::find(m_made.rbegin(), m_made.rend(), path.hash());
+    if (found != m_made.rend()) {
+        m_made.erase(std::next(found).base());
+    }
+    if (m_last == path) {
+        m_last = MemberPath();
     }
 }
 

@@ -33,6 +33,11 @@ public:
     void companionMade(const MemberPath& companion, bool mayJoinLater);
     /// A file or folder has been made. Throws MemberFailure.
     void thingMade(const MemberPath& path);
+    /// What `thingMade` was told of has not been made after all. Only while nothing waits for its file.
+    void thingFailed(const MemberPath& path);
+    /// Whether an AppleDouble file came directly before, so that the next thing must be there when it is told
+    /// of.
+    bool awaitsNext() const { return m_lastIsWaiting; }
     /// Something else has been made.
     void otherMade(const MemberPath& path);
 

@@ -133,6 +133,16 @@ std::span<const std::uint8_t> CpioReader::nextData() {
     return bytes;
 }
 
+std::optional<std::span<const std::uint8_t>> CpioReader::wholeData() {
+    if (m_dataLeft > m_rest.size()) {
+        return std::nullopt;
+    }
+    const std::span<const std::uint8_t> bytes = m_rest.first(static_cast<std::size_t>(m_dataLeft));
+    m_rest = m_rest.subspan(bytes.size());
+    m_dataLeft = 0;
+    return bytes;
+}
+
 void CpioReader::finish() {
     skip(m_dataLeft);
     m_dataLeft = 0;

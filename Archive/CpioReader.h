@@ -29,6 +29,10 @@ public:
     /// The next bytes of the member's data, valid until the next call; empty at their end.
     std::span<const std::uint8_t> nextData();
 
+    /// All of the member's data, valid until the next call, where they are at hand in one piece and none of
+    /// them was given yet; else nothing, and `nextData` gives them.
+    std::optional<std::span<const std::uint8_t>> wholeData();
+
     /// Takes what follows the end mark, so that the last checksum is verified too. Only zeros may follow.
     void finish();
 

@@ -28,22 +28,57 @@ ModeAndTime modeAndTimeOf(const Member& member) {
 
 }  // namespace
 
+Extractor::Extractor(CpioReader& reader, FolderWriter& writer, ErrorSink& sink)
+    : m_reader(reader), m_writer(writer), m_sink(sink), m_joiner(writer, sink) {
+    m_writer.tellOfFiles(
+        [this](const std::string& name, const std::string& reason) { fileFailed(name, reason); });
+}
+
+Extractor::~Extractor() {
+    m_writer.tellOfFiles({});
+}
+
 void Extractor::extractAll() {
+    try {
+        try {
+            extractMembers();
+        } catch (const ArchiveFailure&) {
+            m_writer.settle();
+            throw;
+        }
+    } catch (const WritingEnded&) {
+        return;
+    }
+}
+
+void Extractor::extractMembers() {
     while (std::optional<Member> member = m_reader.next()) {
         try {
             extractMember(*member);
         } catch (const MemberFailure& failure) {
-            m_sink.error(member->name, failure.what());
+            report(member->name, failure.what());
         } catch (const VolumeFullFailure& failure) {
-            m_sink.error(member->name, failure.what());
+            report(member->name, failure.what());
             return;
         } catch (const ArchiveFailure&) {
-            m_sink.error(member->name, "not whole in the archive, so it is left out");
+            report(member->name, "not whole in the archive, so it is left out");
             throw;
         }
         skipData();
     }
+    m_writer.settle();
     m_reader.finish();
+}
+
+void Extractor::report(const std::string& name, const std::string& reason) {
+    // What came before is told of before.
+    m_writer.settle();
+    m_sink.error(name, reason);
+}
+
+void Extractor::fileFailed(const std::string& name, const std::string& reason) {
+    m_sink.error(name, reason);
+    m_joiner.thingFailed(MemberPath(name));
 }
 
 void Extractor::skipData() {
@@ -97,10 +132,37 @@ void Extractor::extractByType(const Member& member, const MemberPath& path) {
 }
 
 void Extractor::extractFile(const Member& member, const MemberPath& path) {
-    if (!extractLink(member, path)) {
+    if (!extractLink(member, path) && !sendSmallFile(member, path)) {
         writeNewFile(member, path, nullptr);
         rememberLinkTarget(member, path);
     }
+}
+
+bool Extractor::sendSmallFile(const Member& member, const MemberPath& path) {
+    if (member.linkCount > 1 || member.size > static_cast<std::int64_t>(FolderWriter::kSmallFile) ||
+        m_joiner.awaitsNext()) {
+        return false;
+    }
+    m_writer.sendFile(path, member.name, wholeData(path), modeAndTimeOf(member));
+    return true;
+}
+
+std::span<const std::uint8_t> Extractor::wholeData(const MemberPath& path) {
+    if (const std::optional<std::span<const std::uint8_t>> bytes = m_reader.wholeData()) {
+        return *bytes;
+    }
+    m_gathered.clear();
+    try {
+        for (auto bytes = m_reader.nextData(); !bytes.empty(); bytes = m_reader.nextData()) {
+            m_gathered.insert(m_gathered.end(), bytes.begin(), bytes.end());
+        }
+    } catch (const ArchiveFailure&) {
+        // What stands in its place goes all the same.
+        m_writer.makeFile(path);
+        removeHalf(path);
+        throw;
+    }
+    return m_gathered;
 }
 
 bool Extractor::extractLink(const Member& member, const MemberPath& path) {
@@ -188,6 +250,8 @@ bool Extractor::mayBeAppleDouble(const Member& member, const MemberPath& path) {
 }
 
 void Extractor::extractAppleDouble(const Member& member, const MemberPath& path) {
+    // Its file may be among what was sent.
+    m_writer.settle();
     std::string contents;
     contents.reserve(static_cast<std::size_t>(member.size));
     for (auto bytes = m_reader.nextData(); !bytes.empty(); bytes = m_reader.nextData()) {

@@ -3,7 +3,10 @@
 
 #pragma once
 
+#include <cstdint>
+#include <span>
 #include <string>
+#include <vector>
 
 #include "Archive/AttributeJoiner.h"
 #include "Archive/LinkTable.h"
@@ -20,8 +23,11 @@ class FolderWriter;
 /// whatever their number.
 class Extractor {
 public:
-    Extractor(CpioReader& reader, FolderWriter& writer, ErrorSink& sink)
-        : m_reader(reader), m_writer(writer), m_sink(sink), m_joiner(writer, sink) {}
+    /// What the writer could not make later on is reported as long as this object lives.
+    Extractor(CpioReader& reader, FolderWriter& writer, ErrorSink& sink);
+    ~Extractor();
+    Extractor(const Extractor&) = delete;
+    Extractor& operator=(const Extractor&) = delete;
 
     /// Throws ArchiveFailure where the archive is damaged; what came before is on disk then.
     void extractAll();
@@ -31,6 +37,9 @@ public:
     void finish();
 
 private:
+    void extractMembers();
+    void report(const std::string& name, const std::string& reason);
+    void fileFailed(const std::string& name, const std::string& reason);
     void extractMember(const Member& member);
     void extractByType(const Member& member, const MemberPath& path);
     void extractFile(const Member& member, const MemberPath& path);
@@ -38,6 +47,8 @@ private:
     static bool isSizeOf(const LinkTable::File& file, const Member& member);
     void throwIfDataAreMissed(const Member& member) const;
     void writeNewFile(const Member& member, const MemberPath& path, const std::string* contents);
+    bool sendSmallFile(const Member& member, const MemberPath& path);
+    std::span<const std::uint8_t> wholeData(const MemberPath& path);
     void fill(int descriptor, const std::string* contents);
     void rememberLinkTarget(const Member& member, const MemberPath& path);
 
@@ -52,6 +63,7 @@ private:
     ErrorSink& m_sink;
     LinkTable m_links;
     AttributeJoiner m_joiner;
+    std::vector<std::uint8_t> m_gathered;  ///< Of a small file whose data lie in two blocks.
 };
 
 }  // namespace zpk_archive

@@ -33,6 +33,12 @@ public:
     using ArchiveFailure::ArchiveFailure;
 };
 
+/// The volume is full, and somebody was told so already with the member that could not be written.
+class WritingEnded : public std::runtime_error {
+public:
+    WritingEnded() : std::runtime_error("nothing more can be written") {}
+};
+
 /// For an errno value of a call that makes or writes a member's thing.
 [[noreturn]] inline void throwWriteFailure(int error) {
     if (error == ENOSPC || error == EDQUOT) {

@@ -8,27 +8,32 @@
 
 #include <cstddef>
 #include <functional>
-#include <map>
+#include <memory>
 #include <optional>
+#include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "Archive/FileBatch.h"
 #include "Archive/FileIdentity.h"
+#include "Archive/FilesInFlight.h"
 #include "Archive/MemberPath.h"
+#include "Archive/OpenFolder.h"
+#include "Archive/PostponedModes.h"
 #include "Base/ZPKFileDescriptor.h"
 
 namespace zpk_archive {
 
-/// What a written thing shall have beside its contents.
-struct ModeAndTime {
-    mode_t permissions = 0;
-    timespec modified{};
-};
-
 /// Writes things below one folder and nowhere else: each step of a path is taken by descriptor without
 /// following symbolic links, and a file is always a new file, never the rest of an old one. No path
-/// given here is that of the folder itself. Operations throw MemberFailure, or VolumeFullFailure. Not for
-/// several threads at once.
+/// given here is that of the folder itself. Not for several threads at once. Operations throw MemberFailure,
+/// or VolumeFullFailure.
+///
+/// Small files may be sent instead of made: they are in flight then, made in threads of their own, and each
+/// operation comes out as if all that was sent before it were there. An operation that could tell the
+/// difference, or that fails, waits for them first. Those that cannot be made are told of in their order; any
+/// operation throws WritingEnded where that was because the volume is full.
 ///
 /// Modes and times that have to wait, those of folders above all, are kept for some 40,000 paths. When more
 /// come, they are set early: then a member that comes later may change the time of a folder that was left
@@ -38,11 +43,26 @@ public:
     /// Takes a path's text and the reason why its mode or time could not be set.
     using Failed = std::function<void(const std::string&, const std::string&)>;
 
-    /// Opens `folder`, making it when it is missing. Throws ArchiveFailure.
-    explicit FolderWriter(const std::string& folder, Failed failed = {});
+    /// The size of the largest files that may be sent.
+    static constexpr std::size_t kSmallFile = FileBatch::kFileLimit;
+
+    /// Opens `folder`, making it when it is missing; `writers` threads make small files. Throws
+    /// ArchiveFailure.
+    explicit FolderWriter(const std::string& folder, Failed failed = {},
+                          std::size_t writers = FilesInFlight::suitableWriters());
 
     /// Of the folder; stays this object's.
-    int descriptor() const { return m_root.get(); }
+    int descriptor() const { return m_root->descriptor(); }
+
+    /// Who is told of a file that was sent and cannot be made; nobody by default.
+    void tellOfFiles(Failed failed) { m_fileFailed = std::move(failed); }
+
+    /// A small file with all that it holds and gets, in place of whatever file is there. A failure is told of
+    /// under `name`.
+    void sendFile(const MemberPath& path, const std::string& name, std::span<const std::uint8_t> contents,
+                  const ModeAndTime& modeAndTime);
+    /// Waits until nothing is in flight.
+    void settle();
 
     /// Makes a folder or takes the one that is there; its mode and time are set by `finish`.
     void makeFolder(const MemberPath& path, const ModeAndTime& modeAndTime);
@@ -73,27 +93,31 @@ public:
     void finish();
 
 private:
-    struct Postponed {
-        ModeAndTime modeAndTime;
-        mode_t type = 0;
-    };
-    struct OpenFolder {
+    struct Step {
         std::string name;
-        ZPKFileDescriptor descriptor;
+        std::shared_ptr<OpenFolder> folder;
     };
 
-    int openParent(const MemberPath& path, bool makeMissing);
-    void postpone(const MemberPath& path, const Postponed& item);
-    void applyAllBut(const std::string& wayThatStays);
-    void apply(const MemberPath& path, const Postponed& item);
+    using SharedFolder = std::shared_ptr<OpenFolder>;
 
-    ZPKFileDescriptor m_root;
+    const SharedFolder& openParent(const MemberPath& path, bool makeMissing);
+    /// The same; what its last component means is settled.
+    const SharedFolder& openSettled(const MemberPath& path, bool makeMissing);
+    SharedFolder openFolder(const OpenFolder& parent, const char* name, bool makeMissing);
+    ZPKFileDescriptor open(const OpenFolder& parent, const char* name, int flags, mode_t mode = 0);
+    void settleName(const OpenFolder& parent, const char* name);
+    void clearPlace(const OpenFolder& parent, const char* name);
+
+    void applyOrTell(const MemberPath& path, const PostponedModes::Item& item);
+    void apply(const MemberPath& path, const PostponedModes::Item& item);
+
+    SharedFolder m_root;
     /// The folders on the way to the last member's parent: members of one folder follow each other.
-    std::vector<OpenFolder> m_way;
-    /// By the path's text, in an order in which a folder comes before all that is in it.
-    std::map<std::string, Postponed> m_postponed;
-    std::size_t m_postponedCost = 0;
+    std::vector<Step> m_way;
+    PostponedModes m_postponed;
     Failed m_failed;
+    Failed m_fileFailed;
+    FilesInFlight m_files;
 };
 
 }  // namespace zpk_archive

@@ -26,7 +26,16 @@ ZPKReplacementFile growingFile(const std::string& path) {
 
 }  // namespace
 
-OutputFile::OutputFile(const std::string& path) : m_path(path), m_file(growingFile(path)) {}
+OutputFile::OutputFile(const std::string& path) : m_file(growingFile(path)) {
+    struct stat status {};
+    if (!DiskCalls::status(m_file.descriptor(), status)) {
+        throw ArchiveFailure::ofSystem(errno);
+    }
+    m_growing = FileIdentity(status);
+    if (DiskCalls::succeeds([&] { return ::stat(path.c_str(), &status); })) {
+        m_replaced = FileIdentity(status);
+    }
+}
 
 void OutputFile::write(std::span<const std::uint8_t> bytes) {
     if (!ZPKDescriptorIO::writeWhole(m_file.descriptor(), bytes.data(), bytes.size())) {
@@ -42,10 +51,7 @@ void OutputFile::commit() {
 
 bool OutputFile::isSelf(const struct stat& status) const {
     const FileIdentity identity(status);
-    struct stat own {};
-    return (DiskCalls::status(m_file.descriptor(), own) && FileIdentity(own) == identity) ||
-           (DiskCalls::succeeds([&] { return ::stat(m_path.c_str(), &own); }) &&
-            FileIdentity(own) == identity);
+    return identity == m_growing || identity == m_replaced;
 }
 
 }  // namespace zpk_archive

@@ -4,9 +4,11 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 
+#include "Archive/FileIdentity.h"
 #include "Base/ZPKReplacementFile.h"
 
 struct stat;
@@ -24,12 +26,13 @@ public:
     /// Makes sure that the data are on disk and gives the file its name, replacing a file there.
     void commit();
 
-    /// Whether the status is that of the growing file or of the one that it will replace.
+    /// Whether the status is that of the growing file, or of the one that had its name at the beginning.
     bool isSelf(const struct stat& status) const;
 
 private:
-    std::string m_path;
     ZPKReplacementFile m_file;
+    FileIdentity m_growing;
+    std::optional<FileIdentity> m_replaced;
 };
 
 }  // namespace zpk_archive

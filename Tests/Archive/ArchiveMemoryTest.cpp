@@ -121,6 +121,11 @@ INSTANTIATE_TEST_SUITE_P(
                  return RawMember{deepName(40, "file ", i), kFile, "", i + 1, 2};
              },
              0},
+        Load{"LargestOfSmallFiles", appendOdc, 3000,
+             [](unsigned i) {
+                 return RawMember{std::to_string(i), kFile, std::string(std::size_t{32} << 10, 'x')};
+             },
+             0},
         Load{"AttributesThatWaitForTheirFiles", appendOdc, 10000,
              [](unsigned i) {
                  return RawMember{deepName(40, "._file ", i), kFile, kEmptyAppleDouble};
