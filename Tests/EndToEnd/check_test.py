@@ -122,6 +122,10 @@ class CheckTest(CheckTestCase):
 
     def test_every_check_has_a_fixture(self):
         self.assertEqual(sorted(path.stem for path in FINDINGS.iterdir()), sorted(CHECKS))
+        for path in FINDINGS.iterdir():
+            self.assertIn(f"[{path.stem}]\n", path.read_text())
+        rules = json.loads(self.check("source", "--format", "sarif").stdout)["runs"][0]["tool"]["driver"]["rules"]
+        self.assertEqual([rule["id"] for rule in rules], CHECKS)
         tests = {name[len("test_"):].replace("_", "-") for name in dir(self) if name.startswith("test_")}
         tests |= {"archive", "bundle-part", "manifest", "starter"}  # of made packages
         self.assertEqual(sorted(set(CHECKS) - tests), [])

@@ -6,6 +6,7 @@
 import os
 import pty
 import subprocess
+import tempfile
 import unittest
 
 from support import BUILD
@@ -99,6 +100,36 @@ class CommandLineTest(unittest.TestCase):
             done = run(*arguments)
             self.assertEqual(done.returncode, 2, arguments)
             self.assertIn(expected, done.stderr)
+
+    def test_every_command_answers_alike(self):
+        # What each needs for its work; none of it is there.
+        needed = {
+            "build": ["nowhere", "-o", "Made.app"], "check": ["nowhere"], "extract": ["nowhere", "-o", "made"],
+            "list": ["nowhere"], "new": ["no/such/folder"], "preview": ["nowhere", "-o", "made"],
+            "scramble": ["nowhere", "made"], "strings": ["nowhere"], "unscramble": ["nowhere", "made"],
+            "verify": ["nowhere"],
+        }
+        self.assertEqual(tuple(sorted(needed)), COMMANDS)
+        for command, arguments in needed.items():
+            with self.subTest(command), tempfile.TemporaryDirectory() as folder:
+                failed = run(command, *arguments, cwd=folder)
+                self.assertEqual(failed.returncode, 1, failed)
+                for detail in ("--quiet", "--verbose", "-q", "-v"):
+                    again = run(command, *arguments, detail, cwd=folder)
+                    self.assertEqual((again.returncode, again.stdout), (1, failed.stdout), detail)
+                    # A failure is told to who wants quiet, too.
+                    self.assertEqual(bool(again.stderr), bool(failed.stderr))
+                self.assertEqual(os.listdir(folder), [])
+                wrong = run(command, *arguments, "--quite")
+                self.assertEqual((wrong.returncode, wrong.stdout), (2, b""))
+                self.assertIn(b"there is no option --quite; did you mean --quiet?", wrong.stderr)
+                self.assertIn(f"try zpkpack {command} --help".encode(), wrong.stderr)
+                near = run(command + "x", *arguments)
+                self.assertEqual(near.returncode, 2)
+                self.assertIn(f"there is no command {command}x; did you mean {command}?".encode(), near.stderr)
+                self.assertNotRegex(run_on_a_terminal(command, *arguments, NO_COLOR="1"), rb"\x1b\[[0-9;]*m")
+                if failed.stderr:
+                    self.assertIn(b"\x1b[1;31merror:", run_on_a_terminal(command, *arguments))
 
     def test_arguments_cannot_command_the_terminal(self):
         for arguments in (["\x1b[2J\nx"], ["build", "--\x1b[2J"], ["build", "\x1b[2J\u202e", "-o", "X.app"]):

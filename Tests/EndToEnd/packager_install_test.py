@@ -58,6 +58,7 @@ class InstallTest(CommandTestCase):
             "share/fish/vendor_completions.d/zpkpack.fish",
             "share/doc/zephyrkit/LICENSE",
             "share/doc/zephyrkit/Docs/Packages.md",
+            *(f"share/doc/zephyrkit/Docs/schemas/{name}.schema.json" for name in ("check", "list", "strings")),
             *(f"share/man/man1/zpkpack-{command}.1" for command in COMMANDS),
         ):
             self.assertTrue((self.prefix / path).is_file(), path)

@@ -250,6 +250,25 @@ class ReproducibleTest(CommandTestCase):
             made.append((self.tree(place / "Out.app"), self.sum_of(place / "Out.run")))
         self.assertEqual(made[0], made[1])
 
+    def test_names_outside_the_source_leave_no_trace(self):
+        write(self.source / "Data/lonely", os.urandom(2000))
+        write(self.source / "Data/one", os.urandom(2000))
+        os.link(self.source / "Data/one", self.source / "Data/two")
+        # Folders get another time with a new name in them, files do not.
+        made = []
+        for name in ("Out.app", "Out.run"):
+            made.append(self.sum_of_package(name))
+        for name in ("lonely", "one"):
+            os.link(self.source / "Data" / name, self.folder / f"outside {name}")
+        self.assertEqual((self.source / "Data/one").stat().st_nlink, 3)
+        self.assertEqual([self.sum_of_package(name) for name in ("Out.app", "Out.run")], made)
+        listed = self.run_zpkpack("list", "--long", "Out.app").stdout.decode()
+        self.assertEqual(listed.count(" = Data/one\n"), 1)
+
+    def sum_of_package(self, name):
+        package = self.small_package(name, "--force")
+        return self.tree(package) if package.is_dir() else self.sum_of(package)
+
     def test_the_epoch_of_the_source_counts_instead_of_its_times(self):
         write(self.source / "Data/file", "contents")
         os.symlink("file", self.source / "Data/way")

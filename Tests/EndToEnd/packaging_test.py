@@ -41,7 +41,7 @@ class PackagingTest(PackageTestCase):
         """The packager as it is installed, with a template that carries no windows: they take the time."""
         self.bin = self.folder / "bin"
         shutil.copytree(light_template(), self.bin / "Zephyrkit.app", copy_function=link_or_copy)
-        for name in ("zpkpack", "zephyrkit-run"):
+        for name in ("zpkpack", "zephyrkit-run", "zephyrkit-preview", "zephyrkit-preview-screen.so"):
             link_or_copy(BUILD / name, self.bin / name)
 
     def end_key_agent(self, environment):
@@ -74,6 +74,9 @@ class PackagingTest(PackageTestCase):
         table = self.work / "HelloSetup.app/Contents/Resources/UILang/en/ZPKStringTable.def"
         self.assertIn("Unpacking Hello…", table.read_text())
         self.assertEqual(list(self.work.glob(".zpk-*")), [])
+        pictures = {code: len(list((self.work / "Pictures" / code).glob("*.png"))) for code in ("de", "en")}
+        self.assertGreater(pictures["de"], 10)
+        self.assertEqual(pictures["de"], pictures["en"])
 
     def test_the_first_package_of_the_readme_is_made_and_opens(self):
         lines = commands(README.read_text())
