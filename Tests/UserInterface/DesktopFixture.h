@@ -7,7 +7,7 @@
 
 #include <QAbstractButton>
 #include <QAccessible>
-#include <QMessageBox>
+#include <QDialog>
 #include <QProgressBar>
 #include <QScreen>
 #include <QTest>
@@ -71,11 +71,11 @@ protected:
     }
 
     /// Runs the alert; `script` sees its box and must answer it.
-    void withAlert(const ZPKAlert& alert, const std::function<void(QMessageBox*)>& script) {
+    void withAlert(const ZPKAlert& alert, const std::function<void(QDialog*)>& script) {
         runWith(*frontEnd, [&] {
             bool seen = false;
             inNextLoop([&] {
-                auto* box = findVisible<QMessageBox>("");
+                auto* box = findVisible<QDialog>("alert");
                 ASSERT_NE(box, nullptr);
                 seen = true;
                 script(box);

@@ -1,65 +1,97 @@
 // SPDX-FileCopyrightText: 2026 The Zephyrkit authors
 // SPDX-License-Identifier: MIT
 
-#include <QContextMenuEvent>
 #include <QLabel>
 #include <QMenu>
+#include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScrollBar>
+#include <QStyle>
 
 #include "Tests/UserInterface/DesktopFixture.h"
 
 namespace zpk_test {
 
-using DesktopAlert = DesktopFrontEnd;
+class DesktopAlert : public DesktopFrontEnd {
+protected:
+    static std::vector<std::string> labels(const QDialog* box) {
+        std::vector<std::string> texts;
+        for (const QLabel* label : box->findChildren<QLabel*>()) {
+            if (!label->text().isEmpty()) {
+                texts.push_back(label->text().toStdString());
+            }
+        }
+        return texts;
+    }
+
+    static QPushButton* button(const QDialog* box) {
+        const auto buttons = box->findChildren<QPushButton*>();
+        EXPECT_EQ(buttons.size(), 1);
+        return buttons.front();
+    }
+
+    /// The lines of a list with the marks that keep each one's direction.
+    static QString isolated(const QStringList& lines) {
+        return QChar(0x2068) + lines.join(QString(QChar(0x2069)) + "\n" + QChar(0x2068)) + QChar(0x2069);
+    }
+};
 
 TEST_F(DesktopAlert, ShowsItsTextsAsTheyStand) {
     const ZPKAlert alert{"Not <b>found</b> & gone", "More <i>text</i>", "OK & go"};
-    withAlert(alert, [](QMessageBox* box) {
+    withAlert(alert, [](QDialog* box) {
         EXPECT_EQ(box->windowTitle(), "Zephyrkit");
-        EXPECT_EQ(box->text(), "Not <b>found</b> & gone");
-        EXPECT_EQ(box->informativeText(), "More <i>text</i>");
-        for (const char* name : {"qt_msgbox_label", "qt_msgbox_informativelabel"}) {
+        EXPECT_EQ(labels(box), (std::vector<std::string>{"Not <b>found</b> & gone", "More <i>text</i>"}));
+        for (const char* name : {"headingLabel", "textLabel"}) {
             auto* label = box->findChild<QLabel*>(name);
             ASSERT_NE(label, nullptr) << name;
             EXPECT_EQ(label->textFormat(), Qt::PlainText);
             EXPECT_TRUE(label->textInteractionFlags() & Qt::TextSelectableByMouse);
+            EXPECT_TRUE(label->textInteractionFlags() & Qt::TextSelectableByKeyboard);
+            EXPECT_EQ(label->font().bold(), QString(name) == "headingLabel");
         }
-        EXPECT_EQ(box->icon(), QMessageBox::Critical);
         EXPECT_EQ(box->windowModality(), Qt::ApplicationModal);
-        ASSERT_EQ(box->buttons().size(), 1);
-        EXPECT_EQ(box->buttons().front()->text(), "OK && go");
-        EXPECT_EQ(box->defaultButton(), box->buttons().front());
-        EXPECT_EQ(box->escapeButton(), box->buttons().front());
+        EXPECT_EQ(button(box)->text(), "OK && go");
+        EXPECT_TRUE(button(box)->isDefault());
         EXPECT_TRUE(QTest::qWaitForWindowActive(box));
-        EXPECT_TRUE(box->buttons().front()->hasFocus());
-        EXPECT_EQ(accessibleName(box->buttons().front()), "OK & go");
-        box->buttons().front()->click();
+        EXPECT_TRUE(button(box)->hasFocus());
+        EXPECT_EQ(accessibleName(button(box)), "OK & go");
+        button(box)->click();
     });
 }
 
 TEST_F(DesktopAlert, KeysSelectItsText) {
-    withAlert({"Not found", "", "OK"}, [](QMessageBox* box) {
-        auto* label = box->findChild<QLabel*>("qt_msgbox_label");
+    withAlert({"Not found", "", "OK"}, [](QDialog* box) {
+        auto* label = box->findChild<QLabel*>("headingLabel");
         ASSERT_NE(label, nullptr);
         EXPECT_EQ(label->selectedText(), "");
         QTest::keyClick(label, Qt::Key_A, Qt::ControlModifier);
         EXPECT_EQ(label->selectedText(), "Not found");
-        box->buttons().front()->click();
+        button(box)->click();
     });
 }
 
-TEST_F(DesktopAlert, IconFollowsTheStyle) {
+TEST_F(DesktopAlert, FirstParagraphIsItsHeading) {
+    withAlert({"Gone.\n\nLook again.\n\n\n\nThen ask.", "", "OK"}, [](QDialog* box) {
+        EXPECT_EQ(labels(box), (std::vector<std::string>{"Gone.", "Look again.", "Then ask."}));
+        box->close();
+    });
+}
+
+TEST_F(DesktopAlert, PictureFollowsTheStyle) {
     const struct {
         ZPKAlertStyle style;
-        QMessageBox::Icon icon;
-    } rows[] = {{ZPKAlertStyle::Warning, QMessageBox::Warning},
-                {ZPKAlertStyle::Informational, QMessageBox::Information},
-                {ZPKAlertStyle::Critical, QMessageBox::Critical}};
+        QStyle::StandardPixmap picture;
+    } rows[] = {{ZPKAlertStyle::Warning, QStyle::SP_MessageBoxWarning},
+                {ZPKAlertStyle::Informational, QStyle::SP_MessageBoxInformation},
+                {ZPKAlertStyle::Critical, QStyle::SP_MessageBoxCritical}};
     runWith(*frontEnd, [&] {
         for (const auto& row : rows) {
             inNextLoop([&] {
-                auto* box = findVisible<QMessageBox>("");
-                EXPECT_EQ(box->icon(), row.icon);
+                auto* box = findVisible<QDialog>("alert");
+                const QPixmap shown = box->findChild<QLabel*>("iconLabel")->pixmap();
+                const QIcon expected = box->style()->standardIcon(row.picture);
+                EXPECT_FALSE(shown.isNull());
+                EXPECT_EQ(shown.toImage(), expected.pixmap(shown.size()).toImage());
                 box->close();
             });
             frontEnd->runAlert({"T", "", "OK", row.style});
@@ -68,24 +100,78 @@ TEST_F(DesktopAlert, IconFollowsTheStyle) {
 }
 
 TEST_F(DesktopAlert, ReturnEscapeAndTheCloseBoxAnswerIt) {
-    withAlert({"T", "", "OK"}, [](QMessageBox* box) { QTest::keyClick(box, Qt::Key_Return); });
-    const auto again = [&](const std::function<void(QMessageBox*)>& script) {
-        inNextLoop([&] { script(findVisible<QMessageBox>("")); });
+    withAlert({"T", "", "OK"}, [](QDialog* box) { QTest::keyClick(box, Qt::Key_Return); });
+    const auto again = [&](const std::function<void(QDialog*)>& script) {
+        inNextLoop([&] { script(findVisible<QDialog>("alert")); });
         frontEnd->runAlert({"T", "", "OK"});
     };
-    again([](QMessageBox* box) { QTest::keyClick(box, Qt::Key_Escape); });
-    again([](QMessageBox* box) { box->close(); });
+    again([](QDialog* box) { QTest::keyClick(box, Qt::Key_Escape); });
+    again([](QDialog* box) { box->close(); });
+}
+
+TEST_F(DesktopAlert, ListStandsInAFrameEachLineForItself) {
+    const QString arabic = QString::fromUtf8("\u0643\u0627\u062a\u0628 3");
+    const std::string text =
+        "None is here:\n\n  A <b>1</b> & 2\n  " + arabic.toStdString() + "\n\nInstall one.";
+    withAlert({text, "", "OK"}, [&](QDialog* box) {
+        EXPECT_EQ(labels(box), (std::vector<std::string>{"None is here:", "Install one."}));
+        auto* list = box->findChild<QPlainTextEdit*>("textView");
+        ASSERT_NE(list, nullptr);
+        EXPECT_EQ(list->toPlainText(), isolated({"A <b>1</b> & 2", arabic}));
+        EXPECT_EQ(accessibleName(list), "None is here:");
+        QApplication::processEvents();
+        EXPECT_EQ(list->verticalScrollBar()->maximum(), 0);
+        EXPECT_GT(list->frameWidth(), 0);
+        EXPECT_TRUE(list->isReadOnly());
+        EXPECT_TRUE(list->textInteractionFlags() & Qt::TextSelectableByKeyboard);
+        box->close();
+    });
+}
+
+TEST_F(DesktopAlert, SixtyNamesScrollAboveTheLastParagraph) {
+    std::string text = "None is here:\n\n";
+    for (int line = 0; line < 60; ++line) {
+        text += "  Product number " + std::to_string(line) + (line < 59 ? "\n" : "\n\nInstall one.");
+    }
+    withAlert({text, "", "OK"}, [](QDialog* box) {
+        EXPECT_EQ(labels(box), (std::vector<std::string>{"None is here:", "Install one."}));
+        auto* list = box->findChild<QPlainTextEdit*>("textView");
+        ASSERT_NE(list, nullptr);
+        EXPECT_TRUE(list->verticalScrollBar()->isVisible());
+        EXPECT_LT(list->height(), 14 * list->fontMetrics().lineSpacing());
+        EXPECT_TRUE(QTest::qWaitForWindowActive(box));
+        QTest::keyClick(box, Qt::Key_Tab);
+        EXPECT_TRUE(list->hasFocus());
+        QTest::keyClick(list, Qt::Key_End, Qt::ControlModifier);
+        EXPECT_EQ(list->verticalScrollBar()->value(), list->verticalScrollBar()->maximum());
+        QTest::keyClick(list, Qt::Key_Return);
+    });
+}
+
+TEST_F(DesktopAlert, NameWiderThanTheScreenIsFoldedAnywhere) {
+    withAlert({"None is here:\n\n  " + std::string(5000, 'w') + "\n\nInstall one.", "", "OK"},
+              [](QDialog* box) {
+                  auto* list = box->findChild<QPlainTextEdit*>("textView");
+                  ASSERT_NE(list, nullptr);
+                  QApplication::processEvents();
+                  EXPECT_EQ(list->horizontalScrollBar()->maximum(), 0);
+                  EXPECT_GT(list->verticalScrollBar()->maximum(), 0);
+                  expectOnScreen(box);
+                  box->close();
+              });
 }
 
 TEST_F(DesktopAlert, LongTextsStayOnTheScreen) {
-    const std::string texts[] = {manyLines(), std::string(20000, 'x'), manyLines() + std::string(3000, 'y')};
+    const std::string texts[] = {manyLines(), std::string(20000, 'x'), manyLines() + std::string(3000, 'y'),
+                                 "One\n\n" + manyLines(), std::string(3000, 'z') + "\n\n" + manyLines()};
     runWith(*frontEnd, [&] {
         for (const std::string& text : texts) {
             inNextLoop([&] {
-                auto* box = findVisible<QMessageBox>("");
+                auto* box = findVisible<QDialog>("alert");
                 expectOnScreen(box);
-                EXPECT_EQ(box->text().toStdString(), text);
-                EXPECT_TRUE(box->rect().contains(box->buttons().front()->geometry().center()));
+                EXPECT_NE(box->findChild<QPlainTextEdit*>("textView"), nullptr);
+                const QRect place(button(box)->mapTo(box, QPoint()), button(box)->size());
+                EXPECT_TRUE(box->rect().contains(place));
                 box->close();
             });
             frontEnd->runAlert({text, text, "OK"});
@@ -101,7 +187,7 @@ TEST_F(DesktopAlert, AbortWaitsForItsAnswer) {
             frontEnd->abortModal();
             QTimer::singleShot(30, qApp, [&] {
                 answered = true;
-                findVisible<QMessageBox>("")->close();
+                findVisible<QDialog>("alert")->close();
             });
             frontEnd->runAlert({"T", "", "OK"});
             EXPECT_TRUE(answered);
@@ -112,7 +198,7 @@ TEST_F(DesktopAlert, AbortWaitsForItsAnswer) {
 
 /// The toolkit's own menus would have texts of the toolkit.
 TEST_F(DesktopAlert, OtherMouseButtonBringsNoMenu) {
-    withAlert({manyLines(), "More", "OK"}, [](QMessageBox* box) {
+    withAlert({manyLines(), "More", "OK"}, [](QDialog* box) {
         for (QWidget* widget : box->findChildren<QWidget*>()) {
             askForMenu(widget);
             EXPECT_EQ(findVisible<QMenu>(""), nullptr) << widget->objectName().toStdString();

@@ -3,11 +3,13 @@
 
 #include <QAction>
 #include <QDialog>
+#include <QDialogButtonBox>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScrollBar>
 
 #include "Tests/UserInterface/DesktopFixture.h"
 
@@ -91,10 +93,13 @@ TEST_F(DesktopDiscWindow, ShowsItsTextsAsTheyStand) {
     run([&] {
         auto* message = dialog->findChild<QLabel*>("textField");
         EXPECT_EQ(dialog->windowTitle(), "Disc");
-        EXPECT_EQ(message->text(), "Insert <b>the</b> disc & search.");
+        EXPECT_EQ(message->text(), "Insert <b>the</b> disc && search.");
+        EXPECT_EQ(message->buddy(), list);
+        EXPECT_EQ(accessibleName(message), "Insert <b>the</b> disc & search.");
         EXPECT_EQ(message->textFormat(), Qt::PlainText);
         EXPECT_TRUE(message->wordWrap());
-        EXPECT_EQ(list->toPlainText(), "Suite <i>3</i>\nTools");
+        const QString marked = list->toPlainText();
+        EXPECT_EQ(marked, QString("\u2068Suite <i>3</i>\u2069\n\u2068Tools\u2069"));
         EXPECT_TRUE(list->isReadOnly());
         EXPECT_EQ(search->text(), "Search && Find");
         EXPECT_EQ(cancel->text(), "Cancel");
@@ -167,7 +172,8 @@ TEST_F(DesktopDiscWindow, TabGoesFromSearchToCancelToTheList) {
     });
 }
 
-TEST_F(DesktopDiscWindow, MenuHasTheSevenItemsInOrder) {
+/// The others have their titles too, but can do nothing.
+TEST_F(DesktopDiscWindow, MenuHasTheItemsThatCanDoSomethingInOrder) {
     run([&] {
         const QList<QAction*> bar = dialog->findChild<QMenuBar*>()->actions();
         ASSERT_EQ(bar.size(), 1);
@@ -179,10 +185,82 @@ TEST_F(DesktopDiscWindow, MenuHasTheSevenItemsInOrder) {
             }
         }
         const std::vector<std::pair<QString, bool>> expected = {
-            {"Info && more", true}, {"Prefs", false}, {"Services", false}, {"Hide", true},
-            {"Others", false},      {"All", false},   {"Quit", true},
-        };
+            {"Info && more", true}, {"Hide", true}, {"Quit", true}};
         EXPECT_EQ(items, expected);
+        const std::pair<const char*, const char*> others[] = {{"preferencesMenuItem", "Prefs"},
+                                                              {"servicesMenuItem", "Services"},
+                                                              {"hideOthersMenuItem", "Others"},
+                                                              {"showAllMenuItem", "All"}};
+        for (const auto& [name, title] : others) {
+            auto* action = bar.front()->menu()->findChild<QAction*>(name);
+            ASSERT_NE(action, nullptr) << name;
+            EXPECT_EQ(action->text(), title);
+        }
+    });
+}
+
+TEST_F(DesktopDiscWindow, ListIsAsHighAsItsLinesFromThreeToTwelve) {
+    run([&] {
+        const auto linesOf = [&](int products) {
+            std::string text;
+            for (int product = 0; product < products; ++product) {
+                text += (product > 0 ? "\nProduct " : "Product ") + std::to_string(product);
+            }
+            window->setProductList(text);
+            QApplication::processEvents();
+            return (list->viewport()->height() - 2 * static_cast<int>(list->document()->documentMargin())) /
+                   list->fontMetrics().lineSpacing();
+        };
+        EXPECT_EQ(linesOf(1), 3);
+        EXPECT_EQ(linesOf(5), 5);
+        EXPECT_FALSE(list->verticalScrollBar()->isVisible());
+        EXPECT_EQ(linesOf(12), 12);
+        EXPECT_FALSE(list->verticalScrollBar()->isVisible());
+        EXPECT_EQ(linesOf(60), 12);
+        EXPECT_TRUE(list->verticalScrollBar()->isVisible());
+        const int high = dialog->height();
+        window->setProductList("");
+        QApplication::processEvents();
+        EXPECT_FALSE(list->isVisible()) << "an empty box";
+        EXPECT_LT(dialog->height(), high - list->height());
+    });
+}
+
+TEST_F(DesktopDiscWindow, LongNamesAreFoldedAnywhere) {
+    run([&] {
+        window->setProductList(std::string(300, 'w'));
+        QApplication::processEvents();
+        EXPECT_EQ(list->horizontalScrollBar()->maximum(), 0);
+        EXPECT_FALSE(list->verticalScrollBar()->isVisible());
+    });
+}
+
+TEST_F(DesktopDiscWindow, HasAPictureOfADisc) {
+    run([&] { EXPECT_FALSE(dialog->findChild<QLabel*>("discLabel")->pixmap().isNull()); });
+}
+
+TEST_F(DesktopDiscWindow, ListShowsThatItHasTheKeys) {
+    run([&] {
+        EXPECT_TRUE(QTest::qWaitForWindowActive(dialog));
+        list->setCursorWidth(0);
+        const QImage without = dialog->grab().toImage();
+        list->setFocus();
+        QApplication::processEvents();
+        const QRect around = list->geometry().adjusted(-4, -4, 4, 4);
+        EXPECT_NE(dialog->grab(around).toImage(), without.copy(around));
+        search->setFocus();
+        QApplication::processEvents();
+        EXPECT_EQ(dialog->grab(around).toImage(), without.copy(around));
+    });
+}
+
+TEST_F(DesktopDiscWindow, ButtonsStandInTheDesktopsOrder) {
+    run([&] {
+        auto* box = dialog->findChild<QDialogButtonBox*>("buttonBox");
+        ASSERT_NE(box, nullptr);
+        EXPECT_EQ(box->buttonRole(search), QDialogButtonBox::AcceptRole);
+        EXPECT_EQ(box->buttonRole(cancel), QDialogButtonBox::RejectRole);
+        EXPECT_LT(search->x(), cancel->x());
     });
 }
 
@@ -200,7 +278,9 @@ TEST_F(DesktopDiscWindow, HideMinimizesAndAboutTellsTheName) {
             auto* box = qobject_cast<QDialog*>(QApplication::activeModalWidget());
             ASSERT_NE(box, nullptr);
             EXPECT_EQ(box->windowTitle(), "Info & more");
-            EXPECT_EQ(box->findChild<QLabel*>()->text(), "Zephyrkit");
+            EXPECT_EQ(box->findChild<QLabel*>("headingLabel")->text(), "Zephyrkit");
+            EXPECT_EQ(box->findChild<QLabel*>("versionLabel")->text(), "Zephyrkit " ZPK_TEST_VERSION);
+            EXPECT_GT(box->width(), box->fontMetrics().horizontalAdvance(box->windowTitle()));
             EXPECT_TRUE(box->findChildren<QAbstractButton*>().empty());
             box->close();
         });
@@ -258,8 +338,12 @@ TEST_F(DesktopDiscWindow, ProgressAndAlertOverItTakeTheKeyboardAndGiveItBack) {
         auto progress = frontEnd->createProgressWindow();
         progress->makeKeyAndOrderFront();
         auto session = frontEnd->beginModalSessionForWindow(*progress);
-        session->run();
-        QWidget* progressWidget = findVisible<QProgressBar>("progressIndicator")->window();
+        const QProgressBar* bar = nullptr;
+        while (bar == nullptr) {
+            session->run();
+            bar = findVisible<QProgressBar>("progressIndicator");
+        }
+        QWidget* progressWidget = bar->window();
         EXPECT_EQ(QApplication::activeModalWidget(), progressWidget);
         EXPECT_EQ(progressWidget->windowHandle()->transientParent(), dialog->windowHandle());
         session.reset();
@@ -267,12 +351,50 @@ TEST_F(DesktopDiscWindow, ProgressAndAlertOverItTakeTheKeyboardAndGiveItBack) {
         progress.reset();
         EXPECT_EQ(QApplication::activeModalWidget(), dialog);
         inNextLoop([&] {
-            auto* box = findVisible<QMessageBox>("");
+            auto* box = findVisible<QDialog>("alert");
             EXPECT_EQ(box->parentWidget(), dialog);
             box->close();
         });
         frontEnd->runAlert({"No disc", "", "OK"});
         EXPECT_EQ(QApplication::activeModalWidget(), dialog);
+    });
+}
+
+/// What is over sooner would only flash; what comes has its title and its size.
+TEST_F(DesktopDiscWindow, ProgressOverItComesAfterAMomentAndNotAtAllWhenItIsOver) {
+    class ShowRecorder : public QObject {
+    public:
+        std::vector<QString> titles;
+
+    private:
+        bool eventFilter(QObject* watched, QEvent* event) override {
+            if (event->type() == QEvent::Show && qobject_cast<QDialog*>(watched) != nullptr) {
+                titles.push_back(qobject_cast<QDialog*>(watched)->windowTitle());
+            }
+            return false;
+        }
+    };
+    run([&] {
+        ShowRecorder recorder;
+        qApp->installEventFilter(&recorder);
+        auto progress = frontEnd->createProgressWindow();
+        progress->makeKeyAndOrderFront();
+        progress->setTitle("Searching");
+        auto session = frontEnd->beginModalSessionForWindow(*progress);
+        session->run();
+        session.reset();
+        progress->close();
+        QTest::qWait(600);
+        EXPECT_EQ(recorder.titles, std::vector<QString>{});
+        progress->makeKeyAndOrderFront();
+        session = frontEnd->beginModalSessionForWindow(*progress);
+        while (recorder.titles.empty()) {
+            session->run();
+        }
+        EXPECT_EQ(recorder.titles, std::vector<QString>{"Searching"});
+        session.reset();
+        progress->close();
+        qApp->removeEventFilter(&recorder);
     });
 }
 

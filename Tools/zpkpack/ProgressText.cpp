@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "Base/ZPKDurationText.h"
+
 namespace zpk_packager {
 
 namespace {
@@ -13,7 +15,6 @@ namespace {
 /// Before that, a rate says nothing.
 constexpr std::chrono::milliseconds kFirstRate{500};
 constexpr std::uint64_t kThousand = 1000;
-constexpr std::uint64_t kSixty = 60;
 constexpr std::size_t kShortestBar = 10;
 constexpr std::size_t kLongestBar = 40;
 constexpr const char* kColour = "\x1b[36m";
@@ -36,17 +37,6 @@ std::string amount(std::uint64_t bytes) {
     return text;
 }
 
-std::string twoDigits(std::uint64_t number) {
-    return (number < 10 ? "0" : "") + std::to_string(number);
-}
-
-std::string duration(std::uint64_t seconds) {
-    const std::uint64_t minutes = seconds / kSixty;
-    const std::string rest = ":" + twoDigits(seconds % kSixty);
-    return minutes < kSixty ? std::to_string(minutes) + rest
-                            : std::to_string(minutes / kSixty) + ":" + twoDigits(minutes % kSixty) + rest;
-}
-
 }  // namespace
 
 std::uint64_t ProgressText::percent() const {
@@ -67,7 +57,7 @@ std::string ProgressText::rateAndTimeLeft() const {
         return "";
     }
     const std::uint64_t left = (whole - std::min(done, whole) + speed - 1) / speed;
-    return ", " + amount(speed) + "/s, " + duration(left) + " left";
+    return ", " + amount(speed) + "/s, " + ZPKDurationText(std::chrono::seconds(left)) + " left";
 }
 
 std::string ProgressText::line() const {

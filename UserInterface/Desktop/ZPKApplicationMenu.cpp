@@ -4,20 +4,12 @@
 #include "UserInterface/Desktop/ZPKApplicationMenu.h"
 
 #include <QApplication>
-#include <QDialog>
-#include <QLabel>
-#include <QShortcut>
-#include <QVBoxLayout>
 
+#include "UserInterface/Desktop/ZPKAboutBox.h"
 #include "UserInterface/Desktop/ZPKDesktopIdentity.h"
 #include "UserInterface/Desktop/ZPKDesktopText.h"
+#include "UserInterface/Desktop/ZPKFontCheck.h"
 #include "UserInterface/Desktop/ZPKForm.h"
-
-namespace {
-
-constexpr QSize kSmallestAbout(280, 80);
-
-}  // namespace
 
 std::unique_ptr<ZPKApplicationMenu> ZPKApplicationMenu::createFromFolder(const std::string& folder) {
     constexpr std::array<const char*, 7> kNames = {
@@ -51,18 +43,8 @@ void ZPKApplicationMenu::setItemTitle(ZPKMenuItem item, const std::string& title
 }
 
 void ZPKApplicationMenu::showAbout() const {
-    // No button: the toolkit's title for it would not be of the launcher's texts.
-    QDialog box(QApplication::activeWindow());
-    box.setWindowTitle(item(ZPKMenuItem::About).text().replace(QStringLiteral("&&"), QStringLiteral("&")));
-    auto* label = new QLabel(ZPKDesktopText(ZPKDesktopIdentity::displayName()));
-    label->setTextFormat(Qt::PlainText);
-    label->setAlignment(Qt::AlignCenter);
-    label->setMinimumSize(kSmallestAbout);
-    auto* layout = new QVBoxLayout(&box);
-    layout->addWidget(label);
-    layout->setSizeConstraint(QLayout::SetFixedSize);
-    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space}) {
-        QObject::connect(new QShortcut(key, &box), &QShortcut::activated, &box, &QDialog::accept);
-    }
+    const QString title = item(ZPKMenuItem::About).text().replace(QStringLiteral("&&"), QStringLiteral("&"));
+    ZPKAboutBox box(title, QApplication::activeWindow());
+    ZPKFontCheck::check(box);
     box.exec();
 }

@@ -11,7 +11,8 @@
 
 #include "UserInterface/ZPKFrontEnd.h"
 
-/// The application menu of the form `MainMenu.ui`. Main thread only.
+/// The application menu of the form `MainMenu.ui`. The items that can do nothing on this desktop are not in
+/// the menu, but have their titles. Main thread only.
 class ZPKApplicationMenu {
 public:
     /// Null, after a line on standard error, when the form cannot be loaded.
@@ -27,7 +28,6 @@ private:
 
     ZPKApplicationMenu(std::unique_ptr<QMenu> menu, const Items& items);
 
-    /// The name of the application in a window that Return, Escape and the close box close.
     void showAbout() const;
 
     std::unique_ptr<QMenu> m_menu;

@@ -3,87 +3,93 @@
 
 #include "UserInterface/Desktop/ZPKDesktopAlert.h"
 
-#include <QGridLayout>
+#include <QAccessible>
+#include <QAccessibleWidget>
+#include <QDialogButtonBox>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QScreen>
-#include <QScrollArea>
-#include <QScrollBar>
 #include <QStyle>
+#include <QVBoxLayout>
 
+#include "UserInterface/Desktop/ZPKAlertTexts.h"
 #include "UserInterface/Desktop/ZPKDesktopText.h"
+#include "UserInterface/Desktop/ZPKFontCheck.h"
+#include "UserInterface/Desktop/ZPKScreenFit.h"
 
 namespace {
 
-/// What the toolkit calls the label of the text; that of the informative text has another name.
-constexpr const char* kTextLabel = "qt_msgbox_label";
+constexpr int kMargin = 20;
+constexpr int kGap = 16;
 
-/// The parts of the screen that the texts may take before they are scrolled.
-constexpr double kTextShareOfHeight = 0.5;
-constexpr double kInformativeShareOfHeight = 0.2;
-constexpr double kTextShareOfWidth = 0.6;
-
-QMessageBox::Icon iconOfStyle(ZPKAlertStyle style) {
+QStyle::StandardPixmap iconOfStyle(ZPKAlertStyle style) {
     switch (style) {
         case ZPKAlertStyle::Warning:
-            return QMessageBox::Warning;
+            return QStyle::SP_MessageBoxWarning;
         case ZPKAlertStyle::Informational:
-            return QMessageBox::Information;
+            return QStyle::SP_MessageBoxInformation;
         case ZPKAlertStyle::Critical:
             break;
     }
-    return QMessageBox::Critical;
+    return QStyle::SP_MessageBoxCritical;
+}
+
+QLabel* newIconLabel(const ZPKDesktopAlert& box, ZPKAlertStyle style) {
+    auto* label = new QLabel;
+    label->setObjectName(QStringLiteral("iconLabel"));
+    const int size = box.style()->pixelMetric(QStyle::PM_MessageBoxIconSize, nullptr, &box);
+    label->setPixmap(box.style()->standardIcon(iconOfStyle(style), nullptr, &box).pixmap(size));
+    return label;
+}
+
+QDialogButtonBox* newButtonBox(ZPKDesktopAlert& box, const std::string& title) {
+    auto* buttons = new QDialogButtonBox;
+    QPushButton* button = buttons->addButton(ZPKDesktopLabel(title), QDialogButtonBox::AcceptRole);
+    QObject::connect(button, &QPushButton::clicked, &box, &QDialog::accept);
+    return buttons;
+}
+
+/// What assistive tools tell at once is of this role, which the toolkit gives to its own boxes alone.
+QAccessibleInterface* describeAlert(const QString&, QObject* object) {
+    auto* alert = dynamic_cast<ZPKDesktopAlert*>(object);
+    return alert == nullptr ? nullptr : new QAccessibleWidget(alert, QAccessible::AlertMessage);
 }
 
 }  // namespace
 
 ZPKDesktopAlert::ZPKDesktopAlert(const ZPKAlert& alert, const QString& windowTitle, QWidget* parent)
-    : QMessageBox(parent) {
+    : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
+                          Qt::WindowCloseButtonHint) {
+    QAccessible::installFactory(&describeAlert);
+    setObjectName(QStringLiteral("alert"));
     setWindowModality(Qt::ApplicationModal);
     setWindowTitle(windowTitle);
-    setIcon(iconOfStyle(alert.style));
-    setTextFormat(Qt::PlainText);
-    setText(ZPKDesktopText(alert.messageText));
-    setInformativeText(ZPKDesktopText(alert.informativeText));
-    setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    for (QLabel* label : findChildren<QLabel*>()) {
-        label->setTextFormat(Qt::PlainText);
-        // Each line would stand at the side that its own letters begin at.
-        label->setAlignment(QStyle::visualAlignment(layoutDirection(), label->alignment()));
-        scrollLongText(*label, label->objectName() == QLatin1String(kTextLabel) ? kTextShareOfHeight
-                                                                                : kInformativeShareOfHeight);
-    }
-    QPushButton* button = addButton(ZPKDesktopLabel(alert.buttonTitle), QMessageBox::AcceptRole);
-    setDefaultButton(button);
-    setEscapeButton(button);
+    QLabel* icon = newIconLabel(*this, alert.style);
+    QDialogButtonBox* buttons = newButtonBox(*this, alert.buttonTitle);
+    const QSize around(2 * kMargin + kGap + icon->sizeHint().width(),
+                       kMargin + 2 * kGap + buttons->sizeHint().height());
+    const QString text =
+        ZPKDesktopText(alert.messageText) + QStringLiteral("\n\n") + ZPKDesktopText(alert.informativeText);
+    auto* texts = new ZPKAlertTexts(text, ZPKScreenFit::largestSize(*this) - around, this);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(kMargin, kMargin, kMargin, kGap);
+    layout->setSpacing(kGap);
+    auto* upper = new QHBoxLayout;
+    upper->setSpacing(kGap);
+    upper->addWidget(icon, 0, Qt::AlignTop);
+    upper->addWidget(texts, 1, Qt::AlignTop);
+    layout->addLayout(upper);
+    layout->addWidget(buttons);
+    layout->setSizeConstraint(QLayout::SetFixedSize);
+    setMinimumWidth(ZPKScreenFit::widthOfCharacters(*this, 0));
+    auto* button = findChild<QPushButton*>();
+    button->setDefault(true);
+    button->setFocus();
+    ZPKFontCheck::check(*this);
 }
 
-void ZPKDesktopAlert::scrollLongText(QLabel& label, double shareOfHeight) {
-    auto* grid = qobject_cast<QGridLayout*>(layout());
-    if (grid == nullptr || grid->indexOf(&label) < 0) {
-        return;
-    }
-    label.setWordWrap(true);
-    const QSize available = screen()->availableGeometry().size();
-    const int widest = static_cast<int>(available.width() * kTextShareOfWidth);
-    const int highest = static_cast<int>(available.height() * shareOfHeight);
-    const int width = qMin(label.sizeHint().width(), widest);
-    if (label.minimumSizeHint().width() <= widest && label.heightForWidth(width) <= highest) {
-        return;
-    }
-    int row = 0;
-    int column = 0;
-    int rows = 0;
-    int columns = 0;
-    grid->getItemPosition(grid->indexOf(&label), &row, &column, &rows, &columns);
-    grid->removeWidget(&label);
-    auto* area = new QScrollArea;
-    area->setWidgetResizable(true);
-    area->setFrameShape(QFrame::NoFrame);
-    area->setWidget(&label);
-    // It takes the keys that scroll, so a screen reader comes to it.
-    area->setAccessibleName(windowTitle());
-    const int bar = area->verticalScrollBar()->sizeHint().width();
-    area->setFixedSize(width + bar, qMin(label.heightForWidth(width) + bar, highest));
-    grid->addWidget(area, row, column, rows, columns);
+void ZPKDesktopAlert::showEvent(QShowEvent* event) {
+    QDialog::showEvent(event);
+    QAccessibleEvent told(this, QAccessible::Alert);
+    QAccessible::updateAccessibility(&told);
 }

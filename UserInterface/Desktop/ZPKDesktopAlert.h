@@ -3,18 +3,16 @@
 
 #pragma once
 
-#include <QLabel>
-#include <QMessageBox>
+#include <QDialog>
 #include <QString>
 
 #include "UserInterface/ZPKFrontEnd.h"
 
-/// The box of an alert: its texts as they stand, never read as markup, and scrolled when they do not
-/// fit the screen; one button, which Return and Escape press.
-class ZPKDesktopAlert : public QMessageBox {
+/// The window of an alert: a picture of its style, its texts, and one button, which Return and Escape press.
+class ZPKDesktopAlert : public QDialog {
 public:
     ZPKDesktopAlert(const ZPKAlert& alert, const QString& windowTitle, QWidget* parent);
 
 private:
-    void scrollLongText(QLabel& label, double shareOfHeight);
+    void showEvent(QShowEvent* event) override;
 };

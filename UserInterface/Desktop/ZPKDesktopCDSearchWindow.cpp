@@ -3,18 +3,23 @@
 
 #include "UserInterface/Desktop/ZPKDesktopCDSearchWindow.h"
 
+#include <QDialogButtonBox>
 #include <QFontDatabase>
 #include <QLayout>
 #include <QMenuBar>
 #include <QStyle>
-#include <QTextDocument>
-#include <QTextOption>
 #include <utility>
 
 #include "UserInterface/Desktop/ZPKDesktopText.h"
 #include "UserInterface/Desktop/ZPKForm.h"
 
 namespace {
+
+constexpr int kCharacters = 72;
+
+/// Lines of the list.
+constexpr int kFewestLines = 3;
+constexpr int kMostLines = 12;
 
 void perform(const std::function<void()>& action) {
     // A copy, since the action may set others.
@@ -29,23 +34,33 @@ std::unique_ptr<ZPKDesktopCDSearchWindow> ZPKDesktopCDSearchWindow::createFromFo
     const std::string& folder, ZPKApplicationMenu& menu) {
     ZPKForm form(folder, "CDSearchWindow.ui");
     Controls controls;
+    controls.discLabel = form.find<QLabel>("discLabel");
     controls.textField = form.find<QLabel>("textField");
     controls.textView = form.find<QPlainTextEdit>("textView");
     controls.cancelButton = form.find<QPushButton>("cancelButton");
     controls.searchButton = form.find<QPushButton>("searchButton");
+    auto* buttons = form.find<QDialogButtonBox>("buttonBox");
     std::unique_ptr<QDialog> root = form.takeRoot<QDialog>();
     if (!form.check()) {
         return nullptr;
     }
+    // The box puts them in the order that the desktop is used to.
+    buttons->addButton(controls.searchButton, QDialogButtonBox::AcceptRole);
+    buttons->addButton(controls.cancelButton, QDialogButtonBox::RejectRole);
     return std::unique_ptr<ZPKDesktopCDSearchWindow>(
         new ZPKDesktopCDSearchWindow(std::move(root), controls, menu));
 }
 
-ZPKDesktopCDSearchWindow::ZPKDesktopCDSearchWindow(std::unique_ptr<QWidget> root, const Controls& controls,
+ZPKDesktopCDSearchWindow::ZPKDesktopCDSearchWindow(std::unique_ptr<QDialog> root, const Controls& controls,
                                                    ZPKApplicationMenu& menu)
-    : ZPKDesktopWindow(std::move(root), Size::Adjustable), m_controls(controls) {
+    : ZPKDesktopWindow(std::move(root), Size::Adjustable, kCharacters),
+      m_controls(controls),
+      m_products(*new ZPKReadingView(*controls.textView)) {
+    const QStyle& style = *widget().style();
+    const int size = style.pixelMetric(QStyle::PM_MessageBoxIconSize, nullptr, &widget());
+    m_controls.discLabel->setPixmap(
+        style.standardIcon(QStyle::SP_DriveCDIcon, nullptr, &widget()).pixmap(size));
     m_controls.textField->setTextFormat(Qt::PlainText);
-    m_controls.textView->setReadOnly(true);
     m_controls.searchButton->setFocus();
     connect(m_controls.searchButton, &QPushButton::clicked, this, [this] { perform(m_actions.pushSearch); });
     connect(m_controls.cancelButton, &QPushButton::clicked, this, [this] { perform(m_actions.pushCancel); });
@@ -57,17 +72,17 @@ void ZPKDesktopCDSearchWindow::setActions(Actions actions) {
 }
 
 void ZPKDesktopCDSearchWindow::setMessage(const std::string& text) {
-    m_controls.textField->setText(ZPKDesktopText(text));
+    // It has a buddy, so that an "&" would mark a key.
+    m_controls.textField->setText(ZPKDesktopLabel(text));
+    m_controls.textField->setAccessibleName(ZPKDesktopText(text));
     m_controls.textView->setAccessibleName(ZPKDesktopText(text));
     fitContents();
 }
 
 void ZPKDesktopCDSearchWindow::setProductList(const std::string& text) {
-    QTextDocument& document = *m_controls.textView->document();
-    QTextOption option = document.defaultTextOption();
-    option.setAlignment(QStyle::visualAlignment(widget().layoutDirection(), Qt::AlignLeft));
-    document.setDefaultTextOption(option);
-    m_controls.textView->setPlainText(ZPKDesktopText(text));
+    m_products.setText(ZPKReadingView::isolatedLines(ZPKDesktopText(text)));
+    m_controls.textView->setVisible(!text.empty());
+    fitContents();
 }
 
 void ZPKDesktopCDSearchWindow::setSearchButtonTitle(const std::string& title) {
@@ -89,6 +104,17 @@ void ZPKDesktopCDSearchWindow::setFontName(ZPKCDSearchControl control, const std
     QFont font = changed.font();
     font.setFamilies({family});
     changed.setFont(font);
+}
+
+void ZPKDesktopCDSearchWindow::prepareHeight() {
+    // By itself the list asks for the same height with any text.
+    const int needed = m_products.heightForWidth(m_controls.textView->width(), kMostLines);
+    m_controls.textView->setFixedHeight(qMax(needed, m_products.heightOfLines(kFewestLines)));
+}
+
+void ZPKDesktopCDSearchWindow::heightTold() {
+    m_controls.textView->setMinimumHeight(m_products.heightOfLines(kFewestLines));
+    m_controls.textView->setMaximumHeight(QWIDGETSIZE_MAX);
 }
 
 void ZPKDesktopCDSearchWindow::closeBoxUsed() {

@@ -12,10 +12,11 @@
 
 #include "UserInterface/Desktop/ZPKApplicationMenu.h"
 #include "UserInterface/Desktop/ZPKFormWindow.h"
+#include "UserInterface/Desktop/ZPKReadingView.h"
 #include "UserInterface/ZPKCDSearchWindow.h"
 
-/// The window of the form `CDSearchWindow.ui`, with the application menu. Return presses the search
-/// button, Escape the cancel button; Quit counts as the close box.
+/// The window of the form `CDSearchWindow.ui`, with the application menu, as high as its list needs. Return
+/// presses the search button, Escape the cancel button; Quit counts as the close box.
 class ZPKDesktopCDSearchWindow : public ZPKDesktopWindow<ZPKCDSearchWindow> {
 public:
     /// Null, after a line on standard error, when the form cannot be loaded. `menu` outlives the
@@ -32,20 +33,24 @@ public:
 
 private:
     struct Controls {
+        QLabel* discLabel = nullptr;
         QLabel* textField = nullptr;
         QPlainTextEdit* textView = nullptr;
         QPushButton* cancelButton = nullptr;
         QPushButton* searchButton = nullptr;
     };
 
-    ZPKDesktopCDSearchWindow(std::unique_ptr<QWidget> root, const Controls& controls,
+    ZPKDesktopCDSearchWindow(std::unique_ptr<QDialog> root, const Controls& controls,
                              ZPKApplicationMenu& menu);
 
+    void prepareHeight() override;
+    void heightTold() override;
     void closeBoxUsed() override;
     void escapePressed() override;
     void addMenuBar(ZPKApplicationMenu& menu);
     QWidget& control(ZPKCDSearchControl control) const;
 
     Controls m_controls;
+    ZPKReadingView& m_products;
     Actions m_actions;
 };

@@ -114,11 +114,13 @@ void ZPKDesktopFrontEnd::runAlert(const ZPKAlert& alert) {
 
 std::unique_ptr<ZPKModalSession> ZPKDesktopFrontEnd::beginModalSessionForWindow(ZPKWindow& window) {
     formWindow(window).bringToFront();
+    formWindow(window).workBegins();
     return std::make_unique<ZPKDesktopModalSession>(*this);
 }
 
 void ZPKDesktopFrontEnd::runLoopForWindow(ZPKWindow& window, ZPKModalLoop& loop) {
-    formWindow(window).bringToFront();
+    formWindow(window).bringToFrontAtOnce();
+    formWindow(window).workBegins();
     runLoop(loop);
     // The owner may block the main thread after this, and not every kind of display has been sent the
     // window's last state by now.

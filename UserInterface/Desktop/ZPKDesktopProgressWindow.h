@@ -3,17 +3,20 @@
 
 #pragma once
 
+#include <QElapsedTimer>
 #include <QLabel>
 #include <QProgressBar>
-#include <QWidget>
+#include <QTimer>
 #include <memory>
 #include <string>
 
+#include "UserInterface/Desktop/ZPKBusyMark.h"
 #include "UserInterface/Desktop/ZPKFormWindow.h"
 #include "UserInterface/ZPKProgressState.h"
 #include "UserInterface/ZPKProgressWindow.h"
 
-/// The window of the form `ProgressWindow.ui`. A person cannot close it.
+/// The window of the form `ProgressWindow.ui`: the product's name, the bar, and below it a mark that turns
+/// and, when it takes longer, the time since the work began. A person cannot close it.
 class ZPKDesktopProgressWindow : public ZPKDesktopWindow<ZPKProgressWindow> {
 public:
     /// Null, after a line on standard error, when the form cannot be loaded.
@@ -23,11 +26,23 @@ public:
     void setTitle(const std::string& title) override;
 
 private:
-    ZPKDesktopProgressWindow(std::unique_ptr<QWidget> root, QLabel* label, QProgressBar* bar);
+    struct Controls {
+        QLabel* iconLabel = nullptr;
+        QLabel* headingLabel = nullptr;
+        QProgressBar* bar = nullptr;
+        QLabel* elapsedLabel = nullptr;
+        ZPKBusyMark* mark = nullptr;
+    };
 
+    ZPKDesktopProgressWindow(std::unique_ptr<QDialog> root, const Controls& controls);
+
+    void workBegins() override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void updateBar();
+    void updateElapsedTime();
 
-    QLabel* m_label;
-    QProgressBar* m_bar;
+    Controls m_controls;
+    QElapsedTimer m_elapsed;
+    QTimer m_ticks;
     ZPKProgressState m_state{[this] { updateBar(); }};
 };

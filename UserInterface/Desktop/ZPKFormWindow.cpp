@@ -6,20 +6,37 @@
 #include <QApplication>
 #include <QKeyEvent>
 #include <QLayout>
-#include <QScreen>
 #include <QWindow>
+#include <utility>
 
 #include "UserInterface/Desktop/ZPKDesktopText.h"
+#include "UserInterface/Desktop/ZPKFontCheck.h"
+#include "UserInterface/Desktop/ZPKScreenFit.h"
 
 namespace {
 
-/// The part of the screen that a window may take, whatever its texts.
-constexpr double kLargestShare = 0.8;
+/// What is over sooner is not seen as anything but a flash.
+constexpr int kAppearanceMilliseconds = 300;
+
+/// While a window is hidden, the layouts inside its layout do not notice new texts and sizes.
+void lookAgain(QWidget& window) {
+    for (QWidget* child : window.findChildren<QWidget*>()) {
+        if (QLayout* layout = child->layout()) {
+            layout->invalidate();
+            child->updateGeometry();
+        }
+    }
+    window.layout()->invalidate();
+    window.layout()->activate();
+}
 
 }  // namespace
 
-ZPKFormWindow::ZPKFormWindow(std::unique_ptr<QWidget> root, Size size)
-    : m_root(std::move(root)), m_size(size) {
+ZPKFormWindow::ZPKFormWindow(std::unique_ptr<QDialog> root, Size size, int characters)
+    : m_root(std::move(root)), m_size(size), m_characters(characters) {
+    m_appearance.setSingleShot(true);
+    m_appearance.setInterval(kAppearanceMilliseconds);
+    connect(&m_appearance, &QTimer::timeout, this, [this] { bringToFrontAtOnce(); });
     Qt::WindowFlags flags = Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint;
     if (size == Size::Adjustable) {
         flags |= Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint;
@@ -30,11 +47,21 @@ ZPKFormWindow::ZPKFormWindow(std::unique_ptr<QWidget> root, Size size)
 }
 
 void ZPKFormWindow::bringToFront() {
+    if (m_root->isVisible() || QApplication::activeModalWidget() == nullptr) {
+        bringToFrontAtOnce();
+    } else if (!m_appearance.isActive()) {
+        m_appearance.start();
+    }
+}
+
+void ZPKFormWindow::bringToFrontAtOnce() {
+    m_appearance.stop();
     if (m_root->isVisible()) {
         m_root->raise();
     } else {
         fitContents();
         placeAboveModalWindow();
+        ZPKFontCheck::check(*m_root);
         m_root->show();
     }
     m_root->activateWindow();
@@ -51,6 +78,7 @@ void ZPKFormWindow::setWindowTitle(const std::string& title) {
 }
 
 void ZPKFormWindow::takeOffScreen() {
+    m_appearance.stop();
     m_root->hide();
     // The owner may block the main thread after this, and not every kind of display has been sent
     // word by now.
@@ -58,19 +86,7 @@ void ZPKFormWindow::takeOffScreen() {
 }
 
 void ZPKFormWindow::fitContents() {
-    m_root->ensurePolished();
-    const QRect screen = m_root->screen()->availableGeometry();
-    const QSize largest = screen.size() * kLargestShare;
-    QLayout* layout = m_root->layout();
-    if (layout != nullptr) {
-        // While a window is hidden, the layouts inside its layout do not notice new texts.
-        layout->invalidate();
-        layout->activate();
-    }
-    QSize size = m_root->sizeHint().expandedTo(m_root->minimumSize()).boundedTo(largest);
-    if (layout != nullptr && layout->hasHeightForWidth()) {
-        size.setHeight(qBound(size.height(), layout->totalHeightForWidth(size.width()), largest.height()));
-    }
+    const QSize size = sizeOfContents();
     const bool changes = size != m_root->size();
     if (m_size == Size::Fixed) {
         m_root->setFixedSize(size);
@@ -78,8 +94,27 @@ void ZPKFormWindow::fitContents() {
         m_root->resize(size);
     }
     if (m_centered && (changes || !m_root->isVisible())) {
-        m_root->move(screen.center() - QRect(QPoint(), size).center());
+        m_root->move(ZPKScreenFit::centeredPosition(*m_root, size));
     }
+}
+
+QSize ZPKFormWindow::sizeOfContents() {
+    m_root->ensurePolished();
+    const QSize largest = ZPKScreenFit::largestSize(*m_root);
+    const int characters = ZPKScreenFit::widthOfCharacters(*m_root, m_characters);
+    QLayout* layout = m_root->layout();
+    if (layout == nullptr) {
+        return m_root->sizeHint().boundedTo(largest);
+    }
+    lookAgain(*m_root);
+    const int width = qMin(qMax(characters, layout->totalMinimumSize().width()), largest.width());
+    layout->setGeometry(QRect(0, 0, width, largest.height()));
+    prepareHeight();
+    lookAgain(*m_root);
+    const int height =
+        layout->hasHeightForWidth() ? layout->totalHeightForWidth(width) : layout->totalSizeHint().height();
+    heightTold();
+    return QSize(width, height).boundedTo(largest);
 }
 
 bool ZPKFormWindow::eventFilter(QObject* watched, QEvent* event) {

@@ -3,8 +3,9 @@
 
 #pragma once
 
+#include <QDialog>
 #include <QObject>
-#include <QWidget>
+#include <QTimer>
 #include <memory>
 #include <string>
 
@@ -14,12 +15,20 @@ class ZPKFormWindow : public QObject {
 public:
     enum class Size { Fixed, Adjustable };
 
-    ZPKFormWindow(std::unique_ptr<QWidget> root, Size size);
+    /// `characters`: so many of the font's characters the window is wide, where the screen has the room.
+    ZPKFormWindow(std::unique_ptr<QDialog> root, Size size, int characters);
 
-    QWidget& widget() const { return *m_root; }
+    QDialog& widget() const { return *m_root; }
 
-    /// Shows the window in front of the others, with the keyboard.
+    /// Shows the window in front of the others, with the keyboard. Over another window it waits a moment:
+    /// what is over by then would only flash.
     void bringToFront();
+
+    /// The same without the wait.
+    void bringToFrontAtOnce();
+
+    /// The work that the window is shown for begins.
+    virtual void workBegins() {}
 
 protected:
     void centerOnScreen();
@@ -29,16 +38,25 @@ protected:
     /// Gives the window the size that its contents need.
     void fitContents();
 
+    /// Around the question for the window's height: the layout has the width that it will have, and then has
+    /// told how high it would be.
+    virtual void prepareHeight() {}
+    virtual void heightTold() {}
+
     /// A person used the close box, or pressed Escape.
     virtual void closeBoxUsed() {}
     virtual void escapePressed() {}
 
-private:
     bool eventFilter(QObject* watched, QEvent* event) override;
-    void placeAboveModalWindow();
 
-    std::unique_ptr<QWidget> m_root;
+private:
+    void placeAboveModalWindow();
+    QSize sizeOfContents();
+
+    std::unique_ptr<QDialog> m_root;
     const Size m_size;
+    const int m_characters;
+    QTimer m_appearance;
     bool m_centered = false;
 };
 

@@ -4,8 +4,8 @@
 #include "UserInterface/Terminal/ZPKProgressLine.h"
 
 #include <algorithm>
-#include <cstdio>
 
+#include "Base/ZPKDurationText.h"
 #include "UserInterface/Terminal/ZPKPercentText.h"
 #include "UserInterface/Terminal/ZPKTextColumns.h"
 
@@ -18,18 +18,6 @@ constexpr std::size_t kLongestBar = 30;
 
 /// Without an end this many marks move along the bar.
 constexpr std::size_t kMovingMarks = 3;
-
-std::string timeText(std::chrono::seconds elapsed) {
-    const long long seconds = elapsed.count();
-    char text[40];
-    if (seconds < 3600) {
-        std::snprintf(text, sizeof(text), "%lld:%02lld", seconds / 60, seconds % 60);
-    } else {
-        std::snprintf(text, sizeof(text), "%lld:%02lld:%02lld", seconds / 3600, seconds / 60 % 60,
-                      seconds % 60);
-    }
-    return text;
-}
 
 /// As wide for every percentage, so that what stands behind it stands still.
 std::string percentText(int percent, const std::string& language) {
@@ -53,7 +41,7 @@ std::string bar(const ZPKProgressLine& line, std::size_t cells) {
 }  // namespace
 
 std::string ZPKProgressLine::withoutTitle(std::size_t columns) const {
-    const std::string time = ZPKPercentText::digits(timeText(elapsed), language);
+    const std::string time = ZPKPercentText::digits(ZPKDurationText(elapsed), language);
     const std::string value = percent ? percentText(*percent, language) : "";
     const std::string numbers = value + (percent ? kGap : "") + time;
     const std::size_t cells = std::clamp(columns / 4, kShortestBar, kLongestBar);

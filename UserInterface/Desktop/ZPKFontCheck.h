@@ -1,0 +1,16 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <QWidget>
+
+/// Looks whether there is a font for what the windows show. Main thread only.
+class ZPKFontCheck {
+public:
+    ZPKFontCheck() = delete;
+
+    /// For each script in the window's texts that no font has, and that was not told before, a line on
+    /// standard error.
+    static void check(const QWidget& window);
+};
