@@ -91,13 +91,16 @@ class Desktop:
         can_close = not flags & MOTIF_HAS_FUNCTIONS or bool(functions & MOTIF_ALL_OR_CLOSE)
         return title[1] if title else "", can_close
 
+    def pixels(self, x, y, width, height, form="rgb"):
+        """That part of the screen, in a form that ImageMagick knows."""
+        area = "%dx%d+%d+%d" % (width, height, x, y)
+        command = ["import", "-window", "root", "-crop", area, form + ":-"]
+        return subprocess.run(command, env=self.environment, check=True, capture_output=True).stdout
+
     def colours(self, x, y, width, height):
         """How many colours that part of the screen has: 1 where nothing is drawn."""
-        area = "%dx%d+%d+%d" % (width, height, x, y)
-        picture = subprocess.run(
-            ["import", "-window", "root", "-crop", area, "png:-"], env=self.environment, check=True, capture_output=True
-        )
-        return int(subprocess.run(["identify", "-format", "%k", "-"], input=picture.stdout, capture_output=True).stdout)
+        picture = self.pixels(x, y, width, height, "png")
+        return int(subprocess.run(["identify", "-format", "%k", "-"], input=picture, capture_output=True).stdout)
 
     def screenshot(self, path):
         subprocess.run(["import", "-window", "root", str(path)], env=self.environment, check=True)

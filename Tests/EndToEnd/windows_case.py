@@ -17,7 +17,7 @@ from xml.sax.saxutils import quoteattr
 
 from mocked_drive import MockedDrive
 from support import STAGING_NAME, PackageTestCase, wait_until, write
-from windows import FolderWatch, Gate, WindowLog, desktop, focused, items
+from windows import FolderWatch, Gate, WindowLog, desktop, focused, items, walk
 
 ESCAPES = {"n": "\n", '"': '"', "\\": "\\"}
 SIGNATURE = "Example Studio 4"
@@ -50,6 +50,24 @@ def string_table(bundle, language):
         key.removeprefix("ZPKString_"): re.sub(r"\\(.)", lambda found: ESCAPES[found[1]], text)
         for key, text in rows
     }
+
+
+def paragraphs(text):
+    """A text as an alert shows it: in parts, lists without their indent."""
+    parts = [part for part in text.split("\n\n") if part.strip()]
+    return [re.sub("^  ", "", part, flags=re.MULTILINE) if part.startswith("  ") else part for part in parts]
+
+
+def plain(text):
+    """Without the marks that keep the direction of each line of a list."""
+    return text.translate({0x2068: None, 0x2069: None})
+
+
+def shown_texts(window):
+    """What the labels and the parts that scroll say, from the top to the bottom."""
+    found = [item for item in walk(window) if item["role"] in ("label", "text") and "showing" in item["states"]]
+    found.sort(key=lambda item: item["bounds"][1])
+    return [item["name"] if item["role"] == "label" else plain(item["text"]) for item in found]
 
 
 class Run:
@@ -204,11 +222,18 @@ class WindowTestCase(PackageTestCase):
     def assert_alert(self, run, text):
         """An alert with that text and one button, which is the default and has the keys."""
         window = run.alert()
-        self.assertEqual([item["name"] for item in items(window, "label")], [text])
+        self.assertEqual(shown_texts(window), paragraphs(text))
         buttons = items(window, "push button")
         self.assertEqual([button["name"] for button in buttons], [run.texts["OK"]])
         self.assertLessEqual({"default", "focused", "enabled"}, set(buttons[0]["states"]))
         return window
+
+    def assert_progress_labels(self, window):
+        """The product's name, and, when it takes longer, the time."""
+        name, *time = shown_texts(window)
+        self.assertEqual(name, self.name)
+        for text in time:
+            self.assertRegex(text, r"^\d+:\d\d$")
 
     def assert_tab_order(self, run, title, *order):
         """The items that Tab visits, from the one that has the keys and round to it again."""

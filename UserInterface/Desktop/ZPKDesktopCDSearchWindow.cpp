@@ -61,6 +61,9 @@ ZPKDesktopCDSearchWindow::ZPKDesktopCDSearchWindow(std::unique_ptr<QDialog> root
     m_controls.discLabel->setPixmap(
         style.standardIcon(QStyle::SP_DriveCDIcon, nullptr, &widget()).pixmap(size));
     m_controls.textField->setTextFormat(Qt::PlainText);
+    // At the reader's side whatever letters it begins with.
+    m_controls.textField->setAlignment(
+        QStyle::visualAlignment(widget().layoutDirection(), Qt::AlignLeft | Qt::AlignTop));
     m_controls.searchButton->setFocus();
     connect(m_controls.searchButton, &QPushButton::clicked, this, [this] { perform(m_actions.pushSearch); });
     connect(m_controls.cancelButton, &QPushButton::clicked, this, [this] { perform(m_actions.pushCancel); });

@@ -61,6 +61,9 @@ ZPKDesktopProgressWindow::ZPKDesktopProgressWindow(std::unique_ptr<QDialog> root
     m_controls.iconLabel->setPixmap(icon.pixmap(size));
     m_controls.iconLabel->setVisible(!icon.isNull());
     m_controls.headingLabel->setTextFormat(Qt::PlainText);
+    // At the reader's side whatever letters it begins with.
+    m_controls.headingLabel->setAlignment(
+        QStyle::visualAlignment(widget().layoutDirection(), Qt::AlignLeft | Qt::AlignVCenter));
     m_controls.headingLabel->setText(ZPKDesktopText(ZPKDesktopIdentity::displayName()));
     m_controls.bar->setRange(0, 100);
     m_controls.bar->installEventFilter(this);

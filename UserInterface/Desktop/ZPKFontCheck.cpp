@@ -52,11 +52,12 @@ constexpr ScriptName kNames[] = {
 void tell(QChar::Script script, uint character) {
     for (const ScriptName& known : kNames) {
         if (known.script == script) {
-            std::fprintf(stderr, "No font has the %s script: boxes stand for its letters\n", known.name);
+            std::fprintf(stderr, "No font has U+%04X of the %s script: boxes stand for such letters\n",
+                         character, known.name);
             return;
         }
     }
-    std::fprintf(stderr, "No font has the script of U+%04X: boxes stand for its letters\n", character);
+    std::fprintf(stderr, "No font has U+%04X: boxes stand for such letters\n", character);
 }
 
 /// Signs and digits that all scripts share are in no script's font, or in every one's.

@@ -10,7 +10,7 @@ class ZPKFontCheck {
 public:
     ZPKFontCheck() = delete;
 
-    /// For each script in the window's texts that no font has, and that was not told before, a line on
-    /// standard error.
+    /// For each script of which no font has a letter that is in the window's texts, and that was not told
+    /// before, a line on standard error.
     static void check(const QWidget& window);
 };

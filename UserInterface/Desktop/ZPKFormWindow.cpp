@@ -114,6 +114,7 @@ QSize ZPKFormWindow::sizeOfContents() {
     const int height =
         layout->hasHeightForWidth() ? layout->totalHeightForWidth(width) : layout->totalSizeHint().height();
     heightTold();
+    lookAgain(*m_root);
     return QSize(width, height).boundedTo(largest);
 }
 

@@ -13,8 +13,11 @@ namespace {
 /// high.
 constexpr int kTitleBarItems = 5;
 
+/// The style's own is that of a window within a window, and may be low.
+constexpr int kLowestTitleBar = 24;
+
 int titleBarHeight(const QWidget& window) {
-    return window.style()->pixelMetric(QStyle::PM_TitleBarHeight, nullptr, &window);
+    return qMax(window.style()->pixelMetric(QStyle::PM_TitleBarHeight, nullptr, &window), kLowestTitleBar);
 }
 
 }  // namespace
