@@ -315,7 +315,7 @@ class BareMachineTest(CarriedPartsTestCase):
         gate = self.hold(bundle, "Data.dat")
         run = self.start(bundle, command=without(*self.FONTS))
         gate.wait_reached()
-        (label,) = items(run.window(run.texts["FILE_EXTRACT"]), "label")
+        label = items(run.window(run.texts["FILE_EXTRACT"]), "label")[0]
         wait_until(lambda: self.desktop.colours(*label["bounds"]) >= at_least, 20)
         count = self.desktop.colours(*label["bounds"])
         gate.open()
