@@ -82,9 +82,8 @@ ZPKDesktopAlert::ZPKDesktopAlert(const ZPKAlert& alert, const QString& windowTit
     layout->addWidget(buttons);
     layout->setSizeConstraint(QLayout::SetFixedSize);
     setMinimumWidth(ZPKScreenFit::widthOfCharacters(*this, 0));
-    auto* button = findChild<QPushButton*>();
-    button->setDefault(true);
-    button->setFocus();
+    // It is the only one, which makes it the default one.
+    findChild<QPushButton*>()->setFocus();
     ZPKFontCheck::check(*this);
 }
 
