@@ -7,7 +7,7 @@
 #include <QFontMetrics>
 #include <QLabel>
 #include <QPlainTextEdit>
-#include <QSet>
+#include <bitset>
 #include <cstdio>
 
 namespace {
@@ -67,12 +67,12 @@ bool isOfOneScript(QChar::Script script) {
 }
 
 void check(const QString& text, const QFont& font) {
-    static QSet<int> told;
+    static std::bitset<QChar::ScriptCount> told;
     const QFontMetrics metrics(font);
     for (const uint character : text.toUcs4()) {
         const QChar::Script script = QChar::script(character);
-        if (isOfOneScript(script) && !told.contains(script) && !metrics.inFontUcs4(character)) {
-            told.insert(script);
+        if (isOfOneScript(script) && !told.test(script) && !metrics.inFontUcs4(character)) {
+            told.set(script);
             tell(script, character);
         }
     }

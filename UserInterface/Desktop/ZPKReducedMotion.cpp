@@ -8,16 +8,13 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
+#include <QDBusVariant>
 #include <QStringList>
-#include <QVariantMap>
 #include <utility>
 
 #include "Base/ZPKEnvironment.h"
 
 namespace {
-
-using Settings = QMap<QString, QVariantMap>;
 
 /// The one wish as each desktop writes it, and the value by which a person makes it.
 struct Wish {
@@ -46,14 +43,33 @@ QDBusMessage question() {
     return message;
 }
 
-bool wishes(const Settings& settings) {
+bool isWish(const QString& group, const QString& key, const QString& value) {
     for (const Wish& wish : kWishes) {
-        const QVariant value = settings.value(QLatin1String(wish.group)).value(QLatin1String(wish.key));
-        if (value.isValid() && value.toString() == QLatin1String(wish.value)) {
-            return true;
+        if (group == QLatin1String(wish.group) && key == QLatin1String(wish.key)) {
+            return value == QLatin1String(wish.value);
         }
     }
     return false;
+}
+
+/// Read piece by piece: the toolkit's types for it would take more of the bundle than all the rest of this.
+bool wishes(const QDBusArgument& groups) {
+    bool isFound = false;
+    for (groups.beginMap(); !groups.atEnd(); groups.endMapEntry()) {
+        QString group;
+        groups.beginMapEntry();
+        groups >> group;
+        for (groups.beginMap(); !groups.atEnd(); groups.endMapEntry()) {
+            QString key;
+            QDBusVariant value;
+            groups.beginMapEntry();
+            groups >> key >> value;
+            isFound = isFound || isWish(group, key, value.variant().toString());
+        }
+        groups.endMap();
+    }
+    groups.endMap();
+    return isFound;
 }
 
 }  // namespace
@@ -74,7 +90,7 @@ void ZPKReducedMotion::askDesktop() {
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [watcher] {
         const QDBusMessage answer = watcher->reply();
         if (answer.type() == QDBusMessage::ReplyMessage && answer.signature() == QLatin1String("a{sa{sv}}") &&
-            wishes(qdbus_cast<Settings>(answer.arguments().constFirst()))) {
+            wishes(answer.arguments().constFirst().value<QDBusArgument>())) {
             s_isWished = true;
         }
         watcher->deleteLater();
