@@ -384,7 +384,9 @@ class DamagedRunFileTest(DamagedRunFileTestCase):
     def test_a_person_with_a_display_sees_it(self):
         path = self.run_file()
         os.truncate(path, path.stat().st_size - 1)
-        closings = (["key", "Return"], ["key", "Escape"], ["mousemove", "--window", "WINDOW", "232", "76", "click", "1"])
+        # The fourth key asks the window manager to close it.
+        closings = [["key", key] for key in ("Return", "Escape", "space", "alt+F4")]
+        closings.append(["mousemove", "--window", "WINDOW", "232", "76", "click", "1"])
         with x_server(window_manager=True) as display:
             for closing in closings:
                 with self.subTest(closing=closing):
