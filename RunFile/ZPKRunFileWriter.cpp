@@ -5,18 +5,17 @@
 
 #include <sys/stat.h>
 #include <unistd.h>
-#include <zstd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <memory>
 #include <utility>
 
 #include "Base/ZPKDescriptorIO.h"
 #include "Base/ZPKPath.h"
 #include "Platform/ZPKFileHandle.h"
 #include "Platform/ZPKFileManager.h"
+#include "RunFile/ZPKBlockJobs.h"
 #include "RunFile/ZPKProgramFilter.h"
 #include "RunFile/ZPKRunFileChecksum.h"
 #include "RunFile/ZPKRunFileTrailer.h"
@@ -30,45 +29,21 @@ constexpr mode_t kExecutable = 0777;
 /// Stored files begin at blocks of the file system, which it may then share instead of copying them.
 constexpr std::uint64_t kAlignment = 4096;
 
-/// The most of a group: small enough to be held in memory beside what compressing takes, large enough that
-/// what is alike meets in one group.
-constexpr std::uint64_t kGroupSize = std::uint64_t{14} << 20;
+/// The most of a group of several files: small enough that two are compressed at once in little memory, large
+/// enough that what is alike meets in one group.
+constexpr std::uint64_t kGroupSize = std::uint64_t{5} << 20;
 
 /// A file of this size is stored when compressing its first piece of this size gains too little.
 constexpr std::uint64_t kTrialSize = std::uint64_t{1} << 20;
-constexpr int kTrialLevel = 1;
 constexpr double kLeastGain = 0.05;
 
 /// A larger one is stored in any case: a block is held in memory when it is placed.
-constexpr std::uint64_t kLargestPackedFile = kGroupSize;
+constexpr std::uint64_t kLargestPackedFile = std::uint64_t{14} << 20;
 
-/// The hardest level, with tables of 17 MiB in the place of 250: blocks come out by 1.4 in 100 larger.
-constexpr int kLevel = 22;
-constexpr int kChainLog = 22;
-constexpr int kHashLog = 18;
+/// What compressing blocks may take of memory at once: the whole program stays below 64 MiB.
+constexpr std::uint64_t kMemory = std::uint64_t{58} << 20;
+
 constexpr std::uint64_t kLargestProgram = std::uint64_t{8} << 20;
-
-using Compressor = std::unique_ptr<ZSTD_CCtx, decltype(&::ZSTD_freeCCtx)>;
-
-ZPKResult<std::string> compressed(const std::string& bytes, const Compressor& compressor) {
-    const std::size_t bound = ::ZSTD_compressBound(bytes.size());
-    // Memory that nothing is written to takes none.
-    const auto packed = std::make_unique_for_overwrite<char[]>(bound);
-    const std::size_t size =
-        ::ZSTD_compress2(compressor.get(), packed.get(), bound, bytes.data(), bytes.size());
-    if (::ZSTD_isError(size) != 0) {
-        return ZPKFailure("the compressor", ::ZSTD_getErrorName(size));
-    }
-    return std::string(packed.get(), size);
-}
-
-Compressor compressorOf(int level, int chainLog = 0, int hashLog = 0) {
-    Compressor compressor(::ZSTD_createCCtx(), &::ZSTD_freeCCtx);
-    ::ZSTD_CCtx_setParameter(compressor.get(), ZSTD_c_compressionLevel, level);
-    ::ZSTD_CCtx_setParameter(compressor.get(), ZSTD_c_chainLog, chainLog);
-    ::ZSTD_CCtx_setParameter(compressor.get(), ZSTD_c_hashLog, hashLog);
-    return compressor;
-}
 
 ZPKResult<std::string> wholeFile(const std::string& path, std::uint64_t limit) {
     const ZPKResult<ZPKFileHandle> file = ZPKFileHandle::forReadingAtPath(path);
@@ -88,11 +63,11 @@ ZPKResult<bool> isToBeStored(const std::string& path, std::uint64_t size) {
     if (ZPKDescriptorIO::readWholeAt(file->descriptor(), bytes.data(), bytes.size(), 0) < 0) {
         return ZPKFailure::ofSystem(path, errno);
     }
-    const ZPKResult<std::string> packed = compressed(bytes, compressorOf(kTrialLevel));
+    const ZPKResult<ZPKPackedBlock> packed = ZPKPackedBlock::quicklyOf(bytes);
     if (!packed) {
         return packed.failure();
     }
-    return static_cast<double>(packed->size()) > static_cast<double>(kTrialSize) * (1 - kLeastGain);
+    return static_cast<double>(packed->bytes().size()) > static_cast<double>(kTrialSize) * (1 - kLeastGain);
 }
 
 }  // namespace
@@ -214,7 +189,7 @@ ZPKOutcome ZPKRunFileWriter::writeProgram() {
     return append(*program);
 }
 
-ZPKResult<std::string> ZPKRunFileWriter::packedGroup(const Group& group) const {
+ZPKResult<ZPKPackedBlock> ZPKRunFileWriter::packedGroup(const Group& group) const {
     std::string plain;
     plain.reserve(static_cast<std::size_t>(group.size));
     for (const std::size_t index : group.entries) {
@@ -229,22 +204,23 @@ ZPKResult<std::string> ZPKRunFileWriter::packedGroup(const Group& group) const {
         plain += *bytes;
         ZPKProgramFilter::pack(plain.data() + entry.offset, bytes->size());
     }
-    return compressed(plain, compressorOf(kLevel, kChainLog, kHashLog));
+    return ZPKPackedBlock::of(plain);
 }
 
 ZPKOutcome ZPKRunFileWriter::writeGroups() {
+    std::vector<std::uint64_t> costs;
     for (const Group& group : m_groups) {
-        const ZPKResult<std::string> packed = packedGroup(group);
-        if (!packed) {
-            return packed.failure();
-        }
-        m_table.blocks.push_back({m_size, packed->size(), group.size, ZPKRunFileChecksum::of(*packed)});
-        if (ZPKOutcome written = append(*packed); !written) {
-            return written;
-        }
-        m_written(group.size);
+        costs.push_back(ZPKPackedBlock::memoryFor(group.size));
     }
-    return {};
+    ZPKBlockJobs jobs(std::move(costs), kMemory,
+                      [&](std::size_t index) { return packedGroup(m_groups[index]); });
+    return jobs.run([&](std::size_t index, std::string_view packed) {
+        m_table.blocks.push_back(
+            {m_size, packed.size(), m_groups[index].size, ZPKRunFileChecksum::of(packed)});
+        ZPKOutcome written = append(packed);
+        m_written(m_groups[index].size);
+        return written;
+    });
 }
 
 ZPKOutcome ZPKRunFileWriter::writeStoredFiles() {

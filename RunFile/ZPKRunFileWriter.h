@@ -11,6 +11,7 @@
 
 #include "Base/ZPKFailure.h"
 #include "Base/ZPKReplacementFile.h"
+#include "RunFile/ZPKPackedBlock.h"
 #include "RunFile/ZPKRunFileTable.h"
 
 /// Makes one executable file of a program and a bundle. Used once, on one thread.
@@ -39,7 +40,7 @@ private:
     void addToGroup(std::size_t entry);
     ZPKOutcome writeProgram();
     ZPKOutcome writeGroups();
-    ZPKResult<std::string> packedGroup(const Group& group) const;
+    ZPKResult<ZPKPackedBlock> packedGroup(const Group& group) const;
     ZPKOutcome writeStoredFiles();
     ZPKOutcome storeFile(ZPKRunFileEntry& entry);
     ZPKOutcome writeTable();

@@ -4,6 +4,7 @@
 #include "RunFile/ZPKRunFile.h"
 
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -126,6 +127,25 @@ TEST_F(ZPKRunFileTest, TheSameBundleGivesTheSameFile) {
     ASSERT_TRUE(make());
     const std::string first = contentsOf(output());
     ASSERT_TRUE(make());
+    EXPECT_TRUE(first == contentsOf(output()));
+}
+
+TEST_F(ZPKRunFileTest, TheNumberOfProcessorsDoesNotCount) {
+    for (const char letter : std::string("abcdef")) {
+        writeFile(bundle + "/" + letter, std::string(std::size_t{3} << 20, letter) + noise(1 << 16));
+    }
+    ASSERT_TRUE(make());
+    const std::string first = contentsOf(output());
+    EXPECT_GE(ZPKRunFile::open(output())->table().blocks.size(), 4U);
+    cpu_set_t all;
+    ASSERT_EQ(::sched_getaffinity(0, sizeof all, &all), 0);
+    cpu_set_t one;
+    CPU_ZERO(&one);
+    CPU_SET(static_cast<std::size_t>(::sched_getcpu()), &one);
+    ASSERT_EQ(::sched_setaffinity(0, sizeof one, &one), 0);
+    const ZPKOutcome made = make();
+    ASSERT_EQ(::sched_setaffinity(0, sizeof all, &all), 0);
+    ASSERT_TRUE(made);
     EXPECT_TRUE(first == contentsOf(output()));
 }
 
