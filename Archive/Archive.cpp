@@ -137,19 +137,31 @@ bool extractFrom(const std::string& archive, const std::string& folder, ErrorSin
 }
 
 template <typename OpenInput>
-bool listFrom(const std::string& archive, const std::function<void(const MemberDescription&)>& visit,
-              ErrorSink& sink, const OpenInput& openInput) {
+bool readFrom(const std::string& archive, const MemberReader& wants, ErrorSink& sink,
+              const OpenInput& openInput) {
     CountingSink counted(sink);
     reportFailure(archive, counted, [&] {
         PlainStream stream(openInput());
         CpioReader reader(stream);
         LinkTable links;
         while (std::optional<Member> member = reader.next()) {
-            visit(describe(*member, links));
+            if (const DataTaker take = wants(describe(*member, links))) {
+                for (auto piece = reader.nextData(); !piece.empty(); piece = reader.nextData()) {
+                    take(piece);
+                }
+            }
         }
         reader.finish();
     });
     return !counted.failed();
+}
+
+/// Of one who wants no data.
+MemberReader readerOf(const std::function<void(const MemberDescription&)>& visit) {
+    return [&visit](const MemberDescription& member) {
+        visit(member);
+        return DataTaker();
+    };
 }
 
 void stayOutside(int) {}
@@ -201,12 +213,16 @@ bool extractInCage(const std::string& archive, const std::string& folder, ErrorS
 
 bool list(const std::string& archive, const std::function<void(const MemberDescription&)>& visit,
           ErrorSink& sink) {
-    return listFrom(archive, visit, sink, [&] { return InputFile(archive); });
+    return readFrom(archive, readerOf(visit), sink, [&] { return InputFile(archive); });
 }
 
 bool list(const std::string& name, const ByteSource& source,
           const std::function<void(const MemberDescription&)>& visit, ErrorSink& sink) {
-    return listFrom(name, visit, sink, [&] { return InputFile(source); });
+    return read(name, source, readerOf(visit), sink);
+}
+
+bool read(const std::string& name, const ByteSource& source, const MemberReader& reader, ErrorSink& sink) {
+    return readFrom(name, reader, sink, [&] { return InputFile(source); });
 }
 
 }  // namespace zpk_archive

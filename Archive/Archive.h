@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 
 #include "Archive/ByteSource.h"
@@ -27,6 +28,12 @@ struct MemberDescription {
     std::int64_t modifiedSeconds = 0;  ///< Since 1970-01-01 UTC.
     std::string linkTarget;  ///< Of a symbolic link its text, of a hard link the earlier member's name.
 };
+
+/// Gets the bytes of a member's data, one piece after the other.
+using DataTaker = std::function<void(std::span<const std::uint8_t> piece)>;
+
+/// Is told of a member, and says who gets its data; an empty function where nobody wants them.
+using MemberReader = std::function<DataTaker(const MemberDescription&)>;
 
 /// Packs `source` (a folder, or a single file) into a gzip-compressed CPIO archive, whose one
 /// top-level entry has the source's own name: the last component of the path, after resolving a path
@@ -91,5 +98,8 @@ bool list(const std::string& archive, const std::function<void(const MemberDescr
 /// The same for an archive that `source` supplies; errors name it `name`.
 bool list(const std::string& name, const ByteSource& source,
           const std::function<void(const MemberDescription&)>& visit, ErrorSink& sink);
+
+/// The same with the data of the members that `reader` wants.
+bool read(const std::string& name, const ByteSource& source, const MemberReader& reader, ErrorSink& sink);
 
 }  // namespace zpk_archive

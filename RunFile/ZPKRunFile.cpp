@@ -18,7 +18,6 @@
 
 namespace {
 
-constexpr std::uint64_t kLargestTable = std::uint64_t{256} << 20;
 constexpr std::uint64_t kLargestProgram = std::uint64_t{8} << 20;
 
 ZPKFailure damaged(const std::string& path) {
@@ -101,7 +100,8 @@ ZPKResult<ZPKRunFileTrailer> trailerOf(const ZPKFileHandle& file) {
         return bytes.failure();
     }
     const std::optional<ZPKRunFileTrailer> trailer = ZPKRunFileTrailer::decoded(*bytes, file.size());
-    if (!trailer || trailer->tableSize > kLargestTable || trailer->programSize > kLargestProgram) {
+    if (!trailer || trailer->tableSize > ZPKRunFileTable::kLargestSize ||
+        trailer->programSize > kLargestProgram) {
         return damaged(file.path());
     }
     return *trailer;

@@ -267,6 +267,9 @@ ZPKOutcome ZPKRunFileWriter::storeFile(ZPKRunFileEntry& entry) {
 ZPKOutcome ZPKRunFileWriter::writeTable() {
     ZPKRunFileTrailer trailer;
     const std::string table = m_table.encoded();
+    if (table.size() > ZPKRunFileTable::kLargestSize) {
+        return ZPKFailure(m_bundle, "it holds too many files beside its archives");
+    }
     trailer.programSize = m_programSize;
     trailer.programChecksum = m_programChecksum;
     trailer.tableOffset = m_size;

@@ -546,11 +546,68 @@ class MadePackageCheckTest(MadePackageTestCase):
             found = [row[1] for row in self.lines()]
             self.assertEqual(found, [check] if check else [], exec_)
 
+    def found_in_payload(self, *members):
+        self.hostile([("Data", 0o040755, b""), *members])
+        return self.lines()
+
+    def test_the_program_in_an_archive_is_looked_at(self):
+        self.build()
+        path = "Hello.app/Contents/Resources/Data.datx/Data/setup"
+        loader = "/lib64/ld-linux-x86-64.so.2"
+        rows = [
+            (b"echo hello\n", "script-without-interpreter"),
+            (b"", "script-without-interpreter"),
+            (b"#!/usr/bin/perl\n", "program-loader"),
+            (elf.machine_program(elf.AARCH64), "program-processor"),
+            (elf.machine_program(interpreter="/lib/ld-musl-x86_64.so.1"), "program-loader"),
+            (elf.machine_program(interpreter=loader, libraries=["libQt6Core.so.6"]), "program-library"),
+            (elf.machine_program(interpreter=loader)[:40], "unreadable"),
+            (elf.machine_program(interpreter=loader), None),
+            (b"#!/bin/sh\n" + b"#" * 3_000_000, None),
+        ]
+        for number, (contents, check) in enumerate(rows):
+            with self.subTest(number, check=check):
+                self.assertEqual(self.found_in_payload(("Data/setup", 0o100755, contents)), [(path, check)] if check else [])
+
+    def test_libraries_in_an_archive_count_wherever_they_stand(self):
+        self.build()
+        program = elf.machine_program(
+            interpreter="/lib64/ld-linux-x86-64.so.2", libraries=["libone.so", "libtwo.so", "libthree.so"],
+            run_path="$ORIGIN/lib:$ORIGIN/../Data/other:/usr/lib")
+        found = self.found_in_payload(
+            ("Data/lib", 0o040755, b""), ("Data/lib/libone.so", 0o100644, b""), ("Data/setup", 0o100755, program),
+            ("Data/other", 0o040755, b""), ("Data/other/libtwo.so", 0o100644, b""), ("Data/libthree.so", 0o100644, b""))
+        self.assertEqual([check for _, check in found], ["program-library"])
+        self.assertIn("libthree.so", self.check_bundle().stdout)
+
+    def test_without_a_name_the_first_program_is_looked_at(self):
+        (self.source / "Info/Startup.xml").unlink()
+        self.build()
+        good, bad = b"#!/bin/sh\n", b"echo\n"
+        rows = [([("a", bad), ("b", good)], True), ([("a", good), ("b", bad)], False), ([("b", bad), ("a", good)], False),
+                ([("b", good), ("a", bad)], True), ([(".a", bad), ("b", good)], False)]
+        for members, is_found in rows:
+            found = self.found_in_payload(*((f"Data/{name}", 0o100755, text) for name, text in members))
+            self.assertEqual([check for _, check in found], ["script-without-interpreter"] * is_found, members)
+
+    def test_one_file_is_looked_at_like_a_bundle(self):
+        self.write("Data/setup", "echo hello\n")
+        os.symlink("/x", self.source / "Data/a")
+        self.write("Data/user", "", 0o4755)
+        self.write("Data/README", "")
+        self.write("Data/readme", "")
+        self.allow("script-without-interpreter")
+        expected = ["link-absolute", "name-case", "script-without-interpreter", "set-id"]
+        for name in ("Hello.app", "Hello.run"):
+            self.build(name)
+            self.assertEqual(sorted(check for _, check in self.lines(name)), expected)
+
     def test_members_that_do_not_come_out_as_they_are(self):
         self.build()
         self.hostile([("Data", 0o040755, b""), ("Data/FIFO", 0o010644, b""), ("Data/a", 0o120777, b"/x"),
                       ("Data/inner", 0o040755, b""), ("Data/inner/b", 0o120777, b"../../x"),
-                      ("Data/inner/c", 0o120777, b"../x"), ("Data/fifo", 0o104755, b""), ("Data/setup", 0o100755, b""),
+                      ("Data/inner/c", 0o120777, b"../x"), ("Data/fifo", 0o104755, b""),
+                      ("Data/setup", 0o100755, b"#!/bin/sh\n"),
                       ("Data/" + "n" * 256, 0o100644, b"")])
         data = "Hello.app/Contents/Resources/Data.datx/Data"
         self.assertEqual(self.lines(), [

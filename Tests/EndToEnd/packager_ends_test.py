@@ -1,20 +1,29 @@
 # SPDX-FileCopyrightText: 2026 The Zephyrkit authors
 # SPDX-License-Identifier: MIT
 
-"""What the packager leaves behind where it cannot come to its end: signals at known places, and full
-disks."""
+"""What the packager leaves behind where it cannot come to its end: signals at known places, full disks, Ctrl-C at a
+terminal's bar."""
 
+import contextlib
+import fcntl
+import gzip
 import os
 import pathlib
+import pty
+import select
 import shutil
 import signal
+import struct
 import subprocess
+import termios
+import time
 import unittest
 
-from packager_case import CommandTestCase
-from support import BUILD, write
+from packager_case import CommandTestCase, scrambled
+from support import BUILD, odc_archive, write
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
+WIPE = b"\r\x1b[K"
 
 
 class HalfWayTestCase(CommandTestCase):
@@ -103,6 +112,96 @@ class ImportEndsTest(HalfWayTestCase):
             with open(disk / "filler", "wb") as file:
                 file.write(bytes(max(0, room.f_bavail * room.f_frsize - 8192)))
             self.expect_nothing_on_full_disks(disk, b"", "strings", disk / "source", "--import-po", "po")
+
+
+class LookEndsTest(CommandTestCase):
+    """A payload that takes long to read: zeros without end, which pack well."""
+
+    PIECE = 64 << 20
+
+    def setUp(self):
+        super().setUp()
+        self.hostile_bundle([])
+        self.make_payload(128)
+
+    def make_payload(self, pieces):
+        size = pieces * self.PIECE - 1
+        head, _, end = odc_archive([("Data", 0o040755, b""), ("Data/zeros", 0o100644, b"\0")]).rpartition(b"\0" + b"070707")
+        head = head.replace(b"%011o" % 1 + b"Data/zeros", b"%011o" % size + b"Data/zeros")
+        self.assertIn(b"%011o" % size, head)
+        piece = gzip.compress(bytes(self.PIECE), 1, mtime=0)
+        rest = gzip.compress(bytes(self.PIECE - 1) + b"070707" + end, 1, mtime=0)
+        packed = gzip.compress(head, mtime=0) + piece * (pieces - 1) + rest
+        write(self.folder / "Hostile.app/Contents/Resources/Data.datx", scrambled(packed))
+
+    @contextlib.contextmanager
+    def looking(self, *arguments, messages=None, stdout=subprocess.DEVNULL):
+        terminal, child = messages or pty.openpty()
+        fcntl.ioctl(terminal, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 80, 0, 0))
+        process = subprocess.Popen(
+            [BUILD / "zpkpack", *arguments], cwd=self.folder, stdin=subprocess.DEVNULL, stdout=stdout,
+            stderr=child, env={**os.environ, "TERM": "xterm", "TMPDIR": str(self.temporary)})
+        os.close(child)
+        if stdout != subprocess.DEVNULL:
+            os.close(stdout)
+        try:
+            yield process, terminal
+        finally:
+            process.kill()
+            process.wait()
+            os.close(terminal)
+
+    def read(self, terminal, is_enough):
+        seen = b""
+        end = time.monotonic() + 60
+        while not is_enough(seen):
+            ready, _, _ = select.select([terminal], [], [], max(0, end - time.monotonic()))
+            self.assertTrue(ready, b"waited in vain after " + seen)
+            try:
+                piece = os.read(terminal, 65536)
+            except OSError:  # The other end of a terminal is gone.
+                break
+            if not piece:
+                break
+            seen += piece
+        return seen
+
+    def test_an_interrupted_look_leaves_the_line_clean(self):
+        for command in ("verify", "check", "list"):
+            for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+                with self.subTest(command, number=number), self.looking(command, "Hostile.app") as (process, terminal):
+                    seen = self.read(terminal, lambda text: text.count(b"] reading Data: ") >= 2)
+                    process.send_signal(number)
+                    self.assertEqual(process.wait(60), -number)
+                    seen += self.read(terminal, lambda text: False)
+                    self.assertTrue(seen.endswith(WIPE), seen[-100:])
+                    self.assertEqual(list(self.temporary.iterdir()), [])
+
+    def test_a_list_on_the_same_terminal_has_no_bar(self):
+        self.make_payload(12)
+        terminal, child = pty.openpty()
+        with self.looking("list", "Hostile.app", messages=(terminal, child), stdout=os.dup(child)) as (process, _):
+            seen = self.read(terminal, lambda text: False)
+            self.assertEqual(process.wait(60), 0)
+        self.assertIn(b"Data/zeros\r\n", seen)
+        self.assertNotIn(b"reading", seen)
+
+    def test_a_log_has_a_line_a_second_at_most(self):
+        for command in ("list", "check"):
+            reader, writer = os.pipe()
+            begin = time.monotonic()
+            process = subprocess.Popen([BUILD / "zpkpack", command, "Hostile.app"], cwd=self.folder,
+                                       stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=writer)
+            os.close(writer)
+            try:
+                seen = self.read(reader, lambda text: text.count(b"\n") >= 2)
+                self.assertLessEqual(seen.count(b"\n"), time.monotonic() - begin + 1)
+                for line in seen.splitlines():
+                    self.assertRegex(line, rb"^zpkpack: reading Data: \d+ % of [0-9.]+ MB, [0-9.]+ [kMG]B/s, [0-9:]+ left$")
+            finally:
+                process.kill()
+                process.wait()
+                os.close(reader)
 
 
 if __name__ == "__main__":

@@ -74,5 +74,46 @@ class PackagerMemoryTest(CommandTestCase):
         self.assertEqual(many, [f"Data/many/{number:07}-{LONG}" for number in range(FILES)])
 
 
+class ManyPartsTest(CommandTestCase):
+    """Bundles with many files beside their archives: as many as fit into little memory, or a clear word."""
+
+    def setUp(self):
+        tempfile.tempdir = IN_MEMORY if os.access(IN_MEMORY, os.W_OK) else None
+        self.addCleanup(setattr, tempfile, "tempdir", None)
+        super().setUp()
+
+    def fill(self, folder, names):
+        folder.mkdir(exist_ok=True)
+        for name in names:
+            (folder / name).touch()
+
+    def expect_little(self, *arguments, status=0):
+        done, memory = peak_memory_of([BUILD / "zpkpack", *arguments], cwd=self.folder)
+        self.assertEqual(done, status, arguments)
+        self.assertLess(memory, LIMIT, arguments)
+
+    def test_as_many_as_are_taken(self):
+        self.fill(self.template / "Contents/Resources/Many", (f"{number:05}-{LONG[:40]}" for number in range(13_000)))
+        self.expect_little("build", self.source, "-o", "Made.app", "--template", self.template)
+        self.expect_little("build", self.source, "-o", "Made.run", "--template", self.template)
+        for package in ("Made.app", "Made.run"):
+            self.expect_little("list", package)
+            self.expect_little("verify", package)
+            self.expect_little("extract", package, "-o", f"{package}.source")
+            self.expect_little("check", package, status=1)
+
+    def test_more_are_refused_in_words(self):
+        made = self.small_package("Made.app")
+        self.fill(made / "Contents/Resources/Many", (f"{number:05}-{LONG[:60]}" for number in range(25_000)))
+        for command in (["list", made], ["verify", made], ["extract", made, "-o", "Source"], ["check", made],
+                        ["build", self.source, "-o", "Out.app", "--template", made],
+                        ["build", self.source, "-o", "Out.run", "--template", made]):
+            with self.subTest(command[0]):
+                self.expect_little(*command, status=1)
+                done = self.run_zpkpack(*command, status=1)
+                self.assertIn(b"it holds too many files beside its archives", done.stdout + done.stderr)
+        self.assertFalse((self.folder / "Out.app").exists() or (self.folder / "Out.run").exists())
+
+
 if __name__ == "__main__":
     unittest.main(verbosity=2)

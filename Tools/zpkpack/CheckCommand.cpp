@@ -7,7 +7,9 @@
 #include "Tools/zpkpack/Check/FindingReport.h"
 #include "Tools/zpkpack/Check/SourceCheck.h"
 #include "Tools/zpkpack/Console.h"
+#include "Tools/zpkpack/LineGuard.h"
 #include "Tools/zpkpack/PackageCheck.h"
+#include "Tools/zpkpack/Progress.h"
 
 namespace zpk_packager {
 
@@ -44,7 +46,9 @@ ExitStatus CheckCommand::explain(Console& console) const {
 ExitStatus CheckCommand::check(Console& console) const {
     FindingList findings;
     if (PackageCheck::isMeant(m_package)) {
-        PackageCheck(findings).run(m_package);
+        Progress progress(console);
+        const LineGuard guard(console);
+        PackageCheck(findings, &progress).run(m_package);
     } else {
         SourceCheck(findings).run(m_package);
     }

@@ -20,8 +20,6 @@ namespace {
 
 constexpr std::size_t kKeptResults = std::size_t{64} * 1024;
 constexpr std::size_t kUsualColumns = 80;
-/// Back to the start of the line, and away with what stands there.
-constexpr const char* kWipe = "\r\x1b[K";
 
 /// There is nobody left to tell when it cannot be written.
 void writeMessage(const std::string& text) {
@@ -69,6 +67,10 @@ void Console::finish() {
     if (!isWritten) {
         throw PackagerFailure::ofSystem("standard output", errno);
     }
+}
+
+bool Console::areResultsOnATerminal() {
+    return ::isatty(STDOUT_FILENO) == 1;
 }
 
 bool Console::isColoured(Stream stream) {

@@ -54,6 +54,9 @@ public:
     /// Writes the results that are still kept. Throws `PackagerFailure`.
     void finish();
 
+    /// Whether results stand between the messages of a terminal.
+    static bool areResultsOnATerminal();
+
     /// Whether what is written there may be coloured: by a terminal that can, for a person who has not
     /// said no by `NO_COLOR`.
     static bool isColoured(Stream stream);

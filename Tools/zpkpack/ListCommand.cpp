@@ -9,8 +9,10 @@
 #include "Package/ZPKPackageLayout.h"
 #include "Tools/zpkpack/Console.h"
 #include "Tools/zpkpack/ConsoleErrorSink.h"
+#include "Tools/zpkpack/LineGuard.h"
 #include "Tools/zpkpack/MadePackage.h"
 #include "Tools/zpkpack/MemberText.h"
+#include "Tools/zpkpack/Progress.h"
 
 namespace zpk_packager {
 
@@ -20,14 +22,16 @@ using Content = ZPKPackageLayout::Content;
 using Visitor = std::function<void(Content, const zpk_archive::MemberDescription&)>;
 
 /// Goes on to the second archive where the first one is damaged.
-bool visitMembers(MadePackage& package, Console& console, const Visitor& visit) {
+bool visitMembers(MadePackage& package, Console& console, Progress* progress, const Visitor& visit) {
     bool isWhole = true;
     for (const Content content : {Content::Info, Content::Data}) {
         try {
             ConsoleErrorSink sink(console);
             isWhole =
                 zpk_archive::list(
-                    package.nameOf(MadePackage::archivePath(content)), package.plainArchive(content),
+                    package.nameOf(MadePackage::archivePath(content)),
+                    package.plainArchive(content, std::string("reading ") + ZPKPackageLayout::name(content),
+                                         progress),
                     [&](const zpk_archive::MemberDescription& member) { visit(content, member); }, sink) &&
                 isWhole;
         } catch (const std::exception& failure) {
@@ -55,9 +59,13 @@ CLI::App& ListCommand::declare(CLI::App& program) {
 
 ExitStatus ListCommand::run(Console& console) {
     const std::unique_ptr<MadePackage> package = MadePackage::open(m_package);
+    Progress progress(console);
+    const LineGuard guard(console);
+    // A bar has no place among the lines of the list.
+    Progress* const shown = Console::areResultsOnATerminal() ? nullptr : &progress;
     const bool isJSON = m_format == "json";
     std::string before = isJSON ? "[\n" : "";
-    const bool isWhole = visitMembers(*package, console, [&](Content content, const auto& member) {
+    const bool isWhole = visitMembers(*package, console, shown, [&](Content content, const auto& member) {
         if (isJSON) {
             console.result(before + MemberText::json(member, ZPKPackageLayout::name(content)));
             before = ",\n";

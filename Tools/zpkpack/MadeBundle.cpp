@@ -24,6 +24,10 @@ namespace {
 
 constexpr mode_t kPermissions = 07777;
 
+/// What is known of the items, in bytes: some ten thousand files, where a bundle has two hundred. The
+/// manifest takes several times as much.
+constexpr std::size_t kMostItems = std::size_t{4} << 20;
+
 MadePackage::Kind kindOf(mode_t mode) {
     switch (mode & S_IFMT) {
         case S_IFDIR:
@@ -61,8 +65,13 @@ MadePackage::Item itemAt(const std::string& bundle, const std::string& path) {
 
 MadeBundle::MadeBundle(const std::string& path) : MadePackage(path) {
     std::vector<Item> items;
-    require(ZPKFileManager::enumerateFolder(path, [&](const std::string& below, ZPKFileManager::ItemKind) {
+    std::size_t size = 0;
+    require(ZPKFileManager::visitFolder(path, [&](const std::string& below, ZPKFileManager::ItemKind) {
         items.push_back(itemAt(path, below));
+        size += sizeof(Item) + below.size() + items.back().target.size();
+        if (size > kMostItems) {
+            throw PackagerFailure(path, "it holds too many files beside its archives");
+        }
     }));
     setItems(std::move(items));
 }

@@ -5,10 +5,13 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <filesystem>
+#include <set>
 #include <string_view>
 
 #include "Base/ZPKPath.h"
 #include "Package/ZPKPackageLayout.h"
+#include "Tools/zpkpack/Check/ProgramCheck.h"
 
 namespace zpk_packager {
 
@@ -26,6 +29,11 @@ bool mayBeExecuted(const MemberDescription& member) {
     return member.type == MemberType::SymbolicLink || (isFile && (member.permissions & kExecutable) != 0);
 }
 
+/// Without what a path says twice: a run path may climb.
+std::string normalized(const std::string& path) {
+    return std::filesystem::path(path).lexically_normal().string();
+}
+
 }  // namespace
 
 MemberProgramCheck::MemberProgramCheck(const std::string& exec)
@@ -38,11 +46,20 @@ MemberProgramCheck::MemberProgramCheck(const std::string& exec)
     }
 }
 
-void MemberProgramCheck::visit(const MemberDescription& member) {
-    if (isNamed() ? member.name == m_member : isFirst(member)) {
-        m_isThere = true;
-        m_isExecutable = m_isBundle || mayBeExecuted(member);
+zpk_archive::DataTaker MemberProgramCheck::visit(const MemberDescription& member) {
+    if (isNamed() ? member.name != m_member : !isFirst(member)) {
+        return {};
     }
+    m_isThere = true;
+    m_isExecutable = m_isBundle || mayBeExecuted(member);
+    // Of several that are not named, the first by name is run, wherever it stands in the archive.
+    if (!m_program.empty() && member.name > m_program) {
+        return {};
+    }
+    m_program = member.name;
+    m_copy.clear();
+    const bool isFile = member.type == MemberType::RegularFile && !member.name.ends_with(kBundleInformation);
+    return isFile && m_isExecutable ? m_copy.taker(member.size) : zpk_archive::DataTaker();
 }
 
 /// One that is run where none is named: at the top, and not hidden.
@@ -53,7 +70,37 @@ bool MemberProgramCheck::isFirst(const MemberDescription& member) const {
     return isBundle || (depth == 1 && !leaf.starts_with('.') && mayBeExecuted(member));
 }
 
-void MemberProgramCheck::report(const std::string& path, FindingList& findings) const {
+void MemberProgramCheck::report(const std::string& path, MadeArchive& payload, FindingList& findings) const {
+    reportPlace(path, findings);
+    if (m_copy.isWhole()) {
+        reportProgram(payload, findings);
+    }
+}
+
+/// A library is looked for in the payload only where the machine is not known to have it: that takes another
+/// reading.
+void MemberProgramCheck::reportProgram(MadeArchive& payload, FindingList& findings) const {
+    const std::string shown = ZPKPath::join(payload.name(), m_program);
+    const ZPKResult<ProgramFile> program = ProgramFile::read(m_copy.descriptor(), shown);
+    std::set<std::string> asked;
+    FindingList ignored;
+    ProgramCheck(ignored).look(shown, program, [&](const std::string& library) {
+        asked.insert(normalized(library));
+        return false;
+    });
+    std::set<std::string> brought;
+    if (!asked.empty()) {
+        payload.namesAgain()([&](const std::string& name) {
+            if (const std::string member = ZPKPath::join(payload.name(), name); asked.contains(member)) {
+                brought.insert(member);
+            }
+        });
+    }
+    ProgramCheck(findings).look(
+        shown, program, [&](const std::string& library) { return brought.contains(normalized(library)); });
+}
+
+void MemberProgramCheck::reportPlace(const std::string& path, FindingList& findings) const {
     const std::string exec = "\"" + m_exec + "\" ";
     if (!isNamed()) {
         if (!m_isThere) {

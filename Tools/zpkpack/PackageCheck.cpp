@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
-#include <exception>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -27,7 +26,9 @@
 #include "Tools/zpkpack/Check/SourceText.h"
 #include "Tools/zpkpack/Check/StartupCheck.h"
 #include "Tools/zpkpack/Check/TablesCheck.h"
+#include "Tools/zpkpack/CheckFailure.h"
 #include "Tools/zpkpack/FirstErrorSink.h"
+#include "Tools/zpkpack/MadeArchive.h"
 #include "Tools/zpkpack/MadePackage.h"
 #include "Tools/zpkpack/Manifest.h"
 #include "Tools/zpkpack/MemberCheck.h"
@@ -62,48 +63,6 @@ void writeFile(const std::string& path, const std::string& bytes) {
     }
 }
 
-/// A message without the path that it is told under anyway.
-std::string reasonIn(const std::string& message, const std::string& path) {
-    return message.starts_with(path + ": ") ? message.substr(path.size() + 2) : message;
-}
-
-/// The reason of a failure that is to be told under a path.
-template <typename Action>
-void reportFailure(FindingList& findings, const char* check, const std::string& path, const Action& action) {
-    try {
-        action();
-    } catch (const std::exception& failure) {
-        findings.add(check, path, reasonIn(failure.what(), path));
-    }
-}
-
-/// False, and a finding, when the archive is damaged.
-template <typename Visitor>
-bool visitMembers(MadePackage& package, Content content, FindingList& findings, const Visitor& visit) {
-    const std::string name = package.nameOf(MadePackage::archivePath(content));
-    if (package.find(MadePackage::archivePath(content)) == nullptr) {
-        return false;
-    }
-    FirstErrorSink sink;
-    bool isWhole = false;
-    reportFailure(findings, "archive", name,
-                  [&] { isWhole = zpk_archive::list(name, package.plainArchive(content), visit, sink); });
-    if (!sink.text().empty()) {
-        findings.add("archive", name, reasonIn(sink.text(), name));
-    }
-    return isWhole;
-}
-
-/// Goes through the names of an archive once more; what is wrong with it was told before.
-FolderNames::Reader namesAgain(MadePackage& package, Content content) {
-    return [&package, content](const FolderNames::Taker& take) {
-        FindingList told;
-        static_cast<void>(
-            visitMembers(package, content, told,
-                         [&](const zpk_archive::MemberDescription& member) { take(member.name); }));
-    };
-}
-
 }  // namespace
 
 bool PackageCheck::isMeant(const std::string& path) {
@@ -114,9 +73,8 @@ bool PackageCheck::isMeant(const std::string& path) {
 }
 
 void PackageCheck::run(const std::string& path) {
-    const SignalHold signals;
     std::unique_ptr<MadePackage> package;
-    reportFailure(m_findings, "bundle-part", path, [&] { package = MadePackage::open(path); });
+    CheckFailure::report(m_findings, "bundle-part", path, [&] { package = MadePackage::open(path); });
     if (package) {
         checkAll(*package);
     }
@@ -126,19 +84,29 @@ void PackageCheck::run(const std::string& path) {
 void PackageCheck::checkAll(MadePackage& package) {
     BundlePartsCheck(package, m_findings).run();
     checkManifest(package);
+    const std::string exec = checkTexts(package, checkDescriptionArchive(package));
+    checkPayloadArchive(package, exec);
+}
+
+/// Small, however large the package is, and the only part with a folder that would stay after a signal.
+std::string PackageCheck::checkTexts(MadePackage& package, bool withDescriptions) {
+    const SignalHold signals;
     const WorkFolder folder =
         WorkFolder::beside(ZPKPath::join(ZPKStandardFolders::temporaryFolder().value_or("/tmp"), "zpkpack"));
-    if (checkDescriptionArchive(package)) {
+    if (withDescriptions) {
         checkDescriptions(package, folder.path());
     }
-    checkPayloadArchive(package, folder.path());
     checkLanguages(package, folder.path());
+    const std::unique_ptr<CStartupType> startup(
+        CZPKXMLLoader::LoadStartupXML(ZPKPackageLayout::startupDescription(folder.path())));
+    return startup ? startup->exec : "";
 }
 
 void PackageCheck::checkManifest(MadePackage& package) {
-    reportFailure(m_findings, "manifest", package.nameOf(Manifest::kPath), [&] {
+    CheckFailure::report(m_findings, "manifest", package.nameOf(Manifest::kPath), [&] {
         const Manifest expected = Manifest::inPackage(package);
-        for (const Manifest::Difference& difference : expected.differencesTo(Manifest::ofPackage(package))) {
+        for (const Manifest::Difference& difference :
+             expected.differencesTo(Manifest::ofPackage(package, m_progress))) {
             if (difference.kind != Manifest::Difference::Kind::Added) {
                 m_findings.add("manifest", package.nameOf(difference.path),
                                difference.kind == Manifest::Difference::Kind::Missing
@@ -150,44 +118,42 @@ void PackageCheck::checkManifest(MadePackage& package) {
 }
 
 bool PackageCheck::checkDescriptionArchive(MadePackage& package) {
-    const std::string name = package.nameOf(MadePackage::archivePath(Content::Info));
-    MemberCheck members(name, ZPKPackageLayout::name(Content::Info), m_findings);
-    const bool isWhole =
-        visitMembers(package, Content::Info, m_findings,
-                     [&](const zpk_archive::MemberDescription& member) { members.visit(member); });
-    members.finish(namesAgain(package, Content::Info));
+    MadeArchive archive(package, Content::Info, m_findings, m_progress);
+    MemberCheck members(archive.name(), ZPKPackageLayout::name(Content::Info), m_findings);
+    const bool isWhole = archive.read([&](const zpk_archive::MemberDescription& member) {
+        members.visit(member);
+        return zpk_archive::DataTaker();
+    });
+    members.finish(archive.namesAgain());
     if (members.size() > kLargestDescriptions) {
-        m_findings.add("too-large", name, "it holds more than 16 MiB, so it was not looked at");
+        m_findings.add("too-large", archive.name(), "it holds more than 16 MiB, so it was not looked at");
         return false;
     }
     return isWhole;
 }
 
-void PackageCheck::checkPayloadArchive(MadePackage& package, const std::string& folder) {
-    const std::unique_ptr<CStartupType> startup(
-        CZPKXMLLoader::LoadStartupXML(ZPKPackageLayout::startupDescription(folder)));
-    MemberProgramCheck program(startup ? startup->exec : "");
-    MemberCheck members(package.nameOf(MadePackage::archivePath(Content::Data)),
-                        ZPKPackageLayout::name(Content::Data), m_findings);
-    const bool isWhole =
-        visitMembers(package, Content::Data, m_findings, [&](const zpk_archive::MemberDescription& member) {
-            members.visit(member);
-            program.visit(member);
-        });
-    members.finish(namesAgain(package, Content::Data));
+void PackageCheck::checkPayloadArchive(MadePackage& package, const std::string& exec) {
+    MadeArchive archive(package, Content::Data, m_findings, m_progress);
+    MemberProgramCheck program(exec);
+    MemberCheck members(archive.name(), ZPKPackageLayout::name(Content::Data), m_findings);
+    const bool isWhole = archive.read([&](const zpk_archive::MemberDescription& member) {
+        members.visit(member);
+        return program.visit(member);
+    });
+    members.finish(archive.namesAgain());
     if (isWhole) {
         program.report(
             ZPKPackageLayout::startupDescription(package.nameOf(MadePackage::archivePath(Content::Info))),
-            m_findings);
+            archive, m_findings);
     }
 }
 
 void PackageCheck::checkDescriptions(MadePackage& package, const std::string& folder) {
     const std::string name = package.nameOf(MadePackage::archivePath(Content::Info));
     FirstErrorSink sink;
-    reportFailure(m_findings, "archive", name, [&] {
+    CheckFailure::report(m_findings, "archive", name, [&] {
         if (!zpk_archive::extract(name, package.plainArchive(Content::Info), folder, sink)) {
-            m_findings.add("archive", name, reasonIn(sink.text(), name));
+            m_findings.add("archive", name, CheckFailure::reasonIn(sink.text(), name));
         }
     });
     FindingList found;
@@ -210,7 +176,7 @@ void PackageCheck::copyLanguages(MadePackage& package, const std::string& folder
         if (item.kind == MadePackage::Kind::Folder) {
             require(ZPKFileManager::createFolderWithIntermediateFolders(copy, kPrivate));
         } else if (item.kind == MadePackage::Kind::File && isOfALanguage(ZPKPath::lastComponent(copy))) {
-            reportFailure(m_findings, "unreadable", package.nameOf(item.path), [&] {
+            CheckFailure::report(m_findings, "unreadable", package.nameOf(item.path), [&] {
                 require(ZPKFileManager::createFolderWithIntermediateFolders(ZPKPath::parent(copy), kPrivate));
                 writeFile(copy, package.contents(item.path, SourceText::kLargestFile));
             });

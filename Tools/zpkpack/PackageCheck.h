@@ -11,12 +11,15 @@
 namespace zpk_packager {
 
 class MadePackage;
+class Progress;
 
 /// Every check of a package that was made, a bundle or one file. Its descriptions and texts are unpacked into
 /// a private folder for the time being, the payload is not. Main thread only.
 class PackageCheck {
 public:
-    explicit PackageCheck(FindingList& findings) : m_findings(findings) {}
+    /// `progress`, if it is given, shows the reading.
+    explicit PackageCheck(FindingList& findings, Progress* progress = nullptr)
+        : m_findings(findings), m_progress(progress) {}
 
     /// What cannot be opened at all is a finding, too. The list is finished afterwards. Throws
     /// `PackagerFailure` when there is no place for the private folder.
@@ -30,13 +33,15 @@ private:
     void checkAll(MadePackage& package);
     void checkManifest(MadePackage& package);
     bool checkDescriptionArchive(MadePackage& package);
-    void checkPayloadArchive(MadePackage& package, const std::string& folder);
+    std::string checkTexts(MadePackage& package, bool withDescriptions);
+    void checkPayloadArchive(MadePackage& package, const std::string& exec);
     void checkDescriptions(MadePackage& package, const std::string& folder);
     void copyLanguages(MadePackage& package, const std::string& folder);
     void checkLanguages(MadePackage& package, const std::string& folder);
     void takeOver(FindingList& found, const std::string& folder, const std::string& shown);
 
     FindingList& m_findings;
+    Progress* m_progress;
 };
 
 }  // namespace zpk_packager

@@ -6,6 +6,7 @@
 #include "Base/ZPKPath.h"
 #include "Tools/zpkpack/Console.h"
 #include "Tools/zpkpack/ProgramParts.h"
+#include "Tools/zpkpack/Progress.h"
 #include "Tools/zpkpack/WholeOutput.h"
 
 namespace zpk_packager {
@@ -38,9 +39,13 @@ CLI::App& PreviewCommand::declare(CLI::App& program) {
 }
 
 ExitStatus PreviewCommand::run(Console& console) {
-    WholeOutput::make(OutputPlace(m_folder), [&](const std::string& workFolder, const std::string& made) {
-        PreviewPictures(m_options).make(workFolder, made);
-    });
+    Progress progress(console);
+    WholeOutput::make(
+        OutputPlace(m_folder),
+        [&](const std::string& workFolder, const std::string& made) {
+            PreviewPictures(m_options, &progress).make(workFolder, made);
+        },
+        &progress);
     for (const std::string& file : PreviewPictures::filesIn(m_folder)) {
         console.resultLine(ZPKPath::join(m_folder, file));
     }

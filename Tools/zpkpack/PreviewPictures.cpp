@@ -16,6 +16,7 @@
 #include "Tools/zpkpack/PackagerFailure.h"
 #include "Tools/zpkpack/PreviewPage.h"
 #include "Tools/zpkpack/PreviewStage.h"
+#include "Tools/zpkpack/Progress.h"
 #include "Tools/zpkpack/SourceWriter.h"
 
 namespace zpk_packager {
@@ -46,10 +47,16 @@ void PreviewPictures::make(const std::string& workFolder, const std::string& mad
     const std::vector<std::string> languages = chosenAmong(stage.languages());
     ZPKEnvironment::remove(isForLoader);
     SourceWriter::makeFolder(made);
+    if (m_progress != nullptr) {
+        m_progress->begin("drawing", languages.size(), "languages");
+    }
     for (const std::string& language : languages) {
         const std::string folder = ZPKPath::join(made, language);
         SourceWriter::makeFolder(folder);
         draw(stage.path(), language, folder);
+        if (m_progress != nullptr) {
+            m_progress->advance(1);
+        }
     }
     const std::string name = ZPKBundle::bundleWithoutDescription(stage.path()).localizedName();
     SourceWriter::writeFile(ZPKPath::join(made, kPage),

@@ -9,6 +9,8 @@
 
 namespace zpk_packager {
 
+class Progress;
+
 /// What `zpkpack preview` is told.
 struct PreviewOptions {
     /// A package source, a bundle, or one file.
@@ -33,8 +35,9 @@ struct PreviewOptions {
 /// them. Nothing of the package is run. Operations throw `PackagerFailure`.
 class PreviewPictures {
 public:
-    /// `options` outlives the object.
-    explicit PreviewPictures(const PreviewOptions& options) : m_options(options) {}
+    /// Both outlive the object; `progress`, if it is given, shows the drawing.
+    explicit PreviewPictures(const PreviewOptions& options, Progress* progress = nullptr)
+        : m_options(options), m_progress(progress) {}
 
     /// Makes the folder `made`; other new things are written in `workFolder`. Changes the environment of
     /// the process.
@@ -48,6 +51,7 @@ private:
     void draw(const std::string& stage, const std::string& language, const std::string& folder) const;
 
     const PreviewOptions& m_options;
+    Progress* m_progress;
 };
 
 }  // namespace zpk_packager

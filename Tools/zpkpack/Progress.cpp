@@ -12,9 +12,9 @@ constexpr std::chrono::milliseconds kBetweenLines{1000};
 
 }  // namespace
 
-void Progress::begin(const std::string& what, std::uint64_t whole) {
+void Progress::begin(const std::string& what, std::uint64_t whole, const std::string& things) {
     const ZPKMutexLock lock(m_mutex);
-    m_text = {what, 0, whole};
+    m_text = {what, 0, whole, {}, things};
     m_begin = m_clock();
     // Lines of several short pieces of work do not come faster than those of one.
     if (m_surface.progressKind() == ProgressSurface::Kind::InPlace || m_lastShown == TimePoint()) {
@@ -22,9 +22,9 @@ void Progress::begin(const std::string& what, std::uint64_t whole) {
     }
 }
 
-void Progress::advance(std::uint64_t bytes) {
+void Progress::advance(std::uint64_t count) {
     const ZPKMutexLock lock(m_mutex);
-    m_text.done += bytes;
+    m_text.done += count;
     const ProgressSurface::Kind kind = m_surface.progressKind();
     if (kind == ProgressSurface::Kind::None) {
         return;

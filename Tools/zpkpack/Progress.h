@@ -31,11 +31,12 @@ public:
     /// Whether anybody sees it, so that the size of the whole is worth finding out.
     bool isShown() const { return m_surface.progressKind() != ProgressSurface::Kind::None; }
 
-    /// A piece of work begins, of `whole` bytes; the one before is over.
-    void begin(const std::string& what, std::uint64_t whole) ZPK_EXCLUDES(m_mutex);
+    /// A piece of work begins, of `whole` bytes, or of as many `things`; the one before is over.
+    void begin(const std::string& what, std::uint64_t whole, const std::string& things = "")
+        ZPK_EXCLUDES(m_mutex);
 
-    /// That many more bytes are done.
-    void advance(std::uint64_t bytes) ZPK_EXCLUDES(m_mutex);
+    /// That many more of them are done.
+    void advance(std::uint64_t count) ZPK_EXCLUDES(m_mutex);
 
     /// Takes the bar away, also one that a child process has left.
     void end() ZPK_EXCLUDES(m_mutex);

@@ -21,6 +21,9 @@ public:
         InPlace,
     };
 
+    /// Back to the start of a terminal's line, and away with what stands there.
+    static constexpr const char* kWipe = "\r\x1b[K";
+
     virtual ~ProgressSurface() = default;
 
     virtual Kind progressKind() const = 0;

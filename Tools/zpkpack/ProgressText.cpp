@@ -4,6 +4,7 @@
 #include "Tools/zpkpack/ProgressText.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 #include "Base/ZPKDurationText.h"
@@ -15,6 +16,8 @@ namespace {
 /// Before that, a rate says nothing.
 constexpr std::chrono::milliseconds kFirstRate{500};
 constexpr std::uint64_t kThousand = 1000;
+/// Things a second, of which a time can be told.
+constexpr double kSlowest = 0.001;
 constexpr std::size_t kShortestBar = 10;
 constexpr std::size_t kLongestBar = 40;
 constexpr const char* kColour = "\x1b[36m";
@@ -45,23 +48,25 @@ std::uint64_t ProgressText::percent() const {
                                                    static_cast<double>(whole));
 }
 
-std::uint64_t ProgressText::rate() const {
-    return elapsed < kFirstRate ? 0
-                                : static_cast<std::uint64_t>(static_cast<double>(done) * kThousand /
-                                                             static_cast<double>(elapsed.count()));
+double ProgressText::rate() const {
+    return elapsed < kFirstRate
+               ? 0
+               : static_cast<double>(done) * kThousand / static_cast<double>(elapsed.count());
 }
 
 std::string ProgressText::rateAndTimeLeft() const {
-    const std::uint64_t speed = rate();
-    if (speed == 0) {
+    const double speed = rate();
+    if (speed < (things.empty() ? 1 : kSlowest)) {
         return "";
     }
-    const std::uint64_t left = (whole - std::min(done, whole) + speed - 1) / speed;
-    return ", " + amount(speed) + "/s, " + ZPKDurationText(std::chrono::seconds(left)) + " left";
+    const double left = std::ceil(static_cast<double>(whole - std::min(done, whole)) / speed);
+    const std::string shown = things.empty() ? ", " + amount(static_cast<std::uint64_t>(speed)) + "/s" : "";
+    return shown + ", " + ZPKDurationText(std::chrono::seconds(static_cast<std::uint64_t>(left))) + " left";
 }
 
 std::string ProgressText::line() const {
-    return what + ": " + std::to_string(percent()) + " % of " + amount(whole) + rateAndTimeLeft();
+    return what + ": " + std::to_string(percent()) + " % of " +
+           (things.empty() ? amount(whole) : std::to_string(whole) + " " + things) + rateAndTimeLeft();
 }
 
 std::string ProgressText::bar(std::size_t columns, bool isColoured) const {

@@ -14,13 +14,16 @@ namespace zpk_packager {
 struct ProgressText {
     /// What is done, in ASCII.
     std::string what;
-    /// In bytes; no more than the whole counts.
+    /// In bytes, or in `things`; no more than the whole counts.
     std::uint64_t done = 0;
     std::uint64_t whole = 0;
     /// Since the work began.
     std::chrono::milliseconds elapsed{0};
+    /// What is counted in the place of bytes, in ASCII.
+    std::string things = {};
 
-    /// "packing: 45 % of 1.2 GB, 120.0 MB/s, 0:12 left"; rate and time only once they can be told.
+    /// "packing: 45 % of 1.2 GB, 120.0 MB/s, 0:12 left"; rate and time only once they can be told. "drawing:
+    /// 50 % of 16 languages, 0:04 left" of other things.
     std::string line() const;
 
     /// The same with a bar, in fewer than `columns` columns: on a narrow terminal the bar goes first, then
@@ -29,8 +32,8 @@ struct ProgressText {
 
 private:
     std::uint64_t percent() const;
-    /// In bytes a second; 0 while it is not known.
-    std::uint64_t rate() const;
+    /// In a second; 0 while it is not known.
+    double rate() const;
     std::string rateAndTimeLeft() const;
 };
 

@@ -10,6 +10,7 @@
 #include "Archive/Archive.h"
 #include "Tools/zpkpack/Console.h"
 #include "Tools/zpkpack/ConsoleErrorSink.h"
+#include "Tools/zpkpack/LineGuard.h"
 #include "Tools/zpkpack/MadePackage.h"
 #include "Tools/zpkpack/Manifest.h"
 #include "Tools/zpkpack/Progress.h"
@@ -79,6 +80,7 @@ CLI::App& VerifyCommand::declare(CLI::App& program) {
 ExitStatus VerifyCommand::run(Console& console) {
     const std::unique_ptr<MadePackage> package = MadePackage::open(m_package);
     Progress progress(console);
+    const LineGuard guard(console);
     bool isWhole = tell(console, [&] { return verifyFiles(*package, console, progress); });
     for (const Content content : {Content::Info, Content::Data}) {
         isWhole =

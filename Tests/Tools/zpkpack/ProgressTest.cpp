@@ -134,6 +134,10 @@ TEST_F(ProgressTest, EveryBarIsNarrowerThanTheTerminal) {
 
 TEST_F(ProgressTest, NumbersThatCannotBeAreBounded) {
     EXPECT_EQ((ProgressText{"a", 0, 0, milliseconds(0)}).line(), "a: 100 % of 0 bytes");
+    EXPECT_EQ((ProgressText{"drawing", 4, 16, milliseconds(4000), "languages"}).line(),
+              "drawing: 25 % of 16 languages, 0:12 left");
+    EXPECT_EQ((ProgressText{"drawing", 0, 16, milliseconds(4000), "languages"}).line(),
+              "drawing: 0 % of 16 languages");
     EXPECT_EQ((ProgressText{"a", 9, 3, milliseconds(1000)}).line(),
               "a: 100 % of 3 bytes, 9 bytes/s, 0:00 left");
     EXPECT_EQ((ProgressText{"a", 1, 999'950, milliseconds(1'000'000)}).line(), "a: 0 % of 1.0 MB");

@@ -74,29 +74,34 @@ std::string folderOf(std::string folder, const std::string& program) {
 }  // namespace
 
 void ProgramCheck::run(const std::string& program, const std::string& dataFolder) {
-    if (!ZPKPath::isSameOrInside(program, dataFolder)) {
+    if (ZPKPath::isSameOrInside(program, dataFolder)) {
+        look(program, ProgramFile::read(program),
+             [](const std::string& path) { return ZPKFileManager::fileExists(path); });
+    }
+}
+
+void ProgramCheck::look(const std::string& path, const ZPKResult<ProgramFile>& program,
+                        const Carried& isCarried) {
+    if (!program) {
+        m_findings.add("unreadable", path, program.failure().reason());
         return;
     }
-    const ZPKResult<ProgramFile> file = ProgramFile::read(program);
-    if (!file) {
-        m_findings.add("unreadable", program, file.failure().reason());
-        return;
-    }
-    switch (file->kind()) {
+    switch (program->kind()) {
         case ProgramFile::Kind::Machine:
-            checkMachine(program, *file);
+            checkMachine(path, *program, isCarried);
             break;
         case ProgramFile::Kind::Script:
-            checkScript(program, *file);
+            checkScript(path, *program);
             break;
         case ProgramFile::Kind::Other:
-            m_findings.add("script-without-interpreter", program,
+            m_findings.add("script-without-interpreter", path,
                            "the setup program is no machine code, and does not begin with #!");
             break;
     }
 }
 
-void ProgramCheck::checkMachine(const std::string& path, const ProgramFile& program) {
+void ProgramCheck::checkMachine(const std::string& path, const ProgramFile& program,
+                                const Carried& isCarried) {
     const unsigned int bits = sizeof(void*) * 8;
     if (program.processor() != kProcessor || program.bits() != bits) {
         m_findings.add("program-processor", path,
@@ -110,18 +115,19 @@ void ProgramCheck::checkMachine(const std::string& path, const ProgramFile& prog
                        "the setup program asks for the loader " + program.interpreter() +
                            ", which a plain machine has not");
     }
-    checkLibraries(path, program);
+    checkLibraries(path, program, isCarried);
 }
 
-void ProgramCheck::checkLibraries(const std::string& path, const ProgramFile& program) {
+void ProgramCheck::checkLibraries(const std::string& path, const ProgramFile& program,
+                                  const Carried& isCarried) {
     const std::string loader = ZPKPath::lastComponent(kLoader);
     for (const std::string& library : program.libraries()) {
-        const bool isCarried = std::any_of(
+        const bool isBrought = std::any_of(
             program.libraryFolders().begin(), program.libraryFolders().end(), [&](const std::string& folder) {
                 return folder.find("ORIGIN") != std::string::npos &&
-                       ZPKFileManager::fileExists(ZPKPath::join(folderOf(folder, path), library));
+                       isCarried(ZPKPath::join(folderOf(folder, path), library));
             });
-        if (library != loader && !isCarried && !isAmong(kPlainLibraries, library)) {
+        if (library != loader && !isBrought && !isAmong(kPlainLibraries, library)) {
             m_findings.add("program-library", path,
                            "the setup program needs " + library + ", which a plain machine has not");
         }

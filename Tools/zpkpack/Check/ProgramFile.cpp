@@ -167,11 +167,12 @@ std::uint64_t ProgramFileReader::offsetOf(std::uint64_t address) const {
 
 ZPKResult<ProgramFile> ProgramFile::read(const std::string& path) {
     const ZPKResult<ZPKFileHandle> file = ZPKFileHandle::forReadingAtPath(path);
-    if (!file) {
-        return file.failure();
-    }
+    return file ? read(file->descriptor(), path) : ZPKResult<ProgramFile>(file.failure());
+}
+
+ZPKResult<ProgramFile> ProgramFile::read(int descriptor, const std::string& name) {
     std::string start(kLongestFirstLine, '\0');
-    const ssize_t length = ZPKDescriptorIO::readWholeAt(file->descriptor(), start.data(), start.size(), 0);
+    const ssize_t length = ZPKDescriptorIO::readWholeAt(descriptor, start.data(), start.size(), 0);
     start.resize(static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
     ProgramFile program;
     if (start.starts_with("#!")) {
@@ -181,10 +182,9 @@ ZPKResult<ProgramFile> ProgramFile::read(const std::string& path) {
     } else if (start.starts_with(std::string_view(ELFMAG, SELFMAG))) {
         program.m_kind = Kind::Machine;
         ::elf_version(EV_CURRENT);
-        const ElfOwner elf(countsElsewhere(start) ? nullptr
-                                                  : ::elf_begin(file->descriptor(), ELF_C_READ, nullptr));
+        const ElfOwner elf(countsElsewhere(start) ? nullptr : ::elf_begin(descriptor, ELF_C_READ, nullptr));
         if (!elf || !ProgramFileReader(elf.get(), program).read()) {
-            return ZPKFailure(path, "its headers are damaged");
+            return ZPKFailure(name, "its headers are damaged");
         }
     }
     return program;

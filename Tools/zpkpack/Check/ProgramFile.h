@@ -19,6 +19,9 @@ public:
     /// cannot be read, or says that it is machine code and is damaged.
     static ZPKResult<ProgramFile> read(const std::string& path);
 
+    /// The same of a file that is open for reading; `name` is what a failure names.
+    static ZPKResult<ProgramFile> read(int descriptor, const std::string& name);
+
     Kind kind() const { return m_kind; }
 
     /// The loader of machine code, or the interpreter of a script; empty where none is named.
