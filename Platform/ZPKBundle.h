@@ -48,8 +48,8 @@ public:
     /// `Info.plist`, else the folder's name without ".app".
     std::string localizedName() const;
 
-    /// `CFBundleDisplayName` of `Info.plist`, what the bundle is called for people in any words; nothing where
-    /// there is none or an empty one.
+    /// `CFBundleDisplayName` of `Info.plist`, what the bundle is called for people in any words; nothing
+    /// where there is none or an empty one.
     std::optional<std::string> displayName() const;
 
     /// `CFBundleName` of the top-level `InfoPlist.strings`, or nothing.

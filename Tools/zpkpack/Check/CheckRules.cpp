@@ -21,7 +21,11 @@ constexpr const char* kIntroduction = R"(# Checks
 `zpkpack check PACKAGE` looks for what a package, a source, a bundle or one file, would suffer from on somebody
 else's machine, and prints it as `path:line:column: error|warning: text [check]`. Errors also keep `zpkpack build` from making the package;
 with `--strict` warnings count, too. `zpkpack check --explain CHECK` prints the two lines of a check below. In a
-made package the payload stays packed, so its setup program is looked for and not looked into.
+made package the payload stays packed; its setup program is looked at all the same, but one of more than 256 MiB or in an
+application bundle is looked for alone.
+
+`--format json` gives the findings in the form of [schemas/check.schema.json](schemas/check.schema.json), and
+`--format sarif` in that of SARIF 2.1.0.
 
 A comment in `Package.strings` silences a check for the whole package:
 
