@@ -133,6 +133,9 @@ TEST_F(HostileArchiveTest, DiskThatFillsUpAmongSmallFilesIsOneErrorAndTheEnd) {
 }
 
 TEST_F(HostileArchiveTest, FewDescriptorsAreEnoughForManyFolders) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the sanitizer opens descriptors of its own to look at an object";
+#endif
     std::vector<RawMember> members;
     for (int i = 0; i < 400; ++i) {
         members.push_back({std::to_string(i) + "/file", kFile, "x"});
