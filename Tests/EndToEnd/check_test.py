@@ -13,14 +13,12 @@ import pathlib
 import re
 import shutil
 import socket
-import struct
 import subprocess
 import unittest
-import zlib
 
 import elf
 from packager_case import scrambled
-from support import BUILD, TEMPLATE, PackageTestCase, odc_archive, write
+from support import BUILD, TEMPLATE, PackageTestCase, odc_archive, png_picture, write
 
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parents[1]
@@ -86,17 +84,6 @@ class CheckTestCase(PackageTestCase):
         return self.check(**settings)
 
 
-def picture(width, height):
-    """A PNG picture of one colour."""
-
-    def part(kind, contents):
-        return struct.pack(">I", len(contents)) + kind + contents + struct.pack(">I", zlib.crc32(kind + contents))
-
-    header = struct.pack(">IIBBBBB", width, height, 8, 0, 0, 0, 0)
-    points = zlib.compress((b"\0" + bytes(width)) * height)
-    return b"\x89PNG\r\n\x1a\n" + part(b"IHDR", header) + part(b"IDAT", points) + part(b"IEND", b"")
-
-
 class CheckTest(CheckTestCase):
     """One fixture a check, and the whole of what is said of it."""
 
@@ -160,33 +147,35 @@ class CheckTest(CheckTestCase):
         self.expect("package-title")
 
     def test_icon(self):
-        self.write("Icon.png", picture(256, 256)[:-1])
+        self.write("Icon.png", png_picture(256, 256)[:-1])
         self.expect("icon")
 
     def test_icon_that_is_none(self):
         for contents, reason in (
             (b"GIF89a", "it is no PNG picture"),
-            (picture(256, 256).replace(b"IDAT", b"IDAU"), "it is a damaged PNG picture"),
-            (picture(0, 256), "it is a damaged PNG picture"),
+            (png_picture(256, 256).replace(b"IDAT", b"IDAU"), "it is a damaged PNG picture"),
+            (png_picture(0, 256), "it is a damaged PNG picture"),
+            # The sum of its last part is another.
+            (png_picture(256, 256)[:-1] + b"\0", "it is a damaged PNG picture"),
         ):
             self.write("Icon.png", contents)
             self.assertIn("source/Icon.png:1:1: error: %s [icon]\n" % reason, self.check().stdout)
         (self.source / "Icon.png").unlink()
         self.write("Icon.svg", "<svg/>")
         self.assertIn("source/Icon.svg:1:1: error: a drawing is not shown", self.check().stdout)
-        self.write("Icon.png", picture(256, 256))
+        self.write("Icon.png", png_picture(256, 256))
         self.assertEqual(self.check("--strict", "source").stdout, "")
 
     def test_icon_too_large(self):
-        self.write("Icon.png", picture(513, 513))
+        self.write("Icon.png", png_picture(513, 513))
         self.expect("icon-too-large")
 
     def test_icon_small(self):
-        self.write("Icon.png", picture(47, 47))
+        self.write("Icon.png", png_picture(47, 47))
         self.expect("icon-small")
 
     def test_icon_shape(self):
-        self.write("Icon.png", picture(256, 128))
+        self.write("Icon.png", png_picture(256, 128))
         self.expect("icon-shape")
 
     def test_package_strings(self):

@@ -7,27 +7,14 @@
 import functools
 import re
 import shutil
-import struct
 import subprocess
 import unittest
-import zlib
 
-from support import TEMPLATE, PackageTestCase, wait_until, write
+from support import TEMPLATE, PackageTestCase, png_picture, wait_until, write
 from windows import items, walk
 from windows_case import WindowTestCase
 
 BLACK = 0xFF000000
-
-
-def picture(side):
-    """A black PNG picture."""
-
-    def part(kind, contents):
-        return struct.pack(">I", len(contents)) + kind + contents + struct.pack(">I", zlib.crc32(kind + contents))
-
-    header = struct.pack(">IIBBBBB", side, side, 8, 0, 0, 0, 0)
-    points = zlib.compress((b"\0" + bytes(side)) * side)
-    return b"\x89PNG\r\n\x1a\n" + part(b"IHDR", header) + part(b"IDAT", points) + part(b"IEND", b"")
 
 
 class IdentityTest(WindowTestCase):
@@ -63,13 +50,13 @@ class IdentityTest(WindowTestCase):
         return found
 
     def test_own_picture(self):
-        write(self.source / "Icon.png", picture(256))
+        write(self.source / "Icon.png", png_picture(256, 256))
         found = self.icons_of_a_run()
         self.assertEqual(sorted(found), [16, 22, 24, 32, 48, 64, 96, 128])
         self.assertEqual(set().union(*found.values()), {BLACK})
 
     def test_a_picture_where_the_package_has_none(self):
-        for damaged in (None, b"", b"GIF89a", picture(256)[:60], picture(1025)):
+        for damaged in (None, b"", b"GIF89a", png_picture(256, 256)[:60], png_picture(1025, 1025)):
             with self.subTest(damaged=damaged):
                 bundle = self.package()
                 if damaged is not None:

@@ -10,12 +10,14 @@ import json
 import os
 import pathlib
 import shutil
+import struct
 import subprocess
 import sys
 import tempfile
 import textwrap
 import time
 import unittest
+import zlib
 
 BUILD = pathlib.Path(os.environ["ZPK_BUILD_DIR"]).resolve()
 TEMPLATE = BUILD / "Zephyrkit.app"
@@ -110,6 +112,17 @@ def odc_archive(members):
         archive += b"070707" + b"".join(b"%06o" % field for field in fields)
         archive += b"%011o%06o%011o" % (1_600_000_000, len(encoded), len(contents)) + encoded + contents
     return archive
+
+
+def png_picture(width, height):
+    """A PNG picture of one colour."""
+
+    def part(kind, contents):
+        return struct.pack(">I", len(contents)) + kind + contents + struct.pack(">I", zlib.crc32(kind + contents))
+
+    header = struct.pack(">IIBBBBB", width, height, 8, 0, 0, 0, 0)
+    points = zlib.compress((b"\0" + bytes(width)) * height)
+    return b"\x89PNG\r\n\x1a\n" + part(b"IHDR", header) + part(b"IDAT", points) + part(b"IEND", b"")
 
 
 class PackageTestCase(unittest.TestCase):
