@@ -10,6 +10,7 @@ import json
 import os
 import pathlib
 import shutil
+import signal
 import struct
 import subprocess
 import sys
@@ -22,6 +23,12 @@ import zlib
 BUILD = pathlib.Path(os.environ["ZPK_BUILD_DIR"]).resolve()
 TEMPLATE = BUILD / "Zephyrkit.app"
 STAGING_NAME = "VarnoZPK_TEMP"
+
+# What the caller ignores, as a shell lets what it starts in the background, does not end the tests either; but what
+# they start finds it as it usually is.
+for _number in (signal.SIGINT, signal.SIGQUIT, signal.SIGHUP):
+    if signal.getsignal(_number) == signal.SIG_IGN:
+        signal.signal(_number, lambda *_: None)
 
 # What the packager would not build a package with: the tests look at what the launcher does then.
 WRONG_ON_PURPOSE = (

@@ -17,6 +17,7 @@
 
 #include "Platform/ZPKEndSignals.h"
 #include "Platform/ZPKIgnoredSignals.h"
+#include "Tests/Platform/DefaultSignals.h"
 #include "Tests/Platform/ScopedEnvironment.h"
 #include "Tests/Support/CapturedStreams.h"
 #include "Tests/Support/TemporaryFolder.h"
@@ -24,6 +25,7 @@
 namespace {
 
 using zpk_test::captureStreams;
+using zpk_test::DefaultSignals;
 using zpk_test::readFile;
 using zpk_test::ScopedEnvironment;
 using zpk_test::TemporaryFolder;
@@ -49,6 +51,7 @@ protected:
         return report.substr(value, report.find('\n', value) - value);
     }
 
+    DefaultSignals m_signals;
     TemporaryFolder m_folder;
     std::string m_report = m_folder / "report";
     ScopedEnvironment m_environment{"ZPK_PROBE_REPORT", m_report};
