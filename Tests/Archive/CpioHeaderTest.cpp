@@ -49,6 +49,15 @@ TEST(CpioHeaderTest, ReadsTheFormsWithDigits) {
     EXPECT_EQ(CpioHeader::formOf(bytesOf(newAscii)), Form::NewAsciiWithChecksum);
 }
 
+TEST(CpioHeaderTest, EveryDigitOfADeviceNumberCounts) {
+    std::string portable = headerOf(zpk_test::appendOdc);
+    portable.replace(6, 6, "765432");
+    EXPECT_EQ(CpioHeader::parse(Form::PortableAscii, bytesOf(portable))->device, 0765432U);
+    std::string newAscii = headerOf(zpk_test::appendNewc);
+    newAscii.replace(62, 16, "fedcba9876543210");
+    EXPECT_EQ(CpioHeader::parse(Form::NewAscii, bytesOf(newAscii))->device, 0xfedcba9876543210U);
+}
+
 TEST(CpioHeaderTest, ReadsTheBinaryFormsOfBothByteOrders) {
     // Magic, device, inode, mode, owner, group, links, device, time, time, name, size, size.
     const std::uint16_t words[] = {070707, 1, 2, 0100644, 0, 0, 2, 0, 0x4996, 0x02d2, 7, 1, 3};
@@ -64,6 +73,7 @@ TEST(CpioHeaderTest, ReadsTheBinaryFormsOfBothByteOrders) {
         ASSERT_TRUE(header.has_value());
         EXPECT_EQ(header->modifiedSeconds, 1234567890);
         EXPECT_EQ(header->dataSize, 65539U);
+        EXPECT_EQ(header->device, 1U);
         EXPECT_EQ(header->inode, 2U);
         EXPECT_EQ(header->namePadding(), 1U);
         EXPECT_EQ(header->dataPadding(), 1U);

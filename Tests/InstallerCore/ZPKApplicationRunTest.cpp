@@ -10,8 +10,11 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <semaphore>
+#include <stdexcept>
 
 #include "Tests/InstallerCore/ZPKCoreFixture.h"
+#include "Tests/Platform/DefaultSignals.h"
 #include "Tests/Support/CapturedStreams.h"
 #include "Tests/Support/FailingAllocation.h"
 
@@ -23,7 +26,10 @@ using zpk_test::writeFile;
 
 namespace {
 
-class ZPKApplicationRunTest : public zpk_test::ZPKCoreFixture {};
+class ZPKApplicationRunTest : public zpk_test::ZPKCoreFixture {
+protected:
+    zpk_test::DefaultSignals m_signals;
+};
 
 TEST_F(ZPKApplicationRunTest, RunGivesTheFrontEndsStatus) {
     addSetup("setup");
@@ -93,6 +99,36 @@ TEST_F(ZPKApplicationRunTest, SignalEndsTheQuestionForTheDiscAndShowsNothingMore
     EXPECT_EQ(ZPKApplicationRun::run(m_frontEnd, m_volumes, m_clock), 128 + SIGINT);
     EXPECT_EQ(logged({"alert"}), Lines{});
     EXPECT_TRUE(fs::is_empty(m_temporary));
+}
+
+/// Tells when the thread that tells of signals has come to it.
+class FrontEndThatIsAsked : public ScriptedFrontEnd {
+public:
+    bool cancelQuestion() override {
+        asked.release();
+        return false;
+    }
+
+    std::binary_semaphore asked{0};
+};
+
+TEST_F(ZPKApplicationRunTest, FailureWhileASignalWaitsForTheMainThreadEndsTheRun) {
+    FrontEndThatIsAsked frontEnd;
+    frontEnd.onLog = [&frontEnd](const std::string& line) {
+        if (line == "activate") {
+            ::kill(::getpid(), SIGINT);
+            frontEnd.asked.acquire();
+            throw std::runtime_error("the display has gone");
+        }
+    };
+    constexpr unsigned kGenerousSeconds = 60;
+    ::alarm(kGenerousSeconds);
+    int status = 0;
+    const auto streams =
+        captureStreams([&] { status = ZPKApplicationRun::run(frontEnd, m_volumes, m_clock); });
+    ::alarm(0);
+    EXPECT_EQ(status, 1);
+    EXPECT_EQ(streams.standardError, "Zephyrkit: the display has gone\n");
 }
 
 std::string g_folder;
