@@ -464,7 +464,7 @@ class MadePackageCheckTest(MadePackageTestCase):
         self.startup(exec_="$Data$/none", param="a b")
         done = self.try_to_build()
         self.assertEqual((done.stdout, done.returncode), ("", 1))
-        self.assertRegex(done.stderr, r"\Azpkpack: error: source/Info/Startup.xml:1:1: error: .* \[exec-missing\]\n\Z")
+        self.assertRegex(done.stderr, r"\Azpkpack: error: source/Info/Startup.xml:1:10: error: .* \[exec-missing\]\n\Z")
         self.assertFalse(self.bundle.exists())
         self.allow("exec-missing")
         done = self.try_to_build("Hello.app", "--verbose")

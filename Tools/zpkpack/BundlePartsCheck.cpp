@@ -43,16 +43,20 @@ void BundlePartsCheck::run() {
 void BundlePartsCheck::checkParts() {
     const bool hasWindows = m_package.find(kModule) != nullptr;
     for (const Part& part : kParts) {
-        const MadePackage::Item* const item = m_package.find(part.path);
-        if (part.kind == PartKind::Form && !hasWindows) {
-            continue;
+        if (part.kind != PartKind::Form || hasWindows) {
+            checkFile("bundle-part", part.path, part.kind == PartKind::Program);
         }
-        if (item == nullptr || item->kind != MadePackage::Kind::File) {
-            m_findings.add("bundle-part", m_package.nameOf(part.path),
-                           item == nullptr ? "it is missing" : "it is no file");
-        } else if (part.kind == PartKind::Program && (item->mode & 0111U) == 0) {
-            m_findings.add("bundle-part", m_package.nameOf(part.path), "it may not be executed");
-        }
+    }
+}
+
+void BundlePartsCheck::checkFile(const char* check, const std::string& path, bool isProgram) {
+    const MadePackage::Item* const item = m_package.find(path);
+    if (item == nullptr) {
+        m_findings.add(check, m_package.nameOf(path), "it is missing");
+    } else if (item->kind != MadePackage::Kind::File) {
+        m_findings.add(check, m_package.nameOf(path), "it is no file");
+    } else if (isProgram && (item->mode & 0111U) == 0) {
+        m_findings.add(check, m_package.nameOf(path), "it may not be executed");
     }
 }
 
@@ -68,12 +72,8 @@ void BundlePartsCheck::checkNames() {
             m_findings.add("bundle-part", path, "it is no property list");
             return;
         }
-        const std::string program = "Contents/Linux/" + list->stringForKey("CFBundleExecutable").value_or("");
-        const MadePackage::Item* const item = m_package.find(program);
-        if (item == nullptr || item->kind != MadePackage::Kind::File || (item->mode & 0111U) == 0) {
-            m_findings.add("bundle-part", m_package.nameOf(program), "the launcher is not there");
-        }
-        checkStarter(list->stringForKey(PackageStrings::kNameKey).value_or(""));
+        checkLauncher(list->stringForKey("CFBundleExecutable").value_or(""));
+        checkFile("starter", Starter::path(list->stringForKey(PackageStrings::kNameKey).value_or("")), true);
         const std::string fault =
             PackageStrings::faultOfIdentifier(list->stringForKey(PackageStrings::kIdentifierKey).value_or(""),
                                               list->stringForKey(PackageStrings::kNameKey).value_or(""));
@@ -87,14 +87,12 @@ void BundlePartsCheck::checkNames() {
     }
 }
 
-void BundlePartsCheck::checkStarter(const std::string& bundleName) {
-    const std::string path = Starter::path(bundleName);
-    const MadePackage::Item* const item = m_package.find(path);
-    if (item == nullptr || item->kind != MadePackage::Kind::File) {
-        m_findings.add("starter", m_package.nameOf(path),
-                       item == nullptr ? "it is missing" : "it is no file");
-    } else if ((item->mode & 0111U) == 0) {
-        m_findings.add("starter", m_package.nameOf(path), "it may not be executed");
+void BundlePartsCheck::checkLauncher(const std::string& name) {
+    if (name.empty()) {
+        m_findings.add("bundle-part", m_package.nameOf(kInformation),
+                       "it names no launcher: \"CFBundleExecutable\" is missing");
+    } else {
+        checkFile("bundle-part", "Contents/Linux/" + name, true);
     }
 }
 

@@ -22,7 +22,8 @@ public:
 private:
     void checkParts();
     void checkNames();
-    void checkStarter(const std::string& bundleName);
+    void checkLauncher(const std::string& name);
+    void checkFile(const char* check, const std::string& path, bool isProgram);
 
     MadePackage& m_package;
     FindingList& m_findings;

@@ -42,6 +42,14 @@ std::string reasonForNoMatch(const std::string& pattern) {
     return "";
 }
 
+/// Nothing looks at Registry conditions, and no installed product has an empty signature.
+bool canHold(const CXMLElement& condition) {
+    const std::string& name = condition.GetNameString();
+    std::string signature;
+    CElementReader::ReadAttribute(condition, ATTR_SIGNATURE, signature);
+    return name != TAG_REGISTRY && (name != TAG_UIMLOG || !signature.empty());
+}
+
 }  // namespace
 
 void ConditionCheck::run(const std::string& folder) {
@@ -84,10 +92,12 @@ void ConditionCheck::checkDoubled(DescriptionText& text, const Element* before, 
 
 void ConditionCheck::checkConditions(DescriptionText& text, const Element& conditions) {
     bool canBeMet = false;
+    bool hasRegistry = false;
     const KnownNames names({}, {TAG_REGISTRY, TAG_UIMLOG, TAG_UNINSTALLXML, TAG_DISC});
     names.check(text, conditions, m_findings, [&](const Element& child) {
         const std::string& name = child.GetNameString();
-        canBeMet = canBeMet || name != TAG_REGISTRY;
+        canBeMet = canBeMet || canHold(child);
+        hasRegistry = hasRegistry || name == TAG_REGISTRY;
         if (name == TAG_DISC) {
             checkDisc(text, child);
             return;
@@ -99,7 +109,9 @@ void ConditionCheck::checkConditions(DescriptionText& text, const Element& condi
     });
     if (!canBeMet) {
         m_findings.add("condition-never", text.path(),
-                       "it holds no condition that can be met, so the package installs nowhere",
+                       std::string(hasRegistry ? "Registry conditions are never met, and no other here can be"
+                                               : "it holds no condition that can be met") +
+                           ", so the package installs nowhere",
                        text.placeOf(conditions));
     }
 }
@@ -130,9 +142,9 @@ void ConditionCheck::checkTargets(DescriptionText& text, const Element& targets)
         KnownNames({ATTR_DISPLAYNAME}, {}).check(text, item, m_findings);
         std::string name;
         CElementReader::ReadAttribute(item, ATTR_DISPLAYNAME, name);
-        if (name.empty()) {
+        if (name.find_first_not_of(" \t\n") == std::string::npos) {
             m_findings.add("display-name", text.path(), "this product has no name to show",
-                           text.placeOf(item));
+                           text.placeOf(item, ATTR_DISPLAYNAME));
         }
     });
 }

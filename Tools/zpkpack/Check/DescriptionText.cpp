@@ -88,21 +88,28 @@ TextPlace DescriptionText::placeOf(const CXMLElement& element) const {
     return m_places.at(&element).place;
 }
 
-TextPlace DescriptionText::placeOf(const CXMLElement& element, std::string_view attribute) {
-    const std::size_t offset = offsetOf(element, attribute);
-    return offset == kNowhere ? placeOf(element) : m_text.placeOf(offset);
+TextPlace DescriptionText::placeOf(const CXMLElement& element, std::string_view attribute) const {
+    return placeAt(offsetOfAttribute(m_text.bytes(), offsetOfAttributes(element), attribute), element);
 }
 
-std::size_t DescriptionText::offsetOf(const CXMLElement& element, std::string_view attribute) {
-    const std::string& bytes = m_text.bytes();
+TextPlace DescriptionText::placeOfNext(const CXMLElement& element, std::string_view attribute) {
     if (m_searched != &element) {
         m_searched = &element;
-        const std::size_t start = m_places.at(&element).offset;
-        const bool isTag = start < bytes.size() && bytes[start] == '<';
-        m_searchOffset = isTag ? bytes.find_first_of(" \t\r\n/>", start) : kNowhere;
+        m_searchOffset = offsetOfAttributes(element);
     }
-    m_searchOffset = offsetOfAttribute(bytes, m_searchOffset, attribute);
-    return m_searchOffset;
+    m_searchOffset = offsetOfAttribute(m_text.bytes(), m_searchOffset, attribute);
+    return placeAt(m_searchOffset, element);
+}
+
+std::size_t DescriptionText::offsetOfAttributes(const CXMLElement& element) const {
+    const std::string& bytes = m_text.bytes();
+    const std::size_t start = m_places.at(&element).offset;
+    const bool isTag = start < bytes.size() && bytes[start] == '<';
+    return isTag ? bytes.find_first_of(" \t\r\n/>", start) : kNowhere;
+}
+
+TextPlace DescriptionText::placeAt(std::size_t offset, const CXMLElement& element) const {
+    return offset == kNowhere ? placeOf(element) : m_text.placeOf(offset);
 }
 
 }  // namespace zpk_packager

@@ -27,8 +27,10 @@ public:
     const varno_zpk::CXMLElement& root() const { return *m_document->GetRootElement(); }
 
     TextPlace placeOf(const varno_zpk::CXMLElement& element) const;
-    /// Of the attribute's name where it can be told, else of its element. Asked in the document's order.
-    TextPlace placeOf(const varno_zpk::CXMLElement& element, std::string_view attribute);
+    /// Of the attribute's name where it can be told, else of its element.
+    TextPlace placeOf(const varno_zpk::CXMLElement& element, std::string_view attribute) const;
+    /// The same for any number of attributes of one element, asked in the document's order.
+    TextPlace placeOfNext(const varno_zpk::CXMLElement& element, std::string_view attribute);
 
 private:
     struct ElementPlace {
@@ -39,7 +41,8 @@ private:
     DescriptionText(std::string path, std::string bytes);
     bool parse(const char* encoding, FindingList& findings);
     bool decode(ZPKTextDecoder& decoder, FindingList& findings);
-    std::size_t offsetOf(const varno_zpk::CXMLElement& element, std::string_view attribute);
+    std::size_t offsetOfAttributes(const varno_zpk::CXMLElement& element) const;
+    TextPlace placeAt(std::size_t offset, const varno_zpk::CXMLElement& element) const;
 
     std::string m_path;
     /// In UTF-8 where the file is in an encoding of before Unicode.

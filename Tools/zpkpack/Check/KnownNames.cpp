@@ -58,7 +58,7 @@ void KnownNames::checkAttributes(DescriptionText& text, const CXMLElement& eleme
             findings.add("unknown-attribute", text.path(),
                          "the launcher knows no attribute \"" + name + "\" of \"" + element.GetNameString() +
                              "\"" + advice(findings, "unknown-attribute", m_attributes, name),
-                         text.placeOf(element, name));
+                         text.placeOfNext(element, name));
         }
     }
 }

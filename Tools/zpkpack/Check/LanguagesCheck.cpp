@@ -39,6 +39,22 @@ bool canBeAskedFor(const std::string& code) {
     return isLanguage && (country.empty() || isCountry);
 }
 
+/// A code that is asked for where only capitals or the sign before the country are others; empty elsewhere.
+std::string codeMeantBy(std::string code) {
+    const std::size_t separator = std::min(code.find_first_of("-_"), code.size());
+    for (std::size_t at = 0; at < code.size(); ++at) {
+        char& each = code[at];
+        if (at == separator) {
+            each = '_';
+        } else if (at < separator && each >= 'A' && each <= 'Z') {
+            each = static_cast<char>(each - 'A' + 'a');
+        } else if (at > separator && each >= 'a' && each <= 'z') {
+            each = static_cast<char>(each - 'a' + 'A');
+        }
+    }
+    return canBeAskedFor(code) ? code : "";
+}
+
 bool launcherTakes(const CXMLElement& root) {
     try {
         return !CLanguagesType(root).languages.empty();
@@ -83,13 +99,14 @@ bool LanguagesCheck::readOffers(DescriptionText& text) {
         }
         m_offers.push_back(std::move(offer));
     });
-    m_fallBack.place = text.placeOf(text.root());
     const bool hasFallBack = CElementReader::ReadAttribute(text.root(), ATTR_FALLBACKCODE, m_fallBack.code);
+    m_fallBack.place = text.placeOf(text.root(), ATTR_FALLBACKCODE);
     if (!hasFallBack) {
         report("languages", "the root has no FallBackCode, so the launcher cannot use the list",
                m_fallBack.place);
     } else if (m_offers.empty()) {
-        report("languages", "it offers no language", m_fallBack.place);
+        report("languages", "it offers no language, so the launcher cannot use the list",
+               text.placeOf(text.root()));
     }
     return launcherTakes(text.root());
 }
@@ -113,7 +130,11 @@ void LanguagesCheck::checkOffers() {
 
 void LanguagesCheck::checkCode(const Offer& offer) {
     if (!canBeAskedFor(offer.code)) {
-        report("language-never-asked", "no setting asks for \"" + offer.code + "\"", offer.place);
+        const std::string meant = codeMeantBy(offer.code);
+        report("language-never-asked",
+               "no setting asks for \"" + offer.code + "\"" +
+                   (meant.empty() ? "" : "; they ask for \"" + meant + "\""),
+               offer.place);
     }
     if (!hasFolder(offer.code)) {
         report("language-without-folder", "there is no folder \"" + offer.code + "\"", offer.place);

@@ -71,6 +71,24 @@ std::size_t PackageStrings::skipToken(std::size_t at) const {
     return end;
 }
 
+std::size_t PackageStrings::offsetOfKey(std::string_view key) const {
+    const std::string_view text = m_text;
+    for (std::size_t at = 0; at < text.size(); at = skipToken(at)) {
+        const std::size_t start = text[at] == '"' || text[at] == '\'' ? at + 1 : at;
+        std::string_view rest = text.substr(start);
+        if (!rest.starts_with(key)) {
+            continue;
+        }
+        rest.remove_prefix(key.size());
+        rest.remove_prefix(start == at || rest.empty() ? 0 : 1);
+        rest.remove_prefix(std::min(rest.find_first_not_of(" \t\r\n"), rest.size()));
+        if (rest.starts_with('=')) {
+            return at;
+        }
+    }
+    return text.size();
+}
+
 void PackageStrings::takeComment(std::size_t at, std::size_t end) {
     m_comments.push_back({trimmed(m_text.substr(at + 1, end - at - 1)), at});
     m_text.replace(at, end - at, end - at, ' ');

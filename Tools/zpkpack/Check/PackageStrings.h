@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Base/ZPKFailure.h"
@@ -52,6 +53,10 @@ public:
     const std::string& text() const { return m_text; }
 
     const std::vector<Comment>& comments() const { return m_comments; }
+
+    /// Where the entry with this key begins, in bytes from the start of the text; the text's end where there
+    /// is none.
+    std::size_t offsetOfKey(std::string_view key) const;
 
     /// The entries; nothing when the text is malformed, and then `outErrorAt` is where, in bytes from the
     /// start of the text.

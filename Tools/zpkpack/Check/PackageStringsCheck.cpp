@@ -17,10 +17,9 @@ namespace {
 constexpr const char* kInstruction = "zpkpack:";
 constexpr const char* kAllow = "allow";
 
-/// The place of a key, which is where its text first stands.
-TextPlace placeOf(const char* key, const SourceText& text) {
-    const std::size_t offset = text.bytes().find(key);
-    return offset == std::string::npos ? TextPlace{} : text.placeOf(offset);
+TextPlace placeOf(const char* key, const PackageStrings& strings, const SourceText& text) {
+    const std::size_t offset = strings.offsetOfKey(key);
+    return offset == text.bytes().size() ? TextPlace{} : text.placeOf(offset);
 }
 
 }  // namespace
@@ -68,15 +67,16 @@ void PackageStringsCheck::checkEntries(const PackageStrings& strings, const Sour
                        text.placeOf(std::min(errorAt, text.bytes().size())));
         return;
     }
-    checkNames(*entries, text);
+    checkNames(*entries, strings, text);
 }
 
-void PackageStringsCheck::checkNames(const ZPKPropertyList& entries, const SourceText& text) {
+void PackageStringsCheck::checkNames(const ZPKPropertyList& entries, const PackageStrings& strings,
+                                     const SourceText& text) {
     for (const char* const key : {PackageStrings::kNameKey, PackageStrings::kIdentifierKey}) {
         const std::string fault = PackageStrings::faultOfValue(entries.stringForKey(key).value_or(""));
         if (!fault.empty()) {
             m_findings.add("package-strings", m_path, std::string("\"") + key + "\" " + fault,
-                           placeOf(key, text));
+                           placeOf(key, strings, text));
             return;
         }
     }
@@ -87,10 +87,10 @@ void PackageStringsCheck::checkNames(const ZPKPropertyList& entries, const Sourc
     if (const std::string faultOfTitle = PackageStrings::faultOfTitle(title); !faultOfTitle.empty()) {
         m_findings.add("package-title", m_path,
                        std::string("\"") + PackageStrings::kTitleKey + "\" " + faultOfTitle,
-                       placeOf(PackageStrings::kTitleKey, text));
+                       placeOf(PackageStrings::kTitleKey, strings, text));
     }
     if (!fault.empty()) {
-        m_findings.add("identifier", m_path, fault, placeOf(PackageStrings::kIdentifierKey, text));
+        m_findings.add("identifier", m_path, fault, placeOf(PackageStrings::kIdentifierKey, strings, text));
     }
 }
 

@@ -22,7 +22,7 @@ public:
 private:
     void takeAllowances(const PackageStrings& strings, const SourceText& text);
     void checkEntries(const PackageStrings& strings, const SourceText& text);
-    void checkNames(const ZPKPropertyList& entries, const SourceText& text);
+    void checkNames(const ZPKPropertyList& entries, const PackageStrings& strings, const SourceText& text);
 
     FindingList& m_findings;
     std::string m_path;

@@ -48,7 +48,7 @@ void PayloadCheck::run(const std::string& folder) {
     m_top = m_path = folder;
     // Of a link, what it leads to is meant.
     if (!m_walker.enterAt(AT_FDCWD, ZPKPath::resolved(folder))) {
-        m_findings.add("unreadable", folder, ZPKFailure::systemReason(errno));
+        reportUnreadable(folder);
         return;
     }
     m_levels.emplace_back();
@@ -74,7 +74,7 @@ void PayloadCheck::run(const std::string& folder) {
 void PayloadCheck::readNames(ZPKNameBatch& names) {
     names.begin();
     if (!m_walker.visitEntries([&](const char* name, unsigned char) { names.offer(name); })) {
-        m_findings.add("unreadable", m_path, ZPKFailure::systemReason(errno));
+        reportUnreadable(m_path);
     }
     names.end();
 }
@@ -110,7 +110,7 @@ void PayloadCheck::forgetUpperNames() {
 void PayloadCheck::checkItem(const std::string& name) {
     struct stat attributes;
     if (::fstatat(m_walker.descriptor(), name.c_str(), &attributes, AT_SYMLINK_NOFOLLOW) != 0) {
-        m_findings.add("unreadable", pathOf(name), ZPKFailure::systemReason(errno));
+        reportUnreadable(pathOf(name));
         return;
     }
     if (S_ISDIR(attributes.st_mode)) {
@@ -127,7 +127,7 @@ void PayloadCheck::checkItem(const std::string& name) {
 
 void PayloadCheck::enter(const std::string& name) {
     if (!m_walker.enter(name)) {
-        m_findings.add("unreadable", pathOf(name), ZPKFailure::systemReason(errno));
+        reportUnreadable(pathOf(name));
         return;
     }
     m_path += '/' + name;
@@ -141,7 +141,7 @@ void PayloadCheck::checkFile(const std::string& name, const struct stat& attribu
     const int folder = m_walker.descriptor();
     const bool isClosed = (attributes.st_mode & kReadableByAll) != kReadableByAll;
     if (isClosed && ::faccessat(folder, name.c_str(), R_OK, AT_EACCESS) != 0) {
-        m_findings.add("unreadable", pathOf(name), ZPKFailure::systemReason(errno));
+        reportUnreadable(pathOf(name));
     }
     if (attributes.st_size >= kFileTooLarge) {
         m_findings.add("file-too-large", pathOf(name),
@@ -163,7 +163,7 @@ void PayloadCheck::checkLink(const std::string& name) {
     std::array<char, PATH_MAX + 1> buffer;
     const ssize_t length = ::readlinkat(m_walker.descriptor(), name.c_str(), buffer.data(), buffer.size());
     if (length < 0) {
-        m_findings.add("unreadable", pathOf(name), ZPKFailure::systemReason(errno));
+        reportUnreadable(pathOf(name));
         return;
     }
     const std::string text(buffer.data(), static_cast<std::size_t>(length));
@@ -175,6 +175,11 @@ void PayloadCheck::checkLink(const std::string& name) {
             "link-outside", pathOf(name),
             "the link leads to \"" + text + "\", which is outside " + ZPKPath::lastComponent(m_top));
     }
+}
+
+/// What just failed, at `path`.
+void PayloadCheck::reportUnreadable(const std::string& path) {
+    m_findings.add("unreadable", path, "it cannot be read: " + ZPKFailure::systemReason(errno));
 }
 
 std::string PayloadCheck::pathOf(const std::string& name) const {

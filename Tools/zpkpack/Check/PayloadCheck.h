@@ -31,6 +31,7 @@ private:
     void checkFile(const std::string& name, const struct stat& attributes);
     void checkLink(const std::string& name);
     void enter(const std::string& name);
+    void reportUnreadable(const std::string& path);
     std::string pathOf(const std::string& name) const;
 
     FindingList& m_findings;

@@ -129,7 +129,8 @@ void ProgramCheck::checkLibraries(const std::string& path, const ProgramFile& pr
             });
         if (library != loader && !isBrought && !isAmong(kPlainLibraries, library)) {
             m_findings.add("program-library", path,
-                           "the setup program needs " + library + ", which a plain machine has not");
+                           "the setup program needs " + library +
+                               ", which a plain machine has not and Data does not bring");
         }
     }
 }

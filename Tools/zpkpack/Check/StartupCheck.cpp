@@ -19,6 +19,18 @@ using namespace varno_zpk;
 
 namespace zpk_packager {
 
+namespace {
+
+/// How an item of the payload is named, where only the token before it is missing.
+std::string adviceFor(const std::string& exec, const std::string& dataFolder) {
+    return !exec.empty() && exec.front() != '/' && exec.find("..") == std::string::npos &&
+                   ZPKFileManager::fileExists(ZPKPath::join(dataFolder, exec))
+               ? "; \"" + ZPKPath::join(ZPKPackageLayout::kDataFolderToken, exec) + "\" is"
+               : "";
+}
+
+}  // namespace
+
 void StartupCheck::run(const std::string& folder) {
     const std::string dataFolder = ZPKPackageLayout::folder(folder, ZPKPackageLayout::Content::Data);
     Mention mention{ZPKPackageLayout::startupDescription(folder), {}, {}};
@@ -26,7 +38,7 @@ void StartupCheck::run(const std::string& folder) {
     if (text) {
         KnownNames({ATTR_EXEC, ATTR_PARAM}, {}).check(*text, text->root(), m_findings);
         CElementReader::ReadAttribute(text->root(), ATTR_EXEC, mention.exec);
-        mention.place = text->placeOf(text->root());
+        mention.place = text->placeOf(text->root(), ATTR_EXEC);
         checkParameter(*text);
     }
     if (!ZPKFileManager::isFolder(dataFolder)) {
@@ -45,7 +57,7 @@ void StartupCheck::checkParameter(DescriptionText& text) {
     if (parameter.find_first_of(" \t\n") != std::string::npos) {
         m_findings.add("param-words", text.path(),
                        "the program gets \"" + parameter + "\" as one argument, blanks included",
-                       text.placeOf(text.root()));
+                       text.placeOf(text.root(), ATTR_PARAM));
     }
 }
 
@@ -62,7 +74,9 @@ void StartupCheck::checkNamed(const Mention& mention, const std::string& dataFol
     const bool climbs = mention.exec.find("..") != std::string::npos;
     if (climbs || !ZPKPath::isSameOrInside(*program, dataFolder)) {
         m_findings.add("exec-outside", mention.path,
-                       "\"" + mention.exec + "\" is not in Data, so it is not in the package", mention.place);
+                       "\"" + mention.exec + "\" is not in Data, so it is not in the package" +
+                           adviceFor(mention.exec, dataFolder),
+                       mention.place);
         return;
     }
     checkInData(mention, *program, dataFolder);
