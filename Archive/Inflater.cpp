@@ -29,28 +29,9 @@ Inflater::Inflater() : m_state(std::make_unique<inflate_state>()) {}
 
 Inflater::~Inflater() = default;
 
-void Inflater::reset() {
+bool Inflater::inflateStream(InputFile& input, BlockPipeline& pipeline) {
     isal_inflate_init(m_state.get());
     m_state->crc_flag = ISAL_GZIP_NO_HDR_VER;
-}
-
-void Inflater::inflateWhole(std::span<const std::uint8_t> packed, ByteBuffer& plain, std::size_t plainSize) {
-    reset();
-    plain.reserve(kBlockSize);
-    // The library does not write through next_in; its type only lacks the const.
-    m_state->next_in = const_cast<std::uint8_t*>(packed.data());
-    m_state->avail_in = static_cast<std::uint32_t>(packed.size());
-    m_state->next_out = plain.data();
-    m_state->avail_out = static_cast<std::uint32_t>(plainSize);
-    throwUnlessGood(isal_inflate(m_state.get()));
-    if (m_state->block_state != ISAL_BLOCK_FINISH || m_state->avail_in != 0 || m_state->avail_out != 0) {
-        throw ArchiveFailure("the compressed data are damaged (length)");
-    }
-    plain.size = plainSize;
-}
-
-bool Inflater::inflateStream(InputFile& input, BlockPipeline& pipeline) {
-    reset();
     while (m_state->block_state != ISAL_BLOCK_FINISH) {
         BlockPipeline::Block* block = pipeline.acquire();
         if (block == nullptr) {
@@ -61,6 +42,7 @@ bool Inflater::inflateStream(InputFile& input, BlockPipeline& pipeline) {
         m_state->avail_out = kBlockSize;
         while (m_state->avail_out > 0 && m_state->block_state != ISAL_BLOCK_FINISH) {
             std::span<const std::uint8_t> packed = input.available();
+            // The library does not write through next_in; its type only lacks the const.
             m_state->next_in = const_cast<std::uint8_t*>(packed.data());
             m_state->avail_in = static_cast<std::uint32_t>(packed.size());
             std::uint32_t roomBefore = m_state->avail_out;

@@ -5,12 +5,14 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <utility>
 
 #include "Archive/Bunzipper.h"
 #include "Archive/Failure.h"
 #include "Archive/GzipMember.h"
 #include "Archive/Inflater.h"
+#include "Archive/MemberInflater.h"
 
 namespace zpk_archive {
 
@@ -148,10 +150,13 @@ void PlainStream::startWorkers() {
 }
 
 void PlainStream::inflateSubmitted() {
-    Inflater inflater;
+    std::unique_ptr<MemberInflater> inflater;
     while (BlockPipeline::Block* block = m_pipeline.takeWork()) {
         try {
-            inflater.inflateWhole(block->packed.bytes(), block->plain, block->plain.size);
+            if (!inflater) {
+                inflater = std::make_unique<MemberInflater>();
+            }
+            inflater->inflate(block->packed.bytes(), block->plain, block->plain.size);
         } catch (const std::exception& failure) {
             block->error = failure.what();
         }

@@ -133,6 +133,14 @@ TEST_F(DamagedArchiveTest, MemberWhoseDataHaveAnotherLengthThanItStatesIsAnError
     EXPECT_FALSE(extractBytes(withSizes(stated->packed - 1, stated->plain, data)));
 }
 
+TEST_F(DamagedArchiveTest, TrailerThatTellsOfOtherDataIsAnError) {
+    for (std::size_t fromEnd = 1; fromEnd <= zpk_archive::kGzipMemberTrailerSize; ++fromEnd) {
+        std::string bad = m_good;
+        bad[bad.size() - fromEnd] = static_cast<char>(bad[bad.size() - fromEnd] ^ 1);
+        expectRefusal(bad, "the compressed data are damaged (checksum)");
+    }
+}
+
 TEST_F(DamagedArchiveTest, BytesAfterTheArchiveThatAreNoGzipAreAnError) {
     EXPECT_TRUE(extractBytes(m_good + std::string(1000, '\0')));
     const char* const reason = "bytes that are no gzip data follow the archive";
