@@ -16,7 +16,6 @@
 #include "InstallerCore/ZPKInterfaceLanguage.h"
 #include "InstallerCore/ZPKLanguageInfos.h"
 #include "InstallerCore/ZPKSetupProgramRunner.h"
-#include "InstallerCore/ZPKSingleInstance.h"
 #include "InstallerCore/ZPKSoftwareListText.h"
 #include "InstallerCore/ZPKStagingFolder.h"
 #include "Package/CZPKUtil.h"
@@ -40,7 +39,7 @@ std::string resourceFolder() {
 }  // namespace
 
 ZPKCore::ZPKCore(ZPKFrontEnd& frontEnd, const ZPKRemovableVolumes& volumes, ZPKClock& clock)
-    : m_frontEnd(frontEnd), m_volumes(volumes), m_extraction(frontEnd, clock) {}
+    : m_frontEnd(frontEnd), m_volumes(volumes), m_clock(clock), m_extraction(frontEnd, clock) {}
 
 ZPKCore::~ZPKCore() = default;
 
@@ -80,7 +79,7 @@ void ZPKCore::applicationWillFinishLaunching() {
 }
 
 bool ZPKCore::isAlreadyExecuting() {
-    return ZPKSingleInstance::isOtherRunning();
+    return m_singleInstance.isOtherRunning(m_clock, [this] { return m_earlyEnd.isAsked(); });
 }
 
 void ZPKCore::applicationDidFinishLaunching() {

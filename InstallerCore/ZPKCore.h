@@ -10,6 +10,7 @@
 
 #include "InstallerCore/ZPKEarlyEnd.h"
 #include "InstallerCore/ZPKPayloadExtraction.h"
+#include "InstallerCore/ZPKSingleInstance.h"
 #include "Package/ZPKArchiveTool.h"
 #include "Package/ZPKPackageLayout.h"
 #include "UserInterface/ZPKFrontEnd.h"
@@ -54,7 +55,8 @@ public:
     /// started, 0 otherwise.
     int exitStatus() const;
 
-    /// True when another running application carries this one's name.
+    /// True when another running application carries this one's name, and is not about to end because of this
+    /// one.
     bool isAlreadyExecuting();
 
     /// Whether the package may be installed on this machine: a product that it updates is installed, or
@@ -100,6 +102,7 @@ private:
 
     ZPKFrontEnd& m_frontEnd;
     const ZPKRemovableVolumes& m_volumes;
+    ZPKClock& m_clock;
 
     /// Display names of the products that the package applies to.
     std::vector<std::string> _softwares;
@@ -108,6 +111,7 @@ private:
 
     bool m_couldNotStart = false;
     ZPKEarlyEnd m_earlyEnd;
+    ZPKSingleInstance m_singleInstance;
     ZPKArchiveTool m_descriptionTool;
 
     /// While the sequence needs it.
