@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <filesystem>
+#include <functional>
 #include <stdexcept>
 #include <thread>
 
@@ -33,6 +34,25 @@ protected:
 
     bool run() { return m_extraction.run(m_bundle.resource("Data.datx"), m_target, "the title"); }
 
+    /// Once the tool that never ends runs, does `action` on the main thread, in its loop.
+    void whileTheToolRuns(const std::function<void()>& action) {
+        installEndlessTool();
+        m_frontEnd.onLog = [this, action](const std::string& line) {
+            if (line == "bar: value=40") {
+                // On the main thread: the thread that unpacks goes on when this returns.
+                m_person = std::thread([this, action] {
+                    m_toolsNumber = numberOfTool();
+                    m_frontEnd.performOnMainThreadAndWait(action);
+                });
+            } else if (line == "progress: gone") {
+                m_toolOutlivesTheWindow = runs(m_toolsNumber);
+            }
+        };
+    }
+
+    std::thread m_person;
+    pid_t m_toolsNumber = 0;
+    bool m_toolOutlivesTheWindow = true;
     std::string m_target = m_folder / "staging";
     ZPKPayloadExtraction m_extraction{m_frontEnd, m_clock};
 };
@@ -101,24 +121,13 @@ TEST_F(ZPKPayloadExtractionTest, WithoutAWindowNothingIsUnpacked) {
 
 TEST_F(ZPKPayloadExtractionTest, LoopThatEndsWhileTheToolRunsEndsTheToolAndTheThread) {
     pack();
-    installEndlessTool();
-    pid_t tool = 0;
-    std::thread person;
-    m_frontEnd.onLog = [&](const std::string& line) {
-        if (line == "bar: value=40") {
-            // On the main thread, in its loop: the thread goes on when this returns.
-            person = std::thread([&] {
-                tool = numberOfTool();
-                m_frontEnd.performOnMainThreadAndWait([&] { m_frontEnd.stopModal(ZPKModalResponseAbort); });
-            });
-        }
-    };
+    whileTheToolRuns([this] { m_frontEnd.stopModal(ZPKModalResponseAbort); });
     EXPECT_FALSE(run());
-    person.join();
+    m_person.join();
     EXPECT_EQ(logged({"bar: value", "progress: "}).back(), "progress: gone");
     EXPECT_EQ(logged({"bar: value=100"}), Lines{});
-    EXPECT_GT(tool, 0);
-    EXPECT_FALSE(runs(tool));
+    EXPECT_GT(m_toolsNumber, 0);
+    EXPECT_FALSE(m_toolOutlivesTheWindow);
     EXPECT_TRUE(m_clock.pauses.empty());
 }
 
@@ -147,6 +156,15 @@ TEST_F(ZPKPayloadExtractionTest, LoopThatThrowsEndsTheThreadBeforeTheWindowGoes)
     };
     EXPECT_THROW(run(), std::runtime_error);
     EXPECT_EQ(logged({"progress: gone", "bar: value=40"}), Lines{"progress: gone"});
+}
+
+TEST_F(ZPKPayloadExtractionTest, LoopThatThrowsWhileTheToolRunsEndsTheToolBeforeTheWindowGoes) {
+    pack();
+    whileTheToolRuns([] { throw std::runtime_error("no memory"); });
+    EXPECT_THROW(run(), std::runtime_error);
+    m_person.join();
+    EXPECT_GT(m_toolsNumber, 0);
+    EXPECT_FALSE(m_toolOutlivesTheWindow);
 }
 
 TEST_F(ZPKPayloadExtractionTest, StopWithoutARunDoesNothing) {

@@ -66,6 +66,10 @@ TEST_F(DesktopAlert, KeysSelectItsText) {
         EXPECT_EQ(label->selectedText(), "");
         QTest::keyClick(label, Qt::Key_A, Qt::ControlModifier);
         EXPECT_EQ(label->selectedText(), "Not found");
+        QTest::keyClick(label, Qt::Key_Home);
+        EXPECT_EQ(label->selectedText(), "");
+        QTest::keyClick(label, Qt::Key_Right, Qt::ShiftModifier);
+        EXPECT_EQ(label->selectedText(), "N");
         button(box)->click();
     });
 }
@@ -193,6 +197,14 @@ TEST_F(DesktopAlert, AbortWaitsForItsAnswer) {
             EXPECT_TRUE(answered);
         });
         EXPECT_EQ(frontEnd->runModalForWindow(*window), ZPKModalResponseAbort);
+    });
+}
+
+TEST_F(DesktopAlert, EndOfTheRunAnswersIt) {
+    withAlert({"T", "", "OK"}, [&](QDialog* box) {
+        frontEnd->terminate();
+        EXPECT_FALSE(box->isVisible());
+        box->close();
     });
 }
 

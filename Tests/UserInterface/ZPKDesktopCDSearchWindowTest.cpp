@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
+#include <QPainter>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScrollBar>
@@ -239,18 +240,23 @@ TEST_F(DesktopDiscWindow, HasAPictureOfADisc) {
     run([&] { EXPECT_FALSE(dialog->findChild<QLabel*>("discLabel")->pixmap().isNull()); });
 }
 
-TEST_F(DesktopDiscWindow, ListShowsThatItHasTheKeys) {
+/// What some styles draw on the list itself is hardly seen.
+TEST_F(DesktopDiscWindow, ListShowsThatItHasTheKeysAroundIt) {
     run([&] {
         EXPECT_TRUE(QTest::qWaitForWindowActive(dialog));
-        list->setCursorWidth(0);
-        const QImage without = dialog->grab().toImage();
+        constexpr int kAround = 4;
+        const auto ring = [&] {
+            QApplication::processEvents();
+            QImage image =
+                dialog->grab(list->geometry().adjusted(-kAround, -kAround, kAround, kAround)).toImage();
+            QPainter(&image).fillRect(QRect(QPoint(kAround, kAround), list->size()), Qt::black);
+            return image;
+        };
+        const QImage without = ring();
         list->setFocus();
-        QApplication::processEvents();
-        const QRect around = list->geometry().adjusted(-4, -4, 4, 4);
-        EXPECT_NE(dialog->grab(around).toImage(), without.copy(around));
+        EXPECT_NE(ring(), without);
         search->setFocus();
-        QApplication::processEvents();
-        EXPECT_EQ(dialog->grab(around).toImage(), without.copy(around));
+        EXPECT_EQ(ring(), without);
     });
 }
 
