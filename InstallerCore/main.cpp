@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include <dlfcn.h>
+#include <sys/auxv.h>
 #include <sys/prctl.h>
 #include <unistd.h>
 
@@ -28,7 +29,6 @@
 #include "Platform/ZPKIgnoredSignals.h"
 #include "Platform/ZPKLoadableFile.h"
 #include "Platform/ZPKMainBundle.h"
-#include "Platform/ZPKProcess.h"
 #include "UserInterface/Terminal/ZPKTerminalFrontEnd.h"
 #include "UserInterface/ZPKDesktopPlugIn.h"
 #include "UserInterface/ZPKRemovableVolumes.h"
@@ -49,8 +49,10 @@ int runOnTerminal() {
 
 /// The folder of the parts that this process runs on; empty where these are the machine's.
 std::string carriedParts() {
-    const ZPKCarriedParts parts(ZPKMainBundle::mainBundle().frameworksPath());
-    return ZPKProcess::executablePath("self") == parts.loader() ? parts.folder() : "";
+    // A program that was started by handing it to a loader has no loader of its own; the kernel has told so
+    // at the start, and nothing need be asked that could be refused.
+    const bool isCarried = ::getauxval(AT_BASE) == 0;
+    return isCarried ? ZPKMainBundle::mainBundle().frameworksPath() : "";
 }
 
 /// The module's entry, or null with a line that says why.

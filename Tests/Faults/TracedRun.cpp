@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <seccomp.h>
 #include <sys/ptrace.h>
+#include <sys/syscall.h>
 #include <sys/time.h>
 #include <sys/user.h>
 #include <sys/wait.h>
@@ -35,6 +36,9 @@ std::string programOf(pid_t task) {
     std::error_code ignored;
     return std::filesystem::read_symlink("/proc/" + std::to_string(task) + "/exe", ignored);
 }
+
+/// Sets a signal handler, which each of the programs does and no loader.
+constexpr int kFirstOfProgram = SYS_rt_sigaction;
 
 volatile std::sig_atomic_t g_seconds = 0;
 
@@ -93,6 +97,7 @@ void TracedRun::loadFilter() const {
     const scmp_filter_ctx filter = ::seccomp_init(m_fault ? SCMP_ACT_ALLOW : SCMP_ACT_TRACE(0));
     if (m_fault) {
         ::seccomp_rule_add(filter, SCMP_ACT_TRACE(0), m_fault->call, 0);
+        ::seccomp_rule_add(filter, SCMP_ACT_TRACE(0), kFirstOfProgram, 0);
     }
     if (filter == nullptr || ::seccomp_load(filter) != 0) {
         ::_exit(EXIT_FAILURE);
@@ -158,6 +163,7 @@ void TracedRun::takeEvent(pid_t task, int event) {
             break;
         case PTRACE_EVENT_EXEC:
             m_tasks[task].program = programOf(task);
+            m_tasks[task].isLoading = true;
             break;
         case PTRACE_EVENT_SECCOMP:
             takeCall(task);
@@ -174,7 +180,8 @@ void TracedRun::takeNewTask(pid_t parent, bool isThread) {
     }
     const auto task = static_cast<pid_t>(message);
     if (m_endedUntold.erase(task) == 0) {
-        m_tasks[task] = {m_tasks[parent].program, isThread, true};
+        const Task& origin = m_tasks[parent];
+        m_tasks[task] = {origin.program, isThread, true, origin.isLoading};
     }
 }
 
@@ -193,6 +200,10 @@ void TracedRun::takeCall(pid_t task) {
         return;
     }
     const int call = static_cast<int>(registers.orig_rax);
+    m_tasks[task].isLoading &= call != kFirstOfProgram;
+    if (m_fault && call != m_fault->call) {
+        return;
+    }
     const int number = ++m_report.counts[call];
     if (!m_fault || number != m_fault->number) {
         return;
@@ -212,7 +223,7 @@ void TracedRun::takeEnd(pid_t task, int status) {
         m_endedUntold.insert(task);
     }
     if (WIFSIGNALED(status) && !ended.isThread) {
-        m_report.deaths.push_back({ended.program, WTERMSIG(status)});
+        m_report.deaths.push_back({ended.program, WTERMSIG(status), ended.isLoading});
     }
     if (task == m_first) {
         m_firstHasEnded = true;

@@ -26,6 +26,8 @@ public:
     struct Death {
         std::string program;
         int signal = 0;
+        /// Whether it was still the loader's: no program's first line was reached.
+        bool wasLoading = false;
     };
 
     /// What was seen.
@@ -65,6 +67,8 @@ private:
         bool isThread = false;
         /// A task may stop, and even end, before its parent tells of it.
         bool isTold = false;
+        /// From the program's start to its first signal handler, which a loader has none of.
+        bool isLoading = true;
     };
 
     void start(char* const* program);

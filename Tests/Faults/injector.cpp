@@ -63,7 +63,8 @@ nlohmann::json asJSON(const TracedRun::Report& report) {
         json["struck"] = *report.struck;
     }
     for (const TracedRun::Death& death : report.deaths) {
-        json["deaths"].push_back({{"program", death.program}, {"signal", death.signal}});
+        json["deaths"].push_back(
+            {{"program", death.program}, {"signal", death.signal}, {"loading", death.wasLoading}});
     }
     for (const auto& [call, count] : report.counts) {
         json["counts"][nameOf(call)] = count;
