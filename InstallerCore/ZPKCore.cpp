@@ -196,7 +196,9 @@ std::optional<std::string> ZPKCore::executableFileAtTemporaryFolder(const std::s
 
 void ZPKCore::executeFile(const std::optional<std::string>& path, const Parameters& params,
                           bool synchronous) {
-    const ZPKOutcome outcome = ZPKSetupProgramRunner::run({path, params}, synchronous);
+    const std::unique_ptr<ZPKExpectedProgram> expected = path ? m_frontEnd.expectProgram(*path) : nullptr;
+    const ZPKOutcome outcome = ZPKSetupProgramRunner::run(
+        {path, params}, synchronous, expected ? expected->environment() : std::vector<std::string>());
     m_couldNotStart = !outcome;
     if (!outcome) {
         ZPKDiagnostic::tell({"cannot start ", outcome.failure().message()});

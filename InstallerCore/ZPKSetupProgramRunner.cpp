@@ -5,7 +5,8 @@
 
 #include "Platform/ZPKTask.h"
 
-ZPKOutcome ZPKSetupProgramRunner::run(const ZPKSetupProgram& program, bool synchronous) {
+ZPKOutcome ZPKSetupProgramRunner::run(const ZPKSetupProgram& program, bool synchronous,
+                                      const std::vector<std::string>& entries) {
     if (!program.path) {
         return {};
     }
@@ -14,6 +15,7 @@ ZPKOutcome ZPKSetupProgramRunner::run(const ZPKSetupProgram& program, bool synch
     if (program.parameters) {
         task.setArguments(*program.parameters);
     }
+    task.setEnvironmentEntries(entries);
     if (ZPKOutcome outcome = task.launch(); !outcome) {
         return outcome;
     }

@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cassert>
 #include <cerrno>
 #include <csignal>
@@ -40,7 +41,7 @@ public:
     int prepare(int standardError);
 
     int spawn(pid_t& outChild, const std::string& path, const std::vector<std::string>& arguments,
-              char** environment) const;
+              char* const* environment) const;
 
 private:
     posix_spawn_file_actions_t m_actions;
@@ -66,7 +67,7 @@ int SpawnPlan::prepare(int standardError) {
 }
 
 int SpawnPlan::spawn(pid_t& outChild, const std::string& path, const std::vector<std::string>& arguments,
-                     char** environment) const {
+                     char* const* environment) const {
     // The interface wants writable texts; the copies live until the child has its own.
     std::vector<std::string> texts;
     texts.reserve(arguments.size() + 1);
@@ -81,18 +82,25 @@ int SpawnPlan::spawn(pid_t& outChild, const std::string& path, const std::vector
     return ::posix_spawn(&outChild, path.c_str(), &m_actions, &m_attributes, vector.data(), environment);
 }
 
-/// The entries of the environment `given`, but for those of the same name as `entry`, and `entry` itself.
-std::vector<char*> withEntry(char** given, std::string& entry) {
-    const std::string_view start = std::string_view(entry).substr(0, entry.find('=') + 1);
-    std::vector<char*> entries;
+/// Both with the `=` behind the name.
+bool haveOneName(std::string_view entry, std::string_view other) {
+    return other.starts_with(entry.substr(0, entry.find('=') + 1));
+}
+
+/// What the environment `given` holds, in its order, but for what has the name of one of `entries`, and then
+/// those.
+std::vector<char*> withEntries(char** given, std::vector<std::string>& entries) {
+    std::vector<char*> all;
     for (; *given != nullptr; ++given) {
-        if (!std::string_view(*given).starts_with(start)) {
-            entries.push_back(*given);
+        if (std::ranges::none_of(entries, [&](const auto& entry) { return haveOneName(entry, *given); })) {
+            all.push_back(*given);
         }
     }
-    entries.push_back(entry.data());
-    entries.push_back(nullptr);
-    return entries;
+    for (std::string& entry : entries) {
+        all.push_back(entry.data());
+    }
+    all.push_back(nullptr);
+    return all;
 }
 
 }  // namespace
@@ -117,8 +125,11 @@ ZPKOutcome ZPKTask::launch() {
         }
         writeEnd = std::move(*opened);
     }
-    std::string parent = std::string(kParentVariable) + "=" + std::to_string(::getpid());
-    std::vector<char*> environment = withEntry(ZPKEnvironment::ofChildren(), parent);
+    std::vector<std::string> entries = m_entries;
+    if (m_endsWithItsParent) {
+        entries.push_back(std::string(kParentVariable) + "=" + std::to_string(::getpid()));
+    }
+    const std::vector<char*> environment = withEntries(ZPKEnvironment::ofChildren(), entries);
     SpawnPlan plan;
     int error = plan.prepare(writeEnd.get());
     const ZPKMutexLock lock(m_mutex);
@@ -128,8 +139,7 @@ ZPKOutcome ZPKTask::launch() {
     }
     pid_t child = -1;
     if (error == 0) {
-        error = plan.spawn(child, m_launchPath, m_arguments,
-                           m_endsWithItsParent ? environment.data() : ZPKEnvironment::ofChildren());
+        error = plan.spawn(child, m_launchPath, m_arguments, environment.data());
     }
     if (error != 0) {
         return ZPKLaunchFailure::explain(m_launchPath, error);

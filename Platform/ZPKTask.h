@@ -33,6 +33,9 @@ public:
     /// The arguments after the program's own name.
     void setArguments(const std::vector<std::string>& arguments) { m_arguments = arguments; }
 
+    /// `NAME=value` each, besides what the environment holds or in the stead of what has the same name there.
+    void setEnvironmentEntries(const std::vector<std::string>& entries) { m_entries = entries; }
+
     /// Sends the child's standard error into a pipe that nobody reads. The pipe stays open until
     /// the task is destroyed, so that a child that writes little is neither blocked nor killed.
     void setStandardErrorToUnreadPipe() { m_unreadStandardError = true; }
@@ -64,6 +67,7 @@ private:
 
     std::string m_launchPath;
     std::vector<std::string> m_arguments;
+    std::vector<std::string> m_entries;
     bool m_unreadStandardError = false;
     bool m_endsWithItsParent = false;
     /// Held while a child begins or is buried, so that no signal reaches a process of another's.

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "UserInterface/ZPKCDSearchWindow.h"
+#include "UserInterface/ZPKExpectedProgram.h"
 #include "UserInterface/ZPKProgressWindow.h"
 #include "UserInterface/ZPKWindow.h"
 
@@ -78,6 +79,10 @@ public:
     /// then a line on standard error has said so, `run` will give 1, and the caller cleans up and terminates.
     virtual std::unique_ptr<ZPKProgressWindow> createProgressWindow() = 0;
     virtual std::unique_ptr<ZPKCDSearchWindow> createCDSearchWindow() = 0;
+
+    /// Tells the desktop of the program at `path`, which is about to be started. Null where there is no
+    /// desktop that wants to know.
+    virtual std::unique_ptr<ZPKExpectedProgram> expectProgram(const std::string&) { return nullptr; }
 
     /// Shows the alert and returns when it was answered.
     virtual void runAlert(const ZPKAlert& alert) = 0;

@@ -4,13 +4,12 @@
 
 """What the desktop and people know a package's windows by."""
 
-import functools
 import re
 import shutil
-import subprocess
 import unittest
 
-from support import TEMPLATE, PackageTestCase, png_picture, wait_until, write
+from compositors import weston
+from support import TEMPLATE, PackageTestCase, png_picture, write
 from windows import items, walk
 from windows_case import WindowTestCase
 
@@ -93,49 +92,14 @@ class IdentityTest(WindowTestCase):
         self.desktop.key("Escape")
         run.wait()
 
-    @staticmethod
-    def is_in(path, text):
-        return text in path.read_text()
-
-    def test_the_desktop_is_told_that_the_start_is_over(self):
-        """Who was started with an identifier of its start says that to the desktop, whose pointer is busy till then."""
-        bundle = self.package()
-        log = self.folder / "messages"
-        with open(log, "w") as output:
-            spy = subprocess.Popen(["stdbuf", "-oL", "xev", "-root"], env=self.desktop.environment, stdout=output)
-        self.addCleanup(spy.wait)
-        self.addCleanup(spy.terminate)
-
-        def is_listening():
-            self.desktop.run("xprop", "-root", "-f", "ZPK_TEST", "32c", "-set", "ZPK_TEST", "1")
-            return "ZPK_TEST" in log.read_text()
-
-        wait_until(is_listening, 60)
-        for variables, is_told in (({"DESKTOP_STARTUP_ID": None}, False), ({"DESKTOP_STARTUP_ID": "a_TIME1"}, True)):
-            run = self.start(bundle, **variables)
-            run.wait()
-            mark = "ZPK_END_%s" % is_told
-            self.desktop.run("xprop", "-root", "-f", mark, "32c", "-set", mark, "1")
-            wait_until(functools.partial(self.is_in, log, mark), 60)
-            self.assertEqual("_NET_STARTUP_INFO_BEGIN" in log.read_text(), is_told)
-
 
 class WaylandIdentityTest(PackageTestCase):
     def test_application(self):
         self.recorder()
         self.startup()
         bundle = self.pack()
-        socket = self.folder / "runtime/zpk-test"
-        compositor = subprocess.Popen(
-            ["weston", "--backend=headless-backend.so", "--socket=zpk-test", "--idle-time=0"],
-            env=self.environment(),
-            stdout=subprocess.DEVNULL,
-            stderr=subprocess.DEVNULL,
-        )
-        self.addCleanup(compositor.wait)
-        self.addCleanup(compositor.terminate)
-        wait_until(socket.exists, 60)
-        done = self.launch(bundle, WAYLAND_DISPLAY="zpk-test", WAYLAND_DEBUG="1")
+        with weston() as compositor:
+            done = self.launch(bundle, WAYLAND_DISPLAY=str(compositor.socket), WAYLAND_DEBUG="1")
         self.record()
         self.assertRegex(done.stderr, r'-> xdg_toplevel@\d+\.set_app_id\("com\.example\.%s"\)' % self.name)
         self.assertRegex(done.stderr, r'-> xdg_toplevel@\d+\.set_title\("Extracting installation files…"\)')

@@ -245,6 +245,28 @@ TEST_F(ZPKTaskTest, TasksRunOnAnyThread) {
     EXPECT_EQ(statuses, std::vector<int>(8, 0));
 }
 
+TEST_F(ZPKTaskTest, EntriesTakeThePlaceOfThoseOfTheirNameAlone) {
+    const ScopedEnvironment older("ZPK_TEST_ENTRY", "older");
+    const ScopedEnvironment longer("ZPK_TEST_ENTRY_LONGER", "stays");
+    const auto printed = [](const std::vector<std::string>& entries) {
+        return captureStreams([&] {
+                   ZPKTask task;
+                   task.setLaunchPath("/usr/bin/env");
+                   task.setEnvironmentEntries(entries);
+                   EXPECT_TRUE(task.launch());
+                   task.waitUntilExit();
+               })
+            .standardOutput;
+    };
+    std::string expected = printed({});
+    const std::string taken = "ZPK_TEST_ENTRY=older\n";
+    ASSERT_NE(expected.find(taken), std::string::npos);
+    expected.erase(expected.find(taken), taken.size());
+    EXPECT_NE(expected.find("ZPK_TEST_ENTRY_LONGER=stays\n"), std::string::npos);
+    EXPECT_EQ(printed({"ZPK_TEST_ENTRY=newer = a", "ZPK_TEST_OTHER="}),
+              expected + "ZPK_TEST_ENTRY=newer = a\nZPK_TEST_OTHER=\n");
+}
+
 TEST_F(ZPKTaskTest, ParentIsNamedOnlyToAChildThatEndsWithIt) {
     const std::string print = std::string("echo \"<$") + ZPKTask::kParentVariable + ">\"";
     const ScopedEnvironment older(ZPKTask::kParentVariable, "1");

@@ -9,11 +9,13 @@
 #include <QTimer>
 #include <utility>
 
+#include "UserInterface/Desktop/ZPKActivationToken.h"
 #include "UserInterface/Desktop/ZPKDesktopAlert.h"
 #include "UserInterface/Desktop/ZPKDesktopCDSearchWindow.h"
 #include "UserInterface/Desktop/ZPKDesktopIdentity.h"
 #include "UserInterface/Desktop/ZPKDesktopProgressWindow.h"
 #include "UserInterface/Desktop/ZPKDesktopText.h"
+#include "UserInterface/Desktop/ZPKStartupNotice.h"
 
 namespace {
 
@@ -103,6 +105,13 @@ std::unique_ptr<ZPKCDSearchWindow> ZPKDesktopFrontEnd::createCDSearchWindow() {
         noteFailure();
     }
     return window;
+}
+
+std::unique_ptr<ZPKExpectedProgram> ZPKDesktopFrontEnd::expectProgram(const std::string& path) {
+    if (QGuiApplication::platformName() == QLatin1String("xcb")) {
+        return ZPKStartupNotice::send(path, ZPKDesktopIdentity::displayName());
+    }
+    return ZPKActivationToken::request();
 }
 
 void ZPKDesktopFrontEnd::runAlert(const ZPKAlert& alert) {

@@ -24,6 +24,7 @@ public:
     void setMenuItemTitle(ZPKMenuItem item, const std::string& title) override;
     std::unique_ptr<ZPKProgressWindow> createProgressWindow() override;
     std::unique_ptr<ZPKCDSearchWindow> createCDSearchWindow() override;
+    std::unique_ptr<ZPKExpectedProgram> expectProgram(const std::string& path) override;
     void runAlert(const ZPKAlert& alert) override;
     std::unique_ptr<ZPKModalSession> beginModalSessionForWindow(ZPKWindow& window) override;
 

@@ -3,18 +3,12 @@
 
 #include "UserInterface/Desktop/ZPKDisplayProbe.h"
 
-#include <poll.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-
 #include <cstdint>
-#include <cstring>
+#include <optional>
 #include <string>
 
-#include "Base/ZPKDescriptorIO.h"
 #include "Base/ZPKEnvironment.h"
-#include "Base/ZPKFileDescriptor.h"
-#include "Base/ZPKPath.h"
+#include "UserInterface/Desktop/ZPKCompositorTalk.h"
 
 namespace {
 
@@ -22,31 +16,12 @@ constexpr int kAnswerMilliseconds = 10'000;
 
 /// A compositor that takes the connection only to drop it ends the process inside the toolkit, so it is
 /// asked something that each one answers: its registry, and a sign when that is through.
-bool compositorAnswers(int connection) {
-    constexpr std::uint32_t kLength = 12U << 16;
-    constexpr std::uint32_t kQuestion[] = {1, kLength | 1, 2, 1, kLength | 0, 3};
-    if (::send(connection, kQuestion, sizeof(kQuestion), MSG_NOSIGNAL) != ssize_t{sizeof(kQuestion)}) {
-        return false;
-    }
-    pollfd waited{connection, POLLIN, 0};
-    char answer = 0;
-    return ZPKDescriptorIO::retry([&] { return ::poll(&waited, 1, kAnswerMilliseconds); }) == 1 &&
-           ZPKDescriptorIO::readSome(connection, &answer, sizeof(answer)) > 0;
-}
-
-bool waylandAnswers(const std::string& display) {
-    const std::string folder = ZPKEnvironment::value("XDG_RUNTIME_DIR").value_or("/");
-    const std::string path = display.front() == '/' ? display : ZPKPath::join(folder, display);
-    sockaddr_un address{};
-    if (path.size() >= sizeof(address.sun_path)) {
-        return false;
-    }
-    address.sun_family = AF_UNIX;
-    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
-    const ZPKFileDescriptor connection(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    const auto* generic = static_cast<const sockaddr*>(static_cast<const void*>(&address));
-    return connection.isOpen() && ::connect(connection.get(), generic, sizeof(address)) == 0 &&
-           compositorAnswers(connection.get());
+bool compositorAnswers() {
+    constexpr std::uint32_t kSync = 0;
+    constexpr std::uint32_t kGetRegistry = 1;
+    ZPKCompositorTalk talk(kAnswerMilliseconds);
+    return talk.isOpen() && talk.send(ZPKCompositorTalk::kDisplay, kGetRegistry, {2}) &&
+           talk.send(ZPKCompositorTalk::kDisplay, kSync, {3}) && talk.read().has_value();
 }
 
 }  // namespace
@@ -61,8 +36,7 @@ bool ZPKDisplayProbe::probe() {
     if (ZPKEnvironment::isSet("WAYLAND_SOCKET")) {
         return true;
     }
-    const std::optional<std::string> wayland = ZPKEnvironment::value("WAYLAND_DISPLAY");
-    return (wayland && waylandAnswers(*wayland)) || answersX11();
+    return compositorAnswers() || answersX11();
 }
 
 bool ZPKDisplayProbe::answersX11() {

@@ -62,6 +62,9 @@ void ZPKFormWindow::bringToFrontAtOnce() {
         fitContents();
         placeAboveModalWindow();
         ZPKFontCheck::check(*m_root);
+        if (m_size == Size::Adjustable && QGuiApplication::platformName() == QLatin1String("wayland")) {
+            holdHeightUntilShown();
+        }
         m_root->show();
     }
     m_root->activateWindow();
@@ -128,7 +131,23 @@ bool ZPKFormWindow::eventFilter(QObject* watched, QEvent* event) {
         escapePressed();
         return true;
     }
+    if (event->type() == QEvent::Expose && watched == m_root->windowHandle() && m_release) {
+        // The compositor decides when it is sent what the window shows first, which is done in this event.
+        QTimer::singleShot(0, this, std::exchange(m_release, nullptr));
+    }
     return QObject::eventFilter(watched, event);
+}
+
+/// X11 has a word for dialogs. To a compositor that tiles, one is what cannot be as high as it wants.
+void ZPKFormWindow::holdHeightUntilShown() {
+    const int least = m_root->minimumHeight();
+    m_root->setFixedHeight(m_root->height());
+    m_root->winId();
+    m_root->windowHandle()->installEventFilter(this);
+    m_release = [this, least] {
+        m_root->setMinimumHeight(least);
+        m_root->setMaximumHeight(QWIDGETSIZE_MAX);
+    };
 }
 
 void ZPKFormWindow::placeAboveModalWindow() {

@@ -6,6 +6,7 @@
 #include <QDialog>
 #include <QObject>
 #include <QTimer>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -51,12 +52,15 @@ protected:
 
 private:
     void placeAboveModalWindow();
+    void holdHeightUntilShown();
     QSize sizeOfContents();
 
     std::unique_ptr<QDialog> m_root;
     const Size m_size;
     const int m_characters;
     QTimer m_appearance;
+    /// Gives back the height that is held, once the window is there.
+    std::function<void()> m_release;
     bool m_centered = false;
 };
 
