@@ -63,6 +63,9 @@ class CommandLineTest(unittest.TestCase):
                 self.assertIn(f"Example:\n  zpkpack {command} ".encode(), done.stdout)
                 for option in ("--help", "--version", "--quiet", "--verbose"):
                     self.assertIn(option.encode(), done.stdout)
+                # The library's own words for what it makes of the options.
+                self.assertNotRegex(done.stdout, rb"Option Group|{false}|--(output|template) TEXT")
+                self.assertRegex(done.stdout, rb"Usage: zpkpack %s \[OPTIONS\] \[?[A-Z]+" % command.encode())
         listed = run("--help").stdout.decode().split("Subcommands:\n")[1].split("\n\n")[0]
         self.assertEqual(tuple(line.split()[0] for line in listed.splitlines()), COMMANDS)
 
@@ -74,7 +77,9 @@ class CommandLineTest(unittest.TestCase):
 
     def test_wrong_usage_is_told_apart_from_failure(self):
         rows = [
-            ([], 2, b"required"),
+            ([], 2, b"a command is required"),
+            (["check"], 2, b"PACKAGE is required"),
+            (["check", "S", "--explain", "archive"], 2, b"excludes"),
             (["build"], 2, b"SOURCE is required"),
             (["build", "S", "T", "-o", "X.app"], 2, b"not expected: T"),
             (["build", "S", "-o"], 2, b"--output"),

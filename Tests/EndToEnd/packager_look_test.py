@@ -112,6 +112,15 @@ class ListTest(CommandTestCase):
         os.truncate(one_file, one_file.stat().st_size - 1)
         self.assertIn(b"cut short or changed", self.run_zpkpack("list", one_file, status=1).stderr)
 
+    def test_what_is_no_package_is_called_so(self):
+        write(self.folder / "notes.txt", "not a package\n")
+        write(self.folder / "empty", "")
+        for name in ("notes.txt", "empty"):
+            for arguments in (["list", name], ["verify", name], ["extract", name, "-o", "made"]):
+                done = self.run_zpkpack(*arguments, status=1)
+                self.assertEqual(done.stderr.decode(),
+                                 f"zpkpack: error: {name}: it is no package, neither a bundle nor one file\n")
+
     def test_names_cannot_command_the_terminal(self):
         name = "Data/\x1b[2J\u202e\n\x9b1m\udcff"
         bundle = self.hostile_bundle([("Data", 0o040755, b""), (name, 0o100644, b""), (f"{name}l", 0o120777, b"\x1b]0;")])

@@ -173,7 +173,8 @@ class ExtractTest(CommandTestCase):
                 shutil.copytree(bundle, spoiled)
                 spoil(spoiled / "Contents" / name)
                 done = self.run_zpkpack("extract", spoiled, "-o", "Made", status=1)
-                self.assertIn(name.encode(), done.stderr)
+                # What is wrong, once and with where it is.
+                self.assertRegex(done.stderr.decode(), rf"\Azpkpack: error: \S*/Spoiled\.app/Contents/{name}: [^:]*\n\Z")
                 self.assertFalse((self.folder / "Made").exists())
                 shutil.rmtree(spoiled)
 

@@ -103,7 +103,9 @@ class StringsListTest(StringsTestCase):
 
     def test_a_source_without_texts_is_refused(self):
         shutil.rmtree(self.languages)
-        self.assertIn(b"source/UILang", self.strings(status=1).stderr)
+        self.assertIn(b"source/UILang: the package has no texts of its own", self.strings(status=1).stderr)
+        self.languages.mkdir()
+        self.assertIn(b"source/UILang: there is no folder of a language in it", self.strings(status=1).stderr)
 
     def test_names_and_texts_cannot_command_a_terminal(self):
         self.keep("en")

@@ -56,7 +56,8 @@ CLI::App& BuildCommand::declare(CLI::App& program) {
         line.add_option("--frameworks", m_options.frameworksPath,
                         "Folder to carry in the place of the template's Frameworks")
             ->type_name("FOLDER");
-    line.add_flag("!--without-windows", m_options.withWindows, "Carry nothing for windows")
+    line.add_flag_callback(
+            "--without-windows", [this] { m_options.withWindows = false; }, "Carry nothing for windows")
         ->excludes(frameworks);
     line.add_flag("-f,--force", m_options.replace, "Replace a package that is there");
     line.footer("Example:\n  zpkpack build Source -o HelloSetup.run");

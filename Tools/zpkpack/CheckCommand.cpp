@@ -15,11 +15,16 @@ namespace zpk_packager {
 
 CLI::App& CheckCommand::declare(CLI::App& program) {
     CLI::App& line = *program.add_subcommand("check", "Look for what a package would suffer from");
-    CLI::App& subject = *line.add_option_group("subject");
-    subject.add_option("PACKAGE", m_package, "A package source, a bundle, or one file");
-    subject.add_option("--explain", m_explained, "Tell what a check is for, and how to mend")
-        ->type_name("CHECK");
-    subject.require_option(1);
+    CLI::Option* const package =
+        line.add_option("PACKAGE", m_package, "A package source, a bundle, or one file");
+    line.add_option("--explain", m_explained, "Tell what a check is for, and how to mend")
+        ->type_name("CHECK")
+        ->excludes(package);
+    line.callback([this] {
+        if (m_package.empty() && m_explained.empty()) {
+            throw CLI::RequiredError("PACKAGE");
+        }
+    });
     line.add_option("--format", m_format, "How to write the findings")
         ->check(CLI::IsMember({"text", "json", "sarif"}))
         ->capture_default_str();

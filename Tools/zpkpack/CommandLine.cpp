@@ -61,7 +61,7 @@ void CommandLine::add(std::unique_ptr<Command> command) {
 
 void CommandLine::addCommonOptions(CLI::App& line) {
     line.set_version_flag("--version", "zpkpack " ZPK_VERSION, "Show the version and exit");
-    CLI::Option* const quiet = line.add_flag("-q,--quiet", m_isQuiet, "Say nothing but errors");
+    CLI::Option* const quiet = line.add_flag("-q,--quiet", m_isQuiet, "Print results and errors alone");
     line.add_flag("-v,--verbose", m_isVerbose, "Say more")->excludes(quiet);
 }
 
@@ -90,8 +90,10 @@ ExitStatus CommandLine::explain(const CLI::ParseError& error, Console& console) 
         return ExitStatus::Success;
     }
     const std::string name = unknownName();
-    console.error(name.empty() ? error.what() : name);
     const std::vector<CLI::App*> commands = m_program.get_subcommands();
+    // The library calls it a subcommand, which is none of this program's words.
+    const bool lacksCommand = commands.empty() && error.get_name() == "RequiredError";
+    console.error(!name.empty() ? name : lacksCommand ? "a command is required" : error.what());
     const std::string line = commands.empty() ? "zpkpack" : "zpkpack " + commands.front()->get_name();
     console.note("try " + line + " --help");
     return ExitStatus::WrongUsage;

@@ -3,12 +3,17 @@
 
 #include "Tools/zpkpack/MadeRunFile.h"
 
+#include <elf.h>
+
 #include <algorithm>
+#include <array>
 #include <cstring>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "Base/ZPKDescriptorIO.h"
+#include "Platform/ZPKFileHandle.h"
 #include "Tools/zpkpack/PackagerFailure.h"
 
 namespace zpk_packager {
@@ -17,7 +22,19 @@ namespace {
 
 using EntryKind = ZPKRunFileEntry::Kind;
 
+/// Whether the file begins as every program does, and so one file does.
+bool isProgram(const std::string& path) {
+    const ZPKResult<ZPKFileHandle> file = ZPKFileHandle::forReadingAtPath(path);
+    std::array<char, SELFMAG> start{};
+    return !file ||
+           (ZPKDescriptorIO::readWholeAt(file->descriptor(), start.data(), start.size(), 0) == SELFMAG &&
+            std::string_view(start.data(), start.size()) == ELFMAG);
+}
+
 ZPKRunFile opened(const std::string& path) {
+    if (!isProgram(path)) {
+        throw PackagerFailure(path, "it is no package, neither a bundle nor one file");
+    }
     ZPKResult<ZPKRunFile> file = ZPKRunFile::open(path);
     if (!file) {
         throw PackagerFailure(file.failure());

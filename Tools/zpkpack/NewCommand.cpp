@@ -66,7 +66,8 @@ void writeSource(const std::string& folder, const PackageDescription& descriptio
 CLI::App& NewCommand::declare(CLI::App& program) {
     CLI::App& line = *program.add_subcommand("new", "Make a package source to begin with");
     line.add_option("FOLDER", m_folder, "The folder to make")->required();
-    line.add_option("--name", m_name, "Name of the bundle; the folder's name, unless told")
+    line.add_option("--name", m_name,
+                    "Name of the bundle; the identifier's end or the folder's name, unless told")
         ->type_name("NAME");
     line.add_option("--identifier", m_identifier,
                     "Its identifier, ending in the name; com.example.NAME, unless told")

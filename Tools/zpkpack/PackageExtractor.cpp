@@ -19,6 +19,7 @@
 #include "Platform/ZPKBundle.h"
 #include "Platform/ZPKFileManager.h"
 #include "Platform/ZPKPropertyList.h"
+#include "Tools/zpkpack/CheckFailure.h"
 #include "Tools/zpkpack/FirstErrorSink.h"
 #include "Tools/zpkpack/PackagerFailure.h"
 #include "Tools/zpkpack/SourceWriter.h"
@@ -72,7 +73,7 @@ void PackageExtractor::extractArchive(Content content, const std::string& source
     FirstErrorSink sink;
     const std::string what = std::string("unpacking ") + ZPKPackageLayout::name(content);
     if (!zpk_archive::extract(name, m_package.plainArchive(content, what, m_progress), folder, sink)) {
-        throw PackagerFailure("cannot unpack " + name + ": " + sink.text());
+        throw PackagerFailure(name, CheckFailure::reasonIn(sink.text(), name));
     }
     // Anything else in it would get lost, or into the way of the other one.
     std::vector<std::string> names;

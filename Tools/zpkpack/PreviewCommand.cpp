@@ -23,7 +23,7 @@ CLI::App& PreviewCommand::declare(CLI::App& program) {
     CLI::App& line =
         *program.add_subcommand("preview", "Make pictures of all windows and alerts of a package");
     line.add_option("PACKAGE", m_options.package, "A package source, a bundle, or one file")->required();
-    line.add_option("-o,--output", m_folder, "The folder to make")->required();
+    line.add_option("-o,--output", m_folder, "The folder to make")->type_name("FOLDER")->required();
     line.add_option("--lang", m_options.languages, "Codes of the languages to show; all, unless told")
         ->delimiter(',')
         ->type_name("CODE,...");
@@ -33,6 +33,7 @@ CLI::App& PreviewCommand::declare(CLI::App& program) {
     line.add_flag("--dark", m_options.isDark, "Show them as on a dark desktop");
     line.add_option("--template", m_options.templatePath,
                     "Launcher bundle with the forms, and the texts of a source without its own")
+        ->type_name("FOLDER")
         ->capture_default_str();
     line.footer("Example:\n  zpkpack preview Source -o Pictures --lang en,ja --scale 2");
     return line;

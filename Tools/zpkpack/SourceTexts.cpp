@@ -11,6 +11,7 @@
 #include "Description/CLanguagesType.h"
 #include "Description/CZPKXMLLoader.h"
 #include "Package/ZPKPackageLayout.h"
+#include "Platform/ZPKFileManager.h"
 #include "Tools/zpkpack/Check/LanguagesCheck.h"
 #include "Tools/zpkpack/PackagerFailure.h"
 
@@ -25,7 +26,10 @@ SourceTexts::SourceTexts(const std::string& sourceFolder, FindingList& findings)
         m_languages.push_back({code, folder, FolderTables(folder, findings)});
     }
     if (m_languages.empty()) {
-        throw PackagerFailure(m_folder, "there is no folder of a language in it");
+        throw PackagerFailure(m_folder, ZPKFileManager::isFolder(m_folder)
+                                            ? "there is no folder of a language in it"
+                                            : "the package has no texts of its own, so it speaks the "
+                                              "launcher's languages");
     }
     if (const auto list = CZPKXMLLoader::LoadLanguagesXML(ZPKPackageLayout::languageList(sourceFolder))) {
         m_fallBackCode = list->fallBackCode;
