@@ -6,7 +6,9 @@
 The moments are the system calls of the launcher's main thread; a sample of them unless ZPK_SIGNALS is "all".
 """
 
+import collections
 import os
+import re
 import signal
 import unittest
 
@@ -27,7 +29,9 @@ OTHER_SIGNALS = tuple(
 
 
 def disturbed(place, number, call):
-    inject = f"inject=all:signal={int(number)}:when={call}"
+    """A launch that gets the signal at the call, which is a name and how manieth of that name."""
+    name, count = call
+    inject = f"inject={name}:signal={int(number)}:when={count}"
     return place.launch("strace", "-o", "/dev/null", "-e", "signal=none", "-e", inject)
 
 
@@ -37,35 +41,50 @@ class SweepTest(PackageTestCase):
         self.recorder()
         self.startup()
         self.places = [Place(self, number) for number in range(AT_ONCE)]
+        self.ended = []
 
     def calls(self):
-        """How many system calls the main thread makes from its first to its last."""
+        """The system calls of the main thread from its first to its last: strace counts each name for itself."""
         log = self.folder / "calls"
         status, runs = self.places[0].launch("strace", "-o", log, "-e", "signal=none")
         self.assertEqual((status, runs), (0, 1))
-        return len(log.read_text().splitlines())
+        counts = collections.Counter()
+        calls = []
+        for name in re.findall(r"^(\w+)\(", log.read_text(errors="surrogateescape"), re.MULTILINE):
+            counts[name] += 1
+            calls.append((name, counts[name]))
+        # Nothing comes back from the last one, exit_group, for a signal to come at.
+        return calls[:-1]
 
-    def moments(self, count, wanted):
-        """Call numbers, evenly over the launch."""
-        return range(1, count + 1) if EVERY else range(1, count + 1, max(1, count // wanted))
+    def moments(self, calls, wanted):
+        """Some of the calls, evenly over the launch."""
+        return calls if EVERY else calls[:: max(1, len(calls) // wanted)]
 
-    @staticmethod
-    def check_end(place, number, call):
+    def disturb(self, place, number, call):
         status, runs = disturbed(place, number, call)
+        if status in (-number, 128 + number):
+            self.ended.append((number, call))
+        return status, runs
+
+    def expect_that_signals_came(self, rows):
+        """Not every call of one launch is made in each: how many files are read depends on what else runs."""
+        self.assertGreater(len(self.ended), len(rows) // 2, self.ended)
+
+    def check_end(self, place, number, call):
+        status, runs = self.disturb(place, number, call)
         # Before the launcher looks after signals, and after, the signal does what it does by itself.
         if status not in (0, 128 + number, -number):
             return f"status {status}"
         if runs > 1 or (status == 0) != (runs == 1) and status != -number and status != 128 + number:
             return f"the setup program ran {runs} times, status {status}"
-        return SweepTest.problem_left(place)
+        return self.problem_left(place)
 
-    @staticmethod
-    def check_other(place, number, call):
-        disturbed(place, number, call)
+    def check_other(self, place, number, call):
+        self.disturb(place, number, call)
         status, runs = place.launch()
         if (status, runs) != (0, 1):
             return f"the launch after it: status {status}, {runs} runs of the setup program"
-        return SweepTest.problem_left(place)
+        return self.problem_left(place)
 
     @staticmethod
     def problem_left(place):
@@ -73,14 +92,17 @@ class SweepTest(PackageTestCase):
         return f"left: {left}" if left else f"runs: {place.processes()}" if place.processes() else None
 
     def test_ends_at_every_moment_leave_nothing(self):
-        count = self.calls()
-        rows = [(number, call) for number in END_SIGNALS for call in self.moments(count, 18)]
+        calls = self.calls()
+        rows = [(number, call) for number in END_SIGNALS for call in self.moments(calls, 18)]
         self.assertEqual(sweep(self.places, rows, self.check_end), [])
+        self.expect_that_signals_came(rows)
 
     def test_launch_after_any_other_signal_is_undisturbed(self):
-        count = self.calls()
-        rows = [(number, call) for number in OTHER_SIGNALS for call in self.moments(count, 1)]
-        rows += [(signal.SIGKILL, call) for call in self.moments(count, 12)]
+        calls = self.calls()
+        rows = [(number, call) for number in OTHER_SIGNALS for call in self.moments(calls, 1)]
+        kills = [(signal.SIGKILL, call) for call in self.moments(calls, 12)]
+        self.assertEqual(sweep(self.places, kills, self.check_other), [])
+        self.expect_that_signals_came(kills)
         self.assertEqual(sweep(self.places, rows, self.check_other), [])
 
 
