@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 
+#include <csignal>
 #include <filesystem>
 
 #include "Tests/Platform/ScopedEnvironment.h"
@@ -54,6 +55,14 @@ TEST_F(ZPKSetupProgramRunnerTest, TextThatAShellWouldRunIsGivenToNone) {
     ::chmod((m_folder / "setup").c_str(), 0755);
     EXPECT_FALSE(ZPKSetupProgramRunner::run({m_folder / "setup", Lines{"x"}}, true));
     EXPECT_FALSE(std::filesystem::exists(m_folder / "record"));
+}
+
+TEST_F(ZPKSetupProgramRunnerTest, WithTheFlagOnTheProgramHasEndedAfterwards) {
+    const std::string number = m_folder / "number";
+    EXPECT_TRUE(ZPKSetupProgramRunner::run({"/bin/sh", Lines{"-c", "echo $$ > '" + number + "'"}}, true));
+    ASSERT_TRUE(std::filesystem::exists(number));
+    // One that has ended and is not waited for keeps its number.
+    EXPECT_NE(::kill(std::stoi(readFile(number)), 0), 0);
 }
 
 TEST_F(ZPKSetupProgramRunnerTest, WithTheFlagOffTheProgramIsNotWaitedFor) {
