@@ -59,17 +59,15 @@ bool CZPKUtil::DeleteFile(const std::string& path) {
 void CZPKUtil::GetFilePathList(const std::string& folder, std::vector<std::string>* list) {
     const std::string base = ZPKPath::join(folder, "");
     const std::string prefix = base == "/" ? base : base + "/";
-    ZPKFileManager::enumerateFolder(folder, [&](const std::string& path, ZPKFileManager::ItemKind kind) {
-        if (kind == ZPKFileManager::ItemKind::Folder) {
-            return;
-        }
-        std::string full = prefix + path;
+    const auto append = [&](const std::string& path, ZPKFileManager::ItemKind kind) {
         // A link counts as what it leads to.
-        if (kind == ZPKFileManager::ItemKind::Link && (!IsFileExist(full) || IsFolderExist(full))) {
-            return;
+        const bool isLink = kind == ZPKFileManager::ItemKind::Link;
+        const bool leadsToFile = isLink && IsFileExist(path) && !IsFolderExist(path);
+        if (leadsToFile || kind == ZPKFileManager::ItemKind::Other) {
+            list->push_back(path);
         }
-        list->push_back(std::move(full));
-    }).ignore();
+    };
+    ZPKFileManager::enumerateFolder(folder, append, prefix).ignore();
 }
 
 bool CZPKUtil::IsFileExist(const std::string& path) {

@@ -210,11 +210,16 @@ ZPKOutcome ZPKFileManager::contentsOfFolder(const std::string& folder, std::vect
     return {};
 }
 
-ZPKOutcome ZPKFileManager::enumerateFolder(const std::string& folder, const ItemVisitor& visitor) {
+ZPKOutcome ZPKFileManager::enumerateFolder(const std::string& folder, const ItemVisitor& visitor,
+                                           const std::string& prefix) {
     ZPKFolderWalker walker(ZPKFolderWalker::Access::Plain);
     ZPKOutcome outcome = enterFolder(walker, folder);
-    std::string path;
-    std::vector<std::size_t> lengths{0};
+    const auto fail = [&](const std::string& path, int error) {
+        outcome = outcome ? ZPKFailure::ofSystem(ZPKPath::join(folder, path.substr(prefix.size())), error)
+                          : outcome;
+    };
+    std::string path = prefix;
+    std::vector<std::size_t> lengths{prefix.size()};
     while (walker.isInside()) {
         path.resize(lengths.back());
         const ZPKFolderWalker::Entry* entry = walker.nextEntry();
@@ -224,8 +229,8 @@ ZPKOutcome ZPKFileManager::enumerateFolder(const std::string& folder, const Item
             continue;
         }
         path += entry->name;
-        if (path.size() >= PATH_MAX) {
-            outcome = outcome ? ZPKFailure::ofSystem(ZPKPath::join(folder, path), ENAMETOOLONG) : outcome;
+        if (path.size() - prefix.size() >= PATH_MAX) {
+            fail(path, ENAMETOOLONG);
             continue;
         }
         const bool isFolder = entry->type == DT_DIR;
@@ -235,7 +240,7 @@ ZPKOutcome ZPKFileManager::enumerateFolder(const std::string& folder, const Item
         }
         const bool isEntered = walker.enter(entry->name);
         if (!isEntered || !walker.readEntries()) {
-            outcome = outcome ? ZPKFailure::ofSystem(ZPKPath::join(folder, path), errno) : outcome;
+            fail(path, errno);
         }
         if (isEntered) {
             path += '/';

@@ -65,8 +65,10 @@ public:
     enum class ItemKind { Folder, Link, Other };
     using ItemVisitor = std::function<void(const std::string& path, ItemKind kind)>;
 
-    /// Gives the visitor each item of `subpathsOfFolder` in turn, with what the item itself is.
-    static ZPKOutcome enumerateFolder(const std::string& folder, const ItemVisitor& visitor);
+    /// Gives the visitor each item of `subpathsOfFolder` in turn, its path with `prefix` in front, and what
+    /// the item itself is.
+    static ZPKOutcome enumerateFolder(const std::string& folder, const ItemVisitor& visitor,
+                                      const std::string& prefix = {});
 
     /// The same items, but each folder's own before those of the folders in it, so that of the names only the
     /// folders' are kept in memory.

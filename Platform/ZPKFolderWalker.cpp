@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <span>
+#include <utility>
 
 #include "Base/ZPKDescriptorIO.h"
 
@@ -60,6 +62,37 @@ unsigned char typeOf(int folder, const struct dirent64& entry) {
         return DT_UNKNOWN;
     }
     return static_cast<unsigned char>(IFTODT(attributes.st_mode));
+}
+
+/// Gives all that the folder holds, from its start on, in the blocks that the system gives; false when
+/// reading failed half-way.
+template <typename Take>
+bool readBlocks(int folder, const Take& take) {
+    if (::lseek(folder, 0, SEEK_SET) != 0) {
+        return false;
+    }
+    // A stream of the library's would take a descriptor of its own, and there may be none left.
+    alignas(struct dirent64) char block[kEntryBlock];
+    for (;;) {
+        const ssize_t size =
+            ZPKDescriptorIO::retry([&] { return ::getdents64(folder, block, sizeof(block)); });
+        if (size <= 0) {
+            return size == 0;
+        }
+        take(std::span<const char>(block, static_cast<std::size_t>(size)));
+    }
+}
+
+/// The next entry but the folder itself and its parent, taken off the front of a block; null at the end.
+const struct dirent64* takeEntry(std::span<const char>& block) {
+    while (!block.empty()) {
+        const auto* const entry = reinterpret_cast<const struct dirent64*>(block.data());
+        block = block.subspan(entry->d_reclen);
+        if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0) {
+            return entry;
+        }
+    }
+    return nullptr;
 }
 
 }  // namespace
@@ -158,33 +191,28 @@ std::string ZPKFolderWalker::pathBelowStart() const {
 bool ZPKFolderWalker::visitEntries(
     const std::function<void(const char* name, unsigned char type)>& visit) const {
     const int folder = descriptor();
-    if (::lseek(folder, 0, SEEK_SET) != 0) {
-        return false;
-    }
-    // A stream of the library's would take a descriptor of its own, and there may be none left.
-    alignas(struct dirent64) char block[kEntryBlock];
-    for (;;) {
-        const ssize_t size =
-            ZPKDescriptorIO::retry([&] { return ::getdents64(folder, block, sizeof(block)); });
-        if (size <= 0) {
-            return size == 0;
+    return readBlocks(folder, [&](std::span<const char> block) {
+        while (const struct dirent64* entry = takeEntry(block)) {
+            visit(entry->d_name, typeOf(folder, *entry));
         }
-        for (ssize_t at = 0; at < size;) {
-            const auto& entry = *reinterpret_cast<const struct dirent64*>(block + at);
-            at += entry.d_reclen;
-            if (std::strcmp(entry.d_name, ".") != 0 && std::strcmp(entry.d_name, "..") != 0) {
-                visit(entry.d_name, typeOf(folder, entry));
-            }
-        }
-    }
+    });
 }
 
 bool ZPKFolderWalker::readEntries() {
-    std::vector<Entry>& entries = m_levels.back().entries;
-    return visitEntries([&](const char* name, unsigned char type) { entries.push_back({name, type}); });
+    std::vector<char>& entries = m_levels.back().entries;
+    return readBlocks(descriptor(), [&](std::span<const char> block) {
+        entries.insert(entries.end(), block.begin(), block.end());
+    });
 }
 
 const ZPKFolderWalker::Entry* ZPKFolderWalker::nextEntry() {
     Level& level = m_levels.back();
-    return level.given < level.entries.size() ? &level.entries[level.given++] : nullptr;
+    std::span<const char> left = std::span(std::as_const(level.entries)).subspan(level.given);
+    const struct dirent64* const entry = takeEntry(left);
+    level.given = level.entries.size() - left.size();
+    if (entry == nullptr) {
+        return nullptr;
+    }
+    m_entry = {entry->d_name, typeOf(descriptor(), *entry)};
+    return &m_entry;
 }

@@ -18,7 +18,7 @@
 class ZPKFolderWalker {
 public:
     struct Entry {
-        std::string name;
+        const char* name;
         /// A `DT_` value of <dirent.h>; `DT_UNKNOWN` is already resolved where it could be.
         unsigned char type;
     };
@@ -59,8 +59,8 @@ public:
     /// file system gives them, and keeps none; false when reading failed half-way.
     bool visitEntries(const std::function<void(const char* name, unsigned char type)>& visit) const;
 
-    /// The entries of the current folder in the order in which the file system gives them, read at
-    /// the first call; false when reading failed half-way.
+    /// Reads the entries of the current folder, in the order in which the file system gives them; false when
+    /// reading failed half-way.
     bool readEntries();
 
     /// The next entry read but not yet given, or null at the end. Valid until the next call here.
@@ -74,8 +74,8 @@ private:
         ZPKFileDescriptor descriptor;
         struct statx attributes;
         std::string name;
-        std::vector<Entry> entries;
-        std::size_t given = 0;
+        std::vector<char> entries;  ///< As the system gave them.
+        std::size_t given = 0;      ///< Bytes of them.
     };
 
     ZPKFileDescriptor openFolder(int parent, const std::string& name);
@@ -87,4 +87,5 @@ private:
 
     Access m_access;
     std::vector<Level> m_levels;
+    Entry m_entry{};  ///< That was given last.
 };

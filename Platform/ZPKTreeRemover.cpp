@@ -18,8 +18,8 @@ bool isFolderError(int error) {
     return error == EISDIR || error == EPERM;
 }
 
-bool unlinkOrGone(int folder, const std::string& name, int flags) {
-    return ::unlinkat(folder, name.c_str(), flags) == 0 || errno == ENOENT;
+bool unlinkOrGone(int folder, const char* name, int flags) {
+    return ::unlinkat(folder, name, flags) == 0 || errno == ENOENT;
 }
 
 }  // namespace
@@ -66,7 +66,7 @@ void ZPKTreeRemover::enterOrRemove(int parent, const std::string& name) {
         return;
     }
     const int enterError = errno;
-    if (!unlinkOrGone(parent, name, AT_REMOVEDIR)) {
+    if (!unlinkOrGone(parent, name.c_str(), AT_REMOVEDIR)) {
         // That a folder is full is no news where it could not be entered.
         note(name, errno == ENOTEMPTY ? enterError : errno);
     }
@@ -79,7 +79,7 @@ void ZPKTreeRemover::leave() {
         return;
     }
     const int parent = m_walker.isInside() ? m_walker.descriptor() : m_place.folder();
-    if (!unlinkOrGone(parent, name, AT_REMOVEDIR)) {
+    if (!unlinkOrGone(parent, name.c_str(), AT_REMOVEDIR)) {
         note(name, errno);
     }
 }

@@ -467,6 +467,23 @@ std::string messageOf(const ZPKOutcome& outcome) {
     return outcome ? "" : outcome.failure().message();
 }
 
+TEST(ZPKFileManagerTest, PrefixIsNoPartOfWhatAFailureNames) {
+    const TemporaryFolder folder;
+    makeDeepTree(folder / "deep", 6'000);
+    std::vector<std::string> plain;
+    const std::string failure = messageOf(ZPKFileManager::subpathsOfFolder(folder.path(), plain));
+    const std::string prefix(100, 'p');
+    std::vector<std::string> prefixed;
+    const auto visit = [&](const std::string& path, ZPKFileManager::ItemKind) { prefixed.push_back(path); };
+    EXPECT_EQ(messageOf(ZPKFileManager::enumerateFolder(folder.path(), visit, prefix)), failure);
+    EXPECT_NE(failure, "");
+    for (std::string& path : plain) {
+        path.insert(0, prefix);
+    }
+    EXPECT_EQ(prefixed, plain);
+    ZPKFileManager::removeItem(folder / "deep").ignore();
+}
+
 TEST(ZPKFileManagerTest, CreateFolderSaysWhatStandsInTheWay) {
     const TemporaryFolder folder;
     writeFile(folder / "file", "x");
