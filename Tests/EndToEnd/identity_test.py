@@ -35,10 +35,10 @@ class IdentityTest(WindowTestCase):
             del numbers[: 2 + width * height]
         return found
 
-    def icons_of_a_run(self):
+    def icons_of_a_run(self, **variables):
         bundle = self.package()
         gate = self.hold(bundle, "Data.dat")
-        run = self.start(bundle)
+        run = self.start(bundle, **variables)
         gate.wait_reached()
         run.window(run.texts["FILE_EXTRACT"])
         (window,) = self.desktop.listed()
@@ -70,6 +70,14 @@ class IdentityTest(WindowTestCase):
                 gate.open()
                 run.wait()
                 shutil.rmtree(bundle)
+
+    def test_the_desktops_own_picture_where_the_package_has_none(self):
+        """That of the theme which all desktops share."""
+        shared = self.folder / "data/icons/hicolor"
+        write(shared / "32x32/apps/system-software-install.png", png_picture(32, 32))
+        write(shared / "index.theme", "[Icon Theme]\nName=Hicolor\nDirectories=32x32/apps\n[32x32/apps]\nSize=32\n")
+        found = self.icons_of_a_run(XDG_DATA_HOME=str(self.folder / "data"))
+        self.assertEqual(set().union(*found.values()), {BLACK})
 
     def test_names_in_alerts_and_the_menu(self):
         self.name_package()

@@ -4,6 +4,8 @@
 #include "UserInterface/Desktop/ZPKWindowIcon.h"
 
 #include <QBuffer>
+#include <QDir>
+#include <QFileInfo>
 #include <QImage>
 #include <QImageReader>
 #include <QPainter>
@@ -18,6 +20,8 @@ namespace {
 
 constexpr std::size_t kLargestFile = std::size_t{1} << 20;
 constexpr int kLargestSide = 1024;
+
+constexpr QLatin1String kThemedName("system-software-install");
 
 /// What task bars and window lists ask for, twice as large ones included. X11 is sent them all.
 constexpr int kSides[] = {16, 22, 24, 32, 48, 64, 96, 128};
@@ -67,12 +71,41 @@ QIcon drawn() {
     return icon;
 }
 
+bool isPictureIn(const QString& folder) {
+    return QFileInfo::exists(folder + kThemedName + QLatin1String(".png")) ||
+           QFileInfo::exists(folder + kThemedName + QLatin1String(".xpm"));
+}
+
+/// The theme of a desktop that has none of its own is the one to which every program adds its icon. It seldom
+/// has this one, and reading its long index takes a quarter of the start.
+bool mayDesktopHaveOne() {
+    const QString common = QStringLiteral("hicolor");
+    if (QIcon::themeName() != common) {
+        return true;
+    }
+    for (const QString& path : QIcon::themeSearchPaths()) {
+        const QDir theme(path + QLatin1Char('/') + common);
+        for (const QString& size : theme.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+            if (isPictureIn(theme.filePath(size) + QStringLiteral("/apps/"))) {
+                return true;
+            }
+        }
+    }
+    const QStringList others = QIcon::fallbackSearchPaths();
+    return std::any_of(others.begin(), others.end(),
+                       [](const QString& path) { return isPictureIn(path + QLatin1Char('/')); });
+}
+
+QIcon ofDesktop() {
+    return mayDesktopHaveOne() ? QIcon::fromTheme(QString(kThemedName)) : QIcon();
+}
+
 }  // namespace
 
 QIcon ZPKWindowIcon::ofPackage(const std::string& path) {
     const QImage picture = pictureAt(path);
     if (picture.isNull()) {
-        const QIcon themed = QIcon::fromTheme(QStringLiteral("system-software-install"));
+        const QIcon themed = ofDesktop();
         return themed.availableSizes().isEmpty() ? drawn() : themed;
     }
     QIcon icon;
