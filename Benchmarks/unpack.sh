@@ -5,11 +5,13 @@
 # Measures the archive tool beside its peers on one tree of about 1 GB of the machine's own files, in
 # memory, and on many small files, and prints for each: ours, the peer's or the machine's limit, their ratio, and
 # the bar.
-# Usage: unpack.sh DITTO [ROUNDS [SMALL-FILES]]
+# Usage: unpack.sh BUILD-FOLDER [ROUNDS [SMALL-FILES [MEGABYTES]]]
 set -eu
-ditto=$(realpath "$1")
+ditto=$(realpath "$1")/Zephyrkit.app/Contents/Helpers/ditto
+inflater=$(realpath "$1")/Benchmarks/zpk_inflate_driver
 rounds=${2:-3}
 smallFiles=${3:-100000}
+megabytes=${4:-1000}
 
 work=$(mktemp -d /dev/shm/zpk-bench-XXXXXX)
 trap 'chmod -R u+w "$work"; rm -rf "$work"' EXIT INT TERM
@@ -19,34 +21,44 @@ mkdir "$work/tree"
 cd /
 find ./usr/lib/x86_64-linux-gnu ./usr/share/doc ./usr/share ./usr/lib \
     \( -type f -size -40000k -o -type l \) -readable -printf '%s %p\n' 2>/dev/null |
-    awk '{ total += $1; if (total > 1000000000) exit; sub(/^[0-9]+ /, ""); print }' |
+    awk -v most="$((megabytes * 1000000))" '{ total += $1; if (total > most) exit; sub(/^[0-9]+ /, ""); print }' |
     cpio -pdm --quiet "$work/tree" 2>/dev/null || true
 echo "tree: $(du -sm "$work/tree" | cut -f1) MB, $(find "$work/tree" -type f | wc -l) files"
 
-# least NUMBER [NUMBER]
-least() {
-    printf '%s\n' "$@" | grep . | sort -n | head -n 1
+# turn NAME COMMAND: runs it once and keeps what it took; the folder "out" is new each time.
+turn() {
+    chmod -R u+w "$work/out" 2>/dev/null || true
+    rm -rf "$work/out"
+    mkdir "$work/out"
+    /usr/bin/time -f "$1 %e %U %S %M" -a -o "$work/times" sh -c "$2" >/dev/null
 }
 
-# seconds COMMAND...: the best of the rounds, in hundredths, and the least processor time, as the user and in all; the
-# folder "out" is new each time.
-seconds() {
-    best='' user='' processor=''
+# inTurns NAME COMMAND [NAME COMMAND]...: all of them in each round, so that what else the machine does, and how
+# fast it is at the moment, meets each in the same way.
+inTurns() {
     round=0
     while [ $round -lt "$rounds" ]; do
-        chmod -R u+w "$work/out" 2>/dev/null || true
-        rm -rf "$work/out"
-        mkdir "$work/out"
-        /usr/bin/time -f '%e %M %U %S' -o "$work/time" sh -c "$1" >/dev/null
-        read -r elapsed memory inUser inSystem <"$work/time"
-        best=$(least "$elapsed" "$best")
-        user=$(least "$inUser" "$user")
-        processor=$(least "$(echo "$inUser + $inSystem" | bc)" "$processor")
+        job=1
+        while [ $job -lt $# ]; do
+            turn "$(eval "echo \"\${$job}\"")" "$(eval "echo \"\${$((job + 1))}\"")"
+            job=$((job + 2))
+        done
         round=$((round + 1))
     done
 }
 
-# compare NAME OURS PEER AT-LEAST|AT-MOST BAR: how many times as fast (at least), or as long (at most).
+# Seconds from start to end, of the processor as the user, and of the processor; the most KiB.
+elapsed='$2' user='$3' processor='$3 + $4' memory='$5'
+
+# least VALUE NAME, and median, most.
+least() { at 1 "$1" "$2"; }
+median() { at $((rounds / 2 + 1)) "$1" "$2"; }
+most() { at "$rounds" "$1" "$2"; }
+at() {
+    awk -v name="$3" "\$1 == name { print $2 }" "$work/times" | sort -n | sed -n "$1p"
+}
+
+# compare NAME OURS PEER AT-LEAST|AT-MOST BAR [SPREAD]: how many times as fast (at least), or as long (at most).
 compare() {
     if [ "$4" = at-least ]; then
         ratio=$(echo "scale=2; $3 / $2" | bc)
@@ -57,47 +69,58 @@ compare() {
     fi
     verdict=ok
     [ "$good" = 1 ] || verdict=MISSED
-    printf '%-52s ours %9s  peer %9s  ratio %5s  bar %s %s  %s\n' "$1" "$2" "$3" "$ratio" "$4" "$5" "$verdict"
+    printf '%-52s ours %9s  peer %9s  ratio %5s  bar %s %s  %s%s\n' "$1" "$2" "$3" "$ratio" "$4" "$5" "$verdict" "${6-}"
+}
+
+# beside NAME VALUE OURS PEER AT-LEAST|AT-MOST BAR: the least of each, and between which medians and ratios they lie.
+beside() {
+    spread="  (medians $(median "$2" "$3") and $(median "$2" "$4"), most $(most "$2" "$3") and $(most "$2" "$4"))"
+    compare "$1" "$(least "$2" "$3")" "$(least "$2" "$4")" "$5" "$6" "$spread"
+}
+
+# larger NUMBER NUMBER
+larger() {
+    printf '%s\n' "$@" | sort -n | tail -n 1
 }
 
 cd "$work"
 bsdtar --format cpio -cf plain.cpio tree
 gzip -c plain.cpio >foreign.gz
 
-seconds "'$ditto' -c -z -rsrc --keepParent tree own.gz"
-pack=$best packMemory=$memory
-seconds "bsdtar --format cpio -cf - tree | pigz >pigz.gz"
-pigz=$best
-seconds "'$ditto' -x -z --rsrc foreign.gz out"
-foreign=$best foreignMemory=$memory
-seconds "'$ditto' -x -z --rsrc own.gz out"
-own=$best ownMemory=$memory
-seconds "bsdtar -xf foreign.gz -C out"
-bsdtar=$best
-seconds "cd out && gzip -dc ../foreign.gz | cpio -id --quiet"
-cpio=$best
-seconds "cp -r tree out/"
-copy=$best copyProcessor=$processor
-seconds "igzip -dc foreign.gz"
-inflate=$best
-seconds "igzip -dc own.gz"
-ownInflateProcessor=$processor ownInflate=$user
-seconds "igzip -dc pigz.gz"
-pigzInflate=$user
+inTurns pack "'$ditto' -c -z -rsrc --keepParent tree own.gz" \
+    pigz "bsdtar --format cpio -cf - tree | pigz >pigz.gz"
+inTurns foreign "'$ditto' -x -z --rsrc foreign.gz out" \
+    bsdtar "bsdtar -xf foreign.gz -C out" \
+    cpio "cd out && gzip -dc ../foreign.gz | cpio -id --quiet"
+# The limits in rounds of their own: a peer that takes long warms or cools the machine.
+inTurns foreign-near "'$ditto' -x -z --rsrc foreign.gz out" \
+    inflate "igzip -dc foreign.gz" \
+    copy "cp -r tree out/" \
+    own "'$ditto' -x -z --rsrc own.gz out" \
+    inflate-own "igzip -dc own.gz"
+inTurns read-own "taskset -c 0 '$inflater' own.gz" \
+    read-pigz "taskset -c 0 '$inflater' pigz.gz" \
+    igzip-own "igzip -dc own.gz" \
+    igzip-pigz "igzip -dc pigz.gz"
+
+beside "unpack any gzip archive, bsdtar -xf" "$elapsed" foreign bsdtar at-least 2.5
+beside "unpack any gzip archive, gzip -dc | cpio -id" "$elapsed" foreign cpio at-least 4
 # What no program on this machine does much faster: one core inflates a foreign archive, and another one copies;
 # all of them share the work on our own.
-foreignLimit=$(printf '%s\n' "$inflate" "$copy" | sort -n | tail -n 1)
-ownLimit=$(echo "scale=2; ($ownInflateProcessor + $copyProcessor) / $(nproc)" | bc)
-
-compare "unpack any gzip archive, bsdtar -xf" "$foreign" "$bsdtar" at-least 2.5
-compare "unpack any gzip archive, gzip -dc | cpio -id" "$foreign" "$cpio" at-least 4
-compare "unpack any gzip archive, the larger of igzip and cp" "$foreign" "$foreignLimit" at-most 1.05
-compare "unpack our own, (igzip + cp -r) / cores" "$own" "$ownLimit" at-most 1.05
-compare "inflate our own, pigz's of the same" "$ownInflate" "$pigzInflate" at-least 1.15
-compare "pack, pigz (seconds)" "$pack" "$pigz" at-least 1
+compare "unpack any gzip archive, the larger of igzip and cp" "$(least "$elapsed" foreign-near)" \
+    "$(larger "$(least "$elapsed" inflate)" "$(least "$elapsed" copy)")" at-most 1.05 \
+    "  (medians $(median "$elapsed" foreign-near) and $(larger "$(median "$elapsed" inflate)" "$(median "$elapsed" copy)"))"
+shared() {
+    echo "scale=2; ($("$1" "$processor" inflate-own) + $("$1" "$processor" copy)) / $(nproc)" | bc
+}
+compare "unpack our own, (igzip + cp -r) / cores" "$(least "$elapsed" own)" "$(shared least)" at-most 1.05 \
+    "  (medians $(median "$elapsed" own) and $(shared median))"
+beside "read our own on one core, pigz's of the same" "$user" read-own read-pigz at-least 1.15
+beside "the same by igzip, which takes both as streams" "$user" igzip-own igzip-pigz at-least 1
+beside "pack, pigz (seconds)" "$elapsed" pack pigz at-least 1
 compare "pack, pigz (bytes)" "$(stat -c %s own.gz)" "$(stat -c %s pigz.gz)" at-most 1
-for row in "unpack any gzip archive:$foreignMemory" "unpack our own:$ownMemory" "pack:$packMemory"; do
-    compare "peak memory in KiB, ${row%:*}" "${row#*:}" 65536 at-most 1
+for row in "unpack any gzip archive:foreign" "unpack our own:own" "pack:pack"; do
+    compare "peak memory in KiB, ${row%:*}" "$(most "$memory" "${row#*:}")" 65536 at-most 1
 done
 
 rm -rf tree foreign.gz own.gz pigz.gz plain.cpio
@@ -113,8 +136,6 @@ awk -v files="$smallFiles" 'BEGIN {
     }
 }'
 "$ditto" -c -z -rsrc --keepParent tree own.gz
-seconds "'$ditto' -x -z --rsrc own.gz out"
-own=$best ownMemory=$memory
-seconds "cp -r tree out/"
-compare "unpack $smallFiles small files, cp -r" "$own" "$best" at-most 0.6
-compare "peak memory in KiB, $smallFiles small files" "$ownMemory" 65536 at-most 1
+inTurns small "'$ditto' -x -z --rsrc own.gz out" small-copy "cp -r tree out/"
+beside "unpack $smallFiles small files, cp -r" "$elapsed" small small-copy at-most 0.6
+compare "peak memory in KiB, $smallFiles small files" "$(most "$memory" small)" 65536 at-most 1
