@@ -101,11 +101,16 @@ class Bench:
         return [amount, ours, copying, packing, unpacking, launching]
 
 
-def table(title, rows):
-    print(f"{title:>12}  unpacking    cp -r  ratio   packing unpacking launch, KiB at most")
-    for amount, ours, copying, *memory in rows:
+def table(title, amounts, row_of):
+    """Each row as soon as it is there: the last ones take minutes."""
+    print(f"{title:>12}  unpacking    cp -r  ratio   packing unpacking launch, KiB at most", flush=True)
+    rows = []
+    for amount in amounts:
+        rows.append(row_of(amount))
+        amount, ours, copying, *memory = rows[-1]
         print(f"{amount:12} {ours:8.3f} s {copying:6.3f} s {ours / copying:6.2f} " +
-              " ".join(f"{value:9}" for value in memory))
+              " ".join(f"{value:9}" for value in memory), flush=True)
+    return rows
 
 
 def plot(rows, target, amounts):
@@ -138,10 +143,8 @@ def main():
     folder = pathlib.Path(tempfile.mkdtemp(prefix="zpk-growth-", dir="/dev/shm"))
     try:
         bench = Bench(build, folder)
-        files = [bench.row(fill_with_files, count) for count in COUNTS]
-        table("files", files)
-        sizes = [bench.row(fill_with_bytes, megabytes) for megabytes in MEGABYTES]
-        table("MB", sizes)
+        files = table("files", COUNTS, lambda count: bench.row(fill_with_files, count))
+        sizes = table("MB", MEGABYTES, lambda megabytes: bench.row(fill_with_bytes, megabytes))
     finally:
         shutil.rmtree(folder)
     if plots:
