@@ -346,6 +346,17 @@ class BareMachineTest(CarriedPartsTestCase):
         font.write_bytes(bytes(size))
         self.assertLess(self.colours_of_words_without_fonts(bundle, at_least=2), 11)
 
+    def test_script_that_no_font_has_is_told_once(self):
+        bundle = self.package('<UIMLog Signature="x"/>', ["देव", "かな", "देव 2", "Latin"])
+        told = self.folder / "told"
+        run = self.start(bundle, command=[*without(*self.FONTS), "sh", "-c", 'exec "$0" 2> "$TOLD"'], TOLD=str(told))
+        run.alert()
+        self.desktop.key("Return")
+        run.wait()
+        lines = [line for line in told.read_text().splitlines() if line.startswith("No font")]
+        boxes = "No font has U+%s of the %s script: boxes stand for such letters"
+        self.assertEqual(lines, [boxes % ("0926", "Devanagari"), boxes % ("304B", "Hiragana")])
+
     def test_with_fonts_it_is_not(self):
         opened = self.fonts_opened()
         self.assertEqual([path for path in opened if FRAMEWORKS in path], [])

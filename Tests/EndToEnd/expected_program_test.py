@@ -3,7 +3,6 @@
 
 """What the desktop is told of the setup program's start, and what of that the program finds."""
 
-import pathlib
 import re
 import shlex
 import subprocess
@@ -33,12 +32,7 @@ class X11ExpectedProgramTest(WindowTestCase):
         with open(self.source / "Package.strings", "a") as file:
             file.write('"CFBundleDisplayName" = "%s";\n' % NAME.replace("\\", "\\\\").replace('"', '\\"'))
         self.log = self.folder / "messages"
-        listener = pathlib.Path(__file__).with_name("startup_listener.py")
-        with open(self.log, "a") as output:
-            spy = subprocess.Popen([listener], env=self.desktop.environment, stdout=output)
-        self.addCleanup(spy.wait)
-        self.addCleanup(spy.terminate)
-        wait_until(self.lines, 60)
+        self.listen("root_listener.py", self.log)
 
     def lines(self):
         return self.log.read_text().splitlines()

@@ -19,6 +19,7 @@ from mocked_drive import MockedDrive
 from support import STAGING_NAME, PackageTestCase, wait_until, write
 from windows import FolderWatch, Gate, WindowLog, desktop, focused, items, walk
 
+HERE = pathlib.Path(__file__).parent
 ESCAPES = {"n": "\n", '"': '"', "\\": "\\"}
 SIGNATURE = "Example Studio 4"
 PRODUCTS = ["Example Studio 4", 'A <b>bold</b> & "quoted" &amp; name', "製品 ٣ Ω"]
@@ -187,6 +188,14 @@ class WindowTestCase(PackageTestCase):
         folder = os.environ.get("ZPK_TEST_SCREENSHOTS")
         if folder:
             self.desktop.screenshot(pathlib.Path(folder, "%s-%s.png" % (name, language)))
+
+    def listen(self, program, log, **variables):
+        """Has one of the programs that stand here write to the file what it sees of the desktop from now on."""
+        with open(log, "a") as output:
+            listener = subprocess.Popen([HERE / program], env={**self.desktop.environment, **variables}, stdout=output)
+        self.addCleanup(listener.wait)
+        self.addCleanup(listener.terminate)
+        wait_until(lambda: log.read_text().startswith("ready\n"), 60)
 
     def drive(self):
         reason = MockedDrive.missing()

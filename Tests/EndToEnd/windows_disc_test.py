@@ -105,12 +105,17 @@ class DriveTestCase(WindowTestCase):
         run.disc_window()
         return run
 
-    def start_slow_search(self, patterns, language, **variables):
+    def start_search_of(self, patterns, language, **variables):
+        """A search that will take long, and finds the disc."""
         # Long runs of one letter make each comparison slow; the last path is the one that is there.
         deep = "/".join(["a" * 250] * 14)
         slow = ["*" + "a" * 245 + "/*" + "a" * (number % 100) + "b" for number in range(patterns)]
         run = self.start_search(*slow, "Setup/Product.dat", language=language, **variables)
         self.mocked.insert(["Setup/Product.dat", *("%s/%d" % (deep, number) for number in range(150))])
+        return run
+
+    def start_slow_search(self, patterns, language, **variables):
+        run = self.start_search_of(patterns, language, **variables)
         self.desktop.key("Return")
         return run, run.window(run.texts["DISCCHECK_SERACHING"])
 
