@@ -67,11 +67,12 @@ class Bench:
         folder.mkdir()
         return folder
 
-    def _package(self, data):
+    def package(self, data):
+        """The launcher of a package with this folder, which is moved away."""
         source = self._fresh("source")
         (source / "Info").mkdir()
         (source / "Package.strings").write_text(
-            '"CFBundleName" = "GrowthBench"; "CFBundleIdentifier" = "com.example.GrowthBench";'
+            '"CFBundleName" = "Benchmark"; "CFBundleIdentifier" = "com.example.Benchmark";'
         )
         (source / "Info/Startup.xml").write_text('<Startup Exec="$Data$/setup"/>')
         data.rename(source / "Data")
@@ -97,7 +98,7 @@ class Bench:
         temporary = self._fresh("tmp")
         temporary.chmod(0o700)
         environment = {"PATH": os.environ["PATH"], "HOME": str(self.folder), "TMPDIR": str(temporary)}
-        _, launching = measured([self._package(tree)], env=environment)
+        _, launching = measured([self.package(tree)], env=environment)
         return [amount, ours, copying, packing, unpacking, launching]
 
 

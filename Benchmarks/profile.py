@@ -21,7 +21,7 @@ import subprocess
 import sys
 import tempfile
 
-from growth import fill_with_files
+from growth import Bench, fill_with_files
 
 WIDTH = 1200
 ROW = 16
@@ -120,22 +120,6 @@ def fill(tree):
         (tree / f"large{number}").write_bytes(b" ".join(numbers.choices(words, k=450_000)))
 
 
-def package(build, tree, folder):
-    source = folder / "source"
-    (source / "Info").mkdir(parents=True)
-    (source / "Package.strings").write_text(
-        '"CFBundleName" = "Profile"; "CFBundleIdentifier" = "com.example.Profile";'
-    )
-    (source / "Info/Startup.xml").write_text('<Startup Exec="$Data$/setup"/>')
-    tree.rename(source / "Data")
-    (source / "Data/setup").write_text("#!/bin/sh\n")
-    (source / "Data/setup").chmod(0o755)
-    bundle = folder / "Profile.app"
-    subprocess.run([build / "zpkpack", "build", source, "-o", bundle, "--without-windows", "--quiet"], check=True,
-                   stdout=subprocess.DEVNULL)
-    return bundle
-
-
 def main():
     build, pictures = (pathlib.Path(argument).resolve() for argument in sys.argv[1:])
     with tempfile.TemporaryDirectory(prefix="zpk-profile-", dir="/dev/shm") as name:
@@ -150,10 +134,10 @@ def main():
                 "unpacking": [ditto, "-x", "-z", "--rsrc", folder / "archive", folder / "out"]}
         for job, command in jobs.items():
             report(job, command, environment, folder, pictures)
-        bundle = package(build, tree, folder)
-        with_symbols(build, "Zephyrkit.app/Contents/Linux/Zephyrkit", bundle / "Contents/Linux/Zephyrkit")
-        ditto.replace(bundle / "Contents/Helpers/ditto")
-        report("launching", [bundle / "Contents/Linux/Zephyrkit"], environment, folder, pictures)
+        launcher = Bench(build, folder).package(tree)
+        with_symbols(build, "Zephyrkit.app/Contents/Linux/Zephyrkit", launcher)
+        ditto.replace(launcher.parents[1] / "Helpers/ditto")
+        report("launching", [launcher], environment, folder, pictures)
 
 
 def report(job, command, environment, folder, pictures):
