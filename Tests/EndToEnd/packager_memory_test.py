@@ -4,14 +4,19 @@
 """What the packager's commands take of memory, whatever the package: less than 64 MiB."""
 
 import os
+import pathlib
+import re
+import subprocess
 import tempfile
+import time
 import unittest
 
-from packager_case import CommandTestCase
-from support import BUILD, peak_memory_of
+from packager_case import CommandTestCase, with_processors
+from support import BUILD, peak_memory_of, write
 
 # Below the 64 MiB that are promised: a package may be larger than this one.
 LIMIT = 40 << 20
+PROMISED = 64 << 20
 IN_MEMORY = "/dev/shm"
 FILES = 50_000
 LONG = "n" * 240
@@ -62,16 +67,52 @@ class PackagerMemoryTest(CommandTestCase):
         # The template is no whole launcher, and the source has no texts.
         for arguments in (["check", "Made.app"], ["check", "Out.run"], ["strings", "source"]):
             self.expect_little(*arguments, status=1)
-        # A preview runs the windows' toolkit, which takes more by itself, whatever the package.
+        self.check_preview()
         self.assertEqual({line.split()[0] for line in commands.splitlines()}, {*measured, "strings", "preview"})
 
         self.check_order()
+
+    def check_preview(self):
+        """Both processes together: the one that draws, and the one that waits for it."""
+        command = [BUILD / "zpkpack", "preview", "source", "-o", "Pictures", "--lang", "en"]
+        process = subprocess.Popen(command, cwd=self.folder, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        own = 0
+        while True:
+            done, status, usage = os.wait4(process.pid, os.WNOHANG)
+            if done:
+                break
+            taken = re.search(r"^VmHWM:\s+(\d+) kB$", pathlib.Path(f"/proc/{process.pid}/status").read_text(), re.M)
+            own = int(taken[1]) if taken else own
+            time.sleep(0.01)
+        process.returncode = os.waitstatus_to_exitcode(status)
+        self.assertEqual(process.returncode, 0)
+        self.assertGreater(own, 0)
+        self.assertLess((own + usage.ru_maxrss) * 1024, PROMISED)
 
     def check_order(self):
         """However many names there are."""
         listed = self.run_zpkpack("list", "Made.app").stdout.decode().splitlines()
         many = [name for name in listed if name.startswith("Data/many/")]
         self.assertEqual(many, [f"Data/many/{number:07}-{LONG}" for number in range(FILES)])
+
+
+class ManyProcessorsTest(CommandTestCase):
+    """What is packed at once is bounded by its bytes, not by the number of processors."""
+
+    def setUp(self):
+        super().setUp()
+        os.truncate(write(self.source / "Data/large", b""), 1 << 30)
+        # Each fills a block of its own, and packing a block takes the same whatever is in it.
+        for number in range(16):
+            os.truncate(write(self.template / f"Contents/Resources/{number}", b""), 4 << 20)
+
+    def test_many_processors_take_no_more(self):
+        for name in ("Out.app", "Out.run"):
+            done, memory = peak_memory_of(
+                [*with_processors(64, self.folder), BUILD / "zpkpack", "build", "source", "-o", name, "--template", self.template],
+                cwd=self.folder)
+            self.assertEqual(done, 0)
+            self.assertLess(memory, PROMISED, name)
 
 
 class ManyPartsTest(CommandTestCase):
