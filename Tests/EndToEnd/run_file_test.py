@@ -251,17 +251,29 @@ class RunFilePlacesTest(RunFileTestCase):
         self.finish(self.start(link))
         self.record()
 
-    def test_without_streams(self):
-        path = self.run_file()
-
+    def start_without_streams(self, path):
         def close_streams():
             for stream in (0, 1, 2):
                 os.close(stream)
 
-        settings = dict(preexec_fn=close_streams, stdin=None, stdout=None, stderr=None)
-        self.assertEqual(self.start(path, settings=settings).wait(60), 0)
+        return self.start(path, settings=dict(preexec_fn=close_streams, stdin=None, stdout=None, stderr=None))
+
+    def test_without_streams(self):
+        self.assertEqual(self.start_without_streams(self.run_file()).wait(60), 0)
         wait_until(lambda: not os.listdir(self.temporary), 10)
         self.assertEqual(self.record()["arguments"], ["--test"])
+
+    def test_without_streams_the_bundle_in_use_stays_at_another_start(self):
+        process = self.start_without_streams(self.slow_run_file())
+        setup = self.running_setup()
+        first = self.placed_folders()
+        self.describe_package(self.name + "2")
+        self.start(self.run_file("Another.run")).communicate(timeout=60)
+        wait_until(lambda: len(self.placed_folders()) < 2, 60)
+        self.assertEqual(self.placed_folders(), first)
+        os.kill(setup, signal.SIGKILL)
+        self.assertEqual(process.wait(60), 0)
+        wait_until(lambda: not os.listdir(self.temporary), 10)
 
     def test_few_descriptors(self):
         def limit():

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Zephyrkit authors
 // SPDX-License-Identifier: MIT
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -22,6 +23,18 @@
 #include "Tools/run/RunFolder.h"
 
 namespace {
+
+/// Where the process was started without streams, nothing of its own may stand in their places: the watcher
+/// lets go of them, and the folder's lock with them. The launcher finds them closed as they were.
+void fillPlacesOfStreams() {
+    int place = -1;
+    do {
+        place = ::open("/dev/null", O_RDWR | O_CLOEXEC);
+    } while (place >= 0 && place <= STDERR_FILENO);
+    if (place >= 0) {
+        ::close(place);
+    }
+}
 
 /// A write beyond the limit of file sizes fails and is told, instead of ending the process.
 ZPKOutcome place(const ZPKRunFile& runFile, const std::string& folder) {
@@ -82,6 +95,7 @@ std::terminate_handler __terminate_handler = std::abort;
 
 /// The program at the beginning of a run file. Arguments are the launcher's.
 int main(int, char** argv) {
+    fillPlacesOfStreams();
     try {
         tell(run(argv).message());
     } catch (const std::exception& error) {
