@@ -3,7 +3,9 @@
 
 """Signals at many moments of a launch, each followed by an undisturbed launch.
 
-The moments are the system calls of the launcher's main thread; a sample of them unless ZPK_SIGNALS is "all".
+The moments are the system calls of the launcher's main thread: a sample of them, or, where ZPK_SIGNALS is a number,
+every so many of each kind of call, and at least one. What came of those is added to the file that ZPK_FAULTS_TABLE
+names.
 """
 
 import collections
@@ -15,7 +17,8 @@ import unittest
 from places import Place, sweep
 from support import PackageTestCase
 
-EVERY = os.environ.get("ZPK_SIGNALS") == "all"
+STEP = int(os.environ.get("ZPK_SIGNALS", "0"))
+TABLE = os.environ.get("ZPK_FAULTS_TABLE")
 AT_ONCE = 6
 
 END_SIGNALS = (signal.SIGTERM, signal.SIGINT, signal.SIGHUP)
@@ -41,7 +44,8 @@ class SweepTest(PackageTestCase):
         self.recorder()
         self.startup()
         self.places = [Place(self, number) for number in range(AT_ONCE)]
-        self.ended = []
+        self.seen = []
+        self.addCleanup(self.write_table)
 
     def calls(self):
         """The system calls of the main thread from its first to its last: strace counts each name for itself."""
@@ -56,19 +60,37 @@ class SweepTest(PackageTestCase):
         # Nothing comes back from the last one, exit_group, for a signal to come at.
         return calls[:-1]
 
-    def moments(self, calls, wanted):
-        """Some of the calls, evenly over the launch."""
-        return calls if EVERY else calls[:: max(1, len(calls) // wanted)]
+    @staticmethod
+    def moments(calls, wanted, offset=0):
+        """Some of the calls, evenly over the launch, or of each kind every so many from another one on."""
+        if not STEP:
+            return calls[:: max(1, len(calls) // wanted)]
+        highest = dict(calls)
+        return [(name, n) for name, n in calls if n % STEP == offset % STEP or (highest[name] < STEP and n == 1)]
+
+    def write_table(self):
+        if not TABLE or not self.seen:
+            return
+        rows = collections.defaultdict(collections.Counter)
+        for number, _, status in self.seen:
+            rows[number]["by itself" if status == 128 + number else "killed" if status == -number else "gone on"] += 1
+        with open(TABLE, "a", encoding="utf-8") as file:
+            file.write("\n| signal | kinds of call | launches | gone on | ended by itself | killed |\n")
+            file.write(f"|{'---|' * 6}\n")
+            for number, row in sorted(rows.items()):
+                kinds = {name for other, (name, _), _ in self.seen if other == number}
+                numbers = (len(kinds), row.total(), row["gone on"], row["by itself"], row["killed"])
+                file.write(f"| {signal.Signals(number).name} | {' | '.join(map(str, numbers))} |\n")
 
     def disturb(self, place, number, call):
         status, runs = disturbed(place, number, call)
-        if status in (-number, 128 + number):
-            self.ended.append((number, call))
+        self.seen.append((number, call, status))
         return status, runs
 
     def expect_that_signals_came(self, rows):
         """Not every call of one launch is made in each: how many files are read depends on what else runs."""
-        self.assertGreater(len(self.ended), len(rows) // 2, self.ended)
+        ended = [row for row in self.seen if row[2] in (-row[0], 128 + row[0])]
+        self.assertGreater(len(ended), len(rows) // 2, ended)
 
     def check_end(self, place, number, call):
         status, runs = self.disturb(place, number, call)
@@ -93,13 +115,13 @@ class SweepTest(PackageTestCase):
 
     def test_ends_at_every_moment_leave_nothing(self):
         calls = self.calls()
-        rows = [(number, call) for number in END_SIGNALS for call in self.moments(calls, 18)]
+        rows = [(number, call) for number in END_SIGNALS for call in self.moments(calls, 18, number)]
         self.assertEqual(sweep(self.places, rows, self.check_end), [])
         self.expect_that_signals_came(rows)
 
     def test_launch_after_any_other_signal_is_undisturbed(self):
         calls = self.calls()
-        rows = [(number, call) for number in OTHER_SIGNALS for call in self.moments(calls, 1)]
+        rows = [(number, call) for number in OTHER_SIGNALS for call in self.moments(calls, 1, number)]
         kills = [(signal.SIGKILL, call) for call in self.moments(calls, 12)]
         self.assertEqual(sweep(self.places, kills, self.check_other), [])
         self.expect_that_signals_came(kills)
