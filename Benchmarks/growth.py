@@ -6,9 +6,10 @@
 `cp -r` of the same tree; and the most memory that any process of a whole launch takes. Prints tables; with a
 folder, also leaves plots there (gnuplot).
 
-usage: growth.py BUILD-FOLDER [PLOTS-FOLDER]
+usage: growth.py BUILD-FOLDER [PLOTS-FOLDER [WORK-FOLDER]]
 
-Everything lies in /dev/shm, where it takes up to 10 GB.
+Everything lies in the work folder, /dev/shm by default, where it takes up to 20 GB: the tree of 8 GB, what `cp -r` made
+of it, and the archive.
 """
 
 import os
@@ -141,7 +142,8 @@ END
 def main():
     build = pathlib.Path(sys.argv[1]).resolve()
     plots = pathlib.Path(sys.argv[2]) if len(sys.argv) > 2 else None
-    folder = pathlib.Path(tempfile.mkdtemp(prefix="zpk-growth-", dir="/dev/shm"))
+    work = sys.argv[3] if len(sys.argv) > 3 else "/dev/shm"
+    folder = pathlib.Path(tempfile.mkdtemp(prefix="zpk-growth-", dir=work))
     try:
         bench = Bench(build, folder)
         files = table("files", COUNTS, lambda count: bench.row(fill_with_files, count))
