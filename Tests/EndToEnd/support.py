@@ -9,6 +9,7 @@ import functools
 import json
 import os
 import pathlib
+import re
 import shutil
 import signal
 import struct
@@ -23,6 +24,9 @@ import zlib
 BUILD = pathlib.Path(os.environ["ZPK_BUILD_DIR"]).resolve()
 TEMPLATE = BUILD / "Zephyrkit.app"
 STAGING_NAME = "VarnoZPK_TEMP"
+
+# Instrumented programs take memory of their own.
+SANITIZED = re.search(r"^ZPK_SANITIZE:\w+=.", (BUILD / "CMakeCache.txt").read_text(), re.MULTILINE) is not None
 
 # What the caller ignores, as a shell lets what it starts in the background, does not end the tests either; but what
 # they start finds it as it usually is.
