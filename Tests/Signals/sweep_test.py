@@ -102,9 +102,11 @@ class SweepTest(PackageTestCase):
         return self.problem_left(place)
 
     def check_other(self, place, number, call):
-        self.disturb(place, number, call)
+        first, earlier = self.disturb(place, number, call)
         status, runs = place.launch()
-        if (status, runs) != (0, 1):
+        # A setup program outlives the launcher that was killed when it had started it, and may be that late.
+        late = 1 - earlier if first < 0 and runs == 2 else 0
+        if (status, runs - late) != (0, 1):
             return f"the launch after it: status {status}, {runs} runs of the setup program"
         return self.problem_left(place)
 
