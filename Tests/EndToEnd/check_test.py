@@ -162,7 +162,8 @@ class CheckTest(CheckTestCase):
             self.assertIn("source/Icon.png:1:1: error: %s [icon]\n" % reason, self.check().stdout)
         (self.source / "Icon.png").unlink()
         self.write("Icon.svg", "<svg/>")
-        self.assertIn("source/Icon.svg:1:1: error: a drawing is not shown", self.check().stdout)
+        self.assertIn("source/Icon.svg:1:1: error: a drawing is not shown; save it as a picture, Icon.png [icon]\n",
+                      self.check().stdout)
         self.write("Icon.png", png_picture(256, 256))
         self.assertEqual(self.check("--strict", "source").stdout, "")
 
@@ -756,7 +757,7 @@ class HostilePackageTest(CheckTestCase):
             os.symlink("/", self.source / f"Data/{number}")
         done = self.expect_end()
         self.assertLess(len(done.stdout.splitlines()), 6500)
-        self.assertIn("(and 1999 more of this check)", done.stdout)
+        self.assertIn("(and 1999 more of this check) [", done.stdout)
 
     def test_programs_that_lie_about_themselves(self):
         whole = elf.machine_program(interpreter="/lib/ld", libraries=["libx.so.1"], run_path="$ORIGIN")

@@ -6,11 +6,16 @@
 import os
 import re
 import shutil
+import signal
+import subprocess
 import unittest
 
+import elf
 from check_test import CONDITION, CheckTestCase, MadePackageTestCase
+from support import BUILD, wait_until
 
 LINE = re.compile(r"(.*?):(\d+:\d+): (?:error|warning): (.*) \[([a-z-]+)\]")
+MANIFEST = "Contents/Resources/Manifest.sha256"
 
 
 class WordsTestCase(CheckTestCase):
@@ -22,6 +27,13 @@ class WordsTestCase(CheckTestCase):
     def assert_said(self, check, path, *expected):
         """All that the check says: places and texts."""
         self.assertEqual([row[1:3] for row in self.found() if row[0] == path and row[3] == check], list(expected))
+
+
+def check_with_calls(folder, package, *options, **settings):
+    """The check under strace, which answers calls as the options say."""
+    return subprocess.Popen(["strace", "-qq", "-o", folder / "calls", *options, BUILD / "zpkpack", "check", package],
+                            cwd=folder, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                            text=True, **settings)
 
 
 class DescriptionWordsTest(WordsTestCase):
@@ -137,6 +149,11 @@ class DescriptionWordsTest(WordsTestCase):
             self.assert_said("no-program", "Info/Startup.xml", (place, text))
 
 
+    def test_no_source(self):
+        self.assertEqual(self.check("none").stdout,
+                         "none:1:1: error: there is no such folder: the package source [missing-part]\n")
+
+
 class LanguageWordsTest(WordsTestCase):
     LIST = "UILang/Languages.xml"
 
@@ -192,6 +209,13 @@ class TableWordsTest(WordsTestCase):
                 self.write(self.TABLE, text.encode())
                 self.assert_said("table-syntax", self.TABLE, *expected)
 
+    def test_a_table_that_is_gone_before_it_is_read(self):
+        # The launcher's own parser opens it once more.
+        process = check_with_calls(self.folder, "source", "-P", f"source/{self.TABLE}", "-e", "trace=openat",
+                                   "-e", "inject=openat:error=EIO:when=2")
+        said, _ = process.communicate(timeout=60)
+        self.assertIn(f"source/{self.TABLE}:1:1: error: it cannot be read to its end [unreadable]\n", said)
+
     def test_placeholder_once(self):
         key = "ZPKString_UPDATE_FAILURE"
         for value, count in (("a", 0), ("%s", None), ("a%s%s", 2), ("%s %d %s %s", 3), ("%S", 0)):
@@ -231,6 +255,43 @@ class PayloadWordsTest(WordsTestCase):
         os.mkfifo(self.source / "Info/Startup.fifo")
         self.assert_said("special-file", "Data/fifo", ("1:1", "a FIFO cannot be packed"))
         self.assert_said("special-file", "Info/Startup.fifo", ("1:1", "a FIFO cannot be packed"))
+
+    def test_processors(self):
+        for machine, name in ((3, "x86"), (40, "ARM"), (elf.AARCH64, "AArch64"), (243, "RISC-V"), (8, "another processor")):
+            self.write("Data/setup", elf.machine_program(machine))
+            self.assert_said("program-processor", "Data/setup", (
+                "1:1", f"the setup program is for {name} (64 bits), the launcher for x86-64 (64 bits)"))
+
+    def test_damaged_headers(self):
+        self.write("Data/setup", b"\x7fELF" + bytes(60))
+        self.assert_said("unreadable", "Data/setup", ("1:1", "its headers are damaged"))
+
+    def test_libraries_beside_the_program(self):
+        text = "the setup program needs libown.so, which a plain machine has not and Data does not bring"
+        self.write("Data/lib/libown.so", "")
+        for path, is_said in (("$ORIGIN/lib", False), ("${ORIGIN}/lib", False), ("$ORIGIN", True), ("/lib", True)):
+            with self.subTest(path):
+                self.write("Data/setup", elf.machine_program(libraries=["libown.so"], run_path=path))
+                self.assert_said("program-library", "Data/setup", *([("1:1", text)] if is_said else []))
+
+    def test_a_folder_that_is_moved_meanwhile(self):
+        # Folders so far down are opened anew on the way back.
+        above = self.source / "Data/sub" / "/".join("a" * 33)
+        deep = above / "a/a/a"
+        deep.mkdir(parents=True)
+        (deep / "link").symlink_to("nothing")
+        process = check_with_calls(self.folder, "source", "-e", "trace=readlinkat",
+                                   "-e", "inject=readlinkat:signal=STOP:when=1", start_new_session=True)
+        calls = self.folder / "calls"
+        try:
+            wait_until(lambda: process.poll() is not None or calls.exists() and "stopped by" in calls.read_text(), 60)
+            self.assertIsNone(process.poll(), "nothing stood still")
+            (above / "a").rename(self.folder / "elsewhere")
+            os.killpg(process.pid, signal.SIGCONT)
+            said, _ = process.communicate(timeout=60)
+        finally:
+            process.kill()
+        self.assertIn(f"{above.relative_to(self.folder)}:1:1: error: it was moved while it was looked at [unreadable]\n", said)
 
     def test_devices(self):
         try:
@@ -302,6 +363,27 @@ class MadePackageWordsTest(MadePackageTestCase):
         path.write_text(text.replace("com.example.Hello", "com.example.hello"))
         self.assertEqual(self.said("identifier"), [("Contents/Info.plist", 'the last part of the identifier '
                                                     '"com.example.hello" must be the bundle name "Hello"')])
+
+    def test_files_that_become_shorter(self):
+        self.build()
+        for path, check in (("Contents/Info.plist", "bundle-part"), ("Contents/Resources/Data.datx", "archive"),
+                            ("Contents/Resources/Info.datx", "archive")):
+            with self.subTest(path):
+                process = check_with_calls(self.folder, "Hello.app", "-P", self.folder / "Hello.app" / path,
+                                           "-e", "trace=pread64", "-e", "inject=pread64:retval=0:when=1+")
+                said, _ = process.communicate(timeout=60)
+                self.assertIn(f"Hello.app/{path}:1:1: error: it became shorter while it was read [{check}]\n", said)
+
+    def test_a_description_that_is_too_large(self):
+        (self.build() / "Contents/Info.plist").write_bytes(bytes((1 << 20) + 1))
+        self.assertEqual(self.said("bundle-part"), [("Contents/Info.plist", "it is too large")])
+
+    def test_a_manifest_that_is_none(self):
+        manifest = self.build() / MANIFEST
+        lines = manifest.read_text().splitlines(keepends=True)
+        for number in (1, len(lines)):
+            manifest.write_text("".join([*lines[: number - 1], "none\n", *lines[number:]]))
+            self.assertEqual(self.said("manifest"), [(MANIFEST, f"line {number} is no sum and path")])
 
     def test_archives_that_do_not_open(self):
         data = self.build() / "Contents/Resources/Data.datx"

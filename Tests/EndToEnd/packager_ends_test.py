@@ -19,11 +19,12 @@ import termios
 import time
 import unittest
 
-from packager_case import CommandTestCase, scrambled
-from support import BUILD, odc_archive, write
+from packager_case import ROTATION, CommandTestCase, scrambled
+from support import BUILD, odc_archive, wait_until, write
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 WIPE = b"\r\x1b[K"
+PAGE = os.sysconf("SC_PAGE_SIZE")
 
 
 class HalfWayTestCase(CommandTestCase):
@@ -54,6 +55,54 @@ class HalfWayTestCase(CommandTestCase):
         self.signalled("renameat2", signal.SIGTERM, *arguments)
         self.assertEqual([row for row in self.tree(self.folder) if "/.zpk-" in "/" + row[0]], [])
 
+    @contextlib.contextmanager
+    def stopped(self, call, *arguments):
+        """The number of a command whose maker stands still at its first such call, with its output half made."""
+        log = self.folder / "calls"
+        tracer = subprocess.Popen(
+            ["strace", "-f", "-qq", "-o", log, "-e", f"trace={call}", "-e", f"inject={call}:signal=STOP:when=1"]
+            + [BUILD / "zpkpack", *arguments],
+            cwd=self.folder, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+            start_new_session=True)
+        try:
+            wait_until(lambda: tracer.poll() is not None or log.exists() and b"stopped by SIGSTOP" in log.read_bytes(), 60)
+            self.assertIsNone(tracer.poll(), "nothing stood still")
+            children = pathlib.Path(f"/proc/{tracer.pid}/task/{tracer.pid}/children").read_text().split()
+            self.assertEqual(len(children), 1)
+            yield tracer, int(children[0])
+        finally:
+            # Whoever still stands in it, too.
+            with contextlib.suppress(ProcessLookupError):
+                os.killpg(tracer.pid, signal.SIGKILL)
+            tracer.communicate(timeout=60)
+            log.unlink()
+
+    def expect_nothing_half_made(self, call, made, *arguments):
+        """Whenever a signal comes, and whoever is killed: the command, or the process in which it makes `made`."""
+        before = self.tree(self.folder)
+        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGKILL):
+            with self.subTest(number=number):
+                with self.stopped(call, *arguments) as (tracer, command):
+                    self.assertEqual(len(list(made.parent.glob(".zpk-*/made"))), 1)
+                    self.assertFalse(os.path.lexists(made))
+                    os.kill(command, number)
+                    self.assertEqual(tracer.communicate(timeout=60)[0], b"")
+                    self.assertEqual(tracer.returncode, -number)
+                left = [row for row in self.tree(self.folder) if "/.zpk-" not in "/" + row[0]]
+                self.assertEqual(left if number == signal.SIGKILL else self.tree(self.folder), before)
+        with self.stopped(call, *arguments) as (tracer, command):
+            maker = pathlib.Path(f"/proc/{command}/task/{command}/children").read_text()
+            os.kill(int(maker), signal.SIGKILL)
+            self.assertIn(b"the process that packs ended before its time: Killed\n", tracer.communicate(timeout=60)[0])
+            self.assertEqual(tracer.returncode, 1)
+        # With what the killed command has left removed.
+        self.assertEqual(self.tree(self.folder), before)
+        self.expect_nothing_after_signals(*arguments)
+        whole = self.tree(made) or self.sum_of(made)
+        shutil.rmtree(made) if made.is_dir() else made.unlink()
+        self.expect_all_after_signals(*arguments)
+        self.assertEqual(self.tree(made) or self.sum_of(made), whole)
+
     def expect_nothing_on_full_disks(self, disk, expected, *arguments):
         before = self.tree(disk)
         done = self.run_zpkpack(*arguments, status=1)
@@ -81,13 +130,20 @@ class ExtractEndsTest(HalfWayTestCase):
                 self.expect_nothing_on_full_disks(disk, expected, "extract", package, "-o", disk / "Made")
 
 
-class ImportEndsTest(HalfWayTestCase):
+class TextsTestCase(HalfWayTestCase):
+    """A source with the tables of two languages."""
+
     def setUp(self):
         super().setUp()
         for code in ("en", "de"):
             shutil.copytree(ROOT / "Resources/UILang" / code, self.source / "UILang" / code)
         write(self.source / "UILang/Languages.xml",
               '<a FallBackCode="en"><Language Code="en"/><Language Code="de"/></a>\n')
+
+
+class ImportEndsTest(TextsTestCase):
+    def setUp(self):
+        super().setUp()
         self.run_zpkpack("strings", "source", "--export-po", "po")
         path = self.folder / "po/de.po"
         text = path.read_text()
@@ -112,6 +168,76 @@ class ImportEndsTest(HalfWayTestCase):
             with open(disk / "filler", "wb") as file:
                 file.write(bytes(max(0, room.f_bavail * room.f_frsize - 8192)))
             self.expect_nothing_on_full_disks(disk, b"", "strings", disk / "source", "--import-po", "po")
+
+
+class NewEndsTest(HalfWayTestCase):
+    def test_a_signal_leaves_nothing(self):
+        self.expect_nothing_half_made("fchmod", self.folder / "Made", "new", "Made")
+        self.assertEqual(self.run_zpkpack("check", "--strict", "Made").stdout, b"")
+
+    @unittest.skipUnless(os.geteuid() == 0, "only root can make a small disk")
+    def test_a_full_disk_leaves_nothing(self):
+        for pages, name in enumerate(("Info/Startup.xml", "Data/setup", "Data/Greeting.txt"), 1):
+            with self.subTest(name), self.disk(f"size={pages * PAGE}") as disk:
+                self.expect_nothing_on_full_disks(disk, name.encode(), "new", disk / "Made")
+        with self.disk("nr_inodes=4") as disk:
+            self.expect_nothing_on_full_disks(disk, b"Data", "new", disk / "Made")
+
+
+class ExportEndsTest(TextsTestCase):
+    def test_a_signal_leaves_nothing(self):
+        made = self.folder / "po"
+        self.expect_nothing_half_made("fchmod", made, "strings", "source", "--export-po", "po")
+        self.assertEqual(sorted(path.name for path in made.iterdir()), ["de.po", "en.po"])
+
+    @unittest.skipUnless(os.geteuid() == 0, "only root can make a small disk")
+    def test_a_full_disk_leaves_nothing(self):
+        self.run_zpkpack("strings", "source", "--export-po", "po")
+        first = -(-(self.folder / "po/de.po").stat().st_size // PAGE)
+        for pages, name in ((1, b"de.po"), (first, b"en.po"), (first + 1, b"en.po")):
+            with self.subTest(pages), self.disk(f"size={pages * PAGE}") as disk:
+                self.expect_nothing_on_full_disks(disk, name, "strings", "source", "--export-po", disk / "po")
+
+
+class ScrambleEndsTest(HalfWayTestCase):
+    """Both ways."""
+
+    def setUp(self):
+        super().setUp()
+        self.plain = os.urandom(3 * ROTATION)
+        write(self.folder / "scramble.in", self.plain)
+        write(self.folder / "unscramble.in", scrambled(self.plain))
+
+    def test_a_signal_leaves_nothing(self):
+        for command, expected in (("scramble", scrambled(self.plain)), ("unscramble", self.plain)):
+            with self.subTest(command):
+                made = self.folder / "made"
+                self.expect_nothing_half_made("copy_file_range", made, command, f"{command}.in", "made")
+                self.assertEqual(made.read_bytes(), expected)
+                made.unlink()
+
+    def test_a_signal_leaves_what_was_there(self):
+        for command in ("scramble", "unscramble"):
+            for number in (signal.SIGINT, signal.SIGTERM, signal.SIGKILL):
+                with self.subTest(command, number=number):
+                    made = write(self.folder / "made", "mine")
+                    arguments = (command, f"{command}.in", "made", "--force")
+                    with self.stopped("copy_file_range", *arguments) as (tracer, process):
+                        os.kill(process, number)
+                        tracer.communicate(timeout=60)
+                        self.assertEqual(tracer.returncode, -number)
+                    self.assertEqual(made.read_text(), "mine")
+                    self.run_zpkpack(*arguments)
+                    self.assertEqual(made.stat().st_size, len(self.plain))
+
+    @unittest.skipUnless(os.geteuid() == 0, "only root can make a small disk")
+    def test_a_full_disk_leaves_what_was_there(self):
+        for command in ("scramble", "unscramble"):
+            for size in (PAGE, len(self.plain) - PAGE):
+                with self.subTest(command, size=size), self.disk(f"size={size}") as disk:
+                    self.expect_nothing_on_full_disks(disk, b"", command, f"{command}.in", disk / "made")
+                    write(disk / "mine", "mine")
+                    self.expect_nothing_on_full_disks(disk, b"", command, f"{command}.in", disk / "mine", "--force")
 
 
 class LookEndsTest(CommandTestCase):
