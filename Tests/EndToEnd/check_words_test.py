@@ -209,12 +209,14 @@ class TableWordsTest(WordsTestCase):
                 self.write(self.TABLE, text.encode())
                 self.assert_said("table-syntax", self.TABLE, *expected)
 
-    def test_a_table_that_is_gone_before_it_is_read(self):
-        # The launcher's own parser opens it once more.
-        process = check_with_calls(self.folder, "source", "-P", f"source/{self.TABLE}", "-e", "trace=openat",
-                                   "-e", "inject=openat:error=EIO:when=2")
-        said, _ = process.communicate(timeout=60)
-        self.assertIn(f"source/{self.TABLE}:1:1: error: it cannot be read to its end [unreadable]\n", said)
+    def test_a_table_whose_disk_fails(self):
+        # It is read as a whole; then the launcher's own parser opens it once more.
+        rows = [("read", 1, "it cannot be read: Input/output error"), ("openat", 2, "it cannot be read to its end")]
+        for call, number, text in rows:
+            process = check_with_calls(self.folder, "source", "-P", f"source/{self.TABLE}", "-e", f"trace={call}",
+                                       "-e", f"inject={call}:error=EIO:when={number}")
+            said, _ = process.communicate(timeout=60)
+            self.assertIn(f"source/{self.TABLE}:1:1: error: {text} [unreadable]\n", said)
 
     def test_placeholder_once(self):
         key = "ZPKString_UPDATE_FAILURE"
@@ -377,6 +379,13 @@ class MadePackageWordsTest(MadePackageTestCase):
     def test_a_description_that_is_too_large(self):
         (self.build() / "Contents/Info.plist").write_bytes(bytes((1 << 20) + 1))
         self.assertEqual(self.said("bundle-part"), [("Contents/Info.plist", "it is too large")])
+
+    def test_parts_that_are_folders(self):
+        for path, check in ((MANIFEST, "manifest"), ("Contents/Resources/Info.datx", "archive")):
+            self.build()
+            (self.bundle / path).unlink()
+            (self.bundle / path).mkdir()
+            self.assertIn((path, "it is no file"), self.said(check))
 
     def test_a_manifest_that_is_none(self):
         manifest = self.build() / MANIFEST
