@@ -84,6 +84,7 @@ class CommandLineTest(unittest.TestCase):
             (["build", "S", "T", "-o", "X.app"], 2, b"not expected: T"),
             (["build", "S", "-o"], 2, b"--output"),
             (["-q", "-v", "build", "S", "-o", "X.app"], 2, b"excludes"),
+            (["build", "S", "-o", "X.zip"], 2, b"the name of a package ends in .app, or in .run for one file"),
             (["build", "/nowhere", "-o", "X.app"], 1, b"/nowhere"),
         ]
         for arguments, status, expected in rows:

@@ -106,7 +106,7 @@ class PackagerTest(PackagerTestCase):
 
     def test_output_name_must_be_a_bundle(self):
         done = self.build(self.source, "-o", "Out")
-        self.assertEqual(done.returncode, 1)
+        self.assertEqual(done.returncode, 2)
         self.assertIn(".app", done.stderr)
 
 
@@ -280,7 +280,7 @@ class PackagerEndsTest(PackagerTestCase):
                 self.assertEqual(list(self.folder.glob(".zpk-*")), [])
 
     def test_what_a_person_reads_is_one_harmless_line(self):
-        done = self.build(self.source, "-o", "\x1b[2J\u202e.ap\np")
+        done = self.build(self.source, "-o", "nowhere/\x1b[2J\u202e\n.app")
         self.assertEqual(done.returncode, 1)
         self.assertEqual(done.stderr.count("\n"), 1)
         self.assertNotIn("\x1b", done.stderr)

@@ -14,6 +14,7 @@
 #include "Tools/zpkpack/Check/FindingReport.h"
 #include "Tools/zpkpack/Check/SourceCheck.h"
 #include "Tools/zpkpack/Console.h"
+#include "Tools/zpkpack/OutputPlace.h"
 #include "Tools/zpkpack/PackageBuilder.h"
 #include "Tools/zpkpack/PackagerFailure.h"
 #include "Tools/zpkpack/ProgramParts.h"
@@ -48,6 +49,7 @@ CLI::App& BuildCommand::declare(CLI::App& program) {
     line.add_option("-o,--output", m_options.outputPath,
                     "The package to make: NAME.app, a bundle, or NAME.run, one file")
         ->type_name("PACKAGE")
+        ->check([](const std::string& path) { return OutputPlace::faultOfName(path); })
         ->required();
     line.add_option("--template", m_options.templatePath, "Launcher bundle without archives")
         ->type_name("FOLDER")

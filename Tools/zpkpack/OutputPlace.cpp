@@ -38,8 +38,8 @@ OutputPlace::OutputPlace(const std::string& path)
 
 void OutputPlace::check(const std::string& sourceFolder,
                         const std::vector<std::string>& copiedFolders) const {
-    if (ZPKPath::extension(m_path) != kBundleExtension && !isRunFile()) {
-        throw PackagerFailure(m_path, "the name of a package ends in .app, or in .run for one file");
+    if (const std::string fault = faultOfName(m_path); !fault.empty()) {
+        throw PackagerFailure(m_path, fault);
     }
     checkFree();
     std::vector<std::string> inputs{sourceFolder};
@@ -57,6 +57,13 @@ void OutputPlace::check(const std::string& sourceFolder,
     for (const std::string& copied : copiedFolders) {
         checkOutside(copied, "of which the bundle is made");
     }
+}
+
+std::string OutputPlace::faultOfName(const std::string& path) {
+    const std::string extension = ZPKPath::extension(ZPKPath::withoutTrailingSeparators(path));
+    return extension == kBundleExtension || extension == kRunFileExtension
+               ? ""
+               : "the name of a package ends in .app, or in .run for one file";
 }
 
 bool OutputPlace::isRunFile() const {

@@ -19,6 +19,9 @@ public:
 
     const std::string& path() const { return m_path; }
 
+    /// What is wrong with a name for a package; nothing when it ends as one does.
+    static std::string faultOfName(const std::string& path);
+
     /// Whether the package is to be one file.
     bool isRunFile() const;
 
