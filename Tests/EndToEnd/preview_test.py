@@ -82,7 +82,8 @@ class PreviewTest(PreviewTestCase):
         self.assertEqual(sorted(os.listdir(self.folder / "out")), ["ar", "en", "index.html", "ja"])
         written = sorted(str(path.relative_to(self.folder)) for path in (self.folder / "out").rglob("*.*"))
         self.assertEqual(sorted(done.stdout.decode().split()), written)
-        self.assertEqual(done.stderr, b"")
+        # A slow machine is told how far it is.
+        self.assertRegex(done.stderr, rb"\A(zpkpack: drawing: [^\n]*\n)*\Z")
         page = (self.folder / "out/index.html").read_text()
         for language in ("en", "ja", "ar"):
             self.assertEqual(set(self.pictures("out", language)), PICTURES)
