@@ -268,6 +268,25 @@ class BrokenPartsTest(CarriedPartsTestCase):
         self.assertIn("Cannot use the desktop: ", done.stderr)
 
 
+class ReplacedPartsTest(CarriedPartsTestCase):
+    """A vendor replaces a carried library by another build of it, as for a security fix."""
+
+    def test_in_a_bundle_that_is_out(self):
+        bundle = self.simple_package()
+        names = ("libz.so.1", "libpng16.so.16", "libX11.so.6")
+        for name in names:
+            theirs = pathlib.Path("/usr/lib/x86_64-linux-gnu", name)
+            ours = bundle / FRAMEWORKS / name
+            # What follows the last section is nobody's: the file is another one, whatever was taken out of ours.
+            build = theirs.read_bytes() + b"another build"
+            self.assertNotEqual(build, ours.read_bytes())
+            ours.chmod(0o755)
+            ours.write_bytes(build)
+        trace = self.traced(bundle, "openat")
+        for name in names:
+            self.assertTrue(any(f"{FRAMEWORKS}/{name}" in line for line in trace), name)
+
+
 class ProcessTest(CarriedPartsTestCase):
     """The process is the one that was started, and shows itself under the launcher's name."""
 
