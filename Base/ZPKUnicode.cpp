@@ -136,14 +136,11 @@ std::size_t ZPKUnicode::decode(std::string_view text, char32_t& outCharacter) {
     return length;
 }
 
-bool ZPKUnicode::isUTF8(std::string_view bytes) {
-    while (!bytes.empty()) {
-        char32_t character = 0;
-        const std::size_t length = decode(bytes, character);
-        if (length == 0) {
-            return false;
-        }
-        bytes.remove_prefix(length);
+std::size_t ZPKUnicode::utf8Length(std::string_view bytes) {
+    std::size_t length = 0;
+    char32_t character = 0;
+    while (const std::size_t step = decode(bytes.substr(length), character)) {
+        length += step;
     }
-    return true;
+    return length;
 }

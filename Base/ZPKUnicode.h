@@ -20,7 +20,10 @@ public:
     /// Appends a code point. What is no character (a surrogate, or beyond the last one) becomes U+FFFD.
     static void append(std::string& text, char32_t codePoint);
 
-    static bool isUTF8(std::string_view bytes);
+    static bool isUTF8(std::string_view bytes) { return utf8Length(bytes) == bytes.size(); }
+
+    /// How many bytes at the start are UTF-8.
+    static std::size_t utf8Length(std::string_view bytes);
 
     /// The character at the start of `text` and its length in bytes; 0 when the bytes there are no
     /// UTF-8 (overlong forms, surrogates and what lies beyond the last character are none) or the

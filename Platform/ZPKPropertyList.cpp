@@ -3,6 +3,8 @@
 
 #include "Platform/ZPKPropertyList.h"
 
+#include <algorithm>
+
 #include "Base/ZPKUnicode.h"
 #include "Platform/ZPKFileHandle.h"
 #include "Platform/ZPKPropertyListNode.h"
@@ -44,12 +46,22 @@ std::optional<ZPKPropertyList> ZPKPropertyList::dictionaryWithBytes(std::string_
 }
 
 std::optional<ZPKPropertyList> ZPKPropertyList::dictionaryWithText(std::string_view text,
-                                                                   std::size_t& outErrorAt) {
-    std::optional<Node> root = Node::fromText(text, &outErrorAt);
+                                                                   std::size_t& outErrorAt,
+                                                                   std::vector<KeyPlace>* outKeys) {
+    std::optional<Node> root = Node::fromText(text, &outErrorAt, outKeys);
     if (!root) {
         return std::nullopt;
     }
     return ZPKPropertyList(std::make_unique<Node>(std::move(*root)));
+}
+
+std::vector<std::string> ZPKPropertyList::keys() const {
+    std::vector<std::string> keys;
+    for (const auto& [key, value] : m_root->values) {
+        keys.push_back(key);
+    }
+    std::sort(keys.begin(), keys.end());
+    return keys;
 }
 
 std::optional<std::string> ZPKPropertyList::stringForKey(const std::string& key) const {

@@ -23,13 +23,23 @@ public:
     /// The same for the bytes of such a file.
     static std::optional<ZPKPropertyList> dictionaryWithBytes(std::string_view bytes);
 
+    /// A key of the root, and the byte at which it begins.
+    struct KeyPlace {
+        std::string key;
+        std::size_t offset;
+    };
+
     /// The text form alone, in UTF-8 without a byte order mark. Where it is malformed, `outErrorAt` is the
-    /// byte at which the reader gave up.
-    static std::optional<ZPKPropertyList> dictionaryWithText(std::string_view text, std::size_t& outErrorAt);
+    /// byte at which the reader gave up. `outKeys`, unless null, is given each key as often as it is there.
+    static std::optional<ZPKPropertyList> dictionaryWithText(std::string_view text, std::size_t& outErrorAt,
+                                                             std::vector<KeyPlace>* outKeys = nullptr);
 
     ZPKPropertyList(ZPKPropertyList&&) noexcept;
     ZPKPropertyList& operator=(ZPKPropertyList&&) noexcept;
     ~ZPKPropertyList();
+
+    /// The keys of the root, sorted.
+    std::vector<std::string> keys() const;
 
     /// The string under `key` of the root, in UTF-8; nothing when there is none or it is no string.
     std::optional<std::string> stringForKey(const std::string& key) const;

@@ -24,8 +24,10 @@ struct ZPKPropertyList::Node {
     std::unordered_map<std::string, Value> values;
 
     /// The text form in UTF-8 without a byte order mark; nothing when its syntax is wrong, and then
-    /// `outErrorAt`, unless null, is the byte at which the reader gave up.
-    static std::optional<Node> fromText(std::string_view text, std::size_t* outErrorAt = nullptr);
+    /// `outErrorAt`, unless null, is the byte at which the reader gave up. `outKeys`, unless null, is given
+    /// each key of the root as often as it is there.
+    static std::optional<Node> fromText(std::string_view text, std::size_t* outErrorAt = nullptr,
+                                        std::vector<KeyPlace>* outKeys = nullptr);
 
     /// The XML form in UTF-8; nothing when it is malformed or its root is no dictionary.
     static std::optional<Node> fromXML(std::string_view text);

@@ -12,20 +12,15 @@ bool isSpace(char character) {
     return character == ' ' || (character >= '\t' && character <= '\r');
 }
 
+/// More than 15 for what is no hexadecimal digit.
+std::size_t digitValue(char character) {
+    const bool isCapital = character >= 'A' && character <= 'F';
+    return std::string_view("0123456789abcdef")
+        .find(static_cast<char>(isCapital ? character | 0x20 : character));
+}
+
 bool isHexadecimalDigit(char character) {
-    return (character >= '0' && character <= '9') || (character >= 'a' && character <= 'f') ||
-           (character >= 'A' && character <= 'F');
-}
-
-bool isOctalDigit(char character) {
-    return character >= '0' && character <= '7';
-}
-
-char32_t digitValue(char character) {
-    if (character <= '9') {
-        return static_cast<char32_t>(character - '0');
-    }
-    return static_cast<char32_t>((character | 0x20) - 'a' + 10);
+    return digitValue(character) < 16;
 }
 
 bool isUnquotedCharacter(char character) {
@@ -38,7 +33,8 @@ bool isUnquotedCharacter(char character) {
 /// nothing at the first error, after which nothing more is read.
 class TextReader {
 public:
-    explicit TextReader(std::string_view text) : m_text(text) {}
+    TextReader(std::string_view text, std::vector<ZPKPropertyList::KeyPlace>* keys)
+        : m_text(text), m_keys(keys) {}
 
     std::optional<Node> readRoot();
     std::size_t place() const { return m_at; }
@@ -60,12 +56,13 @@ private:
     std::optional<std::string> readQuoted(char quote);
     bool readEscape(std::string& outText);
     bool readUnicodeEscape(std::string& outText);
-    std::optional<char32_t> readCodeUnit();
-    void readOctalEscape(std::string& outText);
+    std::optional<char32_t> readNumber(unsigned base, std::size_t mostDigits);
+    std::optional<char32_t> readCodeUnit() { return readNumber(16, 4); }
 
     std::string_view m_text;
     std::size_t m_at = 0;
     std::size_t m_depth = 0;
+    std::vector<ZPKPropertyList::KeyPlace>* m_keys;
 };
 
 std::optional<Node> TextReader::readRoot() {
@@ -122,6 +119,7 @@ bool TextReader::readPairs(Node& dictionary) {
 }
 
 bool TextReader::readPair(Node& dictionary) {
+    const std::size_t start = m_at;
     std::optional<std::string> key = readString();
     if (!key || !skipSpaceAndComments() || !accept('=') || !skipSpaceAndComments()) {
         return false;
@@ -129,6 +127,9 @@ bool TextReader::readPair(Node& dictionary) {
     std::optional<Node::Value> value = readValue();
     if (!value || !skipSpaceAndComments() || !accept(';')) {
         return false;
+    }
+    if (m_keys != nullptr && m_depth == 0) {
+        m_keys->push_back({*key, start});
     }
     dictionary.values.insert_or_assign(std::move(*key), std::move(*value));
     return true;
@@ -231,8 +232,8 @@ bool TextReader::readEscape(std::string& outText) {
     if (atEnd()) {
         return false;
     }
-    if (isOctalDigit(current())) {
-        readOctalEscape(outText);
+    if (const std::optional<char32_t> number = readNumber(8, 3)) {
+        ZPKUnicode::append(outText, *number);
         return true;
     }
     const char character = current();
@@ -267,31 +268,21 @@ bool TextReader::readUnicodeEscape(std::string& outText) {
     return true;
 }
 
-std::optional<char32_t> TextReader::readCodeUnit() {
-    constexpr std::size_t kMostDigits = 4;
-    char32_t unit = 0;
+std::optional<char32_t> TextReader::readNumber(unsigned base, std::size_t mostDigits) {
+    char32_t number = 0;
     std::size_t digits = 0;
-    for (; digits < kMostDigits && !atEnd() && isHexadecimalDigit(current()); ++digits, ++m_at) {
-        unit = unit * 16 + digitValue(current());
+    for (; digits < mostDigits && !atEnd() && digitValue(current()) < base; ++digits, ++m_at) {
+        number = number * base + static_cast<char32_t>(digitValue(current()));
     }
-    return digits > 0 ? std::optional(unit) : std::nullopt;
-}
-
-void TextReader::readOctalEscape(std::string& outText) {
-    constexpr std::size_t kMostDigits = 3;
-    char32_t codePoint = 0;
-    for (std::size_t digits = 0; digits < kMostDigits && !atEnd() && isOctalDigit(current());
-         ++digits, ++m_at) {
-        codePoint = codePoint * 8 + digitValue(current());
-    }
-    ZPKUnicode::append(outText, codePoint);
+    return digits > 0 ? std::optional(number) : std::nullopt;
 }
 
 }  // namespace
 
 std::optional<ZPKPropertyList::Node> ZPKPropertyList::Node::fromText(std::string_view text,
-                                                                     std::size_t* outErrorAt) {
-    TextReader reader(text);
+                                                                     std::size_t* outErrorAt,
+                                                                     std::vector<KeyPlace>* outKeys) {
+    TextReader reader(text, outKeys);
     std::optional<Node> root = reader.readRoot();
     if (!root && outErrorAt != nullptr) {
         *outErrorAt = reader.place();

@@ -4,6 +4,7 @@
 """What `zpkpack check` says of the many forms that one fault has: place and words, as a vendor reads them."""
 
 import os
+import plistlib
 import re
 import shutil
 import signal
@@ -238,6 +239,70 @@ class TableWordsTest(WordsTestCase):
         self.assert_said("dollar", self.TABLE, ("1:1", 'the text of "ZPKString_OK" holds a "$"'))
         self.assert_said("key-doubled", self.TABLE, ("3:1", '"ZPKString_OK" is in line 1, too'),
                          ("4:3", '"ZPKString_OK" is in line 1, too'))
+
+
+class LanguageNamesWordsTest(WordsTestCase):
+    """What a language calls the package."""
+
+    NAMES = "UILang/ja/InfoPlist.strings"
+    KEY = "CFBundleDisplayName"
+
+    def names(self, contents):
+        self.write(self.NAMES, contents if isinstance(contents, bytes) else contents.encode())
+        return [row[1:] for row in self.found()]
+
+    def test_names_that_the_launcher_takes(self):
+        text = f'/* ハロー */\n"{self.KEY}" = "ハロー";\n'
+        xml = f'<plist version="1.0"><dict><key>{self.KEY}</key><string>ハロー</string></dict></plist>'
+        binary = plistlib.dumps({self.KEY: "ハロー"}, fmt=plistlib.FMT_BINARY)
+        longest = f'"{self.KEY}" = "{"ハ" * 100}";'
+        for contents in (text, text.encode("utf-8-sig"), text.encode("utf-16"), "", xml, binary, longest):
+            with self.subTest(contents):
+                self.assertEqual(self.names(contents), [])
+
+    def test_names_of_no_use(self):
+        rows = [
+            (f'"{self.KEY}" = "";', "1:1", "is empty"),
+            (f'\n  {self.KEY} = "a\\n";', "2:3", "holds a control character"),
+            (f'"{self.KEY}" = "a\x7f";', "1:1", "holds a control character"),
+            (f'"{self.KEY}" = "{"ハ" * 101}";', "1:1", "is longer than 100 characters"),
+            (f'"{self.KEY}" = ("a");', "1:1", "is no text"),
+        ]
+        for contents, place, fault in rows:
+            with self.subTest(contents):
+                self.assertEqual(self.names(contents), [(place, f'"{self.KEY}" {fault}', "package-title")])
+        binary = plistlib.dumps({self.KEY: ""}, fmt=plistlib.FMT_BINARY)
+        self.assertEqual(self.names(binary), [("1:1", f'"{self.KEY}" is empty', "package-title")])
+
+    def test_syntax_and_encoding(self):
+        said = '"key" = "value"; is expected from here on'
+        for contents, place in ((f'"{self.KEY}" = "a"', "1:28"), ("a = b;\n\"ü\" c;", "2:5"), ("<plist>", "1:1"),
+                                ("# none\n", "1:1")):
+            with self.subTest(contents):
+                self.assertEqual(self.names(contents), [(place, said, "table-syntax")])
+        said = "the bytes from here on are no UTF-8"
+        for contents, place in ((f'\n"{self.KEY}" = "h\xe9";'.encode("latin-1"), "2:27"), (b"\xff\xfea", "1:1")):
+            self.assertEqual(self.names(contents), [(place, said, "table-encoding")])
+
+    def test_keys(self):
+        advice = f'; "{self.KEY}" is what a language may say'
+        self.assertEqual(
+            self.names(f'"CFBundleName" = "a";\n"{self.KEY}" = "b"; x = {{ y = z; }};\n"{self.KEY}" = "c";'),
+            [("1:1", 'nothing asks for the key "CFBundleName"' + advice, "key-unknown"),
+             ("2:30", 'nothing asks for the key "x"' + advice, "key-unknown"),
+             ("3:1", f'"{self.KEY}" is in line 2, too', "key-doubled")])
+        xml = "<plist><dict><key>b</key><true/><key>a</key><true/></dict></plist>"
+        self.assertEqual([row[1] for row in self.names(xml)],
+                         [f'nothing asks for the key "{key}"{advice}' for key in "ab"])
+
+    def test_of_a_made_package(self):
+        self.names(f'"{self.KEY}" = "a\\tb";')
+        self.allow("package-title")
+        subprocess.run([BUILD / "zpkpack", "build", "source", "-o", "Hello.app", "--without-windows"], check=True,
+                       cwd=self.folder, capture_output=True, timeout=60)
+        self.assertEqual(self.check("Hello.app").stdout,
+                         f"Hello.app/Contents/Resources/{self.NAMES}:1:1: error: \"{self.KEY}\" holds a control"
+                         " character [package-title]\n")
 
 
 class PayloadWordsTest(WordsTestCase):

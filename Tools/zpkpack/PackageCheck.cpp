@@ -22,6 +22,7 @@
 #include "Tools/zpkpack/BundlePartsCheck.h"
 #include "Tools/zpkpack/Check/CheckRules.h"
 #include "Tools/zpkpack/Check/ConditionCheck.h"
+#include "Tools/zpkpack/Check/LanguageNamesCheck.h"
 #include "Tools/zpkpack/Check/LanguagesCheck.h"
 #include "Tools/zpkpack/Check/SourceText.h"
 #include "Tools/zpkpack/Check/StartupCheck.h"
@@ -53,7 +54,8 @@ constexpr unsigned int kPrivate = 0700;
 constexpr std::uint64_t kLargestDescriptions = std::uint64_t{16} << 20;
 
 bool isOfALanguage(const std::string& name) {
-    return name == "Languages.xml" || name == "ZPKStringTable.def" || name == "ZPKPlatformStringTable.def";
+    return name == "Languages.xml" || name == "ZPKStringTable.def" || name == "ZPKPlatformStringTable.def" ||
+           name == "InfoPlist.strings";
 }
 
 void writeFile(const std::string& path, const std::string& bytes) {
@@ -190,6 +192,7 @@ void PackageCheck::checkLanguages(MadePackage& package, const std::string& folde
     FindingList found;
     LanguagesCheck(languages, found).run();
     TablesCheck(languages, found).run();
+    LanguageNamesCheck(folder, found).run();
     takeOver(found, folder, package.nameOf(kResourceFolder));
 }
 

@@ -52,8 +52,9 @@ constexpr CheckRule kRules[] = {
      "End CFBundleIdentifier in a dot and the bundle's name, letter by letter."},
     {"package-title", kError,
      "People read CFBundleDisplayName in one line: in the windows, in the menu, and in the file manager.",
-     "Write it without control characters and with at most 100 characters, in Package.strings or in the "
-     "InfoPlist.strings of a language."},
+     "Write it as a text without control characters and with at most 100 characters, in Package.strings or "
+     "in "
+     "the InfoPlist.strings of a language; there it must not be empty."},
     {"icon", kError, "The windows show this picture, and one that cannot be read would be missing.",
      "Save Icon.png as a PNG picture, best of 256 by 256 points."},
     {"icon-too-large", kError,
@@ -133,15 +134,17 @@ constexpr CheckRule kRules[] = {
      "A language without a readable string table shows the keys in place of the texts.",
      "Put a ZPKStringTable.def into the folder; Docs/Localization.md tells what it holds."},
     {"table-encoding", kError,
-     "The texts of a table are taken as UTF-8 whatever they are, and others come out garbled.",
-     "Save the table in UTF-8."},
+     "The texts of a table are taken as UTF-8 whatever they are, and others come out garbled; names in "
+     "another encoding are passed over.",
+     "Save the file in UTF-8."},
     {"table-syntax", kError,
-     "An entry with a fault may be lost, and after a missing semicolon the next one as well.",
+     "An entry with a fault may be lost, and after a missing semicolon the next one as well; of names with a "
+     "fault none counts.",
      "Write \"KEY\" = \"TEXT\"; with the escapes \\\" \\\\ \\n \\t and no others."},
     {"key-missing", kWarning,
      "A key that is in no table is shown in place of its text; the English text does not stand in.",
      "Add the entry to the table."},
-    {"key-unknown", kWarning, "No window asks for this key.", "Mend its name, or remove the entry."},
+    {"key-unknown", kWarning, "Nothing asks for this key.", "Mend its name, or remove the entry."},
     {"key-doubled", kWarning, "Which one of two entries of one key counts is not defined.",
      "Remove one of the two."},
     {"placeholder", kError,

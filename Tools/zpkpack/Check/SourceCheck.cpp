@@ -7,6 +7,7 @@
 #include "Platform/ZPKFileManager.h"
 #include "Tools/zpkpack/Check/ConditionCheck.h"
 #include "Tools/zpkpack/Check/IconCheck.h"
+#include "Tools/zpkpack/Check/LanguageNamesCheck.h"
 #include "Tools/zpkpack/Check/LanguagesCheck.h"
 #include "Tools/zpkpack/Check/PackageStringsCheck.h"
 #include "Tools/zpkpack/Check/PayloadCheck.h"
@@ -33,6 +34,7 @@ void SourceCheck::run(const std::string& folder) {
         if (ZPKFileManager::isFolder(languages)) {
             LanguagesCheck(languages, m_findings).run();
             TablesCheck(languages, m_findings).run();
+            LanguageNamesCheck(folder, m_findings).run();
         }
     }
     m_findings.finish();

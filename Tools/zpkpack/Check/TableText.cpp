@@ -49,14 +49,10 @@ void TableText::parse() {
 }
 
 void TableText::checkEncoding() {
-    std::string_view rest = m_text.bytes();
-    char32_t character = 0;
-    while (const std::size_t length = ZPKUnicode::decode(rest, character)) {
-        rest.remove_prefix(length);
-    }
-    if (!rest.empty()) {
+    const std::size_t length = ZPKUnicode::utf8Length(m_text.bytes());
+    if (length != m_text.bytes().size()) {
         m_findings->add("table-encoding", m_path, "the bytes from here on are no UTF-8",
-                        m_text.placeOf(m_text.bytes().size() - rest.size()));
+                        m_text.placeOf(length));
     }
 }
 
