@@ -191,9 +191,29 @@ TEST_F(FilesInFlightTest, NamesThatAFileSystemMayTakeForOneAreOne) {
     EXPECT_TRUE(meet("longname.text", "LONGNA~1.TEX"));
     EXPECT_TRUE(meet("LONGNA~1.TEX", "longname.text"));
     EXPECT_TRUE(meet("a", "a."));
+    EXPECT_TRUE(meet("a", "a "));
     EXPECT_FALSE(meet("a", "b"));
     EXPECT_FALSE(meet("a", "aa"));
     EXPECT_FALSE(meet("a[", "a{")) << "no letters, though as far apart";
+}
+
+/// What is in flight takes little memory, whatever it is that is large of the files.
+TEST(FileBatchTest, IsFullByItsFilesTheirContentsOrTheirNames) {
+    const TemporaryFolder folder;
+    const auto open = std::make_shared<OpenFolder>(
+        ZPKFileDescriptor(::open(folder.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)));
+    const auto filesUntilFull = [&](std::size_t size, std::size_t nameSize) {
+        const std::string contents(size, 'x');
+        FileBatch batch;
+        int files = 0;
+        for (; !batch.isFull() && files < 1000; ++files) {
+            batch.add(open, "x", std::string(nameSize, 'x'), bytesOf(contents), {});
+        }
+        return files;
+    };
+    EXPECT_EQ(filesUntilFull(0, 1), 64);
+    EXPECT_EQ(filesUntilFull(FileBatch::kFileLimit, 1), 4);
+    EXPECT_EQ(filesUntilFull(0, 4095), 32);
 }
 
 /// As many as fill batches many times over, in threads. What each name has last is known.

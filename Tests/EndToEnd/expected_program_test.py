@@ -9,7 +9,7 @@ import subprocess
 import unittest
 
 from compositors import sway, weston
-from support import PackageTestCase, wait_until, write
+from support import PackageTestCase, wait_until, write, x_server
 from windows_case import WindowTestCase
 
 NAME = r'Acme "Suite" \ 4'
@@ -37,9 +37,10 @@ class X11ExpectedProgramTest(WindowTestCase):
     def lines(self):
         return self.log.read_text().splitlines()
 
-    def messages(self):
+    def messages(self, **variables):
         """All that were sent until now: the kind of each, and its values by their names."""
-        self.desktop.run("xprop", "-root", "-f", "ZPK_END", "32c", "-set", "ZPK_END", "1")
+        subprocess.run(["xprop", "-root", "-f", "ZPK_END", "32c", "-set", "ZPK_END", "1"], check=True,
+                       env={**self.desktop.environment, **variables})
         wait_until(lambda: "ZPK_END" in self.lines(), 60)
         said = [re.fullmatch("(new|change|remove): (.*)", line) for line in self.lines()]
         return [(line[1], dict(word.split("=", 1) for word in shlex.split(line[2]))) for line in said if line]
@@ -83,10 +84,18 @@ class X11ExpectedProgramTest(WindowTestCase):
         self.start(self.pack()).wait()
         self.assertEqual(self.messages(), [])
 
+    def test_desktop_that_does_not_speak_of_starts_is_told_nothing(self):
+        with x_server() as display:
+            self.log = self.folder / "messages without a window manager"
+            self.listen("root_listener.py", self.log, DISPLAY=display)
+            self.start(self.package(), DISPLAY=display).wait()
+            self.assertEqual(self.messages(DISPLAY=display), [])
+            same_but(self, self.record(), self.environment(**{**self.desktop.variables, "DISPLAY": display}))
+
 
 class WaylandExpectedProgramTest(PackageTestCase):
     def launch_at(self, compositor, **variables):
-        variables["WAYLAND_DISPLAY"] = str(compositor.socket)
+        variables = {"WAYLAND_DISPLAY": str(compositor.socket), **variables}
         done = self.launch(self.simple_package(), **variables)
         self.assertNotIn("no windows", done.stderr)
         return self.record(), self.environment(**variables)
@@ -103,6 +112,13 @@ class WaylandExpectedProgramTest(PackageTestCase):
                 same_but(self, record, expected, *names)
             self.record_path.unlink()
             subprocess.run(["rm", "-rf", self.folder / "TestSetup.app"], check=True)
+
+    def test_compositor_named_as_it_is_in_the_runtime_folder(self):
+        with sway() as compositor:
+            (self.folder / "runtime/wayland-test").symlink_to(compositor.socket)
+            record, expected = self.launch_at(compositor, WAYLAND_DISPLAY="wayland-test")
+            self.assertIn('.done("%s")' % record["environment"]["XDG_ACTIVATION_TOKEN"], compositor.log())
+            same_but(self, record, expected, "XDG_ACTIVATION_TOKEN")
 
     def test_own_start_is_over(self):
         with sway() as compositor:

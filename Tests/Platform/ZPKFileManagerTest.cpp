@@ -513,6 +513,20 @@ TEST(ZPKFileManagerTest, RemoveItemSaysWhatRemains) {
     ::umount((folder / "tree/sub/mounted").c_str());
 }
 
+TEST(ZPKFileManagerTest, RemoveItemSaysWhyAFolderCouldNotBeLookedInto) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "needs another user's folder";
+    }
+    const TemporaryFolder folder;
+    writeFile(folder / "shut/file", "kept");
+    ::chmod((folder / "shut").c_str(), 0700);
+    giveToUserWithoutPrivileges(folder.path());
+    EXPECT_TRUE(answerWithoutPrivileges([&] {
+        return messageOf(ZPKFileManager::removeItem(folder / "shut")) ==
+               folder / "shut: Operation not permitted";
+    }));
+}
+
 TEST(ZPKFileManagerTest, CopyItemNamesWhatComesAfterAFolderByItsOwnPath) {
     const TemporaryFolder folder;
     for (int index = 0; index < 50; ++index) {

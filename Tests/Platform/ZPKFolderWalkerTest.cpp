@@ -5,7 +5,9 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <filesystem>
@@ -67,6 +69,33 @@ TEST(ZPKFolderWalkerTest, WayBackThatSomebodyMovedEndsTheWalk) {
     EXPECT_FALSE(walker.leave());
     EXPECT_EQ(errno, ESTALE);
     EXPECT_FALSE(walker.isInside());
+}
+
+TEST(ZPKFolderWalkerTest, TwoDescriptorsAreEnoughForAnyDepth) {
+    const TemporaryFolder folder;
+    const std::string deepest = "a/b/c/d/e/f/g/h";
+    fs::create_directories(folder / ("tree/" + deepest));
+    const int next = ::open("/", O_PATH | O_CLOEXEC);
+    ::close(next);
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit two{static_cast<rlim_t>(next) + 2, before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &two), 0);
+    std::string reached;
+    int left = 0;
+    {
+        ZPKFolderWalker walker(Access::Plain);
+        bool isIn = walker.enterAt(AT_FDCWD, folder / "tree");
+        for (char name = 'a'; isIn && name <= 'h'; ++name) {
+            isIn = walker.enter(std::string(1, name));
+        }
+        reached = walker.isInside() ? walker.pathBelowStart() : "";
+        for (; walker.isInside() && walker.leave(); ++left) {
+        }
+    }
+    ::setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_EQ(reached, deepest);
+    EXPECT_EQ(left, 9);
 }
 
 }  // namespace

@@ -66,16 +66,19 @@ TEST(ZPKPropertyListTest, ReadsTheXMLForm) {
     EXPECT_FALSE(list->stringForKey("name")) << "keys are case-sensitive";
 }
 
-TEST(ZPKPropertyListTest, ReadsTheXMLFormAfterAByteOrderMarkAndInUTF16) {
+TEST(ZPKPropertyListTest, ReadsTheXMLFormAfterBlanksOrAByteOrderMarkAndInUTF16) {
     EXPECT_TRUE(ZPKPropertyList::dictionaryWithBytes("\xEF\xBB\xBF" + kXmlList));
+    const std::string narrow = "<plist><dict><key>k</key><string>v</string></dict></plist>";
     std::string wide = "\xFF\xFE";
-    for (const char character : std::string("<plist><dict><key>k</key><string>v</string></dict></plist>")) {
+    for (const char character : narrow) {
         wide += character;
         wide += '\0';
     }
-    const auto list = ZPKPropertyList::dictionaryWithBytes(wide);
-    ASSERT_TRUE(list);
-    EXPECT_EQ(list->stringForKey("k"), "v");
+    for (const std::string& bytes : {wide, " \t\r\n" + narrow}) {
+        const auto list = ZPKPropertyList::dictionaryWithBytes(bytes);
+        ASSERT_TRUE(list);
+        EXPECT_EQ(list->stringForKey("k"), "v");
+    }
 }
 
 TEST(ZPKPropertyListTest, ReadsTheBinaryForm) {
