@@ -98,29 +98,36 @@ public:
         return m_bytes.substr(offset, size);
     }
 
+    /// A piece that is kept. Pieces that overlap could make a small file stand for gigabytes, so all that are
+    /// kept are together no more than the file.
+    std::string_view value(std::size_t offset, std::size_t size) {
+        const std::string_view bytes = piece(offset, size);
+        m_valid = m_valid && bytes.size() <= m_left;
+        m_left -= m_valid ? bytes.size() : 0;
+        return m_valid ? bytes : std::string_view();
+    }
+
     void reject() { m_valid = false; }
     bool valid() const { return m_valid; }
 
 private:
     std::string_view m_bytes;
+    std::size_t m_left = m_bytes.size();
     bool m_valid = true;
 };
 
-void decodeTable(Reader& reader, std::size_t offset, std::size_t fileSize, AttributeMap& attributes) {
+void decodeTable(Reader& reader, std::size_t offset, AttributeMap& attributes) {
     std::size_t count = reader.number(offset + 34, 2);
     std::size_t at = offset + kAttributeHeaderSize;
-    std::size_t total = 0;
     for (std::size_t i = 0; i < count && reader.valid(); ++i) {
         std::size_t dataOffset = reader.number(at, 4);
         std::size_t dataSize = reader.number(at + 4, 4);
         std::size_t nameSize = reader.number(at + 10, 1);
         std::string_view name = reader.piece(at + kAttributeEntrySize, nameSize);
-        std::string_view value = reader.piece(dataOffset, dataSize);
-        total += dataSize;
-        // Values that overlap could make a small file stand for gigabytes.
+        std::string_view value = reader.value(dataOffset, dataSize);
         bool named = nameSize > 1 && nameSize - 1 <= kAttributeNameLimit && name.ends_with('\0') &&
                      name.find('\0') == nameSize - 1;
-        if (!reader.valid() || !named || total > fileSize) {
+        if (!reader.valid() || !named) {
             reader.reject();
             return;
         }
@@ -129,8 +136,7 @@ void decodeTable(Reader& reader, std::size_t offset, std::size_t fileSize, Attri
     }
 }
 
-void decodeFinderInfo(Reader& reader, std::size_t offset, std::size_t size, std::size_t fileSize,
-                      AttributeMap& attributes) {
+void decodeFinderInfo(Reader& reader, std::size_t offset, std::size_t size, AttributeMap& attributes) {
     std::string_view info = reader.piece(offset, std::min(size, kFinderInfoSize));
     reader.piece(offset, size);
     if (size < kFinderInfoSize) {
@@ -143,7 +149,7 @@ void decodeFinderInfo(Reader& reader, std::size_t offset, std::size_t size, std:
     std::size_t table = offset + kFinderInfoSize + kFinderInfoPadding;
     bool roomForTable = size >= kFinderInfoSize + kFinderInfoPadding + kAttributeHeaderSize;
     if (roomForTable && reader.number(table, 4) == kAttributeMagic) {
-        decodeTable(reader, table, fileSize, attributes);
+        decodeTable(reader, table, attributes);
     }
 }
 
@@ -193,9 +199,9 @@ std::optional<AttributeMap> decodeAppleDouble(std::string_view bytes) {
         std::size_t offset = reader.number(at + 4, 4);
         std::size_t size = reader.number(at + 8, 4);
         if (kind == kFinderInfoEntry) {
-            decodeFinderInfo(reader, offset, size, bytes.size(), attributes);
+            decodeFinderInfo(reader, offset, size, attributes);
         } else if (kind == kResourceForkEntry && size > 0) {
-            attributes[kResourceForkName] = reader.piece(offset, size);
+            attributes[kResourceForkName] = reader.value(offset, size);
         } else {
             reader.piece(offset, size);
         }

@@ -181,6 +181,7 @@ bool Extractor::extractLink(const Member& member, const MemberPath& path) {
         m_writer.closeFileForNow(std::move(opened), path, modeAndTimeOf(member));
         file->size = member.size;
     }
+    m_links.preferName(*file, path.text());
     m_links.countName(member, *file);
     return true;
 }

@@ -41,6 +41,13 @@ void LinkTable::remember(const Member& member, std::string name, const FileIdent
     place->second = std::move(file);
 }
 
+void LinkTable::preferName(File& file, const std::string& name) {
+    if (name.size() < file.name.size()) {
+        m_cost -= file.name.size() - name.size();
+        file.name = name;
+    }
+}
+
 void LinkTable::countName(const Member& member, File& file) {
     if (--file.namesToCome == 0) {
         m_cost -= costOf(file);

@@ -22,7 +22,7 @@ struct Member;
 class LinkTable {
 public:
     struct File {
-        std::string name;  ///< The first one's.
+        std::string name;  ///< The first one, or what `preferName` put in its place.
         FileIdentity identity;
         std::int64_t size = 0;
         unsigned namesToCome = 0;
@@ -34,6 +34,10 @@ public:
 
     /// Keeps the member's first name. Nothing happens when it says that no other will come.
     void remember(const Member& member, std::string name, const FileIdentity& identity);
+
+    /// Takes the name for the file's where it is the shorter one: the way to a name costs as much as it is
+    /// long, and each link goes it, so that one long name must not make many short ones dear.
+    void preferName(File& file, const std::string& name);
 
     /// A further name of what `find` gave has come; after the last one the file is forgotten.
     void countName(const Member& member, File& file);

@@ -16,7 +16,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace zpk_archive;
     const std::string_view input(reinterpret_cast<const char*>(data), size);
-    constexpr std::size_t kTimes = 64;
+    constexpr std::size_t kTimes = 32;
     const zpk_fuzz::MemoryBudget budget(zpk_fuzz::MemoryBudget::forInput(size, kTimes));
     const std::optional<AttributeMap> attributes = decodeAppleDouble(input);
     if (!attributes) {

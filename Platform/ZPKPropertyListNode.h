@@ -4,10 +4,10 @@
 #pragma once
 
 #include <cstddef>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <variant>
 #include <vector>
 
@@ -21,7 +21,8 @@ struct ZPKPropertyList::Node {
     using Strings = std::vector<std::string>;
     using Value = std::variant<Other, std::string, Strings>;
 
-    std::unordered_map<std::string, Value> values;
+    /// Ordered and not hashed: no list can make a search in it slow.
+    std::map<std::string, Value> values;
 
     /// The text form in UTF-8 without a byte order mark; nothing when its syntax is wrong, and then
     /// `outErrorAt`, unless null, is the byte at which the reader gave up. `outKeys`, unless null, is given

@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "Tests/Archive/OverlappingTables.h"
+
 namespace {
 
 using namespace zpk_archive;
@@ -80,6 +82,12 @@ TEST(AppleDoubleTest, ValuesThatTogetherExceedTheFileAreRefused) {
     bad[120 + 2] = 0;
     bad[120 + 3] = 0;
     EXPECT_FALSE(decodeAppleDouble(bad).has_value());
+}
+
+TEST(AppleDoubleTest, ValuesOfSeveralTablesThatTogetherExceedTheFileAreRefused) {
+    EXPECT_TRUE(decodeAppleDouble(zpk_test::makeOverlappingTables(1, 1000)).has_value());
+    EXPECT_FALSE(decodeAppleDouble(zpk_test::makeOverlappingTables(2, 1000)).has_value());
+    EXPECT_FALSE(decodeAppleDouble(zpk_test::makeOverlappingTables(64, 1000)).has_value());
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include "Archive/GzipWriter.h"
 #include "Archive/OutputFile.h"
 #include "Tests/Archive/HostileArchiveFixture.h"
+#include "Tests/Archive/OverlappingTables.h"
 #include "Tests/Support/InstructionCount.h"
 
 namespace {
@@ -130,6 +131,12 @@ INSTANTIATE_TEST_SUITE_P(
              [](unsigned i) {
                  return RawMember{deepName(40, "._file ", i), kFile, kEmptyAppleDouble};
              },
+             0},
+        Load{"AttributesThatAreAllTheSameBytes", appendOdc, 2,
+             [](unsigned i) {
+                 return i == 0 ? RawMember{"file", kFile, "x"}
+                               : RawMember{"._file", kFile, makeOverlappingTables(64, 4'000'000)};
+             },
              0}),
     [](const auto& row) { return std::string(row.param.name); });
 
@@ -174,16 +181,65 @@ TEST_F(ArchiveMemoryTest, ModesAndTimesOfMoreFoldersThanAreKeptAreRight) {
     EXPECT_EQ(wrong, 0U);
 }
 
-TEST_F(ArchiveMemoryTest, FilesLinkedFromElsewhereCostNoMoreThanOthers) {
-    const auto instructionsFor = [&](unsigned members) {
-        writeArchive(m_folder / "archive", appendOdc, members, [](unsigned i) {
-            return RawMember{std::to_string(i), kFile, "", i + 1, 2};
-        });
+/// Members of one kind, of which twice as many cost twice as much.
+struct Growth {
+    const char* name;
+    RawMember (*make)(unsigned);
+    int exitStatus = 0;
+};
+
+class ArchiveGrowthTest : public ArchiveMemoryTest, public ::testing::WithParamInterface<Growth> {
+protected:
+    double instructionsFor(unsigned members, const MemberMaker& make, int exitStatus = 0) {
+        writeArchive(m_folder / "archive", appendOdc, members, make);
         fs::remove_all(m_folder / "in");
-        return instructionsOf({ZPK_DITTO, "-x", "-z", "--rsrc", m_folder / "archive", m_folder / "in"});
+        return instructionsOf({ZPK_DITTO, "-x", "-z", "--rsrc", m_folder / "archive", m_folder / "in"},
+                              exitStatus);
+    }
+};
+
+TEST_P(ArchiveGrowthTest, FourTimesAsManyCostFourTimesAsMuch) {
+    const auto& [name, make, exitStatus] = GetParam();
+    EXPECT_LT(instructionsFor(4000, make, exitStatus), 5 * instructionsFor(1000, make, exitStatus));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, ArchiveGrowthTest,
+    ::testing::Values(
+        Growth{"FilesWithNamesElsewhere",
+               [](unsigned i) {
+                   return RawMember{std::to_string(i), kFile, "", i + 1, 2};
+               }},
+        Growth{"NamesOfOneFile",
+               [](unsigned i) {
+                   return RawMember{std::to_string(i), kFile, "", 1, 100000};
+               }},
+        Growth{"Folders",
+               [](unsigned i) {
+                   return RawMember{"folder " + std::to_string(i), kFolder};
+               }},
+        Growth{"LongNames",
+               [](unsigned i) {
+                   return RawMember{deepName(4, "file ", i), kFile, "x"};
+               }},
+        Growth{"NamesThatAreRefused",
+               [](unsigned i) {
+                   return RawMember{"../" + std::string(1000, 'n') + std::to_string(i), kFile, "x"};
+               },
+               1}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST_F(ArchiveGrowthTest, LinksToAFileFarDownCostNoMoreThanOthers) {
+    const auto linksToFileAt = [](unsigned levels) {
+        return [levels](unsigned i) {
+            std::string way;
+            for (unsigned level = 0; i < 2 && level < (i == 0 ? levels : 300); ++level) {
+                way += "d/";
+            }
+            return RawMember{way + std::to_string(i), kFile, "x", i == 1 ? 2U : 1U, i == 1 ? 1U : 1000U};
+        };
     };
-    // Four times as many cost four times as much, and not sixteen times.
-    EXPECT_LT(instructionsFor(8000), 5 * instructionsFor(2000));
+    EXPECT_LT(instructionsFor(302, linksToFileAt(300)), 1.5 * instructionsFor(302, linksToFileAt(0)));
 }
 
 }  // namespace

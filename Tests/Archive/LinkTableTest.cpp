@@ -71,6 +71,20 @@ TEST(LinkTableTest, StartsAnewWhenItIsFull) {
     EXPECT_TRUE(table.hasForgottenEmptyFiles());
 }
 
+TEST(LinkTableTest, ShorterNameIsPreferredAndMakesRoom) {
+    LinkTable table;
+    table.remember(memberWith(1, 2), "kept", {});
+    for (std::uint64_t inode = 2; inode <= 500; ++inode) {
+        const Member member = memberWith(inode, 3);
+        table.remember(member, std::string(100000, 'n'), {});
+        LinkTable::File& file = *table.find(member);
+        table.preferName(file, "short");
+        table.preferName(file, "not so short");
+        EXPECT_EQ(file.name, "short");
+    }
+    EXPECT_NE(table.find(memberWith(1, 2)), nullptr);
+}
+
 TEST(LinkTableTest, NamesThatHaveComeMakeRoom) {
     LinkTable table;
     const std::string name(100000, 'n');

@@ -21,6 +21,7 @@
 #include "Common/CResourceBundleStringElement.h"
 #include "Tests/Common/ParsedTable.h"
 #include "Tests/Support/CapturedStreams.h"
+#include "Tests/Support/InstructionCount.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 namespace {
@@ -403,6 +404,30 @@ TEST(StringTableParserTest, TableOneByteLargerIsDamagedAndKeepsTheEntriesBefore)
         parseContents(folder / "table", tableOfSize(CResourceBundleStringTableParser::kLargestTable + 1));
     EXPECT_EQ(table.result, -1);
     EXPECT_EQ(table.entries, (Entries{{"first", "1"}}));
+}
+
+TEST(StringTableParserTest, WorkGrowsWithTheTableAndNotWithItsSquare) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "valgrind runs no sanitized program";
+#endif
+    const TemporaryFolder folder;
+    const auto instructionsFor = [&folder](const std::string& table) {
+        writeFile(folder / "table", table);
+        return zpk_test::instructionsOf({ZPK_STRING_TABLE_TOOL, folder / "table"});
+    };
+    const auto withEntries = [](unsigned count) {
+        std::string table;
+        for (unsigned entry = 0; entry < count; ++entry) {
+            table += "\"key" + std::to_string(entry) + "\" = \"value\";\n";
+        }
+        return table;
+    };
+    EXPECT_LT(instructionsFor(withEntries(8000)), 10 * instructionsFor(withEntries(1000)));
+    const auto withOneText = [](std::size_t size) {
+        return "\"" + std::string(size, 'k') + "\" = \"" + std::string(size, 'v') + "\"; /*" +
+               std::string(size, 'c') + "*/\n";
+    };
+    EXPECT_LT(instructionsFor(withOneText(80000)), 10 * instructionsFor(withOneText(10000)));
 }
 
 /// What is in the file that is the standard output of a program that parses `path` and is killed as

@@ -4,9 +4,14 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <thread>
 
 #include "Platform/ZPKPropertyList.h"
+#include "Tests/Support/InstructionCount.h"
+#include "Tests/Support/TemporaryFolder.h"
 
 namespace {
 
@@ -215,22 +220,94 @@ std::string binaryWithKeys(unsigned int keys) {
     return binary(objects);
 }
 
+std::string xmlWithKeys(unsigned int keys) {
+    std::string list = "<plist><dict>";
+    for (unsigned int key = 0; key < keys; ++key) {
+        list += "<key>k" + std::to_string(key) + "</key><string>v</string>";
+    }
+    return list + "</dict></plist>";
+}
+
 TEST(ZPKPropertyListHostileTest, MoreKeysThanTheBoundAreRefused) {
-    const auto withKeys = [](unsigned int keys) {
-        std::string list = "<plist><dict>";
-        for (unsigned int key = 0; key < keys; ++key) {
-            list += "<key>k" + std::to_string(key) + "</key><string>v</string>";
-        }
-        return list + "</dict></plist>";
-    };
-    const auto atBound = ZPKPropertyList::dictionaryWithBytes(withKeys(30000));
+    const auto atBound = ZPKPropertyList::dictionaryWithBytes(xmlWithKeys(30000));
     ASSERT_TRUE(atBound);
     EXPECT_EQ(atBound->stringForKey("k29999"), "v");
-    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(withKeys(30001)));
+    EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(xmlWithKeys(30001)));
     const auto binaryAtBound = ZPKPropertyList::dictionaryWithBytes(binaryWithKeys(30000));
     ASSERT_TRUE(binaryAtBound);
     EXPECT_EQ(binaryAtBound->stringForKey("k29999"), "v");
     EXPECT_FALSE(ZPKPropertyList::dictionaryWithBytes(binaryWithKeys(30001)));
+}
+
+/// So many keys, each with a value, in the old text form.
+std::string textWithKeys(unsigned int keys) {
+    std::string list;
+    for (unsigned int key = 0; key < keys; ++key) {
+        list += "key" + std::to_string(key) + " = v;\n";
+    }
+    return list;
+}
+
+/// The same with keys that the C++ library's hash takes for one and the same: it mixes eight bytes after
+/// eight into a state, so that the second eight can undo what the first have done.
+std::string textWithKeysOfOneHash(unsigned int keys) {
+    constexpr std::uint64_t kFactor = 0xc6a4a7935bd1e995U;
+    // The factor's inverse, modulo the word.
+    std::uint64_t inverse = kFactor;
+    for (int step = 0; step < 6; ++step) {
+        inverse *= 2 - kFactor * inverse;
+    }
+    const auto mixed = [](std::uint64_t block) {
+        block *= kFactor;
+        return (block ^ (block >> 47)) * kFactor;
+    };
+    const auto unmixed = [inverse](std::uint64_t block) {
+        block *= inverse;
+        return (block ^ (block >> 47)) * inverse;
+    };
+    constexpr std::size_t kBlocks = 2;
+    const std::uint64_t start = 0xc70f6907U ^ (kBlocks * 8 * kFactor);
+    const auto isWritten = [](char byte) { return byte > 0 && byte != '"' && byte != '\\'; };
+    std::string list;
+    for (unsigned int number = 10'000'000, made = 0; made < keys; ++number) {
+        std::string key = std::to_string(number);
+        std::uint64_t first = 0;
+        std::memcpy(&first, key.data(), sizeof(first));
+        const std::uint64_t second = unmixed((start ^ mixed(first)) * kFactor);
+        key.append(reinterpret_cast<const char*>(&second), sizeof(second));
+        if (std::all_of(key.begin(), key.end(), isWritten)) {
+            list += '"' + key + "\" = v;\n";
+            ++made;
+        }
+    }
+    return list;
+}
+
+class ZPKPropertyListGrowthTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+#ifdef __SANITIZE_ADDRESS__
+        GTEST_SKIP() << "valgrind runs no sanitized program";
+#endif
+    }
+    double instructionsFor(const std::string& list, int status = 0) const {
+        zpk_test::writeFile(m_folder / "list", list);
+        return zpk_test::instructionsOf({ZPK_PROPERTY_LIST_TOOL, m_folder / "list"}, status);
+    }
+
+private:
+    const zpk_test::TemporaryFolder m_folder;
+};
+
+TEST_F(ZPKPropertyListGrowthTest, WorkGrowsWithTheKeysAndNotWithTheirSquare) {
+    EXPECT_LT(instructionsFor(textWithKeys(20000)), 12 * instructionsFor(textWithKeys(2500)));
+    EXPECT_LT(instructionsFor(xmlWithKeys(20000)), 12 * instructionsFor(xmlWithKeys(2500)));
+    // More than the bound are refused before anything is made of them.
+    EXPECT_LT(instructionsFor(xmlWithKeys(200000), 1), 10 * instructionsFor(xmlWithKeys(20000)));
+}
+
+TEST_F(ZPKPropertyListGrowthTest, NoChoiceOfKeysMakesThemDear) {
+    EXPECT_LT(instructionsFor(textWithKeysOfOneHash(8000)), 2 * instructionsFor(textWithKeys(8000)));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include "Tests/Support/InstructionCount.h"
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 
 #include <cstdlib>
 
@@ -11,14 +12,15 @@
 
 namespace zpk_test {
 
-double instructionsOf(const std::vector<std::string>& command) {
+double instructionsOf(const std::vector<std::string>& command, int status) {
     const TemporaryFolder folder;
     const std::string log = folder / "log";
     std::string line = "valgrind --tool=callgrind --callgrind-out-file=/dev/null --log-file='" + log + "'";
     for (const std::string& word : command) {
         line += " '" + word + "'";
     }
-    EXPECT_EQ(std::system(line.c_str()), 0) << line;
+    const int ended = std::system((line + " 2>/dev/null").c_str());
+    EXPECT_TRUE(WIFEXITED(ended) && WEXITSTATUS(ended) == status) << line;
     const std::string report = readFile(log);
     const std::string label = "Collected : ";
     const std::size_t count = report.find(label);
