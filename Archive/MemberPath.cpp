@@ -14,6 +14,11 @@ namespace zpk_archive {
 
 namespace {
 
+/// No call takes a path with more. The kernel looks at all folders on the way to each one that the archive
+/// tool makes in its cage, so that a name of many thousands would hold it up for minutes.
+constexpr std::size_t kDeepest = 2048;
+static_assert(kDeepest >= PATH_MAX / 2);
+
 /// False for a component that adds no step to the path.
 bool isStep(std::string_view component) {
     if (component == "..") {
@@ -42,6 +47,9 @@ MemberPath::MemberPath(std::string_view name) {
         const std::size_t end = std::min(name.find('/', start), name.size());
         const std::string_view component = name.substr(start, end - start);
         if (isStep(component)) {
+            if (depth() == kDeepest) {
+                throw MemberFailure("the name has more than 2048 parts");
+            }
             append(component);
         }
         start = end + 1;

@@ -19,7 +19,8 @@ public:
     MemberPath() = default;
 
     /// "." and doubled slashes vanish, so that "." and "./" give the folder itself. Throws MemberFailure
-    /// when the name is empty, absolute, holds "..", or has a component that no file can be called.
+    /// when the name is empty, absolute, holds "..", has a component that no file can be called, or has more
+    /// than 2048 components.
     explicit MemberPath(std::string_view name);
 
     bool isFolderItself() const { return m_starts.empty(); }

@@ -17,11 +17,15 @@ using namespace zpk_test;
 
 TEST_F(HostileArchiveTest, NamesThatLeaveTheFolderAreRefusedOneByOne) {
     const std::string absolute = m_folder / "absolute";
+    std::string deep;
+    for (int i = 0; i < 2048; ++i) {
+        deep += "d/";
+    }
     std::vector<RawMember> members;
     for (const std::string& name :
          {std::string("../climb"), std::string("a/../../climb"), std::string(".//../climb"),
           std::string("a/.."), absolute, "/" + absolute, std::string(), std::string(300, 'n'),
-          "d/" + std::string(65536, 'n'), std::string("../in-evil/file"), std::string("..")}) {
+          "d/" + std::string(65536, 'n'), deep + "x", std::string("../in-evil/file"), std::string("..")}) {
         for (std::uint32_t mode : {kFile, kFolder, kLink}) {
             members.push_back({name, mode, mode == kFolder ? "" : "../outside"});
         }

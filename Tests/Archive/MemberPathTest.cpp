@@ -75,6 +75,15 @@ TEST(MemberPathTest, RefusesWhatLeadsElsewhereAndSaysWhy) {
     }
 }
 
+TEST(MemberPathTest, RefusesWhatLiesDeeperThanAnyPath) {
+    std::string name = "d";
+    for (int part = 1; part < 2048; ++part) {
+        name += "/./d";
+    }
+    EXPECT_EQ(MemberPath(name + "/").depth(), 2048U);
+    EXPECT_THROW(MemberPath(name + "/d"), MemberFailure);
+}
+
 TEST(MemberPathTest, KnowsTheFolderItself) {
     EXPECT_TRUE(MemberPath().isFolderItself());
     EXPECT_TRUE(MemberPath("./.").isFolderItself());
