@@ -33,21 +33,36 @@ struct Way {
     char* const* environment;
     /// What this process ignores on its own account.
     sigset_t ignored;
+    /// The crashes that the person ignores, as far as a crash can be.
+    sigset_t ignoredCrashes;
 };
 
 Way g_way;
 
-void setHandlers(void (*handler)(int)) {
+void takeCrashes(void (*handler)(int)) {
     struct sigaction action {};
     action.sa_handler = handler;
     // The signal must not stay blocked in what this process becomes.
     action.sa_flags = static_cast<int>(SA_NODEFER | SA_RESETHAND);
+    ::sigemptyset(&g_way.ignoredCrashes);
     for (const int signal : kCrashes) {
-        ::sigaction(signal, &action, nullptr);
+        struct sigaction before {};
+        ::sigaction(signal, &action, &before);
+        if (before.sa_handler == SIG_IGN) {
+            ::sigaddset(&g_way.ignoredCrashes, signal);
+        }
+    }
+}
+
+/// Makes them what they were.
+void leaveCrashes() {
+    for (const int signal : kCrashes) {
+        std::signal(signal, ::sigismember(&g_way.ignoredCrashes, signal) == 1 ? SIG_IGN : SIG_DFL);
     }
 }
 
 void becomeFirstStage() {
+    leaveCrashes();
     for (int ignored = 1; ignored < kSignals; ++ignored) {
         if (::sigismember(&g_way.ignored, ignored) == 1) {
             std::signal(ignored, SIG_DFL);
@@ -71,8 +86,9 @@ ZPKCrashRescue::ZPKCrashRescue(std::string program, int argc, char** argv)
         m_arguments.push_back(argv[index]);
     }
     m_arguments.push_back(nullptr);
-    g_way = {m_program.c_str(), m_arguments.data(), ZPKEnvironment::ofChildren(), ZPKIgnoredSignals::own()};
-    setHandlers(goOnAfterCrash);
+    g_way = {
+        m_program.c_str(), m_arguments.data(), ZPKEnvironment::ofChildren(), ZPKIgnoredSignals::own(), {}};
+    takeCrashes(goOnAfterCrash);
 }
 
 void ZPKCrashRescue::giveUp(std::string_view reason) {
@@ -83,8 +99,10 @@ void ZPKCrashRescue::giveUp(std::string_view reason) {
 }
 
 void ZPKCrashRescue::end() {
-    setHandlers(SIG_DFL);
-    g_way.program = nullptr;
+    if (g_way.program != nullptr) {
+        leaveCrashes();
+        g_way.program = nullptr;
+    }
 }
 
 bool ZPKCrashRescue::wasCalled(int argc, char** argv) {

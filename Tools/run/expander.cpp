@@ -146,15 +146,22 @@ void* memory(std::uintptr_t place, std::size_t size, long flags) {
     return reinterpret_cast<void*>(got);
 }
 
+/// What a signal does, as the kernel is told.
+struct SignalAction {
+    void (*handler)(int);
+    unsigned long flags;
+    void (*restorer)();
+    unsigned long mask;
+};
+
 /// Where the file ends before its program does, reading that is a signal.
-void tellOfMissingBytes(bool isTold) {
-    struct {
-        void (*handler)(int);
-        unsigned long flags;
-        void (*restorer)();
-        unsigned long mask;
-    } action{isTold ? +[](int) { end(kDamaged); } : nullptr, SA_RESTORER, zpk_signal_return, 0};
-    call(SYS_rt_sigaction, SIGBUS, word(&action), 0, sizeof(action.mask));
+constexpr SignalAction kTellOfMissingBytes{[](int) { end(kDamaged); }, SA_RESTORER, zpk_signal_return, 0};
+
+/// Gives what it was before: a person may ignore the signal.
+SignalAction setActionOfMissingBytes(const SignalAction& action) {
+    SignalAction before{};
+    call(SYS_rt_sigaction, SIGBUS, word(&action), word(&before), sizeof(action.mask));
+    return before;
 }
 
 /// Puts a segment to its address, with the access that it is made for.
@@ -210,12 +217,12 @@ void __assert_fail(const char*, const char*, unsigned, const char*) {
 /// Gives the first instruction of the program that was packed. `stack` is as the kernel has left it.
 void* zpk_expand(std::uintptr_t* stack) {  // NOLINT(readability-identifier-naming)
     const auto size = static_cast<std::size_t>(zpk_packed_end - zpk_packed);
-    tellOfMissingBytes(true);
+    const SignalAction before = setActionOfMissingBytes(kTellOfMissingBytes);
     auto* const program = static_cast<unsigned char*>(memory(0, kPlainSize, 0));
     if (!unpack(program, zpk_packed, size)) {
         end(kDamaged);
     }
-    tellOfMissingBytes(false);
+    setActionOfMissingBytes(before);
     const auto& header = *reinterpret_cast<const Elf64_Ehdr*>(program);
     const auto* segments = reinterpret_cast<const Elf64_Phdr*>(program + header.e_phoff);
     for (unsigned index = 0; index < header.e_phnum; ++index) {
