@@ -29,8 +29,7 @@ ZPKResult<std::unique_ptr<ZPKStagingFolder>> ZPKStagingFolder::make() {
     }
     std::unique_ptr<ZPKStagingFolder> folder(
         new ZPKStagingFolder(ZPKPackageLayout::stagingFolder(*temporaryFolder)));
-    const ZPKOutcome reserved = folder->reserveDescriptors();
-    if (const ZPKOutcome made = reserved ? folder->makePrivate() : reserved; !made) {
+    if (const ZPKOutcome made = folder->makePrivate(); !made) {
         return made.failure();
     }
     return folder;
@@ -58,8 +57,12 @@ ZPKOutcome ZPKStagingFolder::reserveDescriptors() {
 
 /// The holder only removes: a folder that it makes is as open as the umask leaves it, and nobody could
 /// tell afterwards whether it was made or had stood there and could not be cleared away.
-ZPKOutcome ZPKStagingFolder::makePrivate() const {
+ZPKOutcome ZPKStagingFolder::makePrivate() {
+    // While none is kept aside, what an earlier run left goes with fewer descriptors than this run takes.
     const ZPKOutcome removed = ZPKFileManager::removeItem(m_path);
+    if (ZPKOutcome reserved = reserveDescriptors(); !reserved) {
+        return reserved;
+    }
     ZPKOutcome made = ZPKPrivateFolder::makeNew(m_path);
     const bool somethingStayed = !removed && removed.failure().reason() != ZPKFailure::systemReason(ENOENT);
     return !made && somethingStayed ? removed : made;

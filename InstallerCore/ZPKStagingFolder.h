@@ -42,7 +42,7 @@ private:
     explicit ZPKStagingFolder(std::string path);
 
     ZPKOutcome reserveDescriptors();
-    ZPKOutcome makePrivate() const;
+    ZPKOutcome makePrivate();
 
     std::string m_path;
     std::vector<ZPKFileDescriptor> m_reserve;

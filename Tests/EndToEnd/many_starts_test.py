@@ -16,7 +16,7 @@ MANY = 6
 # A line for each time that it runs; it stays until it is killed.
 SETUP = """#!/bin/sh
 echo $$ >> "$ZPK_TEST_RECORD"
-exec sleep 60
+exec sleep 600
 """
 
 

@@ -176,7 +176,7 @@ class PackageTestCase(unittest.TestCase):
             yield disk
         finally:
             # Who removed something there may not have ended yet.
-            wait_until(lambda: subprocess.run(["umount", disk], capture_output=True).returncode == 0, 20)
+            wait_until(lambda: subprocess.run(["umount", disk], capture_output=True).returncode == 0, 60)
             disk.rmdir()
 
     # Packages
@@ -269,6 +269,16 @@ def peak_memory_of(command, **settings):
     _, status, usage = os.wait4(process.pid, 0)
     process.returncode = os.waitstatus_to_exitcode(status)
     return process.returncode, usage.ru_maxrss * 1024
+
+
+def has_taken_signals(process):
+    """Whether every signal that was sent to the process has come, and what it does is done: each thread waits again."""
+    folder = pathlib.Path(f"/proc/{process}")
+    if "ShdPnd:\t0000000000000000" not in (folder / "status").read_text():
+        return False
+    # The first thread hands signals on to another, and is looked at before that one.
+    threads = sorted((folder / "task").iterdir(), key=lambda thread: int(thread.name))
+    return all("State:\tS" in (thread / "status").read_text() for thread in threads)
 
 
 @contextlib.contextmanager

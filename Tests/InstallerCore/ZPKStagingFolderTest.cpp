@@ -10,7 +10,10 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <optional>
+#include <vector>
 
+#include "Base/ZPKFileDescriptor.h"
 #include "Package/ZPKArchiveTool.h"
 #include "Tests/InstallerCore/ZPKCoreFixture.h"
 #include "Tests/Platform/OtherUser.h"
@@ -19,6 +22,28 @@ namespace fs = std::filesystem;
 using zpk_test::writeFile;
 
 namespace {
+
+/// Leaves the process so many descriptors, as long as it is there.
+class FewDescriptors {
+public:
+    explicit FewDescriptors(std::size_t free) {
+        ::getrlimit(RLIMIT_NOFILE, &m_before);
+        const rlimit few{64, m_before.rlim_max};
+        ::setrlimit(RLIMIT_NOFILE, &few);
+        do {
+            m_taken.emplace_back(::dup(STDIN_FILENO));
+        } while (m_taken.back().isOpen());
+        // The last one is none.
+        m_taken.resize(m_taken.size() - 1 - free);
+    }
+    ~FewDescriptors() { ::setrlimit(RLIMIT_NOFILE, &m_before); }
+    FewDescriptors(const FewDescriptors&) = delete;
+    FewDescriptors& operator=(const FewDescriptors&) = delete;
+
+private:
+    rlimit m_before{};
+    std::vector<ZPKFileDescriptor> m_taken;
+};
 
 class ZPKStagingFolderTest : public zpk_test::ZPKCoreFixture {
 protected:
@@ -49,20 +74,26 @@ TEST_F(ZPKStagingFolderTest, IsMadeAfreshAndGoesWithItsOwner) {
 }
 
 TEST_F(ZPKStagingFolderTest, GoesWithAllThatItHoldsWhereNoDescriptorIsLeft) {
-    rlimit before{};
-    ::getrlimit(RLIMIT_NOFILE, &before);
     auto folder = ZPKStagingFolder::make();
     ASSERT_TRUE(folder);
     writeFile(m_staging + "/Data/a/b/c/d/e/file", "x");
-    const rlimit few{64, before.rlim_max};
-    ::setrlimit(RLIMIT_NOFILE, &few);
-    std::vector<ZPKFileDescriptor> taken;
-    do {
-        taken.emplace_back(::dup(STDIN_FILENO));
-    } while (taken.back().isOpen());
+    std::optional<FewDescriptors> none(0);
     folder->reset();
-    taken.clear();
-    ::setrlimit(RLIMIT_NOFILE, &before);
+    none.reset();
+    EXPECT_TRUE(fs::is_empty(m_temporary));
+}
+
+TEST_F(ZPKStagingFolderTest, InThePlaceOfAnEarlierRunsTakesNoMoreDescriptors) {
+    const auto isMadeWith = [this](std::size_t free) {
+        const FewDescriptors few(free);
+        return reason() == "made";
+    };
+    std::size_t enough = 0;
+    while (!isMadeWith(enough)) {
+        ASSERT_LT(++enough, 10U);
+    }
+    writeFile(m_staging + "/Data/a/b/c/d/e/file", "left");
+    EXPECT_TRUE(isMadeWith(enough)) << enough;
     EXPECT_TRUE(fs::is_empty(m_temporary));
 }
 

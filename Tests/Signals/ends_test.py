@@ -6,11 +6,12 @@
 import os
 import pathlib
 import resource
+import shutil
 import signal
 import subprocess
 import unittest
 
-from support import STAGING_NAME, PackageTestCase, wait_until, write, x_server
+from support import STAGING_NAME, PackageTestCase, has_taken_signals, wait_until, write, x_server
 
 END_SIGNALS = (signal.SIGTERM, signal.SIGINT, signal.SIGHUP)
 
@@ -21,6 +22,9 @@ grep SigIgn /proc/$$/status > '{number}.ignored'
 echo $$ > '{number}.new' && mv '{number}.new' '{number}'
 exec sleep 600
 """
+
+# The standard streams, and what a launch holds when it removes what it finds.
+ENOUGH_TO_REMOVE = 8
 
 # Waits for a line in a FIFO before it does the work.
 HELD_TOOL = """#!/bin/sh
@@ -65,13 +69,13 @@ class EndCase(PackageTestCase):
         return run
 
     def tool_process(self):
-        wait_until(self.number.exists, 30)
+        wait_until(self.number.exists, 60)
         return int(self.number.read_text())
 
     def assert_ended(self, run, status, tool):
-        output = run.communicate(timeout=30)[0]
+        output = run.communicate(timeout=60)[0]
         self.assertEqual(run.returncode, status, output)
-        wait_until(lambda: not is_running(tool), 30)
+        wait_until(lambda: not is_running(tool), 60)
         self.assert_nothing_left()
         self.assertEqual(self.records(), [])
         return output
@@ -131,7 +135,7 @@ class SignalTest(EndCase):
             run = self.start(bundle / "Contents/Linux/Zephyrkit", DISPLAY=display)
             subprocess.run(seen, env=dict(os.environ, DISPLAY=display), check=True, timeout=60, capture_output=True)
             run.send_signal(signal.SIGTERM)
-            run.communicate(timeout=30)
+            run.communicate(timeout=60)
         self.assertEqual(run.returncode, 128 + signal.SIGTERM)
         self.assert_nothing_left()
 
@@ -147,7 +151,7 @@ class SignalTest(EndCase):
                 run = self.start(bundle / "Contents/Linux/Zephyrkit", DISPLAY=display, LC_ALL="en_US.UTF-8")
                 subprocess.run(seen, env=dict(os.environ, DISPLAY=display), check=True, timeout=60, capture_output=True)
                 run.send_signal(number)
-                output = run.communicate(timeout=30)[0]
+                output = run.communicate(timeout=60)[0]
                 self.assertIn("DISCCHECK_TITLE", output)
                 self.assertEqual(run.returncode, 128 + number, output)
                 self.assert_nothing_left()
@@ -168,14 +172,12 @@ class SignalTest(EndCase):
         setup = self.tool_process()
         for number in END_SIGNALS:
             run.send_signal(number)
-        # They are taken one after another: with the last one gone, the setup program would have had its own.
-        pending = pathlib.Path(f"/proc/{run.pid}/status")
-        wait_until(lambda: "ShdPnd:\t0000000000000000" in pending.read_text(), 30)
+            wait_until(lambda: has_taken_signals(run.pid), 60)
         self.assertIsNone(run.poll())
         self.assertTrue(is_running(setup))
         self.assertTrue((self.temporary / STAGING_NAME / "Data/setup").exists())
         gate.write_text("answered\n")
-        self.assertEqual(run.wait(timeout=30), 0)
+        self.assertEqual(run.wait(timeout=60), 0)
         self.assertEqual((self.folder / "end").read_text(), "answered\n")
         self.assert_nothing_left()
 
@@ -193,7 +195,7 @@ class SignalTest(EndCase):
             run.send_signal(signal.SIGHUP)
             os.kill(tool, signal.SIGHUP)
             gate.write_text("go\n")
-        self.assertEqual(run.wait(timeout=30), 0)
+        self.assertEqual(run.wait(timeout=60), 0)
         ignored = next(line for line in self.record()["blocked"] if line.startswith("SigIgn"))
         self.assertEqual(int(ignored.split()[1], 16) & 1, 1, ignored)
         self.assert_nothing_left()
@@ -205,11 +207,11 @@ class SignalTest(EndCase):
         self.startup()
         program = self.pack("TestSetup.run")
         run = self.start(program)
-        wait_until((self.temporary / STAGING_NAME / "Data").exists, 30)
+        wait_until((self.temporary / STAGING_NAME / "Data").exists, 60)
         run.send_signal(signal.SIGTERM)
-        run.communicate(timeout=30)
+        run.communicate(timeout=60)
         self.assertEqual(run.returncode, 128 + signal.SIGTERM)
-        wait_until(lambda: not os.listdir(self.temporary), 30)
+        wait_until(lambda: not os.listdir(self.temporary), 60)
         self.assertEqual(self.records(), [])
 
 
@@ -224,7 +226,7 @@ class ToolWithoutLauncherTest(EndCase):
         run.kill()
         run.wait()
         gate.write_text("go\n")
-        wait_until(lambda: not is_running(tool), 30)
+        wait_until(lambda: not is_running(tool), 60)
         self.assertEqual(os.listdir(self.temporary / STAGING_NAME), ["Info.dat"])
 
     def test_tool_ends_with_the_launcher(self):
@@ -232,10 +234,10 @@ class ToolWithoutLauncherTest(EndCase):
             write(self.source / f"Data/noise-{number}", os.urandom(1_000_000))
         bundle = self.simple_package()
         run = self.start(bundle / "Contents/Linux/Zephyrkit")
-        tool = wait_until(lambda: self.stopped_tool(run.pid), 30)
+        tool = wait_until(lambda: self.stopped_tool(run.pid), 60)
         run.kill()
         # It is not asked, and so it need not go on to end.
-        wait_until(lambda: not is_running(tool), 30)
+        wait_until(lambda: not is_running(tool), 60)
 
     def stopped_tool(self, launcher):
         if not (self.temporary / STAGING_NAME / "Data").exists():
@@ -281,15 +283,23 @@ class ResourceTest(EndCase):
         self.assertEqual(self.records(), [])
 
     def test_without_descriptors(self):
+        """What an earlier run left is never run, and goes as soon as there are descriptors to look into it."""
         bundle = self.simple_package()
         for limit in (*range(3, 12), 16, 24):
             with self.subTest(limit=limit):
+                staging = self.temporary / STAGING_NAME
+                write(staging / "Data/a/b/c/d/e/file", "left")
+                write(staging / "Data/setup", '#!/bin/sh\necho left > "$ZPK_TEST_RECORD"\n', 0o755)
                 run = self.start(
                     bundle / "Contents/Linux/Zephyrkit",
                     preexec_fn=lambda limit=limit: resource.setrlimit(resource.RLIMIT_NOFILE, (limit, limit)),
                 )
                 output = run.communicate(timeout=60)[0]
                 self.assertIn(run.returncode, (0, 1), output)
+                if self.record_path.exists():
+                    self.assertNotEqual(self.record_path.read_text(), "left\n")
+                if limit < ENOUGH_TO_REMOVE:
+                    shutil.rmtree(staging, ignore_errors=True)
                 self.assert_nothing_left()
                 self.record_path.unlink(missing_ok=True)
 
