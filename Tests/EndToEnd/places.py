@@ -27,13 +27,16 @@ class Place:
             TMPDIR=str(self.temporary), ZPK_TEST_RECORD=str(self.record), **environment
         )
 
-    def launch(self, *wrapper, timeout=120):
-        """Gives the status and how often the setup program has run."""
+    def launch(self, *wrapper, timeout=120, stdout=subprocess.DEVNULL):
+        """Gives the status and how often the setup program has run.
+
+        With a pipe for `stdout` it waits for a setup program that outlives its launcher, too.
+        """
         done = subprocess.run(
             [*wrapper, self.program],
             env=self.environment,
             stdin=subprocess.DEVNULL,
-            stdout=subprocess.DEVNULL,
+            stdout=stdout,
             stderr=subprocess.DEVNULL,
             timeout=timeout,
         )
