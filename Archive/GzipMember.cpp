@@ -3,7 +3,7 @@
 
 #include "Archive/GzipMember.h"
 
-#include <libdeflate.h>
+#include <isa-l/crc.h>
 
 #include <span>
 #include <vector>
@@ -63,7 +63,7 @@ public:
         }
     }
 
-    std::uint32_t checksum() const { return libdeflate_crc32(0, m_bytes.data(), m_bytes.size()) & 0xffff; }
+    std::uint32_t checksum() const { return ::crc32_gzip_refl(0, m_bytes.data(), m_bytes.size()) & 0xffff; }
 
 private:
     InputFile& m_input;

@@ -3,6 +3,7 @@
 
 #include "Archive/GzipWriter.h"
 
+#include <isa-l/crc.h>
 #include <libdeflate.h>
 
 #include <algorithm>
@@ -40,7 +41,7 @@ void deflateBlock(libdeflate_compressor* compressor, BlockPipeline::Block& block
     auto packedSize = static_cast<std::uint32_t>(size + kGzipMemberTrailerSize);
     auto header = makeGzipMemberHeader({packedSize, plainSize});
     auto trailer =
-        makeGzipMemberTrailer(libdeflate_crc32(0, block.plain.data(), block.plain.size), plainSize);
+        makeGzipMemberTrailer(::crc32_gzip_refl(0, block.plain.data(), block.plain.size), plainSize);
     std::copy(header.begin(), header.end(), block.packed.data());
     std::copy(trailer.begin(), trailer.end(), deflated + size);
     block.packed.size = header.size() + size + trailer.size();

@@ -10,6 +10,7 @@
 #include <cassert>
 #include <cerrno>
 #include <cstring>
+#include <system_error>
 #include <utility>
 
 #include "Archive/DiskCalls.h"
@@ -48,37 +49,78 @@ InputFile::InputFile(const std::string& path)
 
 InputFile::InputFile(ByteSource source) : m_source(std::move(source)), m_buffer(kBufferSize) {}
 
+void InputFile::readAhead() {
+    if (m_ahead) {
+        return;
+    }
+    try {
+        m_ahead = std::make_unique<ReadAhead>(sourceOfRest());
+    } catch (const std::system_error&) {
+        // It is read in this thread.
+        return;
+    }
+}
+
+ByteSource InputFile::sourceOfRest() {
+    if (m_source) {
+        return m_source;
+    }
+    return [file = m_file.get()](std::uint8_t* bytes, std::size_t count) {
+        return countOrThrow(ZPKDescriptorIO::readSome(file, bytes, count));
+    };
+}
+
 std::size_t InputFile::readSome(std::uint8_t* bytes, std::size_t count) {
-    return m_source ? m_source(bytes, count)
-                    : countOrThrow(ZPKDescriptorIO::readSome(m_file.get(), bytes, count));
+    if (!m_ahead) {
+        return m_source ? m_source(bytes, count)
+                        : countOrThrow(ZPKDescriptorIO::readSome(m_file.get(), bytes, count));
+    }
+    if (m_ready.empty()) {
+        m_ready = m_ahead->next();
+    }
+    const std::size_t done = std::min(count, m_ready.size());
+    std::copy_n(m_ready.begin(), done, bytes);
+    m_ready = m_ready.subspan(done);
+    return done;
 }
 
 std::span<const std::uint8_t> InputFile::peek(std::size_t count) {
     assert(count <= m_buffer.size());
-    if (m_end - m_begin < count) {
-        std::memmove(m_buffer.data(), m_buffer.data() + m_begin, m_end - m_begin);
-        m_end -= m_begin;
-        m_begin = 0;
-        while (m_end < count) {
-            const std::size_t got = readSome(m_buffer.data() + m_end, m_buffer.size() - m_end);
-            if (got == 0) {
-                break;
-            }
-            m_end += got;
-        }
+    if (m_rest.empty() && m_ahead) {
+        // Where it lies.
+        m_rest = m_ready.empty() ? m_ahead->next() : m_ready;
+        m_ready = {};
     }
-    return {m_buffer.data() + m_begin, m_end - m_begin};
+    if (m_rest.size() < count) {
+        gather(count);
+    }
+    return m_rest;
+}
+
+void InputFile::gather(std::size_t count) {
+    std::size_t end = m_rest.size();
+    if (end > 0) {
+        std::memmove(m_buffer.data(), m_rest.data(), end);
+    }
+    while (end < count) {
+        const std::size_t got = readSome(m_buffer.data() + end, m_buffer.size() - end);
+        if (got == 0) {
+            break;
+        }
+        end += got;
+    }
+    m_rest = std::span(m_buffer).first(end);
 }
 
 void InputFile::consume(std::size_t count) {
-    assert(count <= m_end - m_begin);
-    m_begin += count;
+    assert(count <= m_rest.size());
+    m_rest = m_rest.subspan(count);
 }
 
 std::size_t InputFile::read(std::uint8_t* bytes, std::size_t count) {
-    std::size_t done = std::min(count, m_end - m_begin);
-    std::memcpy(bytes, m_buffer.data() + m_begin, done);
-    m_begin += done;
+    std::size_t done = std::min(count, m_rest.size());
+    std::copy_n(m_rest.begin(), done, bytes);
+    m_rest = m_rest.subspan(done);
     while (done < count) {
         const std::size_t got = readSome(bytes + done, count - done);
         if (got == 0) {

@@ -5,11 +5,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "Archive/ByteSource.h"
+#include "Archive/ReadAhead.h"
 #include "Base/ZPKFileDescriptor.h"
 
 namespace zpk_archive {
@@ -22,6 +24,10 @@ public:
     explicit InputFile(const std::string& path);
     explicit InputFile(ByteSource source);
 
+    /// Reads the rest in a thread of its own, where one can be started; for who has work to do with what it
+    /// takes.
+    void readAhead();
+
     /// Tries to have at least `count` bytes in the buffer (`count` up to the buffer's size, 256 KiB);
     /// gives what there is, which is less only at the end of the file.
     std::span<const std::uint8_t> peek(std::size_t count);
@@ -33,13 +39,16 @@ public:
     std::size_t read(std::uint8_t* bytes, std::size_t count);
 
 private:
+    ByteSource sourceOfRest();
     std::size_t readSome(std::uint8_t* bytes, std::size_t count);
+    void gather(std::size_t count);
 
     ZPKFileDescriptor m_file;
     ByteSource m_source;  ///< Read instead of the file, where there is one.
+    std::unique_ptr<ReadAhead> m_ahead;
     std::vector<std::uint8_t> m_buffer;
-    std::size_t m_begin = 0;
-    std::size_t m_end = 0;
+    std::span<const std::uint8_t> m_rest;   ///< In the buffer, or in what was read ahead.
+    std::span<const std::uint8_t> m_ready;  ///< What was read ahead and comes after that.
 };
 
 }  // namespace zpk_archive

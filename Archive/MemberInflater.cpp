@@ -3,6 +3,7 @@
 
 #include "Archive/MemberInflater.h"
 
+#include <isa-l/crc.h>
 #include <libdeflate.h>
 
 #include <algorithm>
@@ -38,7 +39,7 @@ void MemberInflater::inflate(std::span<const std::uint8_t> packed, ByteBuffer& p
     if (result != LIBDEFLATE_SUCCESS || packed.size() - used != kGzipMemberTrailerSize) {
         throw ArchiveFailure("the compressed data are damaged (length)");
     }
-    const std::uint32_t crc = libdeflate_crc32(0, plain.data(), plainSize);
+    const std::uint32_t crc = ::crc32_gzip_refl(0, plain.data(), plainSize);
     const auto trailer = makeGzipMemberTrailer(crc, static_cast<std::uint32_t>(plainSize));
     if (!std::equal(trailer.begin(), trailer.end(), packed.data() + used)) {
         throw ArchiveFailure("the compressed data are damaged (checksum)");

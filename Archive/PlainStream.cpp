@@ -96,6 +96,9 @@ void PlainStream::unpackGzip() {
     Inflater inflater;
     do {
         std::optional<GzipMemberSizes> sizes = readGzipMemberHeader(m_input);
+        if (!sizes) {
+            m_input.readAhead();
+        }
         bool goOn =
             sizes ? submitMember(sizes->packed, sizes->plain) : inflater.inflateStream(m_input, m_pipeline);
         if (!goOn) {

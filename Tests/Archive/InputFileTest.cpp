@@ -7,11 +7,14 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "Archive/ByteSource.h"
 #include "Archive/Failure.h"
 #include "Tests/Support/TemporaryFolder.h"
 
@@ -66,18 +69,75 @@ TEST(InputFileTest, ReadsAndPeeksInTurnsUpToTheEnd) {
     expectReadsAndPeeksInTurns(InputFile(folder / "file"), bytes);
 }
 
+/// Gives so much at a time, and then fails or ends.
+zpk_archive::ByteSource sourceOf(const std::string& bytes, std::size_t most, const char* failure = nullptr) {
+    return [&bytes, most, failure, done = std::size_t{0}](std::uint8_t* piece, std::size_t count) mutable {
+        const std::size_t given = std::min({count, most, bytes.size() - done});
+        if (given == 0 && failure != nullptr) {
+            throw ArchiveFailure(failure);
+        }
+        std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(done), given, piece);
+        done += given;
+        return given;
+    };
+}
+
 TEST(InputFileTest, ReadsTheSameFromASourceHoweverLittleThatGivesAtATime) {
     const std::string bytes = pattern(1000003);
     for (const std::size_t most : {std::size_t{1}, std::size_t{1000}, bytes.size()}) {
-        const auto source = [&bytes, most, done = std::size_t{0}](std::uint8_t* piece,
-                                                                  std::size_t count) mutable {
-            const std::size_t given = std::min({count, most, bytes.size() - done});
-            std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(done), given, piece);
-            done += given;
-            return given;
-        };
-        expectReadsAndPeeksInTurns(InputFile(source), bytes);
+        expectReadsAndPeeksInTurns(InputFile(sourceOf(bytes, most)), bytes);
     }
+}
+
+TEST(InputFileTest, ReadsTheSameAheadFromWhereverItIs) {
+    const TemporaryFolder folder;
+    const std::string bytes = pattern(3000017);
+    writeFile(folder / "file", bytes);
+    for (const std::size_t before : {0U, 1U, 300000U, 3000017U}) {
+        InputFile file(folder / "file");
+        InputFile fromSource(sourceOf(bytes, 1000));
+        for (InputFile* const input : {&file, &fromSource}) {
+            std::string first(before, '\0');
+            ASSERT_EQ(input->read(reinterpret_cast<std::uint8_t*>(first.data()), before), before);
+            EXPECT_TRUE(first == bytes.substr(0, before));
+            input->readAhead();
+            input->readAhead();
+            expectReadsAndPeeksInTurns(std::move(*input), bytes.substr(before));
+        }
+    }
+}
+
+TEST(InputFileTest, AFailureOfTheThreadThatReadsAheadComesAfterWhatItRead) {
+    const std::string bytes = pattern(1200000);
+    InputFile input(sourceOf(bytes, 70000, "the disk is gone"));
+    input.readAhead();
+    std::string got(bytes.size(), '\0');
+    ASSERT_EQ(input.read(reinterpret_cast<std::uint8_t*>(got.data()), got.size()), got.size());
+    EXPECT_TRUE(got == bytes);
+    try {
+        static_cast<void>(input.available());
+        ADD_FAILURE() << "nothing was thrown";
+    } catch (const ArchiveFailure& failure) {
+        EXPECT_STREQ(failure.what(), "the disk is gone");
+    }
+}
+
+TEST(InputFileTest, ReadsAheadNoMoreThanItHasRoomFor) {
+    std::atomic<std::size_t> pieces = 0;
+    {
+        InputFile input([&](std::uint8_t*, std::size_t count) {
+            ++pieces;
+            return count;
+        });
+        input.readAhead();
+        for (int taken = 0; taken < 20; ++taken) {
+            const std::size_t size = input.available().size();
+            ASSERT_GT(size, 0U);
+            input.consume(size);
+        }
+    }
+    EXPECT_GE(pieces, 20U);
+    EXPECT_LE(pieces, 24U);
 }
 
 TEST(InputFileTest, SaysWhyItCannotRead) {
