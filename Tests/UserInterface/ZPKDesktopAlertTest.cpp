@@ -84,18 +84,20 @@ TEST_F(DesktopAlert, FirstParagraphIsItsHeading) {
 TEST_F(DesktopAlert, PictureFollowsTheStyle) {
     const struct {
         ZPKAlertStyle style;
-        QStyle::StandardPixmap picture;
-    } rows[] = {{ZPKAlertStyle::Warning, QStyle::SP_MessageBoxWarning},
-                {ZPKAlertStyle::Informational, QStyle::SP_MessageBoxInformation},
-                {ZPKAlertStyle::Critical, QStyle::SP_MessageBoxCritical}};
+        QRgb colour;
+    } rows[] = {{ZPKAlertStyle::Warning, qRgb(242, 161, 0)},
+                {ZPKAlertStyle::Informational, qRgb(38, 110, 180)},
+                {ZPKAlertStyle::Critical, qRgb(198, 40, 40)}};
     runWith(*frontEnd, [&] {
         for (const auto& row : rows) {
             inNextLoop([&] {
                 auto* box = findVisible<QDialog>("alert");
-                const QPixmap shown = box->findChild<QLabel*>("iconLabel")->pixmap();
-                const QIcon expected = box->style()->standardIcon(row.picture);
-                EXPECT_FALSE(shown.isNull());
-                EXPECT_EQ(shown.toImage(), expected.pixmap(shown.size()).toImage());
+                const QImage shown = box->findChild<QLabel*>("iconLabel")->pixmap().toImage();
+                const int side = box->style()->pixelMetric(QStyle::PM_MessageBoxIconSize);
+                EXPECT_EQ(shown.size(), QSize(side, side));
+                EXPECT_EQ(qAlpha(shown.pixel(0, 0)), 0);
+                EXPECT_EQ(shown.pixel(side / 2, side * 27 / 32), row.colour);
+                EXPECT_NE(shown.pixel(side / 2, side / 2), row.colour) << "nothing but a colour";
                 box->close();
             });
             frontEnd->runAlert({"T", "", "OK", row.style});
@@ -130,6 +132,24 @@ TEST_F(DesktopAlert, ListStandsInAFrameEachLineForItself) {
         EXPECT_TRUE(list->textInteractionFlags() & Qt::TextSelectableByKeyboard);
         box->close();
     });
+}
+
+TEST_F(DesktopAlert, ListAndButtonEndInALine) {
+    for (const char* language : {"en", "ar"}) {
+        frontEnd = nullptr;
+        frontEnd = openDesktop();
+        frontEnd->setInterfaceLanguage(language);
+        withAlert({"None is here:\n\n  One\n\nInstall one.", "", "OK"}, [&](QDialog* box) {
+            const QWidget* parts[] = {box->findChild<QPlainTextEdit*>("textView"), button(box)};
+            const auto end = [&](const QWidget* part) {
+                const QRect place(part->mapTo(box, QPoint()), part->size());
+                return box->isRightToLeft() ? place.left() : place.right();
+            };
+            EXPECT_EQ(box->isRightToLeft(), std::string(language) == "ar");
+            EXPECT_EQ(end(parts[0]), end(parts[1]));
+            box->close();
+        });
+    }
 }
 
 TEST_F(DesktopAlert, SixtyNamesScrollAboveTheLastParagraph) {

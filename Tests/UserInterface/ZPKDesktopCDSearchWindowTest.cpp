@@ -11,6 +11,8 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScrollBar>
+#include <QTextBlock>
+#include <QTextLayout>
 
 #include "Tests/UserInterface/DesktopFixture.h"
 
@@ -99,6 +101,8 @@ TEST_F(DesktopDiscWindow, ShowsItsTextsAsTheyStand) {
         EXPECT_EQ(accessibleName(message), "Insert <b>the</b> disc & search.");
         EXPECT_EQ(message->textFormat(), Qt::PlainText);
         EXPECT_TRUE(message->wordWrap());
+        message->setSelection(0, static_cast<int>(message->text().remove("&&").size()) + 1);
+        EXPECT_EQ(message->selectedText(), "Insert <b>the</b> disc & search.");
         const QString marked = list->toPlainText();
         EXPECT_EQ(marked, QString("\u2068Suite <i>3</i>\u2069\n\u2068Tools\u2069"));
         EXPECT_TRUE(list->isReadOnly());
@@ -219,11 +223,49 @@ TEST_F(DesktopDiscWindow, ListIsAsHighAsItsLinesFromThreeToTwelve) {
         EXPECT_FALSE(list->verticalScrollBar()->isVisible());
         EXPECT_EQ(linesOf(60), 12);
         EXPECT_TRUE(list->verticalScrollBar()->isVisible());
+        EXPECT_EQ(linesOf(4), 4);
+        EXPECT_FALSE(list->verticalScrollBar()->isVisible());
+        const QSize whole = dialog->size();
+        dialog->resize(dialog->minimumSizeHint());
+        EXPECT_TRUE(list->verticalScrollBar()->isVisible());
+        dialog->resize(whole);
+        EXPECT_FALSE(list->verticalScrollBar()->isVisible());
+        EXPECT_EQ(linesOf(60), 12);
         const int high = dialog->height();
         window->setProductList("");
         QApplication::processEvents();
         EXPECT_FALSE(list->isVisible()) << "an empty box";
         EXPECT_LT(dialog->height(), high - list->height());
+    });
+}
+
+/// Whatever is folded where: no line of it is empty, and none is scrolled.
+TEST_F(DesktopDiscWindow, ListHasNoEmptyLineWhereANameJustFits) {
+    run([&] {
+        // Fonts whose lines have other heights, letters of other widths.
+        const std::pair<const char*, QChar> rows[] = {{"DejaVu Sans", 'w'},
+                                                      {"IPAGothic", 'w'},
+                                                      {"IPAGothic", QChar(0x65E5)},
+                                                      {"DejaVu Sans", QChar(0x0634)}};
+        for (const auto& [family, letter] : rows) {
+            window->setFontName(ZPKCDSearchControl::TextView, family);
+            ASSERT_EQ(list->font().families(), QStringList(family));
+            for (int letters = 20; letters < 80; ++letters) {
+                const QString name(letters, letter);
+                window->close();
+                window->setProductList(("One\nTwo\nThree\n" + name).toStdString());
+                window->makeKeyAndOrderFront();
+                QApplication::processEvents();
+                qreal height = 2 * list->document()->documentMargin();
+                for (QTextBlock block = list->document()->begin(); block.isValid(); block = block.next()) {
+                    height += block.layout()->boundingRect().height();
+                }
+                const double left = list->viewport()->height() - height;
+                ASSERT_GE(left, 0) << name.toStdString();
+                ASSERT_LT(left, list->fontMetrics().lineSpacing()) << name.toStdString();
+                ASSERT_FALSE(list->verticalScrollBar()->isVisible()) << name.toStdString();
+            }
+        }
     });
 }
 
@@ -336,6 +378,31 @@ TEST_F(DesktopDiscWindow, RightToLeftLanguageMirrorsIt) {
     run([&] {
         EXPECT_GT(search->x(), cancel->x());
         EXPECT_EQ(list->document()->defaultTextOption().alignment(), Qt::AlignRight | Qt::AlignAbsolute);
+    });
+}
+
+TEST_F(DesktopDiscWindow, EveryRightToLeftLineBeginsAtTheSameEdge) {
+    frontEnd->setInterfaceLanguage("he");
+    run([&] {
+        window->setMessage(QString(QString(3, QChar(0x05E9)) + ' ').repeated(25).trimmed().toStdString());
+        QApplication::processEvents();
+        auto* message = dialog->findChild<QLabel*>("textField");
+        const QImage shown = message->grab().toImage();
+        const int line = message->fontMetrics().lineSpacing();
+        const auto edge = [&](int top) {
+            int last = 0;
+            for (int y = top; y < top + line; ++y) {
+                for (int x = 0; x < shown.width(); ++x) {
+                    last = shown.pixelColor(x, y).lightness() < 128 ? qMax(last, x) : last;
+                }
+            }
+            return last;
+        };
+        // No blank ends the last one.
+        const int lines = message->heightForWidth(message->width()) / line;
+        ASSERT_GE(lines, 2);
+        EXPECT_GT(edge(0), shown.width() / 2);
+        EXPECT_EQ(edge(0), edge((lines - 1) * line));
     });
 }
 

@@ -77,7 +77,7 @@ protected:
     Widget* waitForActive(const char* name) {
         Widget* widget = findVisible<Widget>(name);
         EXPECT_NE(widget, nullptr);
-        EXPECT_TRUE(QTest::qWaitForWindowActive(widget->window()));
+        EXPECT_TRUE(QTest::qWaitForWindowActive(widget->window(), 60000));
         return widget;
     }
 };

@@ -168,6 +168,45 @@ TEST_F(DesktopProgressWindow, RightToLeftLanguageMirrorsIt) {
     });
 }
 
+/// Of the two points that differ most; half transparent ones are rounded when they are drawn again.
+int difference(const QImage& one, const QImage& other) {
+    EXPECT_EQ(one.size(), other.size());
+    int most = 0;
+    for (int y = 0; y < one.height(); ++y) {
+        for (int x = 0; x < one.width(); ++x) {
+            const QRgb a = one.pixel(x, y);
+            const QRgb b = other.pixel(x, y);
+            for (const int channel : {qRed(a) - qRed(b), qGreen(a) - qGreen(b), qBlue(a) - qBlue(b)}) {
+                most = qMax(most, std::abs(channel));
+            }
+        }
+    }
+    return most;
+}
+
+TEST_F(DesktopProgressWindow, RightToLeftBarIsTheOthersMirrorImage) {
+    const auto images = [&](const char* language) {
+        frontEnd = nullptr;
+        frontEnd = openDesktop();
+        frontEnd->setInterfaceLanguage(language);
+        std::vector<QImage> shown;
+        withProgressWindow("T", [&](ZPKProgressWindow& window, QProgressBar* bar) {
+            for (const double value : {0.0, 10.0, 40.0, 100.0}) {
+                window.progressIndicator().setDoubleValue(value);
+                shown.push_back(bar->grab().toImage());
+            }
+        });
+        return shown;
+    };
+    const std::vector<QImage> fromLeft = images("en");
+    const std::vector<QImage> fromRight = images("ar");
+    ASSERT_EQ(fromLeft.size(), 4U);
+    for (std::size_t at = 0; at < fromLeft.size(); ++at) {
+        EXPECT_LE(difference(fromRight.at(at), fromLeft[at].mirrored(true, false)), 1) << at;
+    }
+    EXPECT_GT(difference(fromRight[1], fromLeft[1]), 1);
+}
+
 TEST_F(DesktopProgressWindow, WindowThatWasClosedShowsAgain) {
     withProgressWindow("T", [](ZPKProgressWindow& window, QProgressBar* bar) {
         window.close();

@@ -25,6 +25,7 @@ QLabel* addLabel(QVBoxLayout& layout, const char* name) {
     label->setTextFormat(Qt::PlainText);
     label->setAlignment(Qt::AlignHCenter);
     label->setWordWrap(true);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     layout.addWidget(label);
     return label;
 }

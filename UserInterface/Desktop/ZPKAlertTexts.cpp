@@ -16,9 +16,6 @@ namespace {
 
 constexpr int kGap = 10;
 
-/// Around a part that is scrolled, for the frame which shows that it has the keys.
-constexpr int kFocusFrame = 3;
-
 /// Characters in the longest line.
 constexpr int kCharacters = 64;
 

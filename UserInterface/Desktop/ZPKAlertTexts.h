@@ -13,6 +13,9 @@
 /// thread only.
 class ZPKAlertTexts : public QWidget {
 public:
+    /// What the texts have around them, for the frame which shows that one has the keys.
+    static constexpr int kFocusFrame = 3;
+
     /// Paragraphs end with an empty line. One whose lines all begin with two blanks is a list.
     ZPKAlertTexts(const QString& text, const QSize& room, QWidget* parent);
 

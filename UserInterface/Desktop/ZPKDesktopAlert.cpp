@@ -9,9 +9,9 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QStyle>
 #include <QVBoxLayout>
 
+#include "UserInterface/Desktop/ZPKAlertPicture.h"
 #include "UserInterface/Desktop/ZPKAlertTexts.h"
 #include "UserInterface/Desktop/ZPKDesktopText.h"
 #include "UserInterface/Desktop/ZPKFontCheck.h"
@@ -22,28 +22,17 @@ namespace {
 constexpr int kMargin = 20;
 constexpr int kGap = 16;
 
-QStyle::StandardPixmap iconOfStyle(ZPKAlertStyle style) {
-    switch (style) {
-        case ZPKAlertStyle::Warning:
-            return QStyle::SP_MessageBoxWarning;
-        case ZPKAlertStyle::Informational:
-            return QStyle::SP_MessageBoxInformation;
-        case ZPKAlertStyle::Critical:
-            break;
-    }
-    return QStyle::SP_MessageBoxCritical;
-}
-
 QLabel* newIconLabel(const ZPKDesktopAlert& box, ZPKAlertStyle style) {
     auto* label = new QLabel;
     label->setObjectName(QStringLiteral("iconLabel"));
-    const int size = box.style()->pixelMetric(QStyle::PM_MessageBoxIconSize, nullptr, &box);
-    label->setPixmap(box.style()->standardIcon(iconOfStyle(style), nullptr, &box).pixmap(size));
+    label->setPixmap(ZPKAlertPicture::ofStyle(style, box));
     return label;
 }
 
 QDialogButtonBox* newButtonBox(ZPKDesktopAlert& box, const std::string& title) {
     auto* buttons = new QDialogButtonBox;
+    // In a line with the texts above.
+    buttons->setContentsMargins(ZPKAlertTexts::kFocusFrame, 0, ZPKAlertTexts::kFocusFrame, 0);
     QPushButton* button = buttons->addButton(ZPKDesktopLabel(title), QDialogButtonBox::AcceptRole);
     QObject::connect(button, &QPushButton::clicked, &box, &QDialog::accept);
     return buttons;

@@ -61,6 +61,9 @@ ZPKDesktopCDSearchWindow::ZPKDesktopCDSearchWindow(std::unique_ptr<QDialog> root
     m_controls.discLabel->setPixmap(
         style.standardIcon(QStyle::SP_DriveCDIcon, nullptr, &widget()).pixmap(size));
     m_controls.textField->setTextFormat(Qt::PlainText);
+    // What cannot be selected is drawn with the blank at the end of each line, which moves right-to-left
+    // ones.
+    m_controls.textField->setTextInteractionFlags(Qt::TextSelectableByMouse);
     // At the reader's side whatever letters it begins with.
     m_controls.textField->setAlignment(
         QStyle::visualAlignment(widget().layoutDirection(), Qt::AlignLeft | Qt::AlignTop));

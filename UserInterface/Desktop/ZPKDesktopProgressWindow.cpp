@@ -14,6 +14,7 @@
 #include "UserInterface/Desktop/ZPKDesktopIdentity.h"
 #include "UserInterface/Desktop/ZPKDesktopText.h"
 #include "UserInterface/Desktop/ZPKForm.h"
+#include "UserInterface/Desktop/ZPKMirroredBar.h"
 #include "UserInterface/Desktop/ZPKReducedMotion.h"
 
 namespace {
@@ -61,12 +62,16 @@ ZPKDesktopProgressWindow::ZPKDesktopProgressWindow(std::unique_ptr<QDialog> root
     m_controls.iconLabel->setPixmap(icon.pixmap(size));
     m_controls.iconLabel->setVisible(!icon.isNull());
     m_controls.headingLabel->setTextFormat(Qt::PlainText);
+    // What cannot be selected is drawn with the blank at the end of each line, which moves right-to-left
+    // ones.
+    m_controls.headingLabel->setTextInteractionFlags(Qt::TextSelectableByMouse);
     // At the reader's side whatever letters it begins with.
     m_controls.headingLabel->setAlignment(
         QStyle::visualAlignment(widget().layoutDirection(), Qt::AlignLeft | Qt::AlignVCenter));
     m_controls.headingLabel->setText(ZPKDesktopText(ZPKDesktopIdentity::displayName()));
     m_controls.bar->setRange(0, 100);
     m_controls.bar->installEventFilter(this);
+    new ZPKMirroredBar(*m_controls.bar);
     m_controls.elapsedLabel->hide();
     m_ticks.setInterval(kTickMilliseconds);
     connect(&m_ticks, &QTimer::timeout, this, [this] { updateElapsedTime(); });

@@ -42,35 +42,54 @@ void ZPKReadingView::setText(const QString& text) {
     option.setAlignment(QStyle::visualAlignment(m_widget.layoutDirection(), Qt::AlignLeft));
     document.setDefaultTextOption(option);
     m_widget.setPlainText(text);
+    showScrollBarIfNeeded();
 }
 
 int ZPKReadingView::heightForWidth(int width, int mostLines) const {
-    const int around =
-        static_cast<int>(2 * m_widget.document()->documentMargin()) + 2 * m_widget.frameWidth();
-    const int lineWidth = qMax(width - around - m_widget.verticalScrollBar()->sizeHint().width(), 1);
+    Lines lines = fold(width - around(), mostLines);
+    if (lines.areMore) {
+        // Those have the scroll bar beside them.
+        lines = fold(width - around() - m_widget.verticalScrollBar()->sizeHint().width(), mostLines);
+    }
+    return lines.height + around() + kRoundingHeight;
+}
+
+int ZPKReadingView::heightOfLines(int lines) const {
+    return lines * m_widget.fontMetrics().lineSpacing() + around() + kRoundingHeight;
+}
+
+int ZPKReadingView::around() const {
+    return static_cast<int>(2 * m_widget.document()->documentMargin()) + 2 * m_widget.frameWidth();
+}
+
+ZPKReadingView::Lines ZPKReadingView::fold(int width, int mostLines) const {
     QTextOption option;
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    int lines = 0;
-    // A line is as high as the highest of the fonts that its letters need.
-    qreal height = 0;
+    Lines lines;
+    int count = 0;
     for (const QString& text : m_widget.toPlainText().split(QLatin1Char('\n'))) {
         QTextLayout layout(text, m_widget.font());
         layout.setTextOption(option);
         layout.beginLayout();
-        for (QTextLine line = layout.createLine(); line.isValid() && lines < mostLines; ++lines) {
-            line.setLineWidth(lineWidth);
-            height += std::ceil(line.height());
-            line = layout.createLine();
+        for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+            if (++count > mostLines) {
+                lines.areMore = true;
+                return lines;
+            }
+            // As the widget does. A line is as high as the highest of the fonts that its letters need.
+            line.setLeadingIncluded(true);
+            line.setLineWidth(qMax(width, 1));
+            lines.height += static_cast<int>(std::ceil(line.height()));
         }
         layout.endLayout();
     }
-    return static_cast<int>(height) + around + kRoundingHeight;
+    return lines;
 }
 
-int ZPKReadingView::heightOfLines(int lines) const {
-    const int around =
-        static_cast<int>(2 * m_widget.document()->documentMargin()) + 2 * m_widget.frameWidth();
-    return lines * m_widget.fontMetrics().lineSpacing() + around + kRoundingHeight;
+void ZPKReadingView::showScrollBarIfNeeded() {
+    const Lines all = fold(m_widget.width() - around(), m_widget.height());
+    const bool fits = !all.areMore && all.height + around() <= m_widget.height();
+    m_widget.setVerticalScrollBarPolicy(fits ? Qt::ScrollBarAlwaysOff : Qt::ScrollBarAsNeeded);
 }
 
 QString ZPKReadingView::isolatedLines(const QString& lines) {
@@ -84,6 +103,9 @@ QString ZPKReadingView::isolatedLines(const QString& lines) {
 bool ZPKReadingView::eventFilter(QObject* watched, QEvent* event) {
     if (m_frame && (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut)) {
         m_frame->setWidget(event->type() == QEvent::FocusIn ? &m_widget : nullptr);
+    }
+    if (event->type() == QEvent::Resize) {
+        showScrollBarIfNeeded();
     }
     return QObject::eventFilter(watched, event);
 }

@@ -29,6 +29,20 @@ public:
     static QString isolatedLines(const QString& lines);
 
 private:
+    /// The first lines of the text, folded, and whether there are more.
+    struct Lines {
+        int height = 0;
+        bool areMore = false;
+    };
+
+    Lines fold(int width, int mostLines) const;
+
+    /// Left to itself, the widget keeps the bar for lines that are folded only because of it.
+    void showScrollBarIfNeeded();
+
+    /// What the widget has around its lines, above and below, or on both sides.
+    int around() const;
+
     bool eventFilter(QObject* watched, QEvent* event) override;
 
     QPlainTextEdit& m_widget;
