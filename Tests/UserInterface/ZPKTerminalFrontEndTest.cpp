@@ -445,6 +445,15 @@ TEST_F(TerminalProgress, WideTitleIsCountedInColumns) {
     EXPECT_EQ(terminal.screen(), "\r[###.....]   40%  0:00  日本語\r\n日本語abc\r\n\r[###.....]   40%  0:00");
 }
 
+/// They would stand at the other end of the line.
+TEST_F(TerminalProgress, SignsOfARightToLeftTitleAreMarked) {
+    show("שלום…", 40);
+    EXPECT_EQ(terminal.screen(), "\r[#######............]   40%  0:00  שלום…\u200F");
+    terminal.resize(30);
+    window->setTitle("שלום שלום…");
+    EXPECT_EQ(terminal.screen(), "\r\nשלום שלום…\u200F\r\n\r[##.....]   40%  0:00");
+}
+
 TEST_F(TerminalOnATerminal, OneThatCannotRewriteGetsLines) {
     const ScopedEnvironment dumb("TERM", "dumb");
     ZPKTerminalFrontEnd frontEnd = frontEndOn(terminal.program(), terminal.program(), terminal.program());
@@ -494,6 +503,16 @@ TEST_F(TerminalOnATerminal, AlertIsFoldedAtWords) {
     ZPKTerminalFrontEnd frontEnd = frontEndOn(terminal.program(), terminal.program(), terminal.program());
     frontEnd.runAlert({"It applies to one of:\n\n  Suite for many people", "", "OK"});
     EXPECT_EQ(terminal.screen(), "\r\nIt applies to one\r\nof:\r\n\r\n  Suite for many\r\n    people\r\n");
+}
+
+TEST_F(TerminalOnATerminal, SignsOfRightToLeftLinesAreMarkedWhereAPersonReads) {
+    Pipe pipe;
+    terminal.resize(8);
+    const ZPKAlert alert{"שלום, שלום.", "", "OK"};
+    frontEndOn(terminal.program(), terminal.program(), terminal.program()).runAlert(alert);
+    EXPECT_EQ(terminal.screen(), "\r\nשלום,\u200F\r\nשלום.\u200F\r\n");
+    frontEndOn(terminal.program(), pipe.writer(), pipe.writer()).runAlert(alert);
+    EXPECT_EQ(pipe.drained(), "שלום, שלום.\n");
 }
 
 class TerminalQuestion : public TerminalOnATerminal {

@@ -15,6 +15,7 @@
 #include "Base/ZPKEnvironment.h"
 #include "Base/ZPKTerminalText.h"
 #include "UserInterface/Terminal/ZPKFoldedText.h"
+#include "UserInterface/Terminal/ZPKReadingOrder.h"
 #include "UserInterface/Terminal/ZPKTextColumns.h"
 
 namespace {
@@ -80,7 +81,8 @@ ZPKTerminal::ZPKTerminal(int input, int output, int error)
       m_person(isTerminal(output) && !m_sharesTerminal ? output : error),
       m_isPersonTerminal(isTerminal(m_person)),
       m_interactive(isTerminal(input) && m_isPersonTerminal),
-      m_rewrites(isTerminal(output) && typeOfTerminal() != "dumb"),
+      m_isOutputTerminal(isTerminal(output)),
+      m_rewrites(m_isOutputTerminal && typeOfTerminal() != "dumb"),
       m_obeys(typeOfTerminal() != "dumb" && !ZPKEnvironment::isSet("NO_COLOR")) {}
 
 void ZPKTerminal::tell(const std::string& text) {
@@ -106,7 +108,7 @@ void ZPKTerminal::tellApart(const std::string& text) {
 }
 
 std::string ZPKTerminal::folded() const {
-    return ZPKFoldedText::of(m_told, std::min(m_toldColumns, kReadableColumns));
+    return ZPKReadingOrder::marked(ZPKFoldedText::of(m_told, std::min(m_toldColumns, kReadableColumns)));
 }
 
 void ZPKTerminal::refold() {
@@ -145,7 +147,7 @@ void ZPKTerminal::print(const std::string& text) {
     endStatus();
     flushStandardStreams();
     forgetTold();
-    put(m_output, drawn(text));
+    put(m_output, m_isOutputTerminal ? ZPKReadingOrder::marked(drawn(text)) : drawn(text));
 }
 
 void ZPKTerminal::printError(const std::string& text) {
@@ -164,7 +166,7 @@ void ZPKTerminal::printStatus(const std::string& text) {
     forgetTold();
     const std::size_t length = ZPKTextColumns::of(line);
     const std::size_t left = m_statusLength > length ? m_statusLength - length : 0;
-    put(m_output, "\r" + line + std::string(left, ' ') + std::string(left, '\b'));
+    put(m_output, "\r" + ZPKReadingOrder::marked(line) + std::string(left, ' ') + std::string(left, '\b'));
     m_statusLength = length;
 }
 

@@ -28,7 +28,8 @@ public:
     static std::string line(std::string text);
 
     /// Says something to the person: on standard output where that is a terminal and standard error is not
-    /// the same one, else on standard error. On a terminal the lines are folded.
+    /// the same one, else on standard error. On a terminal the lines are folded, and right-to-left ones
+    /// marked.
     void tell(const std::string& text);
 
     /// The same after an empty line where that is a terminal, which has other words above.
@@ -76,6 +77,7 @@ private:
     const int m_person;
     const bool m_isPersonTerminal;
     const bool m_interactive;
+    const bool m_isOutputTerminal;
     const bool m_rewrites;
     /// Escape sequences may be sent to terminals.
     const bool m_obeys;
