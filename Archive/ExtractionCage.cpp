@@ -5,12 +5,10 @@
 
 #include <pthread.h>
 #include <sys/prctl.h>
-#include <sys/resource.h>
-
-#include <algorithm>
 
 #include "Archive/CallFilter.h"
 #include "Archive/FolderCage.h"
+#include "Base/ZPKResourceLimit.h"
 
 namespace zpk_archive {
 
@@ -29,20 +27,10 @@ constexpr std::size_t kThreadStack = std::size_t{1} << 20;
 /// Each level of a tree takes one.
 constexpr rlim_t kDescriptorLimit = 16384;
 
-template <typename Resource>
-void lower(Resource resource, rlim_t value) {
-    rlimit limit{};
-    if (::getrlimit(resource, &limit) == 0) {
-        limit.rlim_cur = std::min(limit.rlim_cur, value);
-        limit.rlim_max = std::min(limit.rlim_max, value);
-        ::setrlimit(resource, &limit);
-    }
-}
-
 void lowerLimits() {
-    lower(RLIMIT_DATA, kMemoryLimit);
-    lower(RLIMIT_NOFILE, kDescriptorLimit);
-    lower(RLIMIT_CORE, 0);
+    ZPKResourceLimit::lower(RLIMIT_DATA, kMemoryLimit);
+    ZPKResourceLimit::lower(RLIMIT_NOFILE, kDescriptorLimit);
+    ZPKResourceLimit::lower(RLIMIT_CORE, 0);
     // Threads otherwise take as much as the person allows the first one.
     pthread_attr_t attributes;
     if (::pthread_attr_init(&attributes) == 0) {

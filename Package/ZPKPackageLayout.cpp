@@ -52,6 +52,10 @@ std::string ZPKPackageLayout::icon(const std::string& parent) {
     return ZPKPath::join(parent, "Icon.png");
 }
 
+std::string ZPKPackageLayout::drawing(const std::string& sourceFolder) {
+    return ZPKPath::join(sourceFolder, "Icon.svg");
+}
+
 std::string ZPKPackageLayout::packageStrings(const std::string& sourceFolder) {
     return ZPKPath::join(sourceFolder, "Package.strings");
 }

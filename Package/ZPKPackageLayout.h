@@ -14,6 +14,7 @@
 ///     Data/             Data.datx            Data.dat, then Data/
 ///     UILang/           UILang/Languages.xml
 ///     Icon.png          Icon.png
+///     Icon.svg          Icon.png
 class ZPKPackageLayout {
 public:
     ZPKPackageLayout() = delete;
@@ -56,6 +57,9 @@ public:
 
     /// The picture of the package in a source or a resource folder.
     static std::string icon(const std::string& parent);
+
+    /// The drawing in a source of which that picture is made.
+    static std::string drawing(const std::string& sourceFolder);
 
     /// The names of the package, "Package.strings" in a source folder.
     static std::string packageStrings(const std::string& sourceFolder);

@@ -160,12 +160,15 @@ class CheckTest(CheckTestCase):
         ):
             self.write("Icon.png", contents)
             self.assertIn("source/Icon.png:1:1: error: %s [icon]\n" % reason, self.check().stdout)
-        (self.source / "Icon.png").unlink()
-        self.write("Icon.svg", "<svg/>")
-        self.assertIn("source/Icon.svg:1:1: error: a drawing is not shown; save it as a picture, Icon.png [icon]\n",
-                      self.check().stdout)
+
+    def test_icon_drawing(self):
+        self.write("Icon.svg", '<svg viewBox="0 0 9 9"><clipPath/></svg>')
+        self.expect("icon-drawing")
+
+    def test_icon_twice(self):
         self.write("Icon.png", png_picture(256, 256))
-        self.assertEqual(self.check("--strict", "source").stdout, "")
+        self.write("Icon.svg", "")
+        self.expect("icon-twice")
 
     def test_icon_too_large(self):
         self.write("Icon.png", png_picture(513, 513))

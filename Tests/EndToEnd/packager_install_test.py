@@ -58,6 +58,7 @@ class InstallTest(CommandTestCase):
         for path in (
             "bin/zpkpack",
             "lib/zephyrkit/zephyrkit-run",
+            "lib/zephyrkit/zephyrkit-draw",
             "lib/zephyrkit/Zephyrkit.app/Contents/Linux/Zephyrkit",
             "lib/zephyrkit/Zephyrkit.app/Contents/Helpers/ditto",
             "share/zephyrkit/UILang/en/ZPKStringTable.def",
@@ -66,6 +67,7 @@ class InstallTest(CommandTestCase):
             "share/zsh/site-functions/_zpkpack",
             "share/fish/vendor_completions.d/zpkpack.fish",
             "share/doc/zephyrkit/LICENSE",
+            "share/doc/zephyrkit/libQt6Svg.so.6.copyright",
             "share/doc/zephyrkit/Docs/Packages.md",
             *(f"share/doc/zephyrkit/Docs/schemas/{name}.schema.json" for name in ("check", "list", "strings")),
             *(f"share/man/man1/zpkpack-{command}.1" for command in COMMANDS),
@@ -104,6 +106,8 @@ class InstallTest(CommandTestCase):
             return done.stdout
 
         run("zpkpack", "new", "HelloSetup")
+        # A picture is made of it.
+        write(work / "HelloSetup/Icon.svg", '<svg viewBox="0 0 9 9"><circle cx="4" cy="4" r="4"/></svg>', 0o644)
         self.assertEqual(run("zpkpack", "check", "--strict", "HelloSetup"), "")
         for package, program, options in (
             ("Out.app", "Out.app/Contents/Linux/Zephyrkit", []),
@@ -111,6 +115,7 @@ class InstallTest(CommandTestCase):
         ):
             run("zpkpack", "build", "HelloSetup", "-o", package, *options)
             self.assertIn("Hello!", run(work / program))
+        self.assertTrue((work / "Out.app/Contents/Resources/Icon.png").read_bytes().startswith(b"\x89PNG"))
         # Folders that nobody may write to were copied as they are.
         subprocess.run(["chmod", "-R", "u+w", work / "Out.app"], check=True)
         shutil.rmtree(work / "Out.app")

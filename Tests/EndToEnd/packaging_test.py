@@ -41,7 +41,7 @@ class PackagingTest(PackageTestCase):
         """The packager as it is installed, with a template that carries no windows: they take the time."""
         self.bin = self.folder / "bin"
         shutil.copytree(light_template(), self.bin / "Zephyrkit.app", copy_function=link_or_copy)
-        for name in ("zpkpack", "zephyrkit-run", "zephyrkit-preview", "zephyrkit-preview-screen.so"):
+        for name in ("zpkpack", "zephyrkit-run", "zephyrkit-preview", "zephyrkit-preview-screen.so", "zephyrkit-draw"):
             link_or_copy(BUILD / name, self.bin / name)
 
     def end_key_agent(self, environment):

@@ -43,6 +43,7 @@ std::optional<std::int64_t> timeOfSource() {
 CLI::App& BuildCommand::declare(CLI::App& program) {
     m_options.templatePath = ProgramParts::launcherTemplate();
     m_options.runProgramPath = ProgramParts::runProgram();
+    m_options.drawProgramPath = ProgramParts::drawProgram();
     CLI::App& line = *program.add_subcommand("build", "Make a package of a package source");
     line.add_option("SOURCE", m_options.sourceFolder, "Folder with Package.strings, Info/, Data/, UILang/")
         ->required();

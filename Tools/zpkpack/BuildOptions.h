@@ -30,6 +30,9 @@ struct BuildOptions {
     /// The program that one file begins with.
     std::string runProgramPath;
 
+    /// The program that makes a picture of a drawing.
+    std::string drawProgramPath;
+
     /// What everything in the archives gets as its time, in seconds since 1970-01-01 UTC; its own, unless
     /// told.
     std::optional<std::int64_t> time;

@@ -15,7 +15,6 @@
 #include "Tools/zpkpack/ChildStep.h"
 #include "Tools/zpkpack/InfoPlist.h"
 #include "Tools/zpkpack/Manifest.h"
-#include "Tools/zpkpack/PackageIcon.h"
 #include "Tools/zpkpack/PackagerFailure.h"
 #include "Tools/zpkpack/SignalHold.h"
 #include "Tools/zpkpack/Starter.h"
@@ -41,6 +40,7 @@ PackageBuilder::PackageBuilder(const BuildOptions& options, Progress* progress)
       m_template(options.templatePath),
       m_windows(options.templatePath, options.frameworksPath, options.withWindows),
       m_output(options.outputPath, options.replace),
+      m_icon(options.sourceFolder, options.drawProgramPath),
       m_runProgram(options.runProgramPath),
       m_time(options.time),
       m_progress(progress) {}
@@ -70,6 +70,9 @@ PackageDescription PackageBuilder::check() const {
     m_output.check(m_source.folder(), copiedFolders());
     m_template.check();
     m_windows.check();
+    if (m_windows.isWanted()) {
+        m_icon.check();
+    }
     return PackageDescription::read(m_source.folder());
 }
 
@@ -89,7 +92,7 @@ void PackageBuilder::make(const PackageDescription& description, const std::stri
     InfoPlist::write(description, ZPKPath::join(bundle, "Contents/Info.plist"));
     copyLanguages(resourceFolder);
     if (m_windows.isWanted()) {
-        PackageIcon(m_source.folder()).putInto(resourceFolder);
+        m_icon.putInto(resourceFolder);
     }
     Starter::write(description, bundle);
     const ArchivePacker packer(workFolder, m_time, m_progress);

@@ -13,6 +13,7 @@
 #include "Tools/zpkpack/LauncherTemplate.h"
 #include "Tools/zpkpack/OutputPlace.h"
 #include "Tools/zpkpack/PackageDescription.h"
+#include "Tools/zpkpack/PackageIcon.h"
 #include "Tools/zpkpack/PackageSource.h"
 #include "Tools/zpkpack/PackageSummary.h"
 #include "Tools/zpkpack/Progress.h"
@@ -43,6 +44,7 @@ private:
     LauncherTemplate m_template;
     CarriedWindows m_windows;
     OutputPlace m_output;
+    PackageIcon m_icon;
     std::string m_runProgram;
     std::optional<std::int64_t> m_time;
     Progress* m_progress;

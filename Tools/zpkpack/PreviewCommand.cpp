@@ -20,6 +20,7 @@ constexpr int kLargestScale = 4;
 CLI::App& PreviewCommand::declare(CLI::App& program) {
     m_options.templatePath = ProgramParts::launcherTemplate();
     m_options.programPath = ProgramParts::previewProgram();
+    m_options.drawProgramPath = ProgramParts::drawProgram();
     CLI::App& line =
         *program.add_subcommand("preview", "Make pictures of all windows and alerts of a package");
     line.add_option("PACKAGE", m_options.package, "A package source, a bundle, or one file")->required();

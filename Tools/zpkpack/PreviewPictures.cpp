@@ -5,11 +5,8 @@
 
 #include <algorithm>
 #include <cstring>
-#include <string_view>
 
-#include "Base/ZPKEnvironment.h"
 #include "Base/ZPKPath.h"
-#include "Package/ZPKCarriedParts.h"
 #include "Platform/ZPKBundle.h"
 #include "Platform/ZPKFileManager.h"
 #include "Platform/ZPKTask.h"
@@ -18,19 +15,14 @@
 #include "Tools/zpkpack/PreviewStage.h"
 #include "Tools/zpkpack/Progress.h"
 #include "Tools/zpkpack/SourceWriter.h"
+#include "Tools/zpkpack/TemplateProgram.h"
 
 namespace zpk_packager {
 
 namespace {
 
-constexpr const char* kTemplate = "Zephyrkit.app";
 constexpr const char* kPage = "index.html";
 constexpr unsigned int kFileMode = 0644;
-
-/// What this machine's loader obeys is not meant for the carried one.
-bool isForLoader(std::string_view name) {
-    return name.starts_with("LD_") || name == "GLIBC_TUNABLES";
-}
 
 std::string listOf(const std::vector<std::string>& codes) {
     std::string text;
@@ -43,9 +35,8 @@ std::string listOf(const std::vector<std::string>& codes) {
 }  // namespace
 
 void PreviewPictures::make(const std::string& workFolder, const std::string& made) const {
-    const PreviewStage stage(m_options.package, m_options.templatePath, workFolder);
+    const PreviewStage stage(m_options, workFolder);
     const std::vector<std::string> languages = chosenAmong(stage.languages());
-    ZPKEnvironment::remove(isForLoader);
     SourceWriter::makeFolder(made);
     if (m_progress != nullptr) {
         m_progress->begin("drawing", languages.size(), "languages");
@@ -81,23 +72,10 @@ std::vector<std::string> PreviewPictures::chosenAmong(const std::vector<std::str
 
 void PreviewPictures::draw(const std::string& stage, const std::string& language,
                            const std::string& folder) const {
-    std::vector<std::string> arguments{stage, language, folder, std::to_string(m_options.scale),
-                                       m_options.isDark ? "dark" : "light"};
     ZPKTask task;
-    const ZPKBundle bundle =
-        ZPKBundle::bundleWithoutDescription(ZPKPath::join(ZPKPath::parent(m_options.programPath), kTemplate));
-    const ZPKCarriedParts parts(bundle.frameworksPath());
-    // A build that shares the machine's libraries has a template without parts.
-    if (ZPKFileManager::fileExists(parts.loader())) {
-        arguments.insert(arguments.begin(), {"--inhibit-cache", m_options.programPath});
-        task.setLaunchPath(parts.loader());
-    } else {
-        task.setLaunchPath(m_options.programPath);
-    }
-    task.setArguments(arguments);
-    task.setEndsWithItsParent();
-    require(task.launch());
-    task.waitUntilExit();
+    TemplateProgram::run(
+        task, m_options.programPath,
+        {stage, language, folder, std::to_string(m_options.scale), m_options.isDark ? "dark" : "light"});
     if (task.terminationStatus() != 0) {
         throw PackagerFailure(
             "the windows in the language " + language + " cannot be drawn" +

@@ -19,8 +19,11 @@ struct PreviewOptions {
     /// The bundle with the forms and the texts of a source that has none.
     std::string templatePath;
 
-    /// The program that draws.
+    /// The program that draws the windows.
     std::string programPath;
+
+    /// The program that makes a picture of a drawing.
+    std::string drawProgramPath;
 
     /// The codes of the languages to show; all that the package offers, unless told.
     std::vector<std::string> languages;

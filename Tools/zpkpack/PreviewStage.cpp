@@ -19,6 +19,7 @@
 #include "Tools/zpkpack/PackageExtractor.h"
 #include "Tools/zpkpack/PackageIcon.h"
 #include "Tools/zpkpack/PackagerFailure.h"
+#include "Tools/zpkpack/PreviewPictures.h"
 #include "Tools/zpkpack/SourceWriter.h"
 
 using namespace varno_zpk;
@@ -56,22 +57,22 @@ void copyFile(const std::string& from, const std::string& to) {
 
 }  // namespace
 
-PreviewStage::PreviewStage(const std::string& package, const std::string& templatePath,
-                           const std::string& workFolder)
+PreviewStage::PreviewStage(const PreviewOptions& options, const std::string& workFolder)
     : m_path(ZPKPath::join(workFolder, "stage")) {
     for (const char* const folder : {"", "Contents", kResourceFolder}) {
         SourceWriter::makeFolder(ZPKPath::join(m_path, folder));
     }
-    if (PackageCheck::isMeant(package)) {
-        fillFromPackage(package, workFolder);
+    if (PackageCheck::isMeant(options.package)) {
+        fillFromPackage(options.package, workFolder);
     } else {
-        fillFromSource(package, templatePath);
+        fillFromSource(options);
     }
 }
 
-void PreviewStage::fillFromSource(const std::string& source, const std::string& templatePath) const {
+void PreviewStage::fillFromSource(const PreviewOptions& options) const {
+    const std::string& source = options.package;
     InfoPlist::write(PackageDescription::read(source), ZPKPath::join(m_path, kInfoPlist));
-    const std::string resources = ZPKPath::join(templatePath, kResourceFolder);
+    const std::string resources = ZPKPath::join(options.templatePath, kResourceFolder);
     for (const char* const form : kForms) {
         copyFile(ZPKPath::join(resources, form), ZPKPath::join(ZPKPath::join(m_path, kResourceFolder), form));
     }
@@ -81,7 +82,9 @@ void PreviewStage::fillFromSource(const std::string& source, const std::string& 
     require(
         ZPKFileManager::copyItem(ZPKPath::resolved(languages),
                                  ZPKPackageLayout::languageFolder(ZPKPath::join(m_path, kResourceFolder))));
-    PackageIcon(source).putInto(ZPKPath::join(m_path, kResourceFolder));
+    const PackageIcon icon(source, options.drawProgramPath);
+    icon.check();
+    icon.putInto(ZPKPath::join(m_path, kResourceFolder));
     const std::string condition = ZPKPackageLayout::conditionDescription(source);
     if (ZPKFileManager::fileExists(condition)) {
         SourceWriter::makeFolder(ZPKPackageLayout::folder(m_path, Content::Info));

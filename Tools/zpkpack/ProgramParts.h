@@ -20,6 +20,7 @@ public:
     static std::string launcherTemplate() { return path("Zephyrkit.app"); }
     static std::string runProgram() { return path("zephyrkit-run"); }
     static std::string previewProgram() { return path("zephyrkit-preview"); }
+    static std::string drawProgram() { return path("zephyrkit-draw"); }
 };
 
 }  // namespace zpk_packager

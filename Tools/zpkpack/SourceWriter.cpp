@@ -49,7 +49,7 @@ std::string SourceWriter::packageStrings(const PackageDescription& description) 
         text +=
             "\n/* What people read in the windows, the menu and the file manager, in any words. Their "
             "picture is\n"
-            "   Icon.png beside this file, best of 256 by 256 points. */\n"
+            "   Icon.png, best of 256 by 256 points, or Icon.svg beside this file. */\n"
             "\"CFBundleDisplayName\" = " +
             QuotedText::of(description.displayName) + ";\n";
     }

@@ -56,7 +56,8 @@ constexpr CheckRule kRules[] = {
      "in "
      "the InfoPlist.strings of a language; there it must not be empty."},
     {"icon", kError, "The windows show this picture, and one that cannot be read would be missing.",
-     "Save Icon.png as a PNG picture, best of 256 by 256 points."},
+     "Save Icon.png as a PNG picture, best of 256 by 256 points, or Icon.svg as a drawing with a viewBox, of "
+     "plain paths, that needs no other file."},
     {"icon-too-large", kError,
      "Every window carries the picture along, and a launcher passes over one that is far too large.",
      "Make it smaller: 256 by 256 points are enough, 512 by 512 the most."},
@@ -65,6 +66,12 @@ constexpr CheckRule kRules[] = {
     {"icon-shape", kWarning,
      "Desktops show the picture in a square, and another shape leaves margins or is bent.",
      "Give the picture a square shape, with a transparent margin if need be."},
+    {"icon-drawing", kWarning,
+     "Clip paths, masks, filters, patterns, markers and symbols are left out when a picture is made of the "
+     "drawing.",
+     "Turn them into plain paths, or put the picture as it is meant, Icon.png, in the drawing's place."},
+    {"icon-twice", kWarning, "Of a picture and a drawing only the picture, Icon.png, is shown.",
+     "Remove one of the two."},
     {"allow-unused", kWarning, "An allowance that silences nothing hides the next finding of that check.",
      "Remove the \"# zpkpack: allow\" comment, or mend the name of the check in it."},
 

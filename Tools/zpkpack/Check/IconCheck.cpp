@@ -6,9 +6,9 @@
 #include <algorithm>
 #include <optional>
 
-#include "Base/ZPKPath.h"
 #include "Package/ZPKPackageLayout.h"
 #include "Tools/zpkpack/Check/CheckedFile.h"
+#include "Tools/zpkpack/Check/DrawingCheck.h"
 #include "Tools/zpkpack/Check/PNGPicture.h"
 
 namespace zpk_packager {
@@ -26,12 +26,16 @@ std::string sizeOf(const PNGPicture& picture) {
 
 void IconCheck::run(const std::string& folder) {
     const std::string path = ZPKPackageLayout::icon(folder);
-    const std::string drawing = ZPKPath::join(folder, "Icon.svg");
-    if (!CheckedFile::isThere(path) && CheckedFile::isThere(drawing)) {
-        m_findings.add("icon", drawing, "a drawing is not shown; save it as a picture, Icon.png");
-    }
-    if (const std::optional<std::string> bytes = CheckedFile::read(path, m_findings)) {
-        checkPicture(path, *bytes);
+    const std::string drawing = ZPKPackageLayout::drawing(folder);
+    if (CheckedFile::isThere(path)) {
+        if (CheckedFile::isThere(drawing)) {
+            m_findings.add("icon-twice", drawing, "it is not shown: Icon.png is beside it");
+        }
+        if (const std::optional<std::string> bytes = CheckedFile::read(path, m_findings)) {
+            checkPicture(path, *bytes);
+        }
+    } else if (const std::optional<std::string> bytes = CheckedFile::read(drawing, m_findings)) {
+        DrawingCheck(drawing, m_findings).run(*bytes);
     }
 }
 

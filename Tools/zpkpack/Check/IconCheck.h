@@ -9,7 +9,7 @@
 
 namespace zpk_packager {
 
-/// Looks at the picture of a package.
+/// Looks at the picture of a package, or the drawing in its stead.
 class IconCheck {
 public:
     explicit IconCheck(FindingList& findings) : m_findings(findings) {}

@@ -1,0 +1,35 @@
+// SPDX-FileCopyrightText: 2026 The Zephyrkit authors
+// SPDX-License-Identifier: MIT
+
+#include "Tools/draw/DrawingCage.h"
+
+#include <sys/prctl.h>
+
+#include "Base/ZPKResourceLimit.h"
+
+namespace {
+
+#ifdef ZPK_INSTRUMENTED
+constexpr bool kIsInstrumented = true;
+#else
+constexpr bool kIsInstrumented = false;
+#endif
+
+/// Hundreds of times what an icon takes.
+constexpr rlim_t kSeconds = 5;
+constexpr rlim_t kMemory = rlim_t{256} << 20;
+constexpr rlim_t kLargestFile = rlim_t{4} << 20;
+
+}  // namespace
+
+void DrawingCage::enter() {
+    if (kIsInstrumented) {
+        return;
+    }
+    ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+    ZPKResourceLimit::lower(RLIMIT_NOFILE, 0);
+    ZPKResourceLimit::lower(RLIMIT_CPU, kSeconds);
+    ZPKResourceLimit::lower(RLIMIT_DATA, kMemory);
+    ZPKResourceLimit::lower(RLIMIT_FSIZE, kLargestFile);
+    ZPKResourceLimit::lower(RLIMIT_CORE, 0);
+}
