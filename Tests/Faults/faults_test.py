@@ -31,6 +31,8 @@ LOADER = "ld-linux-x86-64.so.2"
 # Far above what a launch takes on a busy machine. With windows, an alert waits for a person, and is asked to go.
 SECONDS = 120
 SECONDS_OF_AN_ALERT = 30
+# Every call is counted, and none fails.
+UNDISTURBED = "count"
 AT_ONCE = 16
 
 # What else calls fail with than EIO, which every call of a file and every one that is in no row fails with.
@@ -115,7 +117,9 @@ class FaultyPlace(Place):
         return state_of(package), state_of(self.kept)
 
     def injector(self, fault):
-        asked = str(SECONDS_OF_AN_ALERT if "DISPLAY" in self.environment else 0)
+        # Undisturbed there is none, however long it takes.
+        may_alert = fault != UNDISTURBED and "DISPLAY" in self.environment
+        asked = str(SECONDS_OF_AN_ALERT if may_alert else 0)
         return (*alone(), INJECTOR, self.report, self.folder, asked, str(SECONDS), fault)
 
     def traced(self, fault):
@@ -209,7 +213,7 @@ class FaultCase(PackageTestCase):
 
     def check_each(self, title, step, *package, chosen=None, at_once=AT_ONCE, **more):
         places = [FaultyPlace(self, number, *package, **more) for number in range(at_once)]
-        undisturbed = places[0].traced("count")
+        undisturbed = places[0].traced(UNDISTURBED)
         self.assertEqual(list(places[0].problems(undisturbed)), [])
         self.assertEqual((undisturbed["status"], undisturbed["runs"]), (0, 1))
         tally = Tally()
@@ -264,7 +268,7 @@ class RefusedThreadTest(FaultCase):
         told = set()
         with x_server() as display:
             place = FaultyPlace(self, 0, DISPLAY=display)
-            for number in range(1, place.traced("count")["counts"]["clone3"] + 1):
+            for number in range(1, place.traced(UNDISTURBED)["counts"]["clone3"] + 1):
                 fault = f"clone3:{errno.EAGAIN}:{number}"
                 done = subprocess.run([*place.injector(fault), place.program], env=place.environment,
                                       stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=4 * SECONDS)

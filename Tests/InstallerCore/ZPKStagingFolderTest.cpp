@@ -5,45 +5,22 @@
 
 #include <gtest/gtest.h>
 #include <sys/mount.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <optional>
-#include <vector>
 
-#include "Base/ZPKFileDescriptor.h"
 #include "Package/ZPKArchiveTool.h"
 #include "Tests/InstallerCore/ZPKCoreFixture.h"
 #include "Tests/Platform/OtherUser.h"
+#include "Tests/Support/FewDescriptors.h"
 
 namespace fs = std::filesystem;
+using zpk_test::FewDescriptors;
 using zpk_test::writeFile;
 
 namespace {
-
-/// Leaves the process so many descriptors, as long as it is there.
-class FewDescriptors {
-public:
-    explicit FewDescriptors(std::size_t free) {
-        ::getrlimit(RLIMIT_NOFILE, &m_before);
-        const rlimit few{64, m_before.rlim_max};
-        ::setrlimit(RLIMIT_NOFILE, &few);
-        do {
-            m_taken.emplace_back(::dup(STDIN_FILENO));
-        } while (m_taken.back().isOpen());
-        // The last one is none.
-        m_taken.resize(m_taken.size() - 1 - free);
-    }
-    ~FewDescriptors() { ::setrlimit(RLIMIT_NOFILE, &m_before); }
-    FewDescriptors(const FewDescriptors&) = delete;
-    FewDescriptors& operator=(const FewDescriptors&) = delete;
-
-private:
-    rlimit m_before{};
-    std::vector<ZPKFileDescriptor> m_taken;
-};
 
 class ZPKStagingFolderTest : public zpk_test::ZPKCoreFixture {
 protected:

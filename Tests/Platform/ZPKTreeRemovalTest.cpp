@@ -13,6 +13,7 @@
 #include <string>
 
 #include "Platform/ZPKFileManager.h"
+#include "Tests/Support/FewDescriptors.h"
 #include "Tests/Support/TemporaryFolder.h"
 
 namespace {
@@ -72,6 +73,16 @@ TEST_F(ZPKTreeRemovalTest, WhatFailsOnceGoesAllTheSame) {
         EXPECT_TRUE(failing.empty());
         EXPECT_FALSE(std::filesystem::exists(m_item));
     }
+}
+
+TEST_F(ZPKTreeRemovalTest, EmptyFolderTakesNoDescriptor) {
+    const std::string path = m_folder / "empty";
+    std::filesystem::create_directory(path);
+    const zpk_test::FewDescriptors none(0);
+    EXPECT_TRUE(ZPKFileManager::removeItem(path));
+    EXPECT_FALSE(std::filesystem::exists(path));
+    EXPECT_FALSE(ZPKFileManager::removeItem(m_item));
+    EXPECT_TRUE(std::filesystem::exists(m_item + "/inner/other"));
 }
 
 TEST_F(ZPKTreeRemovalTest, WhatFailsTwiceIsToldWithItsName) {
