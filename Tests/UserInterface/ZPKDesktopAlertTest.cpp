@@ -87,7 +87,7 @@ TEST_F(DesktopAlert, PictureFollowsTheStyle) {
         QRgb colour;
     } rows[] = {{ZPKAlertStyle::Warning, qRgb(242, 161, 0)},
                 {ZPKAlertStyle::Informational, qRgb(38, 110, 180)},
-                {ZPKAlertStyle::Critical, qRgb(198, 40, 40)}};
+                {ZPKAlertStyle::Critical, qRgb(229, 57, 53)}};
     runWith(*frontEnd, [&] {
         for (const auto& row : rows) {
             inNextLoop([&] {

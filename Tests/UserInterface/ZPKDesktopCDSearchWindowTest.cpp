@@ -239,6 +239,23 @@ TEST_F(DesktopDiscWindow, ListIsAsHighAsItsLinesFromThreeToTwelve) {
     });
 }
 
+TEST_F(DesktopDiscWindow, ArrowKeysGoThroughTheList) {
+    run([&] {
+        window->setProductList(manyLines());
+        EXPECT_TRUE(QTest::qWaitForWindowActive(dialog, 60000));
+        list->setFocus();
+        EXPECT_EQ(list->verticalScrollBar()->value(), 0);
+        for (int line = 0; line < 20; ++line) {
+            QTest::keyClick(list, Qt::Key_Down);
+        }
+        EXPECT_GT(list->verticalScrollBar()->value(), 0);
+        for (int line = 0; line < 20; ++line) {
+            QTest::keyClick(list, Qt::Key_Up);
+        }
+        EXPECT_EQ(list->verticalScrollBar()->value(), 0);
+    });
+}
+
 /// Whatever is folded where: no line of it is empty, and none is scrolled.
 TEST_F(DesktopDiscWindow, ListHasNoEmptyLineWhereANameJustFits) {
     run([&] {

@@ -4,7 +4,10 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <QCoreApplication>
+#include <QApplication>
+#include <QPalette>
+#include <algorithm>
+#include <cmath>
 
 #include "Tests/UserInterface/DesktopFixture.h"
 #include "Tests/UserInterface/FrontEndContract.h"
@@ -19,6 +22,33 @@ INSTANTIATE_TEST_SUITE_P(Each, FrontEndContract,
                          ::testing::Values(FrontEndKind{"Desktop", &makeDesktopFrontEnd}));
 
 /// As at the end of the person's session. A run that does not notice goes on for ever.
+/// Of two colours, as WCAG 2.2 has it.
+double contrast(const QColor& one, const QColor& other) {
+    const auto luminance = [](const QColor& colour) {
+        const auto part = [](double value) {
+            return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * part(colour.redF()) + 0.7152 * part(colour.greenF()) + 0.0722 * part(colour.blueF());
+    };
+    const auto [darker, lighter] = std::minmax({luminance(one), luminance(other)});
+    return (lighter + 0.05) / (darker + 0.05);
+}
+
+/// The ratios of Docs/Accessibility.md.
+TEST_F(DesktopFrontEnd, ColoursHaveTheContrastThatIsWrittenDown) {
+    const QPalette palette = QApplication::palette();
+    constexpr double kRounding = 0.051;
+    EXPECT_NEAR(contrast(palette.color(QPalette::WindowText), palette.color(QPalette::Window)), 18.3,
+                kRounding);
+    EXPECT_NEAR(contrast(palette.color(QPalette::Text), palette.color(QPalette::Base)), 21.0, kRounding);
+    EXPECT_NEAR(contrast(palette.color(QPalette::Highlight), palette.color(QPalette::Window)), 3.2,
+                kRounding);
+    const QColor picture(229, 57, 53);
+    EXPECT_NEAR(contrast(picture, palette.color(QPalette::Window)), 3.7, kRounding);
+    EXPECT_NEAR(contrast(picture, QColor(45, 45, 48)), 3.2, kRounding);
+    EXPECT_NEAR(contrast(picture, Qt::white), 4.2, kRounding);
+}
+
 TEST_F(DesktopFrontEnd, ToolkitThatIsToldToQuitInAModalLoopEndsTheRun) {
     ScriptedDelegate delegate;
     int code = ZPKModalResponseStop;

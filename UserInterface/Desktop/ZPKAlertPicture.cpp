@@ -17,7 +17,7 @@ constexpr qreal kStroke = 3;
 constexpr qreal kDot = 2;
 
 void drawCritical(QPainter& painter) {
-    painter.setBrush(QColor(198, 40, 40));
+    painter.setBrush(QColor(229, 57, 53));
     painter.drawEllipse(QPointF(16, 16), kRadius, kRadius);
     painter.setPen(QPen(Qt::white, kStroke, Qt::SolidLine, Qt::RoundCap));
     painter.drawLine(QPointF(11, 11), QPointF(21, 21));
