@@ -312,6 +312,8 @@ class ProcessTest(CarriedPartsTestCase):
         gate = self.hold(bundle, "Data.dat")
         first = self.start(bundle)
         gate.wait_reached()
+        # A window that comes later would count as the second one's.
+        first.window(first.texts["FILE_EXTRACT"])
         link = self.folder / "Link.app"
         link.symlink_to(bundle)
         other = self.folder / "tmp2"

@@ -375,6 +375,7 @@ class CheckTest(CheckTestCase):
         os.symlink("../setup", self.source / "Data/sub/inside")
         os.symlink("../../Info", self.source / "Data/sub/outside")
         os.symlink("a/../../b", self.source / "Data/climbing")
+        os.symlink("./../b", self.source / "Data/dotted")
         os.symlink("../Package.strings", self.source / "Info/strings")
         self.expect("link-outside")
 

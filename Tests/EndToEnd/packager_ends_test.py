@@ -303,6 +303,16 @@ class LookEndsTest(CommandTestCase):
                     self.assertTrue(seen.endswith(WIPE), seen[-100:])
                     self.assertEqual(list(self.temporary.iterdir()), [])
 
+    def test_a_signal_that_is_ignored_ends_no_look(self):
+        """As with nohup."""
+        self.addCleanup(signal.signal, signal.SIGHUP, signal.signal(signal.SIGHUP, signal.SIG_IGN))
+        with self.looking("verify", "Hostile.app") as (process, terminal):
+            for count in (2, 4):
+                seen = self.read(terminal, lambda text: text.count(b"] reading Data: ") >= count)
+                self.assertGreaterEqual(seen.count(b"] reading Data: "), count)
+                process.send_signal(signal.SIGHUP)
+            self.assertIsNone(process.poll())
+
     def test_a_list_on_the_same_terminal_has_no_bar(self):
         self.make_payload(12)
         terminal, child = pty.openpty()

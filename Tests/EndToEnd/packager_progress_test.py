@@ -96,15 +96,6 @@ class PackagerProgressTest(CommandTestCase):
             self.assertLess(len(text), 80)
         self.assertIn(b"\x1b[36m", seen)
 
-    def test_the_bar_goes_on_at_a_signal_that_is_ignored(self):
-        """As with nohup."""
-        self.addCleanup(signal.signal, signal.SIGHUP, signal.signal(signal.SIGHUP, signal.SIG_IGN))
-        with self.terminal() as (terminal, child), self.build(child) as process:
-            self.read_until(terminal, lambda text: len(self.texts(text)) >= 2)
-            process.send_signal(signal.SIGHUP)
-            self.read_until(terminal, lambda text: len(self.texts(text)) >= 4)
-            self.assertIsNone(process.poll())
-
     def test_the_bar_follows_the_width_of_the_terminal(self):
         with self.terminal(120) as (terminal, child), self.build(child):
             seen = self.read_until(terminal, lambda text: any(len(part) > 70 for part in self.texts(text)))
