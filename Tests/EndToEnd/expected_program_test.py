@@ -12,7 +12,7 @@ from compositors import sway, weston
 from support import PackageTestCase, wait_until, write, x_server
 from windows_case import WindowTestCase
 
-NAME = r'Acme "Suite" \ 4'
+NAME = r'Acme "Suite" \\ 4'
 
 
 def same_but(case, record, expected, *names):
