@@ -59,6 +59,7 @@ TEST(ZPKFoldedText, FoldsIdeographsWherePunctuationAllows) {
         {"ab日本", 4, "ab日\n本"},
         {"한국어 말", 6, "한국어\n말"},
         {"か\u3099か\u3099", 2, "か\u3099\nか\u3099"},
+        {"x か\u3099ab", 5, "x か\u3099\nab"},
     });
 }
 
