@@ -51,11 +51,11 @@ void ZPKCore::awakeFromNib() {
     if (displayName) {
         m_frontEnd.setDisplayName(*displayName);
     }
-    localizeMenu(displayName);
+    localizeMenu(displayName.value_or(ZPKMainBundle::mainBundle().localizedName()));
 }
 
 /// The launcher's own name in an item stands for that of the package.
-void ZPKCore::localizeMenu(const std::optional<std::string>& displayName) {
+void ZPKCore::localizeMenu(const std::string& packageName) {
     const std::pair<ZPKMenuItem, const char*> titles[] = {
         {_aboutAppMenuItem, ZPKSTRING_ABOUTZEPHYRKIT}, {_preferencesMenuItem, ZPKSTRING_PREFERENCES},
         {_servicesMenuItem, ZPKSTRING_SERVICES},       {_hideAppMenuItem, ZPKSTRING_HIDEZEPHYRKIT},
@@ -65,8 +65,8 @@ void ZPKCore::localizeMenu(const std::optional<std::string>& displayName) {
     for (const auto& [item, key] : titles) {
         std::string title = localized(key);
         const std::size_t at = title.find(kLauncherName);
-        if (displayName && title != key && at != std::string::npos) {
-            title.replace(at, kLauncherName.size(), *displayName);
+        if (title != key && at != std::string::npos) {
+            title.replace(at, kLauncherName.size(), packageName);
         }
         m_frontEnd.setMenuItemTitle(item, title);
     }

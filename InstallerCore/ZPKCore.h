@@ -91,7 +91,7 @@ public:
     void executeFile(const std::optional<std::string>& path, const Parameters& params, bool synchronous);
 
 private:
-    void localizeMenu(const std::optional<std::string>& displayName);
+    void localizeMenu(const std::string& packageName);
     bool createStagingFolder();
     bool mayInstall();
     void install();

@@ -80,7 +80,8 @@ class Run:
     def __init__(self, case, bundle, *, drive=None, command=(), language="en", **variables):
         self._case = case
         self._drive = drive
-        self.texts = string_table(bundle, language)
+        # A title that names the launcher names the package.
+        self.texts = {key: text.replace("Zephyrkit", case.name) for key, text in string_table(bundle, language).items()}
         self.temporary = pathlib.Path(variables.get("TMPDIR", case.temporary))
         self._made = self.temporary.stat().st_mtime_ns
         self._watch = FolderWatch(self.temporary / STAGING_NAME)

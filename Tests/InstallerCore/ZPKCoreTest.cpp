@@ -59,12 +59,12 @@ TEST_F(ZPKCoreTest, APackageThatNamesItselfIsNamedInTheMenu) {
                      "menu 3=Masquer Suite d'Acme ici", "menu 5=Tout"}));
 }
 
-TEST_F(ZPKCoreTest, APackageWithoutANameForPeopleKeepsItsTexts) {
+TEST_F(ZPKCoreTest, APackageWithoutANameForPeopleGoesByItsBundlesNameInTheMenu) {
     writeFile(m_bundle.resource("UILang/Languages.xml"), R"(<L FallBackCode="fr"><Language Code="fr"/></L>)");
     writeFile(m_bundle.resource("UILang/fr/ZPKStringTable.def"),
               "ZPKString_HideZephyrkit = \"Masquer Zephyrkit\";");
     m_core.awakeFromNib();
-    EXPECT_EQ(logged({"name", "menu 3"}), (Lines{"menu 3=Masquer Zephyrkit"}));
+    EXPECT_EQ(logged({"name", "menu 3"}), (Lines{"menu 3=Masquer " + zpk_test::TestBundle::name()}));
 }
 
 TEST_F(ZPKCoreTest, WholeRunInItsOrder) {
