@@ -126,7 +126,7 @@ compare "unpack our own, (igzip + cp -r) / cores" "$(least "$elapsed" own)" "$(s
 # blocks and the way of reading them give on one core.
 beside "read our own on all cores, pigz's of the same" "$elapsed" all-own all-pigz at-least 1.15
 beside "read our own on one core, pigz's of the same" "$user" read-own read-pigz at-least 1.15
-beside "the same by igzip, which takes both as streams" "$user" igzip-own igzip-pigz at-least 1
+beside "the same by igzip, which takes both as streams" "$user" igzip-own igzip-pigz at-least 0.9
 beside "pack, pigz (seconds)" "$elapsed" pack pigz at-least 1
 compare "pack, pigz (bytes)" "$(stat -c %s own.gz)" "$(stat -c %s pigz.gz)" at-most 1
 for row in "unpack any gzip archive:foreign" "unpack our own:own" "pack:pack"; do
