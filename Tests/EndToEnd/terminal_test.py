@@ -11,16 +11,10 @@ import signal
 import subprocess
 import unittest
 
-from support import PackageTestCase, wait_until, write
+from support import wait_until, write
+from terminal_case import PRODUCTS, TerminalCase
 
-PRODUCTS = ("Suite für 日本語 Professional Édition 2026, in all its parts", "Tools")
 WIDTHS = (40, 80, 200)
-
-# Waits for a line in a FIFO before it unpacks the payload.
-HELD_TOOL = """#!/bin/sh
-case $3$4 in *Data.dat*) read -r line < '{gate}' ;; esac
-exec "${{0%/*}}/ditto.real" "$@"
-"""
 
 QUESTION_AT_40 = """
 Installation Disc Required
@@ -91,31 +85,9 @@ class Screen:
         return int(wait_until(end, 60))
 
 
-class TerminalCase(PackageTestCase):
-    def pack(self, name="TestSetup.app", *arguments):
-        return super().pack(name, "--without-windows", *arguments)
-
-    def conditional_package(self, condition):
-        listed = "".join(f'<ItemInfo DisplayName="{product}"/>' for product in PRODUCTS)
-        write(
-            self.source / "Info/Condition.xml",
-            f"<UpdateInfo><Conditions>{condition}</Conditions><TargetItems>{listed}</TargetItems></UpdateInfo>",
-        )
-        return self.simple_package()
-
-    def disc_package(self):
-        return self.conditional_package('<Disc FilePath="no/such/file"/>')
-
-    def refused_package(self):
-        return self.conditional_package('<UIMLog Signature="x"/>')
-
+class ScreenCase(TerminalCase):
     def screen(self, bundle, **options):
         return Screen(self, bundle / "Contents/Linux/Zephyrkit", **options)
-
-    def texts(self, bundle, language):
-        table = (bundle / f"Contents/Resources/UILang/{language}/ZPKStringTable.def").read_text()
-        rows = re.findall(r'^"ZPKString_(\w+)"\s*=\s*"(.*)";$', table, re.MULTILINE)
-        return {key: value.replace("\\n", "\n") for key, value in rows}
 
 
 def inked(text):
@@ -123,7 +95,7 @@ def inked(text):
     return re.sub(r"[\s\u200f]", "", text)
 
 
-class QuestionTest(TerminalCase):
+class QuestionTest(ScreenCase):
     QUIET = "2>/dev/null"
 
     def test_stands_in_every_width_terminal_and_direction(self):
@@ -196,15 +168,11 @@ class QuestionTest(TerminalCase):
             self.assert_nothing_left()
 
 
-class ProgressTest(TerminalCase):
+class ProgressTest(ScreenCase):
     def setUp(self):
         super().setUp()
         self.bundle = self.simple_package()
-        self.gate = self.folder / "gate"
-        os.mkfifo(self.gate)
-        tool = self.bundle / "Contents/Helpers/ditto"
-        tool.rename(tool.with_name("ditto.real"))
-        write(tool, HELD_TOOL.format(gate=self.gate), 0o755)
+        self.gate = self.hold(self.bundle)
 
     def test_is_one_line_that_time_moves_and_any_width_holds(self):
         screen = self.screen(self.bundle, columns=80, redirection="2>/dev/null")

@@ -9,9 +9,10 @@
 The file holds chains in JSON, lists of screens that are made one after the other; up to six chains are made side by
 side, in two columns of a screen of 3760x2220, or a multiple of that for GDK_SCALE. A screen is
   {"command": [...], "environment": {...}, "columns": 80, "rows": 20, "dark": true, "until": [TEXT, COUNT],
-   "typed": [KEYS, ...], "picture": PATH}
+   "typed": [KEYS, ...], "picture": PATH, "spacing": 1.0}
 and its picture is taken when the text stands there so many times, or without one when the program has ended. The keys
-are typed when it stands there once, twice, and so on.
+are typed when it stands there once, twice, and so on. With a spacing, which may be left out, its cells are so many
+times as wide and as high as their letters need, up to 2.
 """
 
 import json
@@ -53,6 +54,8 @@ class Screen:
         self._terminal = Vte.Terminal()
         self._terminal.set_size(row["columns"], row["rows"])
         self._terminal.set_font(Pango.FontDescription("DejaVu Sans Mono 11"))
+        self._terminal.set_cell_width_scale(row.get("spacing", 1.0))
+        self._terminal.set_cell_height_scale(row.get("spacing", 1.0))
         self._terminal.set_cursor_blink_mode(Vte.CursorBlinkMode.OFF)
         self._terminal.set_colors(*map(colour, PALETTES[row["dark"]]), [])
         self._terminal.connect("child-exited", self._end)
