@@ -88,6 +88,16 @@ class CarriedPartsTestCase(WindowTestCase):
         self.assertEqual(run.titles, [run.texts["FILE_EXTRACT"]])
         return run
 
+    def replace(self, bundle, part, contents):
+        """A new file, for the old one is shared with the template; gives the old one's contents."""
+        path = bundle / "Contents" / part
+        old = path.read_bytes()
+        mode = path.stat().st_mode
+        path.unlink()
+        if contents is not None:
+            write(path, contents, mode)
+        return old
+
 
 class EnvironmentTest(CarriedPartsTestCase):
     """The setup program finds what the launcher was started with, and the launcher's toolkit does not."""
@@ -191,16 +201,6 @@ class BrokenPartsTest(CarriedPartsTestCase):
         super().setUp()
         self.bundle = self.simple_package()
 
-    def replace(self, part, contents):
-        """A new file, for the old one is shared with the template; gives the old one's contents."""
-        path = self.bundle / "Contents" / part
-        old = path.read_bytes()
-        mode = path.stat().st_mode
-        path.unlink()
-        if contents is not None:
-            write(path, contents, mode)
-        return old
-
     def assert_terminal(self, *told):
         done = self.launch(self.bundle, **self.desktop.variables)
         self.assertEqual(self.record()["arguments"], ["--test"])
@@ -211,7 +211,7 @@ class BrokenPartsTest(CarriedPartsTestCase):
 
     def assert_goes_on_with(self, part, contents, *told):
         with self.subTest(part, contents=None if contents is None else contents[:8]):
-            old = self.replace(part, contents)
+            old = self.replace(self.bundle, part, contents)
             self.assert_terminal(*told)
             path = self.bundle / "Contents" / part
             path.unlink(missing_ok=True)
@@ -230,7 +230,7 @@ class BrokenPartsTest(CarriedPartsTestCase):
         users = {"libQt6UiTools.so.6": "ZPKDesktop.so", "libz.so.1": None, "libstdc++.so.6": "Zephyrkit-desktop"}
         for part, user in users.items():
             self.assertIn(part + "\n", parts)
-            self.replace("Frameworks/Parts", parts.replace(part + "\n", "").encode())
+            self.replace(self.bundle, "Frameworks/Parts", parts.replace(part + "\n", "").encode())
             told = "needs %s, which is not carried" % part
             self.assert_goes_on_with("Frameworks/" + part, None, "no windows: ", user + ": " + told if user else told)
 
@@ -276,12 +276,9 @@ class ReplacedPartsTest(CarriedPartsTestCase):
         names = ("libz.so.1", "libpng16.so.16", "libX11.so.6")
         for name in names:
             theirs = pathlib.Path("/usr/lib/x86_64-linux-gnu", name)
-            ours = bundle / FRAMEWORKS / name
             # What follows the last section is nobody's: the file is another one, whatever was taken out of ours.
             build = theirs.read_bytes() + b"another build"
-            self.assertNotEqual(build, ours.read_bytes())
-            ours.chmod(0o755)
-            ours.write_bytes(build)
+            self.assertNotEqual(build, self.replace(bundle, "Frameworks/" + name, build))
         trace = self.traced(bundle, "openat")
         for name in names:
             self.assertTrue(any(f"{FRAMEWORKS}/{name}" in line for line in trace), name)

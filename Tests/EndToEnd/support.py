@@ -102,6 +102,17 @@ def carry(bundle):
             shutil.copytree(TEMPLATE / place, bundle / place, copy_function=link_or_copy)
 
 
+@functools.cache
+def carried_files():
+    """What the bundles share."""
+    return [path for place in CARRIED for path in (TEMPLATE / place).rglob("*") if not path.is_symlink()]
+
+
+def last_writes_of_carried_files():
+    looks = ((path, path.stat()) for path in carried_files())
+    return {str(path): (look.st_mtime_ns, look.st_mode) for path, look in looks}
+
+
 def write(path, text, mode=None):
     path = pathlib.Path(path)
     path.parent.mkdir(parents=True, exist_ok=True)
@@ -154,6 +165,12 @@ class PackageTestCase(unittest.TestCase):
         self.name = "TestSetup-%d" % os.getpid()
         self.describe_package(self.name)
         self.addCleanup(self._remove_folder)
+        self.addCleanup(self._assert_shared_as_before, last_writes_of_carried_files())
+
+    def _assert_shared_as_before(self, before):
+        """A launcher of another test may be running on the very files."""
+        changed = dict(last_writes_of_carried_files().items() - before.items())
+        self.assertEqual(changed, {}, "some test wrote to files that the bundles share")
 
     def _remove_folder(self):
         outcome = getattr(self, "_outcome", None)
