@@ -4,7 +4,6 @@
 #include "Archive/AttributeJoiner.h"
 
 #include <algorithm>
-#include <iterator>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -71,9 +70,10 @@ void AttributeJoiner::thingMade(const MemberPath& path) {
 }
 
 void AttributeJoiner::thingFailed(const MemberPath& path) {
-    const auto found = std::find(m_made.rbegin(), m_made.rend(), path.hash());
-    if (found != m_made.rend()) {
-        m_made.erase(std::next(found).base());
+    // Looked for in the end, once for all: an archive may hold more of these than members that are made. One
+    // that was forgotten is in neither list.
+    if (!m_hasForgotten) {
+        m_failed.push_back(path.hash());
     }
     if (m_last == path) {
         m_last = MemberPath();
@@ -90,7 +90,17 @@ void AttributeJoiner::remember(const MemberPath& path) {
         // Once for all: a vector that grows holds its contents twice.
         m_made.reserve(kMadeLimit);
         m_made.push_back(path.hash());
+    } else {
+        m_hasForgotten = true;
     }
+}
+
+bool AttributeJoiner::isMade(const MemberPath& path) const {
+    const auto timesIn = [hash = path.hash()](const std::vector<std::size_t>& hashes) {
+        const auto [first, end] = std::equal_range(hashes.begin(), hashes.end(), hash);
+        return end - first;
+    };
+    return timesIn(m_made) > timesIn(m_failed);
 }
 
 void AttributeJoiner::keep(const MemberPath& companion, const char* reason) {
@@ -118,15 +128,16 @@ void AttributeJoiner::join(const MemberPath& companion) {
 
 void AttributeJoiner::joinKnown(const MemberPath& companion) {
     const MemberPath owner = ownerOf(companion);
-    if (std::binary_search(m_made.begin(), m_made.end(), owner.hash())) {
+    if (isMade(owner)) {
         join(companion);
-    } else if (m_made.size() == kMadeLimit && m_writer.identify(owner)) {
+    } else if (m_hasForgotten && m_writer.identify(owner)) {
         keep(companion, "too many members came between them");
     }
 }
 
 void AttributeJoiner::finish() {
     std::sort(m_made.begin(), m_made.end());
+    std::sort(m_failed.begin(), m_failed.end());
     for (const std::string& companion : std::exchange(m_waiting, {})) {
         try {
             joinKnown(MemberPath(companion));

@@ -46,6 +46,7 @@ public:
 
 private:
     void remember(const MemberPath& path);
+    bool isMade(const MemberPath& path) const;
     void keep(const MemberPath& companion, const char* reason);
     bool apply(const MemberPath& companion, const AttributeMap& attributes);
     void joinKnown(const MemberPath& companion);
@@ -54,7 +55,9 @@ private:
     FolderWriter& m_writer;
     ErrorSink& m_sink;
     MemberPath m_last;
-    std::vector<std::size_t> m_made;     ///< Hashes of paths.
+    std::vector<std::size_t> m_made;     ///< Hashes of paths, each as often as it was made.
+    std::vector<std::size_t> m_failed;   ///< Those of them that were not made after all.
+    bool m_hasForgotten = false;         ///< More were made than are known.
     std::vector<std::string> m_waiting;  ///< Paths as texts.
     std::size_t m_waitingSize = 0;
     bool m_lastIsWaiting = false;  ///< The last of them came directly before the member at hand.
