@@ -3,7 +3,8 @@
 
 // Archives are mostly compressed, and a checksum keeps a changed byte from all that lies behind it. So what
 // is changed is the plain archive, and it is packed again, in members of the project's own form or as one
-// foreign one; one time in four the packed bytes themselves are changed.
+// foreign one, whose header may have any of its fields; one time in four the packed bytes themselves are
+// changed.
 
 #include <libdeflate.h>
 
@@ -11,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <initializer_list>
 #include <memory>
 #include <vector>
 
@@ -55,11 +57,42 @@ Bytes unpacked(const std::uint8_t* data, std::size_t size) {
     return plain;
 }
 
-Bytes foreignMember(libdeflate_compressor* compressor, const Bytes& plain) {
+void append(Bytes& bytes, std::initializer_list<std::uint8_t> more) {
+    bytes.insert(bytes.end(), more);
+}
+
+/// A member whose header has no fields, with those that are chosen.
+Bytes withFields(const Bytes& member, unsigned chosen) {
+    constexpr std::ptrdiff_t kFixedPart = 10;
+    constexpr std::size_t kFlags = 3;
+    constexpr std::uint8_t kHasChecksum = 2;
+    constexpr std::uint8_t kHasExtra = 4;
+    constexpr std::uint8_t kHasName = 8;
+    constexpr std::uint8_t kHasComment = 16;
+    Bytes made(member.begin(), member.begin() + kFixedPart);
+    made[kFlags] = chosen & (kHasChecksum | kHasExtra | kHasName | kHasComment);
+    if ((made[kFlags] & kHasExtra) != 0) {
+        append(made, {6, 0, 'A', 'B', 2, 0, 'x', 'y'});
+    }
+    if ((made[kFlags] & kHasName) != 0) {
+        append(made, {'n', 'a', 'm', 'e', 0});
+    }
+    if ((made[kFlags] & kHasComment) != 0) {
+        append(made, {'w', 'o', 'r', 'd', 0});
+    }
+    if ((made[kFlags] & kHasChecksum) != 0) {
+        const std::uint32_t sum = libdeflate_crc32(0, made.data(), made.size());
+        append(made, {static_cast<std::uint8_t>(sum), static_cast<std::uint8_t>(sum >> 8U)});
+    }
+    made.insert(made.end(), member.begin() + kFixedPart, member.end());
+    return made;
+}
+
+Bytes foreignMember(libdeflate_compressor* compressor, const Bytes& plain, unsigned fields) {
     Bytes packed(libdeflate_gzip_compress_bound(compressor, plain.size()));
     packed.resize(
         libdeflate_gzip_compress(compressor, plain.data(), plain.size(), packed.data(), packed.size()));
-    return packed;
+    return packed.empty() ? packed : withFields(packed, fields);
 }
 
 Bytes ownMember(libdeflate_compressor* compressor, const Bytes& plain) {
@@ -95,7 +128,7 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t s
     const std::unique_ptr<libdeflate_compressor, CompressorCloser> compressor(
         libdeflate_alloc_compressor(kLevel));
     const Bytes packed =
-        seed % 4 == 1 ? foreignMember(compressor.get(), plain) : ownMember(compressor.get(), plain);
+        seed % 4 == 1 ? foreignMember(compressor.get(), plain, seed / 4) : ownMember(compressor.get(), plain);
     if (packed.empty() || packed.size() > maximum) {
         return LLVMFuzzerMutate(data, size, maximum);
     }
