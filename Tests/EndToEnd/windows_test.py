@@ -454,7 +454,7 @@ class LanguageTest(WindowTestCase):
                 texts = run.texts
                 window = run.disc_window()
                 self.picture("disc", language)
-                self.assertEqual([item["name"] for item in items(window, "label")], [texts["DISCCHECK_MESSAGE"]])
+                self.assertEqual(shown_texts(window), [self.name, texts["DISCCHECK_MESSAGE"], "\n".join(PRODUCTS)])
                 search, cancel = items(window, "push button")
                 self.assertEqual(search["name"], texts["DISCCHECK_START"])
                 self.assertEqual(cancel["name"], texts["DISCCHECK_CANCEL"])

@@ -47,6 +47,12 @@ class DesktopFrontEnd : public ::testing::Test {
 protected:
     std::unique_ptr<ZPKFrontEnd> frontEnd = openDesktop();
 
+    /// For one more run: each front end has one.
+    void openAgain() {
+        frontEnd = nullptr;
+        frontEnd = openDesktop();
+    }
+
     /// Runs `script` with the progress window on the screen.
     void withProgressWindow(const std::string& title,
                             const std::function<void(ZPKProgressWindow&, QProgressBar*)>& script) {

@@ -136,8 +136,7 @@ TEST_F(DesktopAlert, ListStandsInAFrameEachLineForItself) {
 
 TEST_F(DesktopAlert, ListAndButtonEndInALine) {
     for (const char* language : {"en", "ar"}) {
-        frontEnd = nullptr;
-        frontEnd = openDesktop();
+        openAgain();
         frontEnd->setInterfaceLanguage(language);
         withAlert({"None is here:\n\n  One\n\nInstall one.", "", "OK"}, [&](QDialog* box) {
             const QWidget* parts[] = {box->findChild<QPlainTextEdit*>("textView"), button(box)};

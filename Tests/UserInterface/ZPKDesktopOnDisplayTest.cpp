@@ -266,10 +266,11 @@ TEST_F(DesktopForScreenReader, DiscWindowTellsItsTextsAndButtons) {
         inNextLoop([&] {
             waitForActive<QPushButton>("searchButton");
             const std::string found = accessibles();
-            for (const char* line : {"dialog / Disc", "label / Insert the disc.",
+            for (const char* line : {"dialog / Disc", "label / Zephyrkit", "label / Insert the disc.",
                                      "text / Insert the disc. / text=\u2068Suite\u2069|\u2068Tools\u2069",
                                      "push button / Search / ", "push button / Cancel"}) {
                 EXPECT_NE(found.find(line), std::string::npos) << line << "\n" << found;
+                EXPECT_EQ(found.find(line), found.rfind(line)) << line << "\n" << found;
             }
             frontEnd->abortModal();
         });

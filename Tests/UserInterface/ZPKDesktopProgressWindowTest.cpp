@@ -27,6 +27,24 @@ TEST_F(DesktopProgressWindow, ShowsItsTitleAndTheProductAndValue) {
     });
 }
 
+TEST_F(DesktopProgressWindow, BlankNameTakesNoRoom) {
+    const auto top = [&](const char* name) {
+        openAgain();
+        frontEnd->setDisplayName(name);
+        int found = 0;
+        withProgressWindow("T", [&](ZPKProgressWindow&, QProgressBar* bar) {
+            auto* heading = bar->window()->findChild<QLabel*>("headingLabel");
+            EXPECT_EQ(heading->isVisible(), *name == 'A');
+            // It stands beside the picture, which may be higher.
+            bar->window()->findChild<QLabel*>("iconLabel")->hide();
+            QApplication::processEvents();
+            found = bar->y();
+        });
+        return found;
+    };
+    EXPECT_LT(top(" "), top("A name"));
+}
+
 /// The title bar shows the title.
 TEST_F(DesktopProgressWindow, NoLabelSaysTheTitleAgain) {
     withProgressWindow("Unpacking", [](ZPKProgressWindow&, QProgressBar* bar) {
@@ -42,8 +60,7 @@ TEST_F(DesktopProgressWindow, TellsTheTimeFromTheThirdSecondOnInTheDigitsOfTheLa
         char16_t zero;
     } rows[] = {{"en", '0'}, {"ar", 0x0660}};
     for (const auto& row : rows) {
-        frontEnd = nullptr;
-        frontEnd = openDesktop();
+        openAgain();
         frontEnd->setInterfaceLanguage(row.code);
         withProgressWindow("T", [&](ZPKProgressWindow&, QProgressBar* bar) {
             auto* time = bar->window()->findChild<QLabel*>("elapsedLabel");
@@ -186,8 +203,7 @@ int difference(const QImage& one, const QImage& other) {
 
 TEST_F(DesktopProgressWindow, RightToLeftBarIsTheOthersMirrorImage) {
     const auto images = [&](const char* language) {
-        frontEnd = nullptr;
-        frontEnd = openDesktop();
+        openAgain();
         frontEnd->setInterfaceLanguage(language);
         std::vector<QImage> shown;
         withProgressWindow("T", [&](ZPKProgressWindow& window, QProgressBar* bar) {

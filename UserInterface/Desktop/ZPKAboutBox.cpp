@@ -9,8 +9,7 @@
 #include <QStyle>
 #include <QVBoxLayout>
 
-#include "UserInterface/Desktop/ZPKDesktopIdentity.h"
-#include "UserInterface/Desktop/ZPKDesktopText.h"
+#include "UserInterface/Desktop/ZPKFormLabel.h"
 #include "UserInterface/Desktop/ZPKScreenFit.h"
 
 namespace {
@@ -43,14 +42,14 @@ ZPKAboutBox::ZPKAboutBox(const QString& title, QWidget* parent) : QDialog(parent
     }
     QLabel* heading = addLabel(*layout, "headingLabel");
     QFont font = heading->font();
-    font.setBold(true);
     font.setPointSizeF(font.pointSizeF() * kHeadingScale);
     heading->setFont(font);
-    heading->setText(ZPKDesktopText(ZPKDesktopIdentity::displayName()));
+    ZPKFormLabel::showProductName(*heading);
     // No text to translate, and no button: the toolkit's title for it would not be of the launcher's texts.
     addLabel(*layout, "versionLabel")->setText(QStringLiteral("Zephyrkit " ZPK_VERSION));
     layout->setSizeConstraint(QLayout::SetFixedSize);
-    heading->setFixedWidth(ZPKScreenFit::widthOfCharacters(*this, kCharacters) - 2 * kMargin);
+    heading->setFixedWidth(qMax(ZPKScreenFit::widthOfCharacters(*this, kCharacters) - 2 * kMargin,
+                                heading->minimumSizeHint().width()));
     for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space}) {
         QObject::connect(new QShortcut(key, this), &QShortcut::activated, this, &QDialog::accept);
     }

@@ -12,6 +12,7 @@
 
 #include "UserInterface/Desktop/ZPKDesktopText.h"
 #include "UserInterface/Desktop/ZPKForm.h"
+#include "UserInterface/Desktop/ZPKFormLabel.h"
 
 namespace {
 
@@ -20,6 +21,9 @@ constexpr int kCharacters = 72;
 /// Lines of the list.
 constexpr int kFewestLines = 3;
 constexpr int kMostLines = 12;
+
+/// Where the screen has no room for more.
+constexpr int kLeastLines = 2;
 
 void perform(const std::function<void()>& action) {
     // A copy, since the action may set others.
@@ -35,6 +39,7 @@ std::unique_ptr<ZPKDesktopCDSearchWindow> ZPKDesktopCDSearchWindow::createFromFo
     ZPKForm form(folder, "CDSearchWindow.ui");
     Controls controls;
     controls.discLabel = form.find<QLabel>("discLabel");
+    controls.headingLabel = form.find<QLabel>("headingLabel");
     controls.textField = form.find<QLabel>("textField");
     controls.textView = form.find<QPlainTextEdit>("textView");
     controls.cancelButton = form.find<QPushButton>("cancelButton");
@@ -60,13 +65,10 @@ ZPKDesktopCDSearchWindow::ZPKDesktopCDSearchWindow(std::unique_ptr<QDialog> root
     const int size = style.pixelMetric(QStyle::PM_MessageBoxIconSize, nullptr, &widget());
     m_controls.discLabel->setPixmap(
         style.standardIcon(QStyle::SP_DriveCDIcon, nullptr, &widget()).pixmap(size));
-    m_controls.textField->setTextFormat(Qt::PlainText);
-    // What cannot be selected is drawn with the blank at the end of each line, which moves right-to-left
-    // ones.
-    m_controls.textField->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    // At the reader's side whatever letters it begins with.
-    m_controls.textField->setAlignment(
-        QStyle::visualAlignment(widget().layoutDirection(), Qt::AlignLeft | Qt::AlignTop));
+    for (QLabel* label : {m_controls.headingLabel, m_controls.textField}) {
+        ZPKFormLabel::prepare(*label, Qt::AlignTop);
+    }
+    ZPKFormLabel::showProductName(*m_controls.headingLabel);
     m_controls.searchButton->setFocus();
     connect(m_controls.searchButton, &QPushButton::clicked, this, [this] { perform(m_actions.pushSearch); });
     connect(m_controls.cancelButton, &QPushButton::clicked, this, [this] { perform(m_actions.pushCancel); });
@@ -119,7 +121,7 @@ void ZPKDesktopCDSearchWindow::prepareHeight() {
 }
 
 void ZPKDesktopCDSearchWindow::heightTold() {
-    m_controls.textView->setMinimumHeight(m_products.heightOfLines(kFewestLines));
+    m_controls.textView->setMinimumHeight(m_products.heightOfLines(kLeastLines));
     m_controls.textView->setMaximumHeight(QWIDGETSIZE_MAX);
 }
 

@@ -15,8 +15,9 @@
 #include "UserInterface/Desktop/ZPKReadingView.h"
 #include "UserInterface/ZPKCDSearchWindow.h"
 
-/// The window of the form `CDSearchWindow.ui`, with the application menu, as high as its list needs. Return
-/// presses the search button, Escape the cancel button; Quit counts as the close box.
+/// The window of the form `CDSearchWindow.ui`: the product's name, the request and the list, as high as the
+/// list needs, and the application menu. Return presses the search button, Escape the cancel button; Quit
+/// counts as the close box.
 class ZPKDesktopCDSearchWindow : public ZPKDesktopWindow<ZPKCDSearchWindow> {
 public:
     /// Null, after a line on standard error, when the form cannot be loaded. `menu` outlives the
@@ -34,6 +35,7 @@ public:
 private:
     struct Controls {
         QLabel* discLabel = nullptr;
+        QLabel* headingLabel = nullptr;
         QLabel* textField = nullptr;
         QPlainTextEdit* textView = nullptr;
         QPushButton* cancelButton = nullptr;

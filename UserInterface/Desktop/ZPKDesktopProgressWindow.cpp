@@ -11,9 +11,9 @@
 #include <chrono>
 
 #include "Base/ZPKDurationText.h"
-#include "UserInterface/Desktop/ZPKDesktopIdentity.h"
 #include "UserInterface/Desktop/ZPKDesktopText.h"
 #include "UserInterface/Desktop/ZPKForm.h"
+#include "UserInterface/Desktop/ZPKFormLabel.h"
 #include "UserInterface/Desktop/ZPKMirroredBar.h"
 #include "UserInterface/Desktop/ZPKReducedMotion.h"
 
@@ -61,14 +61,8 @@ ZPKDesktopProgressWindow::ZPKDesktopProgressWindow(std::unique_ptr<QDialog> root
     const int size = widget().style()->pixelMetric(QStyle::PM_LargeIconSize, nullptr, &widget());
     m_controls.iconLabel->setPixmap(icon.pixmap(size));
     m_controls.iconLabel->setVisible(!icon.isNull());
-    m_controls.headingLabel->setTextFormat(Qt::PlainText);
-    // What cannot be selected is drawn with the blank at the end of each line, which moves right-to-left
-    // ones.
-    m_controls.headingLabel->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    // At the reader's side whatever letters it begins with.
-    m_controls.headingLabel->setAlignment(
-        QStyle::visualAlignment(widget().layoutDirection(), Qt::AlignLeft | Qt::AlignVCenter));
-    m_controls.headingLabel->setText(ZPKDesktopText(ZPKDesktopIdentity::displayName()));
+    ZPKFormLabel::prepare(*m_controls.headingLabel, Qt::AlignVCenter);
+    ZPKFormLabel::showProductName(*m_controls.headingLabel);
     m_controls.bar->setRange(0, 100);
     m_controls.bar->installEventFilter(this);
     new ZPKMirroredBar(*m_controls.bar);
