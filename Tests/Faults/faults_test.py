@@ -6,26 +6,30 @@
 However it goes, the launch ends by itself with a status, leaves no process and nothing in the temporary folder, and
 changes nothing elsewhere. Of each kind every 7th call is tried, or another step that ZPK_FAULTS names; with windows
 every 20th of those, or a step that ZPK_FAULTS_WITH_WINDOWS names. A table of what came of them is added to the file
-that ZPK_FAULTS_TABLE names.
+that ZPK_FAULTS_TABLE names. A sweep goes on where it was ended when ZPK_FAULTS_KEPT names a file, in which each launch
+is kept.
 """
 
-import collections
 import errno
 import functools
 import json
 import os
+import pathlib
 import pwd
 import shutil
 import signal
 import subprocess
+import tempfile
 import unittest
 
 from places import Place, sweep
 from support import BUILD, PackageTestCase, write, x_server
+from tally import Tally
 
 STEP = int(os.environ.get("ZPK_FAULTS", "7"))
 STEP_WITH_WINDOWS = int(os.environ.get("ZPK_FAULTS_WITH_WINDOWS", 20 * STEP))
 TABLE = os.environ.get("ZPK_FAULTS_TABLE")
+KEPT = os.environ.get("ZPK_FAULTS_KEPT")
 INJECTOR = BUILD / "Tests/Faults/zpk_fault_injector"
 LOADER = "ld-linux-x86-64.so.2"
 # Far above what a launch takes on a busy machine. With windows, an alert waits for a person, and is asked to go.
@@ -176,30 +180,6 @@ class FaultyPlace(Place):
         self.before = self.state()
 
 
-class Tally:
-    """What came of the launches, by kinds of call."""
-
-    def __init__(self):
-        self.rows = collections.defaultdict(collections.Counter)
-
-    def add(self, call, report):
-        row = self.rows[call]
-        row["launches"] += 1
-        row["struck"] += report["struck"] is not None
-        row["set up" if report["runs"] else "alert" if report["asked"] else f"status {report['status']}"] += 1
-
-    def write(self, title, path):
-        columns = ["launches", "struck", "set up", "status 0", "status 1", "status 127", "status 139", "alert"]
-        total = collections.Counter()
-        with open(path, "a", encoding="utf-8") as file:
-            file.write(f"\n{title}\n\n| call | errors | {' | '.join(columns)} |\n|{'---|' * (2 + len(columns))}\n")
-            for call, row in sorted(self.rows.items()):
-                total.update(row)
-                numbers = " | ".join(str(row[column]) for column in columns)
-                file.write(f"| `{call}` | {' '.join(errors_of(call))} | {numbers} |\n")
-            file.write(f"| all | | {' | '.join(str(total[column]) for column in columns)} |\n")
-
-
 class FaultCase(PackageTestCase):
     def setUp(self):
         super().setUp()
@@ -216,24 +196,24 @@ class FaultCase(PackageTestCase):
         undisturbed = places[0].traced(UNDISTURBED)
         self.assertEqual(list(places[0].problems(undisturbed)), [])
         self.assertEqual((undisturbed["status"], undisturbed["runs"]), (0, 1))
-        tally = Tally()
+        tally = Tally(title, KEPT if title else None)
 
         def check(place, call, error, number):
             report = place.traced(f"{call}:{getattr(errno, error)}:{number}")
-            tally.add(call, report)
             if problems := list(place.problems(report)):
                 place.clean()
+            tally.add((call, error, number), report, problems)
             return "; ".join(problems)
 
         left_out = WITHOUT_FAILURE_WITH_WINDOWS if "DISPLAY" in more else ()
         counts = {call: count for call, count in undisturbed["counts"].items() if call not in left_out}
         rows = [row for row in rows_of(counts, step) if chosen is None or chosen(*row)]
-        problems = sweep(places, rows, check)
+        problems = sweep(places, (row for row in rows if not tally.knows(row)), check)
         if TABLE and title:
-            tally.write(f"{title}, every {step}th call" if step > 1 else f"{title}, every call", TABLE)
+            tally.write(TABLE, f"{title}, every {step}th call" if step > 1 else f"{title}, every call", errors_of)
         self.assertEqual(problems, [])
         # A sweep that strikes nothing would find nothing.
-        self.assertGreater(sum(row["struck"] for row in tally.rows.values()), len(rows) * 0.8)
+        self.assertGreater(tally.struck(), len(rows) * 0.8)
 
 
 class FaultTest(FaultCase):
@@ -293,6 +273,24 @@ class MoreFaultTest(FaultCase):
     def test_no_thread_is_waited_for(self):
         with x_server() as display:
             self.check_each("", 1, chosen=lambda call, error, number: call == "clone3", at_once=4, DISPLAY=display)
+
+
+class TallyTest(unittest.TestCase):
+    def test_what_was_well_is_not_done_again(self):
+        report = {"runs": 1, "asked": False, "status": 0, "struck": "it"}
+        with tempfile.TemporaryDirectory() as folder:
+            file = pathlib.Path(folder) / "kept"
+            first = Tally("one", file)
+            first.add(("read", "EIO", 1), report, [])
+            first.add(("read", "EIO", 2), report, ["it did not end"])
+            Tally("another", file).add(("close", "EIO", 1), dict(report, runs=0, struck=None), [])
+            second = Tally("one", file)
+            known = [second.knows(row) for row in [("read", "EIO", 1), ("read", "EIO", 2), ("close", "EIO", 1)]]
+            table = pathlib.Path(folder) / "table"
+            second.write(table, "heading", lambda call: ["EIO"])
+            self.assertEqual(known, [True, False, False])
+            self.assertEqual(second.struck(), 1)
+            self.assertIn("| `read` | EIO | 1 | 1 | 1 | 0 | 0 | 0 | 0 | 0 |", table.read_text().splitlines())
 
 
 if __name__ == "__main__":
