@@ -119,6 +119,9 @@ class QuestionTest(ScreenCase):
                 )
                 # Nothing was wrapped by the terminal itself.
                 self.assertEqual(screen.text("-J").split("\n"), lines)
+                screen.type("3", "Enter")
+                again = ['[1]: 3', '"3" ? [1] [2]', "", *lines[-3:]]
+                self.assertEqual(screen.wait_for("\n".join(again)).split("\n"), lines[:-1] + again)
                 screen.type("2", "Enter")
                 self.assertEqual(screen.wait_ended(), 0)
                 self.assert_nothing_left()
@@ -133,14 +136,30 @@ class QuestionTest(ScreenCase):
         screen.resize(200)
         wait_until(lambda: screen.text().endswith(wide.lstrip("\n")), 60)
         self.assertGreater(len(narrow.split("\n")), len(wide.split("\n")))
+        screen.type("2", "Enter")
+        self.assertEqual(screen.wait_ended(), 0)
 
-    def test_wrong_answer_is_told(self):
+    def test_is_shown_again_below_where_nothing_can_be_rewritten(self):
+        bundle = self.disc_package()
+        for variables in ({"kind": "dumb"}, {"NO_COLOR": "1"}):
+            with self.subTest(**variables):
+                screen = self.screen(bundle, columns=80, redirection=self.QUIET, **variables)
+                screen.wait_for("[1]:")
+                screen.resize(40)
+                self.assertEqual(screen.wait_for("[1]:\n" + QUESTION_AT_40).count("[1]:"), 2)
+                screen.type("2", "Enter")
+                self.assertEqual(screen.wait_ended(), 0)
+
+    def test_wrong_answer_stays_where_it_was_given(self):
         screen = self.screen(self.disc_package(), columns=40, redirection=self.QUIET)
         screen.wait_for("[1]:")
         screen.type("3", "Enter")
         again = '"3" ? [1] [2]\n\n> [1] Search\n  [2] Cancel\n[1]:'
         screen.wait_for(again)
         self.assertEqual(screen.text(), f"{QUESTION_AT_40} 3\n{again}")
+        screen.resize(200)
+        wide = screen.wait_for("then choose “Search”.")
+        self.assertTrue(wide.endswith(f"\n[1]: 3\n{again}"), wide)
 
     def test_search_that_finds_nothing_asks_again(self):
         screen = self.screen(self.disc_package(), columns=200, redirection=self.QUIET)
@@ -168,6 +187,25 @@ class QuestionTest(ScreenCase):
             self.assert_nothing_left()
 
 
+class AlertTest(ScreenCase):
+    def test_is_folded_at_every_width_terminal_and_direction(self):
+        bundle = self.refused_package()
+        for columns, kind, language in zip(WIDTHS, ("dumb", "xterm-256color", "linux"), ("en", "he", "ar")):
+            with self.subTest(columns=columns, kind=kind, language=language):
+                screen = self.screen(
+                    bundle, columns=columns, kind=kind, redirection="2>/dev/null", LC_ALL=language + ".UTF-8"
+                )
+                self.assertEqual(screen.wait_ended(), 0)
+                lines = screen.text().split("\n")
+                told = self.texts(bundle, language)["UPDATE_FAILURE"].replace("%s", "\n".join(PRODUCTS))
+                self.assertEqual(inked("".join(lines)), inked(told))
+                self.assertEqual(screen.text("-J").split("\n"), lines)
+                self.assertIn("  Tools", lines)
+                # A product's name that takes two lines is seen to be one.
+                self.assertEqual("    2026, in all its parts" in lines, columns == 40)
+                self.assertLessEqual(max(map(len, lines)), 100)
+
+
 class ProgressTest(ScreenCase):
     def setUp(self):
         super().setUp()
@@ -179,6 +217,8 @@ class ProgressTest(ScreenCase):
         screen.wait_for("[#######............]   40%  0:01  Extracting installation files…")
         screen.resize(200)
         screen.wait_for("[############..................]   40%  0:")
+        screen.resize(40)
+        screen.wait_for("[###......]   40%  0:")
         screen.resize(20)
         screen.wait_for("[##...]   40%  0:")
         screen.resize(80)
@@ -197,13 +237,27 @@ class ProgressTest(ScreenCase):
         self.assertRegex(bar, r"^\[#{19}\]  100\u00A0%  0:\d\d  " + re.escape(title) + "$")
         self.assertEqual(ran, "recorder: ran")
 
-    def test_is_a_line_a_value_where_nothing_can_be_rewritten(self):
-        screen = self.screen(self.bundle, kind="dumb", redirection="2>/dev/null")
+    def assert_is_a_line_a_value(self, **options):
+        screen = self.screen(self.bundle, **options)
         screen.wait_for("40%")
         self.gate.write_text("go\n")
         self.assertEqual(screen.wait_ended(), 0)
         expected = "".join(f"{value}%  Extracting installation files…\n" for value in (10, 40, 100))
         self.assertEqual(screen.text(), expected + "recorder: ran")
+
+    def test_is_a_line_a_value_where_nothing_can_be_rewritten(self):
+        self.assert_is_a_line_a_value(kind="dumb", redirection="2>/dev/null")
+
+    def test_is_a_line_a_value_in_a_pipe(self):
+        self.assert_is_a_line_a_value(redirection="2>/dev/null | cat")
+
+    def test_interrupt_ends_it_and_leaves_nothing(self):
+        screen = self.screen(self.bundle, redirection="2>/dev/null")
+        screen.wait_for("40%")
+        screen.type("C-c")
+        self.assertEqual(screen.wait_ended(), 128 + signal.SIGINT)
+        self.assert_nothing_left()
+        self.assertEqual(self.records(), [])
 
 
 class StreamsTest(TerminalCase):

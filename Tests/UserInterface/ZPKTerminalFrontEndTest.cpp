@@ -359,6 +359,17 @@ protected:
         window->makeKeyAndOrderFront();
         window->progressIndicator().setDoubleValue(value);
     }
+
+    /// Without what takes away the rest of each line.
+    std::string lines() {
+        std::string shown = terminal.screen();
+        for (std::size_t place = 0; (place = shown.find(kErase)) != std::string::npos;) {
+            shown.erase(place, kErase.size());
+        }
+        return shown;
+    }
+
+    static constexpr std::string_view kErase = "\x1b[K";
 };
 
 TEST_F(TerminalProgress, RewritesItsLine) {
@@ -367,7 +378,7 @@ TEST_F(TerminalProgress, RewritesItsLine) {
     frontEnd.runAlert({"Alert", "", "OK"});
     window->progressIndicator().setDoubleValue(50);
     window->close();
-    EXPECT_EQ(terminal.screen(),
+    EXPECT_EQ(lines(),
               "\r[###################]  100%  0:00  T\r[#######............]   40%  0:00  T\r\n\r\nAlert\r\n"
               "\r[#########..........]   50%  0:00  T\r\n");
 }
@@ -378,7 +389,7 @@ TEST_F(TerminalProgress, ShowsEachSecondOnce) {
         g_now += std::chrono::milliseconds(milliseconds);
         turn(frontEnd, *window);
     }
-    EXPECT_EQ(terminal.screen(),
+    EXPECT_EQ(lines(),
               "\r[#######............]   40%  0:00  T\r[#######............]   40%  0:01  T"
               "\r[#######............]   40%  0:02  T");
 }
@@ -408,7 +419,7 @@ TEST_F(TerminalProgress, WithoutAnEndMovesAndCountsTheTime) {
     g_now += std::chrono::seconds(2);
     turn(frontEnd, *window);
     window->close();
-    EXPECT_EQ(terminal.screen(),
+    EXPECT_EQ(lines(),
               "\r[###................]  0:00  Searching\r[..###..............]  0:02  Searching\r\n");
 }
 
@@ -416,42 +427,56 @@ TEST_F(TerminalProgress, TitleThatHasNoRoomStandsAboveOnce) {
     terminal.resize(24);
     show("Unpacking it all", 10);
     window->progressIndicator().setDoubleValue(40);
-    EXPECT_EQ(terminal.screen(), "Unpacking it all\r\n\r[.....]   10%  0:00\r[##...]   40%  0:00");
+    EXPECT_EQ(lines(), "Unpacking it all\r\n\r[.....]   10%  0:00\r[##...]   40%  0:00");
 }
 
 TEST_F(TerminalProgress, LineThatBecomesShorterLeavesNothing) {
     show("T", 40);
     terminal.resize(20);
     turn(frontEnd, *window);
-    const std::string screen = terminal.screen();
+    const std::string screen = lines();
     const std::string last = "\r\nT\r\n\r[##...]   40%  0:00";
     EXPECT_TRUE(screen.ends_with(last)) << screen;
+}
+
+/// What a terminal has joined to the line when it became wider, too, whatever its length.
+TEST_F(TerminalProgress, NothingStaysBehindALine) {
+    show("Longer", 40);
     window->setTitle("L");
-    terminal.resize(80);
-    window->setTitle("Longer");
-    window->setTitle("L");
-    EXPECT_TRUE(terminal.screen().ends_with("Longer\r[#######............]   40%  0:00  L     \b\b\b\b\b"));
+    EXPECT_TRUE(terminal.screen().ends_with("Longer\x1b[K\r[#######............]   40%  0:00  L\x1b[K"));
+}
+
+TEST_F(TerminalOnATerminal, NothingStaysBehindALineWithoutEscapeSequences) {
+    const ScopedEnvironment noColours("NO_COLOR", "1");
+    ZPKTerminalFrontEnd frontEnd = frontEndOn(terminal.program(), terminal.program(), terminal.program());
+    auto window = frontEnd.createProgressWindow();
+    terminal.resize(42);
+    window->setTitle("T");
+    window->makeKeyAndOrderFront();
+    window->progressIndicator().setDoubleValue(40);
+    EXPECT_EQ(terminal.screen(),
+              "\r[####......]   40%  0:00  T" + std::string(14, ' ') + std::string(14, '\b'));
 }
 
 TEST_F(TerminalProgress, HostileTitleCannotMoveTheCursor) {
     show("T\x1b[A\b\n\u202E", 40);
-    EXPECT_EQ(terminal.screen(), "\r[#######............]   40%  0:00  T[A ");
+    EXPECT_EQ(lines(), "\r[#######............]   40%  0:00  T[A ");
 }
 
 TEST_F(TerminalProgress, WideTitleIsCountedInColumns) {
     terminal.resize(33);
     show("日本語", 40);
     window->setTitle("日本語abc");
-    EXPECT_EQ(terminal.screen(), "\r[###.....]   40%  0:00  日本語\r\n日本語abc\r\n\r[###.....]   40%  0:00");
+    EXPECT_EQ(lines(), "\r[###.....]   40%  0:00  日本語\r\n日本語abc\r\n\r[###.....]   40%  0:00");
 }
 
 /// They would stand at the other end of the line.
 TEST_F(TerminalProgress, SignsOfARightToLeftTitleAreMarked) {
     show("שלום…", 40);
-    EXPECT_EQ(terminal.screen(), "\r[#######............]   40%  0:00  שלום…\u200F");
+    EXPECT_EQ(lines(), "\r[#######............]   40%  0:00  שלום…\u200F");
     terminal.resize(30);
     window->setTitle("שלום שלום…");
-    EXPECT_EQ(terminal.screen(), "\r\nשלום שלום…\u200F\r\n\r[##.....]   40%  0:00");
+    EXPECT_EQ(lines(), "\r\nשלום שלום…\u200F\r\n\r[##.....]   40%  0:00");
 }
 
 TEST_F(TerminalOnATerminal, OneThatCannotRewriteGetsLines) {

@@ -164,15 +164,22 @@ void ZPKTerminal::printStatus(const std::string& text) {
     }
     flushStandardStreams();
     forgetTold();
-    const std::size_t length = ZPKTextColumns::of(line);
-    const std::size_t left = m_statusLength > length ? m_statusLength - length : 0;
-    put(m_output, "\r" + ZPKReadingOrder::marked(line) + std::string(left, ' ') + std::string(left, '\b'));
-    m_statusLength = length;
+    put(m_output, "\r" + ZPKReadingOrder::marked(line) + restErased(ZPKTextColumns::of(line)));
+    m_hasStatus = !line.empty();
+}
+
+std::string ZPKTerminal::restErased(std::size_t length) const {
+    if (m_obeys) {
+        return "\x1b[K";
+    }
+    const std::size_t columns = statusColumns();
+    const std::size_t left = columns > length ? columns - length : 0;
+    return std::string(left, ' ') + std::string(left, '\b');
 }
 
 void ZPKTerminal::endStatus() {
-    if (m_statusLength > 0) {
-        m_statusLength = 0;
+    if (m_hasStatus) {
+        m_hasStatus = false;
         put(m_output, "\n");
     }
 }

@@ -64,6 +64,9 @@ public:
 
 private:
     std::string folded() const;
+    /// Takes away what stands behind a line of so many columns: more of the one before, or what the terminal
+    /// has joined to it when it became wider.
+    std::string restErased(std::size_t length) const;
     /// The terminal shows what the person types by itself.
     void noteEcho(const std::string& line);
     void forgetTold();
@@ -86,5 +89,5 @@ private:
     std::string m_told;
     std::string m_toldAsFolded;
     std::size_t m_toldColumns = 0;
-    std::size_t m_statusLength = 0;
+    bool m_hasStatus = false;
 };
