@@ -423,11 +423,18 @@ TEST(StringTableParserTest, WorkGrowsWithTheTableAndNotWithItsSquare) {
         return table;
     };
     EXPECT_LT(instructionsFor(withEntries(8000)), 10 * instructionsFor(withEntries(1000)));
-    const auto withOneText = [](std::size_t size) {
-        return "\"" + std::string(size, 'k') + "\" = \"" + std::string(size, 'v') + "\"; /*" +
-               std::string(size, 'c') + "*/\n";
+    // Of many pieces each: what is one piece is read as one.
+    const auto withOneText = [](std::size_t pieces) {
+        const auto text = [pieces](std::string_view piece) {
+            std::string all;
+            for (std::size_t count = 0; count < pieces; ++count) {
+                all += piece;
+            }
+            return all;
+        };
+        return "\"" + text("k\\n") + "\" = \"" + text("v\\t") + "\"; /*" + text("c*") + "*/\n";
     };
-    EXPECT_LT(instructionsFor(withOneText(80000)), 10 * instructionsFor(withOneText(10000)));
+    EXPECT_LT(instructionsFor(withOneText(40000)), 10 * instructionsFor(withOneText(5000)));
 }
 
 /// What is in the file that is the standard output of a program that parses `path` and is killed as

@@ -519,13 +519,13 @@ class DesktopTest(PackageTestCase):
             finally:
                 server.shutdown(socket.SHUT_RDWR)
                 thread.join()
+                os.unlink(address)
 
     def test_x11_display_that_hangs_up_falls_back_to_the_terminal(self):
         bundle = self.simple_package()
         # A number far from those that servers take.
         address = pathlib.Path(f"/tmp/.X11-unix/X{40_000 + os.getpid() % 10_000}")
         address.parent.mkdir(mode=0o1777, exist_ok=True)
-        self.addCleanup(address.unlink, missing_ok=True)
         # What asks for the connection has twelve bytes and more.
         for hears in (0, 12):
             with self.subTest(hears=hears), self.display_that_hangs_up(str(address), hears) as taken:
@@ -533,7 +533,6 @@ class DesktopTest(PackageTestCase):
                 self.assertTrue(taken)
                 self.record()
                 self.record_path.unlink()
-                address.unlink()
 
     def test_wayland_display_that_hangs_up_falls_back_to_the_terminal(self):
         bundle = self.simple_package()

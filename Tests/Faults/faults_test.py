@@ -10,6 +10,7 @@ that ZPK_FAULTS_TABLE names. A sweep goes on where it was ended when ZPK_FAULTS_
 is kept.
 """
 
+import contextlib
 import errno
 import functools
 import json
@@ -65,17 +66,22 @@ WITHOUT_FAILURE_WITH_WINDOWS = {"munmap"}
 # What the toolkit makes where it takes the session's runtime folder for unusable.
 OF_THE_TOOLKIT = {"runtime-" + pwd.getpwuid(os.geteuid()).pw_name}
 
+# What starts a program as the first process of a name space.
+ALONE = ("unshare", "--pid", "--fork", "--mount-proc")
+
 
 @functools.cache
+def may_be_alone():
+    return subprocess.run([*ALONE, "true"], capture_output=True).returncode == 0
+
+
 def alone():
-    """What starts a program as the first process of a name space.
+    """ALONE, where it may be had.
 
     The search for another run asks each process of the machine: with those of others in sight, the numbers behind it
     would be others in each launch, and the last ones never come.
     """
-    wrapper = ("unshare", "--pid", "--fork", "--mount-proc")
-    has_own = subprocess.run([*wrapper, "true"], capture_output=True).returncode == 0
-    return wrapper if has_own else ()
+    return ALONE if may_be_alone() else ()
 
 
 def errors_of(call):
@@ -223,6 +229,19 @@ class FaultTest(FaultCase):
     def test_no_wake_up_is_lost_and_no_random_number_needed(self):
         chosen = lambda call, error, number: call in ("getrandom", "write")
         self.check_each("", 1, arguments=("--without-windows",), chosen=chosen)
+
+
+    def test_others_processes_are_out_of_sight(self):
+        if not may_be_alone():
+            self.skipTest("no name space of processes can be had here")
+        place = FaultyPlace(self, 0, arguments=("--without-windows",))
+        before = place.traced(UNDISTURBED)["counts"]
+        with contextlib.ExitStack() as others:
+            for _ in range(100):
+                other = others.enter_context(subprocess.Popen(["sleep", "infinity"]))
+                others.callback(other.kill)
+            beside = place.traced(UNDISTURBED)["counts"]
+        self.assertEqual({call: count for call, count in beside.items() if count >= before.get(call, 0) + 50}, {})
 
 
 class WindowFaultTest(FaultCase):

@@ -5,7 +5,10 @@
 #include <unistd.h>
 
 #include <QApplication>
-#include <QPalette>
+#include <QDialog>
+#include <QFocusFrame>
+#include <QLabel>
+#include <QPlainTextEdit>
 #include <algorithm>
 #include <cmath>
 
@@ -21,7 +24,6 @@ std::unique_ptr<ZPKFrontEnd> makeDesktopFrontEnd() {
 INSTANTIATE_TEST_SUITE_P(Each, FrontEndContract,
                          ::testing::Values(FrontEndKind{"Desktop", &makeDesktopFrontEnd}));
 
-/// As at the end of the person's session. A run that does not notice goes on for ever.
 /// Of two colours, as WCAG 2.2 has it.
 double contrast(const QColor& one, const QColor& other) {
     const auto luminance = [](const QColor& colour) {
@@ -34,21 +36,30 @@ double contrast(const QColor& one, const QColor& other) {
     return (lighter + 0.05) / (darker + 0.05);
 }
 
-/// The ratios of Docs/Accessibility.md.
+/// The ratios of Docs/Accessibility.md, of the colours that an alert shows.
 TEST_F(DesktopFrontEnd, ColoursHaveTheContrastThatIsWrittenDown) {
-    const QPalette palette = QApplication::palette();
-    constexpr double kRounding = 0.051;
-    EXPECT_NEAR(contrast(palette.color(QPalette::WindowText), palette.color(QPalette::Window)), 18.3,
-                kRounding);
-    EXPECT_NEAR(contrast(palette.color(QPalette::Text), palette.color(QPalette::Base)), 21.0, kRounding);
-    EXPECT_NEAR(contrast(palette.color(QPalette::Highlight), palette.color(QPalette::Window)), 3.2,
-                kRounding);
-    const QColor picture(229, 57, 53);
-    EXPECT_NEAR(contrast(picture, palette.color(QPalette::Window)), 3.7, kRounding);
-    EXPECT_NEAR(contrast(picture, QColor(45, 45, 48)), 3.2, kRounding);
-    EXPECT_NEAR(contrast(picture, Qt::white), 4.2, kRounding);
+    withAlert({"None is here:\n\n  One", "", "OK", ZPKAlertStyle::Critical}, [](QDialog* box) {
+        const auto* list = box->findChild<QPlainTextEdit*>("textView");
+        const auto* frame = box->findChild<QFocusFrame*>();
+        auto* picture = box->findChild<QLabel*>("iconLabel");
+        ASSERT_TRUE(list != nullptr && frame != nullptr && picture != nullptr);
+        constexpr double kRounding = 0.051;
+        const QColor window = box->palette().color(QPalette::Window);
+        EXPECT_NEAR(contrast(picture->palette().color(QPalette::WindowText), window), 18.3, kRounding);
+        EXPECT_NEAR(contrast(list->palette().color(QPalette::Text), list->palette().color(QPalette::Base)),
+                    21.0, kRounding);
+        EXPECT_NEAR(contrast(frame->palette().color(QPalette::WindowText), window), 3.2, kRounding);
+        const QImage shown = picture->pixmap().toImage();
+        const QColor disc = shown.pixelColor(shown.width() / 2, shown.height() * 27 / 32);
+        const QColor dark(45, 45, 48);
+        EXPECT_NEAR(contrast(disc, window), 3.7, kRounding);
+        EXPECT_NEAR(contrast(disc, dark), 3.2, kRounding);
+        EXPECT_NEAR(contrast(disc, shown.pixelColor(shown.width() / 2, shown.height() / 2)), 4.2, kRounding);
+        box->close();
+    });
 }
 
+/// As at the end of the person's session. A run that does not notice goes on for ever.
 TEST_F(DesktopFrontEnd, ToolkitThatIsToldToQuitInAModalLoopEndsTheRun) {
     ScriptedDelegate delegate;
     int code = ZPKModalResponseStop;
