@@ -23,8 +23,9 @@ echo $$ > '{number}.new' && mv '{number}.new' '{number}'
 exec sleep 600
 """
 
-# The standard streams, and what a launch holds when it removes what it finds.
+# The standard streams, and what a launch holds when it removes what it finds; and whatever it takes.
 ENOUGH_TO_REMOVE = 8
+ENOUGH = 24
 
 # Waits for a line in a FIFO before it does the work.
 HELD_TOOL = """#!/bin/sh
@@ -285,17 +286,20 @@ class ResourceTest(EndCase):
     def test_without_descriptors(self):
         """What an earlier run left is never run, and goes as soon as there are descriptors to look into it."""
         bundle = self.simple_package()
-        for limit in (*range(3, 12), 16, 24):
+        for limit in (*range(3, 17), ENOUGH):
             with self.subTest(limit=limit):
                 staging = self.temporary / STAGING_NAME
                 write(staging / "Data/a/b/c/d/e/file", "left")
                 write(staging / "Data/setup", '#!/bin/sh\necho left > "$ZPK_TEST_RECORD"\n', 0o755)
+                staging.chmod(0o700)
                 run = self.start(
                     bundle / "Contents/Linux/Zephyrkit",
                     preexec_fn=lambda limit=limit: resource.setrlimit(resource.RLIMIT_NOFILE, (limit, limit)),
                 )
                 output = run.communicate(timeout=60)[0]
                 self.assertIn(run.returncode, (0, 1), output)
+                if limit == ENOUGH:
+                    self.assertTrue(self.record_path.exists(), output)
                 if self.record_path.exists():
                     self.assertNotEqual(self.record_path.read_text(), "left\n")
                 if limit < ENOUGH_TO_REMOVE:
