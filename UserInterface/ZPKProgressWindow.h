@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include <chrono>
+
 #include "UserInterface/ZPKProgressIndicator.h"
 #include "UserInterface/ZPKWindow.h"
 
@@ -11,4 +13,8 @@ class ZPKProgressWindow : public ZPKWindow {
 public:
     /// The bar, owned by the window.
     virtual ZPKProgressIndicator& progressIndicator() = 0;
+
+    /// Tells how long the work has gone on, where the front end has a place for that. A window that a modal
+    /// loop or session runs for does it by itself.
+    virtual void showElapsedTime(std::chrono::seconds) {}
 };

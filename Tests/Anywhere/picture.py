@@ -3,12 +3,16 @@
 
 """Pictures of windows, taken from outside of the room, and how far two of them are apart."""
 
+import contextlib
+import math
 import os
 import pathlib
 import subprocess
 import tempfile
 
 HERE = pathlib.Path(__file__).parent
+# Points that are less apart count as the same.
+FUZZ = "15%"
 
 
 class Picture:
@@ -59,14 +63,29 @@ class Picture:
         ratios = [mine / theirs for mine, theirs in zip(self.size(), other.size())]
         return all(0.6 < ratio < 1.7 for ratio in ratios) and int(self._identify("%k") or 0) > 20
 
-    def difference(self, other):
-        """How many points differ, as a part of those of the other one that are not background."""
-        if self.size() != other.size():
-            return 1.0
+    @contextlib.contextmanager
+    def _files(self, other):
         with tempfile.TemporaryDirectory() as folder:
             paths = [pathlib.Path(folder, name) for name in ("mine.png", "theirs.png", "background.png")]
             for path, data in zip(paths, (self._data, other._data)):
                 path.write_bytes(data)
+            yield paths
+
+    def difference_in_a_place(self, other, side):
+        """How many points differ, as a part of those of the square of that side where most do."""
+        if self.size() != other.size():
+            return 1.0
+        squares = "%dx%d!" % tuple(math.ceil(length / side) for length in self.size())
+        with self._files(other) as (mine, theirs, _):
+            command = ["convert", mine, theirs, "-compose", "difference", "-composite", "-separate"]
+            command += ["-evaluate-sequence", "max", "-threshold", FUZZ, "-scale", squares]
+            return float(subprocess.check_output([*command, "-format", "%[fx:maxima]", "info:"]))
+
+    def difference(self, other):
+        """How many points differ, as a part of those of the other one that are not background."""
+        if self.size() != other.size():
+            return 1.0
+        with self._files(other) as paths:
             # The whole in the colour of the first point.
             subprocess.run(["convert", paths[1], "-crop", "1x1+0+0", "-scale", "%dx%d!" % other.size(), paths[2]], check=True)
             return different_points(paths[0], paths[1]) / max(1, different_points(paths[2], paths[1]))
@@ -74,7 +93,7 @@ class Picture:
 
 def different_points(first, second):
     done = subprocess.run(
-        ["compare", "-metric", "AE", "-fuzz", "15%", first, second, "null:"], capture_output=True, text=True
+        ["compare", "-metric", "AE", "-fuzz", FUZZ, first, second, "null:"], capture_output=True, text=True
     )
     return float(done.stderr)
 

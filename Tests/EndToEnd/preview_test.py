@@ -23,18 +23,20 @@ PICTURES = {
     "disc-invalid",
     "disc-search",
     "disc-search-empty",
+    "disc-search-list",
     "disc-searching",
     "menu",
     "progress-10",
     "progress-40",
     "progress-100",
+    "progress-time",
     "setup-not-started",
     "software-list",
     "software-list-empty",
     "temporary-folder",
 }
 # The package's name stands in all of them, and its products in these.
-WITH_PRODUCTS = {"disc-search", "software-list"}
+WITH_PRODUCTS = {"disc-search", "disc-search-list", "software-list"}
 
 
 def size_of(picture):

@@ -11,6 +11,7 @@
 #include <QScrollBar>
 #include <QTextBlock>
 #include <QTextLayout>
+#include <chrono>
 #include <cstdlib>
 #include <iostream>
 #include <memory>
@@ -112,10 +113,7 @@ protected:
         ZPKProgressWindowController controller(*frontEnd);
         controller.setTitle(localized(title));
         controller.window()->makeKeyAndOrderFront();
-        auto* elapsed = QApplication::activeModalWidget()->findChild<QLabel*>("elapsedLabel");
-        ASSERT_NE(elapsed, nullptr);
-        elapsed->setText("100:00:00");
-        elapsed->show();
+        controller.window()->showElapsedTime(std::chrono::hours(100));
         measureWindow();
         controller.close();
     }

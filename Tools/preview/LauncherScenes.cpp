@@ -8,7 +8,9 @@
 #include <QDeadlineTimer>
 #include <QMenu>
 #include <QMenuBar>
+#include <QPlainTextEdit>
 #include <QTimer>
+#include <chrono>
 #include <exception>
 #include <stdexcept>
 #include <utility>
@@ -25,6 +27,10 @@ namespace {
 
 /// The steps of the unpacking.
 constexpr int kProgressSteps[] = {10, 40, 100};
+
+/// Of an unpacking that takes a while.
+constexpr int kLongProgress = 40;
+constexpr std::chrono::seconds kLongTime{65};
 
 constexpr int kLongestWaitMilliseconds = 60'000;
 constexpr int kTickMilliseconds = 20;
@@ -74,6 +80,7 @@ void LauncherScenes::applicationDidFinishLaunching() {
 void LauncherScenes::showAll() {
     showProgress();
     showDiscWindow(m_products, "disc-search");
+    showDiscWindow(m_products, "disc-search-list", Keys::InTheList);
     showDiscWindow({}, "disc-search-empty");
     showSearching();
     showMenu();
@@ -98,6 +105,9 @@ void LauncherScenes::showProgress() {
         controller.setProgressValue(percent);
         m_pictures.writeWindow(frontWindow(), "progress-" + std::to_string(percent));
     }
+    controller.setProgressValue(kLongProgress);
+    controller.window()->showElapsedTime(kLongTime);
+    m_pictures.writeWindow(frontWindow(), "progress-time");
     controller.close();
 }
 
@@ -115,13 +125,18 @@ void LauncherScenes::showSearching() {
     controller.close();
 }
 
-void LauncherScenes::showDiscWindow(const std::vector<std::string>& products, const std::string& name) {
+void LauncherScenes::showDiscWindow(const std::vector<std::string>& products, const std::string& name,
+                                    Keys keys) {
     ZPKCDSearchWindowController controller(m_frontEnd, m_volumes, {}, products);
     if (controller.window() == nullptr) {
         throw std::runtime_error("there is no disc search window");
     }
     controller.window()->makeKeyAndOrderFront();
     settle();
+    if (keys == Keys::InTheList) {
+        frontWindow().findChild<QPlainTextEdit*>()->setFocus();
+        QCoreApplication::processEvents();
+    }
     m_pictures.writeWindow(frontWindow(), name);
     controller.window()->close();
 }

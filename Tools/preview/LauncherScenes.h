@@ -32,10 +32,13 @@ public:
     const std::string& failure() const { return m_failure; }
 
 private:
+    enum class Keys { AsItOpens, InTheList };
+
     void showAll();
     void showProgress();
     void showSearching();
-    void showDiscWindow(const std::vector<std::string>& products, const std::string& name);
+    void showDiscWindow(const std::vector<std::string>& products, const std::string& name,
+                        Keys keys = Keys::AsItOpens);
     void showMenu();
     void showAlert(const std::string& text, const std::string& name);
 

@@ -133,6 +133,8 @@ std::unique_ptr<ZPKFrontEnd> OffscreenDesktop::open(const std::string& resourceF
     if (!frontEnd) {
         throw std::runtime_error("the windows cannot be shown");
     }
+    // A cursor that comes and goes would be in one picture and not in the next.
+    QApplication::setCursorFlashTime(0);
     if (look.palette == Palette::Dark) {
         QApplication::setPalette(darkPalette());
     }

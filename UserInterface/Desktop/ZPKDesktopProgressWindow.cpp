@@ -8,7 +8,6 @@
 #include <QEvent>
 #include <QLocale>
 #include <QStyle>
-#include <chrono>
 
 #include "Base/ZPKDurationText.h"
 #include "UserInterface/Desktop/ZPKDesktopText.h"
@@ -23,7 +22,7 @@ constexpr int kCharacters = 60;
 constexpr int kTickMilliseconds = 1000;
 
 /// Who waits shorter than this asks for no time.
-constexpr qint64 kFirstSecondShown = 3;
+constexpr std::chrono::seconds kFirstSecondShown{3};
 
 /// In the digits of that language.
 QString inOwnDigits(const std::string& time, const QLocale& locale) {
@@ -68,13 +67,21 @@ ZPKDesktopProgressWindow::ZPKDesktopProgressWindow(std::unique_ptr<QDialog> root
     new ZPKMirroredBar(*m_controls.bar);
     m_controls.elapsedLabel->hide();
     m_ticks.setInterval(kTickMilliseconds);
-    connect(&m_ticks, &QTimer::timeout, this, [this] { updateElapsedTime(); });
+    connect(&m_ticks, &QTimer::timeout, this,
+            [this] { showElapsedTime(std::chrono::seconds(m_elapsed.elapsed() / kTickMilliseconds)); });
 }
 
 void ZPKDesktopProgressWindow::setTitle(const std::string& title) {
     setWindowTitle(title);
     m_controls.bar->setAccessibleName(ZPKDesktopText(title));
     fitContents();
+}
+
+void ZPKDesktopProgressWindow::showElapsedTime(std::chrono::seconds elapsed) {
+    if (elapsed >= kFirstSecondShown) {
+        m_controls.elapsedLabel->setText(inOwnDigits(ZPKDurationText(elapsed), QLocale()));
+        m_controls.elapsedLabel->show();
+    }
 }
 
 void ZPKDesktopProgressWindow::workBegins() {
@@ -96,13 +103,4 @@ void ZPKDesktopProgressWindow::updateBar() {
     m_controls.bar->setRange(0, m_state.isEndless() ? 0 : 100);
     m_controls.bar->setValue(m_state.percent().value_or(0));
     m_controls.bar->update();
-}
-
-void ZPKDesktopProgressWindow::updateElapsedTime() {
-    const qint64 seconds = m_elapsed.elapsed() / kTickMilliseconds;
-    if (seconds >= kFirstSecondShown) {
-        m_controls.elapsedLabel->setText(
-            inOwnDigits(ZPKDurationText(std::chrono::seconds(seconds)), QLocale()));
-        m_controls.elapsedLabel->show();
-    }
 }

@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QProgressBar>
 #include <QTimer>
+#include <chrono>
 #include <memory>
 #include <string>
 
@@ -25,6 +26,9 @@ public:
     ZPKProgressIndicator& progressIndicator() override { return m_state; }
     void setTitle(const std::string& title) override;
 
+    /// From the third second on, in the digits of the language.
+    void showElapsedTime(std::chrono::seconds elapsed) override;
+
 private:
     struct Controls {
         QLabel* iconLabel = nullptr;
@@ -39,7 +43,6 @@ private:
     void workBegins() override;
     bool eventFilter(QObject* watched, QEvent* event) override;
     void updateBar();
-    void updateElapsedTime();
 
     Controls m_controls;
     QElapsedTimer m_elapsed;
