@@ -6,13 +6,16 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Fuzz/InputInMemory.h"
 #include "Fuzz/MemoryBudget.h"
@@ -61,6 +64,19 @@ private:
     std::string m_path;
 };
 
+void checkText(std::string_view text) {
+    std::size_t errorAt = 0;
+    std::vector<ZPKPropertyList::KeyPlace> places;
+    const auto list = ZPKPropertyList::dictionaryWithText(text, errorAt, &places);
+    require(list || errorAt <= text.size(), "an error behind the end");
+    std::set<std::string> keys;
+    for (const ZPKPropertyList::KeyPlace& place : places) {
+        require(place.offset < text.size(), "a key behind the end");
+        keys.insert(place.key);
+    }
+    require(!list || std::ranges::equal(list->keys(), keys), "other keys than those with a place");
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t length) {
@@ -75,8 +91,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t len
         }
         bundle.check(text);
     }
-    std::size_t errorAt = 0;
-    const bool isText = ZPKPropertyList::dictionaryWithText(text, errorAt).has_value();
-    require(isText || errorAt <= length, "an error behind the end");
+    checkText(text);
     return 0;
 }

@@ -12,6 +12,7 @@
 #include <string>
 #include <string_view>
 
+#include "Common/CExpatTreeBuilder.h"
 #include "Common/CExpatXMLParser.h"
 #include "Common/CXMLElement.h"
 #include "Common/CXMLSerializer.h"
@@ -74,6 +75,23 @@ void checkRoundTrip(const CXMLDocument& document) {
     require(treeText(*again) == tree, "written and read again it is another");
 }
 
+/// Whoever is told where the elements stand finds a tag there, or the entity that holds it.
+void checkPlaces(std::string_view input) {
+    CExpatTreeBuilder builder(nullptr, input.size());
+    builder.SetElementListener([input](const CXMLElement& element, const CExpatTreeBuilder::Place& place) {
+        require(!element.GetNameString().empty(), "an element without a name");
+        require(place.line > 0 && place.column > 0 && place.offset < input.size(), "an element in no place");
+        const char begin = input[place.offset];
+        require(input.front() != '<' || begin == '<' || begin == '&', "an element is elsewhere");
+    });
+    if (!builder.Parse(input.data(), static_cast<int>(input.size()), true) &&
+        builder.GetForeignEncoding().empty()) {
+        const CExpatTreeBuilder::Refusal refusal = builder.GetRefusal();
+        require(!refusal.reason.empty() && refusal.place.line > 0 && refusal.place.column > 0,
+                "a refusal in no place");
+    }
+}
+
 /// As a file, the input's own words about its encoding count.
 std::unique_ptr<CXMLDocument> readAsFile(std::string_view input, std::size_t blockSize) {
     static zpk_fuzz::InputInMemory held;
@@ -98,5 +116,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             checkRoundTrip(*document);
         }
     }
+    checkPlaces(input);
     return 0;
 }
