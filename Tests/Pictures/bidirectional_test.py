@@ -13,6 +13,7 @@ import unittest
 
 from terminal_case import TerminalCase
 from terminal_letters import SIGNS, TerminalLetters
+from vte import skip_without_vte
 
 HERE = pathlib.Path(__file__).parent
 COLUMNS = 80
@@ -40,9 +41,7 @@ BARS = {
 class BidirectionalTest(TerminalCase):
     def setUp(self):
         super().setUp()
-        words = "import gi; gi.require_version('Vte', '2.91')"
-        if subprocess.run(["/usr/bin/python3", "-c", words], capture_output=True).returncode != 0:
-            self.skipTest("gir1.2-vte-2.91 is not installed")
+        skip_without_vte(self)
 
     def screen(self, name, *words, until=None, typed=(), **variables):
         return {
