@@ -32,11 +32,11 @@ std::optional<std::string> mainProgramOfBundle(const std::string& path) {
 }
 
 std::unique_ptr<const CStartupType> startupOf(const std::string& stagingFolder) {
-    const std::string path = ZPKPackageLayout::startupDescription(stagingFolder);
-    if (ZPKStagedItem::standing(path, stagingFolder) != ZPKStagedItem::Standing::Inside) {
+    const ZPKStagedItem item(ZPKPackageLayout::startupDescription(stagingFolder), stagingFolder);
+    if (item.standing() != ZPKStagedItem::Standing::Inside) {
         return nullptr;
     }
-    return std::unique_ptr<const CStartupType>(CZPKXMLLoader::LoadStartupXML(path));
+    return std::unique_ptr<const CStartupType>(CZPKXMLLoader::LoadStartupXML(item.target()));
 }
 
 }  // namespace

@@ -59,7 +59,8 @@ ZPKConditionAnswer answerOf(const CUpdateInfoType& info) {
 
 ZPKConditionAnswer ZPKConditionCheck::check(const std::string& path, const std::string& stagingFolder) {
     ZPKConditionAnswer answer;
-    switch (ZPKStagedItem::standing(path, stagingFolder)) {
+    const ZPKStagedItem item(path, stagingFolder);
+    switch (item.standing()) {
         case ZPKStagedItem::Standing::Absent:
             answer.isMet = true;
             return answer;
@@ -69,7 +70,7 @@ ZPKConditionAnswer ZPKConditionCheck::check(const std::string& path, const std::
             break;
     }
     // Kept until the process ends.
-    const CUpdateInfoType* const info = CZPKXMLLoader::LoadConditionXML(path);
+    const CUpdateInfoType* const info = CZPKXMLLoader::LoadConditionXML(item.target());
     return info == nullptr ? answer : answerOf(*info);
 }
 

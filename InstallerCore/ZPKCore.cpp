@@ -21,6 +21,7 @@
 #include "Package/CZPKUtil.h"
 #include "Package/ZPKPackageLayout.h"
 #include "Package/ZPKPackageTitle.h"
+#include "Package/ZPKStagedItem.h"
 #include "Platform/ZPKFileManager.h"
 #include "Platform/ZPKMainBundle.h"
 #include "UserInterface/ZPKCDSearchWindowController.h"
@@ -143,8 +144,8 @@ bool ZPKCore::mayInstall() {
     if (_filePaths.empty()) {
         return false;
     }
-    // It was read, so that no link on the way to it leads out of the staging folder.
-    CZPKUtil::DeleteFile(conditionPath);
+    // It was read, so that it is in the staging folder; a link on the way to it is not followed.
+    CZPKUtil::DeleteFile(ZPKStagedItem(conditionPath, m_stagingFolder->path()).place());
     return searchSoftwareOnCDVolumes();
 }
 

@@ -63,9 +63,16 @@ ZPKOutcome ZPKStagingFolder::makePrivate() {
     if (ZPKOutcome reserved = reserveDescriptors(); !reserved) {
         return reserved;
     }
-    ZPKOutcome made = ZPKPrivateFolder::makeNew(m_path);
-    const bool somethingStayed = !removed && removed.failure().reason() != ZPKFailure::systemReason(ENOENT);
-    return !made && somethingStayed ? removed : made;
+    ZPKResult<ZPKFileDescriptor> made = ZPKPrivateFolder::makeNewAndOpen(m_path);
+    if (!made) {
+        const bool somethingStayed =
+            !removed && removed.failure().reason() != ZPKFailure::systemReason(ENOENT);
+        return somethingStayed ? removed : made.failure();
+    }
+    // It takes the place of one that was kept aside: its own place is what the removal begins with.
+    m_held.emplace(m_path, std::move(*made));
+    m_reserve.pop_back();
+    return {};
 }
 
 ZPKOutcome ZPKStagingFolder::unpackDescription(const std::string& resourceFolder,

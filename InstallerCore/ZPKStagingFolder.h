@@ -4,11 +4,13 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "Base/ZPKFailure.h"
 #include "Base/ZPKFileDescriptor.h"
+#include "Platform/ZPKHeldFolder.h"
 
 class ZPKArchiveTool;
 
@@ -17,8 +19,9 @@ class CDirectoryHolder;
 }
 
 /// The run's private folder, into which the package is unpacked and from which the setup program runs.
-/// Its owner alone may look into it, whatever the umask. Goes, with all that it holds, when this object
-/// does. Main thread only.
+/// Its owner alone may look into it, whatever the umask. It is held: what is done to what it holds means this
+/// folder, wherever it has gone. Goes, with all that it holds, when this object does; what then stands in its
+/// place stays. Main thread only.
 class ZPKStagingFolder {
 public:
     /// Makes the staging folder in the user's folder for temporary files, in the place of anything that
@@ -46,5 +49,6 @@ private:
 
     std::string m_path;
     std::vector<ZPKFileDescriptor> m_reserve;
+    std::optional<ZPKHeldFolder> m_held;
     std::unique_ptr<varno_zpk::CDirectoryHolder> m_holder;
 };

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "Package/ZPKPackageLayout.h"
+#include "Platform/ZPKHeldFolder.h"
 #include "Platform/ZPKMainBundle.h"
 
 namespace {
@@ -23,6 +24,9 @@ ZPKOutcome ZPKArchiveTool::pack(const std::string& folder, const std::string& ar
 }
 
 ZPKOutcome ZPKArchiveTool::unpack(const std::string& archive, const std::string& folder) {
+    if (!ZPKHeldFolder::isToBeFoundAt(folder)) {
+        return ZPKFailure(folder, "Is no longer in its place");
+    }
     m_task.setStandardErrorToUnreadPipe();
     return run({"-x", "-z", "--rsrc", archive, folder});
 }

@@ -18,7 +18,8 @@ public:
     ZPKOutcome pack(const std::string& folder, const std::string& archive);
 
     /// Unpacks `archive` into `folder`. What the tool says on standard error is swallowed. Waits for the
-    /// tool; what it could write before a failure stays.
+    /// tool; what it could write before a failure stays. The tool finds a folder by its path: one that is
+    /// held and no longer in its place is a failure.
     ZPKOutcome unpack(const std::string& archive, const std::string& folder);
 
     /// Ends the tool at once, and every later run before it begins. Any thread.

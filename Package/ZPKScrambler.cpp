@@ -3,6 +3,7 @@
 
 #include "Package/ZPKScrambler.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -12,6 +13,7 @@
 #include "Base/ZPKReplacementFile.h"
 #include "Platform/ZPKFileHandle.h"
 #include "Platform/ZPKFileManager.h"
+#include "Platform/ZPKHeldFolder.h"
 
 namespace {
 
@@ -20,8 +22,8 @@ constexpr std::uint64_t kRotation = 102400;
 
 bool isSameFile(const ZPKFileHandle& file, const std::string& path) {
     struct stat attributes;
-    return ::lstat(path.c_str(), &attributes) == 0 && attributes.st_dev == file.attributes().st_dev &&
-           attributes.st_ino == file.attributes().st_ino;
+    return ZPKHeldFolder::look(path, attributes, AT_SYMLINK_NOFOLLOW) &&
+           attributes.st_dev == file.attributes().st_dev && attributes.st_ino == file.attributes().st_ino;
 }
 
 /// Writes the two parts of `source` on both sides of `middle` to the new file in exchanged order.

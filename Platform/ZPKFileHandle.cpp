@@ -12,6 +12,7 @@
 #include <memory>
 
 #include "Base/ZPKDescriptorIO.h"
+#include "Platform/ZPKHeldFolder.h"
 
 namespace {
 
@@ -99,7 +100,8 @@ ZPKResult<ZPKFileHandle> ZPKFileHandle::adopt(ZPKFileDescriptor descriptor, cons
 
 ZPKResult<ZPKFileHandle> ZPKFileHandle::forReadingAtPath(const std::string& path) {
     const int flags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-    return adopt(ZPKFileDescriptor(::open(path.c_str(), flags)), path);
+    const ZPKHeldFolder::Place place = ZPKHeldFolder::placeOf(path);
+    return adopt(ZPKFileDescriptor(::openat(place.folder, place.name, flags)), path);
 }
 
 ZPKResult<ZPKFileHandle> ZPKFileHandle::forReadingAt(int folder, const std::string& name,
@@ -110,14 +112,16 @@ ZPKResult<ZPKFileHandle> ZPKFileHandle::forReadingAt(int folder, const std::stri
 
 ZPKResult<ZPKFileHandle> ZPKFileHandle::replacingFileAtPath(const std::string& path) {
     // Removing first keeps links and other names of the old file out of it.
-    ::unlink(path.c_str());
-    return newFileAt(AT_FDCWD, path, 0666, path);
+    const ZPKHeldFolder::Place place = ZPKHeldFolder::placeOf(path);
+    ::unlinkat(place.folder, place.name, 0);
+    return newFileAt(place.folder, place.name, 0666, path);
 }
 
 ZPKResult<ZPKFileHandle> ZPKFileHandle::emptyingFileAtPath(const std::string& path) {
     // Not emptied while it is opened: it may be no regular file.
     const int flags = O_WRONLY | O_NONBLOCK | O_NOCTTY | O_NOFOLLOW | O_CLOEXEC;
-    ZPKResult<ZPKFileHandle> file = adopt(ZPKFileDescriptor(::open(path.c_str(), flags)), path);
+    const ZPKHeldFolder::Place place = ZPKHeldFolder::placeOf(path);
+    ZPKResult<ZPKFileHandle> file = adopt(ZPKFileDescriptor(::openat(place.folder, place.name, flags)), path);
     if (file && ::ftruncate(file->descriptor(), 0) != 0) {
         return ZPKFailure::ofSystem(path, errno);
     }

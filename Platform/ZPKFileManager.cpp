@@ -16,6 +16,7 @@
 
 #include "Base/ZPKPath.h"
 #include "Platform/ZPKFolderWalker.h"
+#include "Platform/ZPKHeldFolder.h"
 #include "Platform/ZPKItemPlace.h"
 #include "Platform/ZPKTreeCopier.h"
 #include "Platform/ZPKTreeRemover.h"
@@ -29,11 +30,27 @@ ZPKOutcome makeOneFolder(const std::string& path, unsigned int mode) {
 
 /// Goes into the folder at `path`. The trailing separator lets a link to a folder count as the folder.
 ZPKOutcome enterFolder(ZPKFolderWalker& walker, const std::string& path) {
-    const bool isRead = walker.enterAt(AT_FDCWD, path.empty() ? path : path + "/") && walker.readEntries();
+    const std::string folder = path.empty() ? path : path + "/";
+    const ZPKHeldFolder::Place place = ZPKHeldFolder::placeOf(folder);
+    const bool isRead = walker.enterAt(place.folder, place.name) && walker.readEntries();
     return isRead ? ZPKOutcome() : ZPKFailure::ofSystem(path, errno);
 }
 
+/// What is in the folder goes wherever it is now; it goes itself where it is in its place.
+ZPKOutcome removeHeld(const ZPKHeldFolder& folder, const std::string& path) {
+    ZPKOutcome emptied = ZPKTreeRemover::removeContents(folder.descriptor(), path);
+    if (!folder.isInItsPlace()) {
+        return emptied ? ZPKFailure(path, "Is no longer in its place") : emptied;
+    }
+    // An empty folder goes without a descriptor, too.
+    const bool isGone = ::rmdir(path.c_str()) == 0;
+    return isGone ? ZPKOutcome() : emptied ? ZPKFailure::ofSystem(path, errno) : emptied;
+}
+
 ZPKOutcome removeOnce(const std::string& path) {
+    if (const ZPKHeldFolder* const held = ZPKHeldFolder::at(path)) {
+        return removeHeld(*held, path);
+    }
     const ZPKResult<ZPKItemPlace> place = ZPKItemPlace::ofPath(path);
     if (place) {
         return ZPKTreeRemover::remove(*place);
@@ -133,26 +150,27 @@ void FolderEnumeration::fail(int error) {
 
 bool ZPKFileManager::fileExists(const std::string& path) {
     struct stat attributes;
-    return ::stat(path.c_str(), &attributes) == 0;
+    return ZPKHeldFolder::look(path, attributes);
 }
 
 bool ZPKFileManager::isFolder(const std::string& path) {
     struct stat attributes;
-    return ::stat(path.c_str(), &attributes) == 0 && S_ISDIR(attributes.st_mode);
+    return ZPKHeldFolder::look(path, attributes) && S_ISDIR(attributes.st_mode);
 }
 
 bool ZPKFileManager::isRegularFile(const std::string& path) {
     struct stat attributes;
-    return ::stat(path.c_str(), &attributes) == 0 && S_ISREG(attributes.st_mode);
+    return ZPKHeldFolder::look(path, attributes) && S_ISREG(attributes.st_mode);
 }
 
 bool ZPKFileManager::isFolderNotFollowingLinks(const std::string& path) {
     struct stat attributes;
-    return ::lstat(path.c_str(), &attributes) == 0 && S_ISDIR(attributes.st_mode);
+    return ZPKHeldFolder::look(path, attributes, AT_SYMLINK_NOFOLLOW) && S_ISDIR(attributes.st_mode);
 }
 
 bool ZPKFileManager::isExecutableFile(const std::string& path) {
-    return ::faccessat(AT_FDCWD, path.c_str(), X_OK, AT_EACCESS) == 0;
+    const ZPKHeldFolder::Place place = ZPKHeldFolder::placeOf(path);
+    return ::faccessat(place.folder, place.name, X_OK, AT_EACCESS) == 0;
 }
 
 bool ZPKFileManager::isExecutableRegularFile(const std::string& path) {
@@ -160,8 +178,13 @@ bool ZPKFileManager::isExecutableRegularFile(const std::string& path) {
 }
 
 bool ZPKFileManager::isOnFileSystemWithoutExecution(const std::string& path) {
+    const ZPKHeldFolder::Place place = ZPKHeldFolder::placeOf(path);
     struct statvfs fileSystem;
-    return ::statvfs(path.c_str(), &fileSystem) == 0 && (fileSystem.f_flag & ST_NOEXEC) != 0;
+    if (place.folder == AT_FDCWD) {
+        return ::statvfs(place.name, &fileSystem) == 0 && (fileSystem.f_flag & ST_NOEXEC) != 0;
+    }
+    const ZPKFileDescriptor item(::openat(place.folder, place.name, O_PATH | O_CLOEXEC));
+    return ::fstatvfs(item.get(), &fileSystem) == 0 && (fileSystem.f_flag & ST_NOEXEC) != 0;
 }
 
 ZPKOutcome ZPKFileManager::createFolderWithIntermediateFolders(const std::string& path, unsigned int mode) {
@@ -182,7 +205,7 @@ ZPKOutcome ZPKFileManager::createFolderWithIntermediateFolders(const std::string
 ZPKOutcome ZPKFileManager::removeItem(const std::string& path) {
     ZPKOutcome first = removeOnce(path);
     struct stat attributes;
-    if (first || (::lstat(path.c_str(), &attributes) != 0 && errno == ENOENT)) {
+    if (first || (!ZPKHeldFolder::look(path, attributes, AT_SYMLINK_NOFOLLOW) && errno == ENOENT)) {
         return first;
     }
     // What one failed call has left, a second pass may find removable.

@@ -46,8 +46,7 @@ ZPKFileDescriptor openClosedFolder(int parent, const std::string& name) {
         errno = EBUSY;
         return {};
     }
-    const std::string handle = "/proc/self/fd/" + std::to_string(place.get());
-    if (::chmod(handle.c_str(), S_IRWXU) != 0) {
+    if (!ZPKFolderWalker::giveToOwner(place.get())) {
         return {};
     }
     return ZPKFileDescriptor(::openat(place.get(), ".", kFolderFlags));
@@ -96,6 +95,11 @@ const struct dirent64* takeEntry(std::span<const char>& block) {
 }
 
 }  // namespace
+
+bool ZPKFolderWalker::giveToOwner(int folder) {
+    const std::string handle = "/proc/self/fd/" + std::to_string(folder);
+    return ::chmod(handle.c_str(), S_IRWXU) == 0;
+}
 
 bool ZPKFolderWalker::isMounted(const struct statx& attributes) {
     return (attributes.stx_attributes & attributes.stx_attributes_mask & STATX_ATTR_MOUNT_ROOT) != 0;

@@ -66,6 +66,10 @@ public:
     /// The next entry read but not yet given, or null at the end. Valid until the next call here.
     const Entry* nextEntry();
 
+    /// Gives the owner of an open folder all permissions to it, and nobody else any; the folder may be open
+    /// as a place only. Takes `/proc`.
+    static bool giveToOwner(int folder);
+
     /// True when something is mounted on the folder with these attributes.
     static bool isMounted(const struct statx& attributes);
 

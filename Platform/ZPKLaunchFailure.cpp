@@ -11,6 +11,7 @@
 #include <optional>
 
 #include "Platform/ZPKFileManager.h"
+#include "Platform/ZPKHeldFolder.h"
 #include "Platform/ZPKProgramHeader.h"
 
 namespace {
@@ -69,7 +70,7 @@ Reason reasonOfHelper(const ZPKProgramHeader& program, int error, int depth) {
 
 Reason reasonOfProgram(const std::string& path, int error, int depth) {
     struct stat attributes;
-    if (::stat(path.c_str(), &attributes) != 0) {
+    if (!ZPKHeldFolder::look(path, attributes)) {
         return std::nullopt;
     }
     if (Reason reason = reasonOfItem(path, attributes, error)) {

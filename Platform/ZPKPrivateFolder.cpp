@@ -8,8 +8,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <utility>
 
-#include "Base/ZPKFileDescriptor.h"
 #include "Base/ZPKPath.h"
 #include "Platform/ZPKFolderWalker.h"
 
@@ -30,8 +30,8 @@ public:
         if (ZPKOutcome outcome = isOwn(); !outcome) {
             return outcome;
         }
-        const std::string handle = "/proc/self/fd/" + std::to_string(m_descriptor.get());
-        return ::chmod(handle.c_str(), S_IRWXU) == 0 ? ZPKOutcome() : ZPKFailure::ofSystem(m_path, errno);
+        const bool isClosed = ZPKFolderWalker::giveToOwner(m_descriptor.get());
+        return isClosed ? ZPKOutcome() : ZPKFailure::ofSystem(m_path, errno);
     }
 
     ZPKOutcome isPrivate() {
@@ -55,6 +55,8 @@ public:
         return demand(walker.nextEntry() == nullptr, "Is not empty");
     }
 
+    ZPKFileDescriptor take() { return std::move(m_descriptor); }
+
 private:
     ZPKOutcome isOwn() {
         if (!m_descriptor.isOpen() ||
@@ -76,6 +78,11 @@ private:
 }  // namespace
 
 ZPKOutcome ZPKPrivateFolder::makeNew(const std::string& path) {
+    const ZPKResult<ZPKFileDescriptor> folder = makeNewAndOpen(path);
+    return folder ? ZPKOutcome() : folder.failure();
+}
+
+ZPKResult<ZPKFileDescriptor> ZPKPrivateFolder::makeNewAndOpen(const std::string& path) {
     const std::string place = ZPKPath::withoutTrailingSeparators(path);
     if (::mkdir(place.c_str(), S_IRWXU) != 0) {
         return ZPKFailure::ofSystem(path, errno);
@@ -86,8 +93,9 @@ ZPKOutcome ZPKPrivateFolder::makeNew(const std::string& path) {
     if (!outcome) {
         // It takes no descriptor, and takes away nothing that holds anything.
         ::rmdir(place.c_str());
+        return outcome.failure();
     }
-    return outcome;
+    return folder.take();
 }
 
 ZPKOutcome ZPKPrivateFolder::makeOrFind(const std::string& path) {

@@ -16,6 +16,7 @@
 
 #include "Base/ZPKDescriptorIO.h"
 #include "Base/ZPKEnvironment.h"
+#include "Platform/ZPKHeldFolder.h"
 #include "Platform/ZPKIgnoredSignals.h"
 #include "Platform/ZPKLaunchFailure.h"
 
@@ -124,6 +125,9 @@ ZPKOutcome ZPKTask::launch() {
             return opened.failure();
         }
         writeEnd = std::move(*opened);
+    }
+    if (!ZPKHeldFolder::isToBeFoundAt(m_launchPath)) {
+        return ZPKFailure(m_launchPath, "Its folder is no longer in its place");
     }
     std::vector<std::string> entries = m_entries;
     if (m_endsWithItsParent) {

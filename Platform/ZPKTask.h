@@ -44,7 +44,8 @@ public:
     void setEndsWithItsParent() { m_endsWithItsParent = true; }
 
     /// Starts the child; the one before must have been waited for. The failure names the launch path, and
-    /// as `ZPKLaunchFailure` does what keeps that program from running.
+    /// as `ZPKLaunchFailure` does what keeps that program from running. Nothing is started by the path of a
+    /// held folder that is no longer in its place.
     ZPKOutcome launch() ZPK_EXCLUDES(m_mutex);
 
     /// Blocks until the child has exited; returns at once when none runs.

@@ -13,6 +13,8 @@
 
 namespace {
 
+constexpr int kNoParent = -1;
+
 /// What could not be unlinked because it is a folder.
 bool isFolderError(int error) {
     return error == EISDIR || error == EPERM;
@@ -31,11 +33,27 @@ ZPKOutcome ZPKTreeRemover::remove(const ZPKItemPlace& place) {
     if (!isFolderError(errno)) {
         return ZPKFailure::ofSystem(place.path(), errno);
     }
-    return ZPKTreeRemover(place).removeFolder();
+    ZPKTreeRemover remover(place.folder(), place.path());
+    remover.enterOrRemove(place.folder(), place.name());
+    remover.walk();
+    return remover.m_outcome;
 }
 
-ZPKOutcome ZPKTreeRemover::removeFolder() {
-    enterOrRemove(m_place.folder(), m_place.name());
+ZPKOutcome ZPKTreeRemover::removeContents(int folder, const std::string& path) {
+    ZPKTreeRemover remover(kNoParent, path);
+    ZPKFolderWalker& walker = remover.m_walker;
+    // Who may not search a folder cannot so much as go from it to itself.
+    const bool isEntered =
+        walker.enterAt(folder, ".") ||
+        (errno == EACCES && ZPKFolderWalker::giveToOwner(folder) && walker.enterAt(folder, "."));
+    if (!isEntered || !walker.readEntries()) {
+        remover.note("", errno);
+    }
+    remover.walk();
+    return remover.m_outcome;
+}
+
+void ZPKTreeRemover::walk() {
     while (m_walker.isInside()) {
         const ZPKFolderWalker::Entry* entry = m_walker.nextEntry();
         if (entry == nullptr) {
@@ -44,7 +62,6 @@ ZPKOutcome ZPKTreeRemover::removeFolder() {
             removeEntry(*entry);
         }
     }
-    return m_outcome;
 }
 
 void ZPKTreeRemover::removeEntry(const ZPKFolderWalker::Entry& entry) {
@@ -78,8 +95,8 @@ void ZPKTreeRemover::leave() {
         note(name, errno);
         return;
     }
-    const int parent = m_walker.isInside() ? m_walker.descriptor() : m_place.folder();
-    if (!unlinkOrGone(parent, name.c_str(), AT_REMOVEDIR)) {
+    const int parent = m_walker.isInside() ? m_walker.descriptor() : m_parent;
+    if (parent != kNoParent && !unlinkOrGone(parent, name.c_str(), AT_REMOVEDIR)) {
         note(name, errno);
     }
 }
@@ -90,5 +107,5 @@ void ZPKTreeRemover::note(const std::string& name, int error) {
     }
     // Outside the walk there is the item itself alone.
     const std::string below = m_walker.isInside() ? ZPKPath::join(m_walker.pathBelowStart(), name) : "";
-    m_outcome = ZPKFailure::ofSystem(m_place.pathBelow(below), error);
+    m_outcome = ZPKFailure::ofSystem(ZPKPath::join(m_path, below), error);
 }

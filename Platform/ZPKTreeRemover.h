@@ -18,16 +18,21 @@ public:
     /// Nothing at the place is a failure.
     static ZPKOutcome remove(const ZPKItemPlace& place);
 
-private:
-    explicit ZPKTreeRemover(const ZPKItemPlace& place) : m_place(place) {}
+    /// The same with everything in an open folder, which stays. `path` is for people to read.
+    static ZPKOutcome removeContents(int folder, const std::string& path);
 
-    ZPKOutcome removeFolder();
+private:
+    ZPKTreeRemover(int parent, const std::string& path) : m_parent(parent), m_path(path) {}
+
+    void walk();
     void removeEntry(const ZPKFolderWalker::Entry& entry);
     void enterOrRemove(int parent, const std::string& name);
     void leave();
     void note(const std::string& name, int error);
 
-    const ZPKItemPlace& m_place;
+    /// Of the folder where the walk starts; -1 when that is to stay.
+    int m_parent;
+    const std::string& m_path;
     ZPKFolderWalker m_walker{ZPKFolderWalker::Access::ForRemoval};
     ZPKOutcome m_outcome;
 };

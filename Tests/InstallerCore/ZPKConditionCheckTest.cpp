@@ -3,11 +3,13 @@
 
 #include "InstallerCore/ZPKConditionCheck.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <filesystem>
 
+#include "Platform/ZPKHeldFolder.h"
 #include "Tests/InstallerCore/ConditionsFixture.h"
 #include "Tests/Platform/OtherUser.h"
 
@@ -167,6 +169,56 @@ TEST_F(ZPKLinkedConditionTest, LinkToAnotherFileOfTheStagingFolderIsReadThrough)
     writeConditions("staging/Info/real");
     link("real", "staging/Info/Condition.xml");
     EXPECT_EQ(check().products, (Lines{"Tandem <b>", "Set"}));
+}
+
+TEST_F(ZPKLinkedConditionTest, LinkThatComesBackIntoTheStagingFolderIsReadThrough) {
+    writeConditions("staging/Real/sub/Condition.xml");
+    fs::create_directory_symlink(m_folder / "staging", m_folder / "outside");
+    const std::string targets[] = {
+        "./Real//sub/",
+        "Real/sub/../../Real/sub",
+        "../staging/Real/sub",
+        m_folder / "staging/Real/sub",
+        m_folder / "outside/Real/sub",
+        "../outside/Real/sub",
+    };
+    for (const std::string& target : targets) {
+        link(target, "staging/Info");
+        EXPECT_EQ(check().products, (Lines{"Tandem <b>", "Set"})) << target;
+        fs::remove(m_folder / "staging/Info");
+    }
+}
+
+TEST_F(ZPKLinkedConditionTest, LinksInARowAreReadThroughAsFarAsTheKernelFollows) {
+    writeConditions("staging/0/Condition.xml");
+    for (int number = 1; number < 40; ++number) {
+        link(std::to_string(number - 1), "staging/" + std::to_string(number));
+    }
+    link("39", "staging/Info");
+    EXPECT_EQ(check().products, (Lines{"Tandem <b>", "Set"}));
+    fs::remove(m_folder / "staging/Info");
+    link("39", "staging/40");
+    link("40", "staging/Info");
+    EXPECT_FALSE(check().isMet);
+    EXPECT_EQ(check().products, Lines{});
+}
+
+TEST_F(ZPKLinkedConditionTest, OfAMovedStagingFolderIsTheFoldersOwn) {
+    writeConditions("staging/Real/Condition.xml");
+    const std::string staging = m_folder / "staging";
+    const ZPKHeldFolder held(staging, ZPKFileDescriptor(::open(staging.c_str(), O_PATH | O_DIRECTORY)));
+    fs::rename(staging, m_folder / "moved");
+    for (const std::string& target : {std::string("Real"), staging + "/Real"}) {
+        link(target, "moved/Info");
+        EXPECT_EQ(check().products, (Lines{"Tandem <b>", "Set"})) << "nothing is in its place: " << target;
+        writeFile(staging + "/Real/Condition.xml", "planted");
+        fs::create_directory(staging + "/Info");
+        EXPECT_EQ(check().products, (Lines{"Tandem <b>", "Set"})) << target;
+        fs::remove_all(staging);
+        fs::remove(m_folder / "moved/Info");
+    }
+    writeConditions("staging/Info/Condition.xml");
+    EXPECT_TRUE(check().isMet) << "the description is another's";
 }
 
 TEST_F(ZPKLinkedConditionTest, LinkOutOfTheStagingFolderRefusesAndIsNotRead) {

@@ -50,6 +50,18 @@ TEST_F(ZPKStagingFolderTest, IsMadeAfreshAndGoesWithItsOwner) {
     EXPECT_TRUE(fs::is_empty(m_temporary));
 }
 
+TEST_F(ZPKStagingFolderTest, MovedAwayIsEmptiedAndWhatStandsInItsPlaceStays) {
+    {
+        const auto folder = ZPKStagingFolder::make();
+        ASSERT_TRUE(folder);
+        writeFile(m_staging + "/Data/own", "x");
+        fs::rename(m_staging, m_folder / "moved");
+        writeFile(m_staging + "/Data/planted", "x");
+    }
+    EXPECT_TRUE(fs::is_empty(m_folder / "moved"));
+    EXPECT_TRUE(fs::exists(m_staging + "/Data/planted"));
+}
+
 TEST_F(ZPKStagingFolderTest, GoesWithAllThatItHoldsWhereNoDescriptorIsLeft) {
     auto folder = ZPKStagingFolder::make();
     ASSERT_TRUE(folder);
@@ -58,6 +70,14 @@ TEST_F(ZPKStagingFolderTest, GoesWithAllThatItHoldsWhereNoDescriptorIsLeft) {
     folder->reset();
     none.reset();
     EXPECT_TRUE(fs::is_empty(m_temporary));
+}
+
+TEST_F(ZPKStagingFolderTest, TakesAsManyDescriptorsAsItsRemoval) {
+    const auto descriptors = [] { return std::distance(fs::directory_iterator("/proc/self/fd"), {}); };
+    const auto before = descriptors();
+    const auto folder = ZPKStagingFolder::make();
+    ASSERT_TRUE(folder);
+    EXPECT_EQ(descriptors(), before + 3);
 }
 
 TEST_F(ZPKStagingFolderTest, InThePlaceOfAnEarlierRunsTakesNoMoreDescriptors) {
@@ -167,6 +187,20 @@ TEST_F(ZPKStagingFolderTest, DescriptionIsUnpackedAndItsArchiveDeleted) {
     EXPECT_TRUE((*folder)->unpackDescription(m_bundle.resource(""), m_tool));
     EXPECT_TRUE(fs::exists(m_staging + "/Info/Startup.xml"));
     EXPECT_FALSE(fs::exists(m_staging + "/Info.dat"));
+}
+
+TEST_F(ZPKStagingFolderTest, DescriptionIsNotUnpackedIntoWhatStandsInItsPlace) {
+    addStartup("Exec='x'");
+    pack();
+    const auto folder = ZPKStagingFolder::make();
+    ASSERT_TRUE(folder);
+    fs::rename(m_staging, m_folder / "moved");
+    writeFile(m_staging + "/Info.dat", "planted");
+    const ZPKOutcome outcome = (*folder)->unpackDescription(m_bundle.resource(""), m_tool);
+    ASSERT_FALSE(outcome);
+    EXPECT_EQ(outcome.failure().message(), m_staging + ": Is no longer in its place");
+    EXPECT_EQ(zpk_test::readFile(m_staging + "/Info.dat"), "planted");
+    EXPECT_TRUE(fs::is_empty(m_folder / "moved")) << "the archive went all the same";
 }
 
 TEST_F(ZPKStagingFolderTest, DescriptionThatCannotBeUnpackedIsTheToolsFailure) {

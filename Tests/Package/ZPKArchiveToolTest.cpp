@@ -3,6 +3,7 @@
 
 #include "Package/ZPKArchiveTool.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -10,6 +11,7 @@
 #include <string>
 #include <thread>
 
+#include "Platform/ZPKHeldFolder.h"
 #include "Platform/ZPKMainBundle.h"
 #include "Platform/ZPKTask.h"
 #include "Tests/Platform/ScopedEnvironment.h"
@@ -79,6 +81,21 @@ TEST_F(ZPKArchiveToolTest, ToolWithoutItsInterpreterIsTold) {
     fs::permissions(m_path, fs::perms::owner_all);
     EXPECT_EQ(m_tool.unpack("a", "b").failure().message(),
               m_path + ": Its interpreter /no/such/interpreter is missing");
+}
+
+TEST_F(ZPKArchiveToolTest, NothingIsUnpackedIntoWhatStandsInAHeldFoldersPlace) {
+    const std::string folder = m_folder / "held";
+    fs::create_directory(folder);
+    const ZPKHeldFolder held(folder, ZPKFileDescriptor(::open(folder.c_str(), O_PATH | O_DIRECTORY)));
+    installTool(": > \"$5/made\"");
+    EXPECT_TRUE(m_tool.unpack(folder + "/a", folder));
+    EXPECT_TRUE(fs::exists(folder + "/made"));
+    fs::rename(folder, m_folder / "moved");
+    fs::create_directory(folder);
+    const ZPKOutcome outcome = m_tool.unpack(folder + "/a", folder);
+    ASSERT_FALSE(outcome);
+    EXPECT_EQ(outcome.failure().message(), folder + ": Is no longer in its place");
+    EXPECT_TRUE(fs::is_empty(folder));
 }
 
 TEST_F(ZPKArchiveToolTest, TerminatedToolEndsAndNoneIsStartedAfterwards) {

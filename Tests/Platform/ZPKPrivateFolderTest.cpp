@@ -57,6 +57,15 @@ TEST_F(ZPKPrivateFolderTest, HasItsModeWhateverTheUmask) {
     ::umask(before);
 }
 
+TEST_F(ZPKPrivateFolderTest, NewOneIsGivenAsItIsAndNotAsItsPlace) {
+    const ZPKResult<ZPKFileDescriptor> folder = ZPKPrivateFolder::makeNewAndOpen(m_path);
+    ASSERT_TRUE(folder);
+    std::filesystem::rename(m_path, m_folder / "moved");
+    std::filesystem::create_directory(m_path);
+    EXPECT_EQ(::mkdirat(folder->get(), "inside", 0700), 0);
+    EXPECT_TRUE(std::filesystem::exists(m_folder / "moved/inside"));
+}
+
 TEST_F(ZPKPrivateFolderTest, WithoutDescriptorsNothingNewStays) {
     rlimit before{};
     ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
