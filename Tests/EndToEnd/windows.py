@@ -81,6 +81,11 @@ class Desktop:
         """The windows that the window manager has in charge, by their numbers."""
         return listed_windows(self.run("xprop", "-root", "-notype", "_NET_CLIENT_LIST"))
 
+    def allowed(self, window):
+        """What the window manager lets a person do with the window, and shows in its frame: `CLOSE`, `MOVE`."""
+        shown = self.run("xprop", "-id", window, "-notype", "_NET_WM_ALLOWED_ACTIONS")
+        return set(re.findall(r"_NET_WM_ACTION_(\w+)", shown))
+
     def about(self, window):
         """The title, and whether the window can be closed; an empty title when it is gone."""
         # The title last: with a title, the other answer is sure.
@@ -250,8 +255,9 @@ def focused(window):
 
 
 @contextlib.contextmanager
-def desktop(screen="1280x800x24"):
-    with x_server(window_manager=True, screen=screen) as display:
+def desktop(screen="1280x800x24", manager=None):
+    """With openbox, or with the window manager that a command starts."""
+    with x_server(window_manager=manager is None, screen=screen) as display:
         bus = subprocess.Popen(
             ["dbus-daemon", "--session", "--nofork", "--print-address=1"],
             env=dict(os.environ, DISPLAY=display),
@@ -260,9 +266,18 @@ def desktop(screen="1280x800x24"):
             text=True,
         )
         found = Desktop(display, bus.stdout.readline().strip())
+        process = None
         try:
+            if manager is not None:
+                process = subprocess.Popen(
+                    manager, env=found.environment, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL
+                )
+                wait_until(lambda: "#" in found.run("xprop", "-root", "-notype", "_NET_SUPPORTING_WM_CHECK"), 60)
             yield found
         finally:
+            if process is not None:
+                process.terminate()
+                process.wait()
             found.close()
             bus.terminate()
             bus.wait()

@@ -170,11 +170,14 @@ class Run:
 class WindowTestCase(PackageTestCase):
     """A test at a desktop that the tests of its class share."""
 
+    # The command of another window manager than the usual one.
+    manager = None
+
     @classmethod
     def setUpClass(cls):
         super().setUpClass()
         with contextlib.ExitStack() as stack:
-            cls.desktop = stack.enter_context(desktop())
+            cls.desktop = stack.enter_context(desktop(manager=cls.manager))
             cls.addClassCleanup(stack.pop_all().close)
 
     def start(self, bundle, **options):

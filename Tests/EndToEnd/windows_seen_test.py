@@ -98,6 +98,42 @@ class MappedTest(DriveTestCase):
         run.stop()
 
 
+class CloseBoxTest(WindowTestCase):
+    """Where the window manager heeds what a window says of itself, its frame has a close box that does something, or none."""
+
+    manager = ["env", "ICEWM_PRIVCFG=/nonexistent", "icewm"]
+
+    def frame_of(self, window):
+        """The only window, and what its frame offers."""
+        (number,) = wait_until(self.desktop.listed, 60)
+        self.assertEqual(self.desktop.about(number)[0], window["name"])
+        return wait_until(lambda: self.desktop.allowed(number), 60)
+
+    def test_progress_window_has_none(self):
+        bundle = self.package()
+        gate = self.hold(bundle, "Data.dat")
+        run = self.start(bundle)
+        gate.wait_reached()
+        window = run.window(run.texts["FILE_EXTRACT"])
+        self.picture("progress-frame", "en")
+        offered = self.frame_of(window)
+        self.assertIn("MOVE", offered)
+        self.assertNotIn("CLOSE", offered)
+        gate.open()
+        run.wait()
+
+    def test_windows_that_can_be_closed_have_one(self):
+        disc, alert = '<Disc FilePath="x"/>', '<UIMLog Signature="x"/>'
+        for name, conditions in (("Disc.app", disc), ("Alert.app", alert)):
+            with self.subTest(name):
+                run = self.start(self.package(conditions, name=name))
+                window = run.disc_window() if conditions == disc else run.alert()
+                self.picture("frame-" + name, "en")
+                self.assertLessEqual({"CLOSE", "MOVE"}, self.frame_of(window))
+                self.desktop.click_close_box(window["name"])
+                run.wait()
+
+
 class ScaleTest(WindowTestCase):
     """Twice as large, by the desktop's setting and by the person's own."""
 
