@@ -8,17 +8,12 @@
 
 #include "Archive/CallFilter.h"
 #include "Archive/FolderCage.h"
+#include "Base/ZPKInstruments.h"
 #include "Base/ZPKResourceLimit.h"
 
 namespace zpk_archive {
 
 namespace {
-
-#ifdef ZPK_INSTRUMENTED
-constexpr bool kIsInstrumented = true;
-#else
-constexpr bool kIsInstrumented = false;
-#endif
 
 /// Many times what unpacking takes; a thread's stack counts in full.
 constexpr rlim_t kMemoryLimit = rlim_t{512} << 20;
@@ -44,7 +39,7 @@ void lowerLimits() {
 
 ExtractionCage::Walls ExtractionCage::enter(int folder) {
     Walls walls;
-    if (kIsInstrumented || ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) {
+    if (ZPKInstruments::areThere() || ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) {
         return walls;
     }
     lowerLimits();

@@ -221,7 +221,8 @@ INSTANTIATE_TEST_SUITE_P(
                }},
         Growth{"NamesOfOneFile",
                [](unsigned i) {
-                   return RawMember{std::to_string(i), kFile, "", 1, 100000};
+                   // No more names than file systems let a file have.
+                   return RawMember{std::to_string(i), kFile, "", 1 + i / 60000, 100000};
                }},
         Growth{"Folders",
                [](unsigned i) {

@@ -25,6 +25,7 @@
 #include <thread>
 
 #include "Archive/FolderCage.h"
+#include "Base/ZPKInstruments.h"
 #include "Tests/Archive/HostileArchiveFixture.h"
 
 namespace {
@@ -41,9 +42,9 @@ int errnoOf(long result) {
 class ExtractionCageTest : public HostileArchiveTest {
 protected:
     void SetUp() override {
-#ifdef ZPK_INSTRUMENTED
-        GTEST_SKIP() << "an instrumented program does not enter the cage";
-#endif
+        if (ZPKInstruments::areThere()) {
+            GTEST_SKIP() << "an instrumented program does not enter the cage";
+        }
         HostileArchiveTest::SetUp();
         fs::create_directories(m_folder / "in/a");
         fs::create_directories(m_folder / "in/b");
@@ -76,9 +77,7 @@ protected:
         return {(status & 1) != 0, (status & 2) != 0};
     }
 
-    int openedFolder() {
-        return ::open((m_folder / "in").c_str(), O_RDONLY | O_DIRECTORY);
-    }
+    int openedFolder() { return ::open((m_folder / "in").c_str(), O_RDONLY | O_DIRECTORY); }
 
     static int statusOf(pid_t child) {
         int status = 0;

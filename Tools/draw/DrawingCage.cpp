@@ -5,15 +5,10 @@
 
 #include <sys/prctl.h>
 
+#include "Base/ZPKInstruments.h"
 #include "Base/ZPKResourceLimit.h"
 
 namespace {
-
-#ifdef ZPK_INSTRUMENTED
-constexpr bool kIsInstrumented = true;
-#else
-constexpr bool kIsInstrumented = false;
-#endif
 
 /// Hundreds of times what an icon takes.
 constexpr rlim_t kSeconds = 5;
@@ -23,7 +18,7 @@ constexpr rlim_t kLargestFile = rlim_t{4} << 20;
 }  // namespace
 
 void DrawingCage::enter() {
-    if (kIsInstrumented) {
+    if (ZPKInstruments::areThere()) {
         return;
     }
     ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
