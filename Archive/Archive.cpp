@@ -98,7 +98,8 @@ MemberDescription describe(const Member& member, LinkTable& links) {
     } else if (S_ISREG(member.mode)) {
         description.type = MemberType::RegularFile;
     }
-    if (S_ISREG(member.mode)) {
+    // A link's text has been read already; anything else may bring data, even if nothing is made of them.
+    if (!S_ISLNK(member.mode)) {
         description.size = static_cast<std::uint64_t>(member.size);
     }
     if (file == nullptr && !S_ISDIR(member.mode)) {

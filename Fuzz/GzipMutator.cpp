@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: MIT
 
 // Archives are mostly compressed, and a checksum keeps a changed byte from all that lies behind it. So what
-// is changed is the plain archive, and it is packed again, in members of the project's own form or as one
-// foreign one, whose header may have any of its fields; one time in four the packed bytes themselves are
-// changed.
+// is changed is the plain archive, or one of its members as a whole, and it is packed again, in members of
+// the project's own form or as one foreign one, whose header may have any of its fields; one time in four the
+// packed bytes themselves are changed.
 
 #include <libdeflate.h>
 
@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "Archive/GzipMember.h"
+#include "Fuzz/MemberMutator.h"
 
 extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t maximum);
 
@@ -110,28 +111,44 @@ Bytes ownMember(libdeflate_compressor* compressor, const Bytes& plain) {
     return member;
 }
 
+/// Every other time a member as a whole, where there are members, else bytes.
+void change(Bytes& plain, std::size_t most, unsigned seed) {
+    if (seed % 2 == 0 || !zpk_fuzz::mutateMembers(plain, most, seed / 2)) {
+        const std::size_t size = plain.size();
+        plain.resize(most);
+        plain.resize(LLVMFuzzerMutate(plain.data(), size, most));
+    }
+}
+
+/// Nothing where it cannot be packed.
+Bytes packedAgain(const Bytes& plain, unsigned seed) {
+    const std::unique_ptr<libdeflate_compressor, CompressorCloser> compressor(
+        libdeflate_alloc_compressor(kLevel));
+    return seed % 4 == 1 ? foreignMember(compressor.get(), plain, seed / 4)
+                         : ownMember(compressor.get(), plain);
+}
+
 }  // namespace
 
 extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t maximum,
                                                unsigned seed) {
     const bool isGzip = size > 2 && data[0] == 0x1f && data[1] == 0x8b;
-    if (!isGzip || seed % 4 == 0) {
+    const unsigned more = seed / 64;
+    Bytes made(data, data + size);
+    if (!isGzip) {
+        change(made, maximum, more);
+    } else if (seed % 4 != 0) {
+        made = unpacked(data, size);
+        if (!made.empty()) {
+            change(made, kLargestPlain, more);
+            made = packedAgain(made, seed);
+        }
+    } else {
+        made.clear();
+    }
+    if (made.empty() || made.size() > maximum) {
         return LLVMFuzzerMutate(data, size, maximum);
     }
-    Bytes plain = unpacked(data, size);
-    if (plain.empty()) {
-        return LLVMFuzzerMutate(data, size, maximum);
-    }
-    const std::size_t plainSize = plain.size();
-    plain.resize(kLargestPlain);
-    plain.resize(LLVMFuzzerMutate(plain.data(), plainSize, kLargestPlain));
-    const std::unique_ptr<libdeflate_compressor, CompressorCloser> compressor(
-        libdeflate_alloc_compressor(kLevel));
-    const Bytes packed =
-        seed % 4 == 1 ? foreignMember(compressor.get(), plain, seed / 4) : ownMember(compressor.get(), plain);
-    if (packed.empty() || packed.size() > maximum) {
-        return LLVMFuzzerMutate(data, size, maximum);
-    }
-    std::memcpy(data, packed.data(), packed.size());
-    return packed.size();
+    std::memcpy(data, made.data(), made.size());
+    return made.size();
 }

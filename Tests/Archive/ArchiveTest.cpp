@@ -4,9 +4,12 @@
 #include "Archive/Archive.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdint>
 #include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -55,6 +58,22 @@ TEST(ArchiveTest, SourceThatCannotBePackedIsNamedWithItsReason) {
         EXPECT_EQ(errorsOfCreate(source, archive), Errors{source + ": " + reason});
         EXPECT_FALSE(fs::exists(archive));
     }
+}
+
+TEST(ArchiveTest, EachMemberIsListedWithTheDataThatItBrings) {
+    const TemporaryFolder folder;
+    const std::string archive = folder / "archive";
+    writeFile(archive, makeOdc({{"file", S_IFREG | 0644, "abc"},
+                                {"folder", S_IFDIR | 0755, "de"},
+                                {"fifo", S_IFIFO | 0644, "f"},
+                                {"link", S_IFLNK | 0777, "file"}}));
+    std::map<std::string, std::uint64_t> sizes;
+    KeepingSink sink;
+    EXPECT_TRUE(zpk_archive::list(
+        archive, [&](const zpk_archive::MemberDescription& member) { sizes[member.name] = member.size; },
+        sink));
+    EXPECT_EQ(sizes,
+              (std::map<std::string, std::uint64_t>{{"fifo", 1}, {"file", 3}, {"folder", 2}, {"link", 0}}));
 }
 
 TEST(ArchiveTest, UnreadableSourceIsNamedByTheTool) {
