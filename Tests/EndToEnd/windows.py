@@ -4,13 +4,13 @@
 """A desktop for tests: an X server with a window manager, a session bus and its accessibility bus."""
 
 import contextlib
+import ctypes
 import json
 import os
 import pathlib
 import re
+import struct
 import subprocess
-import threading
-import time
 
 from support import wait_until, x_server
 
@@ -93,8 +93,7 @@ class Desktop:
         title = re.search(r'^_NET_WM_NAME = "(.*)"$', shown, re.MULTILINE)
         hints = re.search(r"^_MOTIF_WM_HINTS = (\w+), (\w+)", shown, re.MULTILINE)
         flags, functions = (int(number, 16) for number in hints.groups()) if hints else (0, 0)
-        can_close = not flags & MOTIF_HAS_FUNCTIONS or bool(functions & MOTIF_ALL_OR_CLOSE)
-        return title[1] if title else "", can_close
+        return title[1] if title else "", can_close(flags, functions)
 
     def pixels(self, x, y, width, height, form="rgb"):
         """That part of the screen, in a form that ImageMagick knows."""
@@ -116,62 +115,67 @@ class WindowLog:
 
     def __init__(self, desktop):
         self._desktop = desktop
-        self._found = []
-        self._spy = subprocess.Popen(
-            ["xprop", "-root", "-spy", "-notype", "_NET_CLIENT_LIST"],
-            env=desktop.environment,
-            stdout=subprocess.PIPE,
-            stderr=subprocess.DEVNULL,
-            text=True,
+        self._recorder = subprocess.Popen(
+            [HERE / "window_recorder.py"], env=desktop.environment, stdout=subprocess.PIPE, text=True
         )
-        self._seen = set(listed_windows(self._spy.stdout.readline()))
-        self._thread = threading.Thread(target=self._follow)
-        self._thread.start()
-
-    def _follow(self):
-        for line in self._spy.stdout:
-            for window in listed_windows(line):
-                if window not in self._seen:
-                    self._found.append(self._desktop.about(window))
-                    self._seen.add(window)
-
-    def wait_written(self):
-        """Until every window that is there now is written down."""
-        wait_until(lambda: self._seen.issuperset(self._desktop.listed()), 20)
+        if self._recorder.stdout.readline() != "ready\n":
+            raise AssertionError("nothing is recorded")
+        self._before = desktop.listed()
 
     def stop(self):
-        self._spy.terminate()
-        self._thread.join()
-        self._spy.communicate()
-        return self._found
+        self._desktop.run("xprop", "-root", "-format", "ZPK_MARK", "8s", "-set", "ZPK_MARK", "end")
+        titles, hints, found = {}, {}, []
+        for line in iter(self._recorder.stdout.readline, ""):
+            kind, *words = line.rstrip("\n").split(" ", 2)
+            if kind == "mark":
+                break
+            if kind == "title":
+                titles[words[0]] = words[1]
+            elif kind == "hints":
+                hints[words[0]] = [int(number, 16) for number in words[1].split()]
+            else:
+                found += [window for window in " ".join(words).split() if window not in self._before + found]
+        self._recorder.terminate()
+        self._recorder.communicate()
+        return [(titles.get(window, ""), can_close(*hints.get(window, (0, 0)))) for window in found]
 
 
 class FolderWatch:
-    """Writes down when a folder comes and goes."""
+    """Says when a folder has come and gone: the kernel keeps each change until somebody asks."""
+
+    _LIBC = ctypes.CDLL(None, use_errno=True)
+    _CAME = 0x80 | 0x100  # IN_MOVED_TO, IN_CREATE
+    _WENT = 0x40 | 0x200  # IN_MOVED_FROM, IN_DELETE
+    _EVENT = struct.Struct("iIII")
 
     def __init__(self, path):
-        self._path = path
-        self._end = threading.Event()
-        self.states = [os.path.lexists(path)]
-        self._thread = threading.Thread(target=self._follow)
-        self._thread.start()
+        self._name = os.fsencode(path.name)
+        self._events = self._LIBC.inotify_init1(os.O_NONBLOCK | os.O_CLOEXEC)
+        watched = self._LIBC.inotify_add_watch(self._events, os.fsencode(path.parent), self._CAME | self._WENT)
+        if self._events < 0 or watched < 0:
+            raise OSError(ctypes.get_errno(), "cannot watch", str(path.parent))
+        self._states = [os.path.lexists(path)]
 
-    def _follow(self):
-        while not self._end.is_set():
-            self._look()
-            time.sleep(0.001)
-
-    def _look(self):
-        state = os.path.lexists(self._path)
-        if state != self.states[-1]:
-            self.states.append(state)
+    def states(self):
+        """Whether the folder was there, one entry for each change until now: [False, True, False]."""
+        while self._events is not None:
+            try:
+                block = os.read(self._events, 65536)
+            except BlockingIOError:
+                break
+            while block:
+                _, mask, _, length = self._EVENT.unpack_from(block)
+                name = block[self._EVENT.size:self._EVENT.size + length].rstrip(b"\0")
+                block = block[self._EVENT.size + length:]
+                if name == self._name and bool(mask & self._CAME) != self._states[-1]:
+                    self._states.append(not self._states[-1])
+        return self._states
 
     def stop(self):
-        """Whether the folder was there, one entry for each change: [False, True, False]."""
-        self._end.set()
-        self._thread.join()
-        self._look()
-        return self.states
+        states = self.states()
+        os.close(self._events)
+        self._events = None
+        return states
 
 
 class Gate:
@@ -182,7 +186,7 @@ class Gate:
         os.mkfifo(path)
         self._descriptor = None
 
-    def wait_reached(self, seconds=30):
+    def wait_reached(self, seconds=60):
         def reach():
             try:
                 self._descriptor = os.open(self.path, os.O_WRONLY | os.O_NONBLOCK)
@@ -222,11 +226,16 @@ class GlobalMenu:
             self._bar.stdin.flush()
             return self._bar.stdout.readline() == "chosen\n"
 
-        wait_until(chosen, 30)
+        wait_until(chosen, 60)
 
     def close(self):
         self._bar.terminate()
         self._bar.communicate()
+
+
+def can_close(flags, functions):
+    """Whether the window manager is to let a person close a window with these hints."""
+    return not flags & MOTIF_HAS_FUNCTIONS or bool(functions & MOTIF_ALL_OR_CLOSE)
 
 
 def listed_windows(line):

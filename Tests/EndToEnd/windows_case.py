@@ -108,9 +108,7 @@ class Run:
                 raise AssertionError("the launcher ended with %s instead" % self.process.returncode)
             return None
 
-        found = wait_until(look, 60)
-        self._log.wait_written()
-        return found
+        return wait_until(look, 60)
 
     def alert(self):
         return self.window(self._case.name, "alert")
@@ -124,7 +122,7 @@ class Run:
         return [window for window in found if "showing" in window["states"]]
 
     def seen_staging(self):
-        return self._watch.states
+        return self._watch.states()
 
     def wait_focus(self, title, item):
         """Until the item of the window has the keys; `item` is a role and a name."""
@@ -135,7 +133,7 @@ class Run:
             return found[-1] == item
 
         try:
-            wait_until(has_focus, 20)
+            wait_until(has_focus, 60)
         except AssertionError:
             self._case.fail("%r has the keys, not %r" % (found[-1], item))
 
