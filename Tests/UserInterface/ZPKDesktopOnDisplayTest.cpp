@@ -195,16 +195,30 @@ TEST_F(DesktopOnDisplay, LastValueIsSeenAfterTheLoop) {
     worker.join();
 }
 
+void expectInTheMiddle(const QWidget* window) {
+    const QPoint off = window->geometry().center() - window->screen()->geometry().center();
+    EXPECT_LE(std::abs(off.x()), 5);
+    EXPECT_LE(std::abs(off.y()), 30) << "more than a title bar off";
+}
+
+TEST_F(DesktopOnDisplay, AlertIsInTheMiddleOfTheScreen) {
+    runWith(*frontEnd, [&] {
+        inNextLoop([&] {
+            auto* box = waitForActive<QDialog>("alert");
+            expectInTheMiddle(box);
+            box->close();
+        });
+        frontEnd->runAlert({"Text\n\nMore text\n\n  One\n  Two", "", "OK"});
+    });
+}
+
 TEST_F(DesktopOnDisplay, WindowIsInTheMiddleOfTheScreen) {
     runWith(*frontEnd, [&] {
         auto window = frontEnd->createProgressWindow();
         window->center();
         window->setTitle("Unpacking the files of the package");
         inNextLoop([&] {
-            const QWidget* shown = waitForActive<QProgressBar>("progressIndicator")->window();
-            const QPoint off = shown->geometry().center() - shown->screen()->geometry().center();
-            EXPECT_LE(std::abs(off.x()), 10);
-            EXPECT_LE(std::abs(off.y()), 30) << "more than a title bar off";
+            expectInTheMiddle(waitForActive<QProgressBar>("progressIndicator")->window());
             frontEnd->abortModal();
         });
         frontEnd->runModalForWindow(*window);

@@ -74,6 +74,11 @@ ZPKDesktopAlert::ZPKDesktopAlert(const ZPKAlert& alert, const QString& windowTit
     // It is the only one, which makes it the default one.
     findChild<QPushButton*>()->setFocus();
     ZPKFontCheck::check(*this);
+    if (parent == nullptr) {
+        // Left to itself, the toolkit guesses a frame larger than any and takes all of it off.
+        adjustSize();
+        move(ZPKScreenFit::centeredPosition(*this, size()));
+    }
 }
 
 void ZPKDesktopAlert::showEvent(QShowEvent* event) {
