@@ -135,6 +135,8 @@ class WindowLog:
                 hints[words[0]] = [int(number, 16) for number in words[1].split()]
             else:
                 found += [window for window in " ".join(words).split() if window not in self._before + found]
+        else:
+            raise AssertionError("what was recorded has no end")
         self._recorder.terminate()
         self._recorder.communicate()
         return [(titles.get(window, ""), can_close(*hints.get(window, (0, 0)))) for window in found]

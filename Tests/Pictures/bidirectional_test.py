@@ -19,8 +19,8 @@ HERE = pathlib.Path(__file__).parent
 COLUMNS = 80
 PRODUCTS = ("Example Suite 2", "スイート 4 (Pro)", "حزمة 5", "חבילה 6, v2.", "חבילה (7).")
 
-# As they stand there from left to right; `~` are letters, with blanks between them. A line of right-to-left letters begins at its right, so that
-# a full stop at its end is the first sign.
+# As they stand there from left to right; `~` are letters, with blanks between them. A line of right-to-left letters
+# begins at its right, so that a full stop at its end is the first sign.
 LISTED = ["  ~ 2", "  ~ 4 (~)", "  5 ~", "  6 ~, ~2.", "  .(7) ~", ""]
 ANSWERS = ["> [1] ~", "  [2] ~"]
 QUESTIONS = {
@@ -68,10 +68,11 @@ class BidirectionalTest(TerminalCase):
 
     def take_pictures(self, chains):
         (self.folder / "screens.json").write_text(json.dumps(chains))
-        subprocess.run(
+        done = subprocess.run(
             [HERE.parent / "Support/run-under-xvfb", "-s", "3760x2220", HERE / "terminal_screens.py",
              self.folder / "screens.json"],
-            env={**os.environ, "GDK_SCALE": "1"}, check=True, capture_output=True)
+            env={**os.environ, "GDK_SCALE": "1"}, capture_output=True, text=True)
+        self.assertEqual(done.returncode, 0, done.stderr)
 
     def rows(self, name):
         """Without the blank rest, and with any time."""

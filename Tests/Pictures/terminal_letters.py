@@ -13,8 +13,8 @@ LETTER = "~"
 
 
 class TerminalLetters:
-    """Learns its signs from the picture of a terminal of that many columns where `SIGNS` stand, a line each, and no cursor.
-    Its cells are so far apart that no letter reaches into another one's."""
+    """Learns its signs from the picture of a terminal of that many columns where `SIGNS` stand, a line each, and no
+    cursor. Its cells are so far apart that no letter reaches into another one's."""
 
     # What a terminal leaves free around its cells.
     MARGIN = 1
