@@ -79,9 +79,10 @@ endfunction()
 
 # zpk_windows_part(name)
 # It leaves the build machine beside carried libraries: without names for a debugger, and with what the loader
-# fills in made read-only before anything of it runs.
+# fills in made read-only before anything of it runs. The carried loader knows the short form of the places that
+# it has to fill in: that, and what nobody calls left out, saves 70 KB.
 function(zpk_windows_part name)
   if(ZPK_STATIC)
-    target_link_options(${name} PRIVATE -s -Wl,-z,relro -Wl,-z,now)
+    target_link_options(${name} PRIVATE -s -Wl,-z,relro -Wl,-z,now -Wl,--gc-sections -Wl,-z,pack-relative-relocs)
   endif()
 endfunction()
